@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Tavrin {
+
+/// One IPMI request.
+struct IPMICOMMAND {
+  std::uint8_t cmd = 0;            ///< Command code.
+  std::vector<std::uint8_t> data;  ///< Request data bytes in sending order; may be empty.
+  std::uint8_t netFn = 0;          ///< Network function.
+};
+
+/// A connection to one management controller. One client serves one conversation and is used from
+/// one thread at a time; different clients may be used from different threads at once.
+class IpmiClient {
+ public:
+  /// Keeps the settings; nothing is sent before connect(). `port` is unsigned decimal text,
+  /// `cipherSuite` an IPMI 2.0 cipher suite id.
+  IpmiClient(const std::string& address, const std::string& userName, const std::string& password,
+             const std::string& port, unsigned long cipherSuite);
+  ~IpmiClient();
+
+  /// Opens the connection. Returns 0 when connected, 3 for a failure that may pass when tried
+  /// again, and any other value for one that will not.
+  int connect();
+
+  /// Sends one request over the open connection. Fills `response` with the data bytes of the answer
+  /// (the completion code is not among them) and `completionCode` with the code. Returns 0 when an
+  /// answer came.
+  int send(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
+           std::uint8_t& completionCode);
+
+  /// Closes the connection. Returns 0.
+  int disconnect();
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace Tavrin

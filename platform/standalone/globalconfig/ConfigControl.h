@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace Tavrin {
+namespace Standalone {
+
+/// Sets a configuration value at run time. It wins over the environment variable of the key's name
+/// and takes effect on the next read. May be called from any thread.
+void SetGlobalConfigValue(const std::string& key, int value);
+
+}  // namespace Standalone
+}  // namespace Tavrin

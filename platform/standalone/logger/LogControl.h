@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace Tavrin {
+namespace Standalone {
+
+/// One complete log line.
+struct LogLine {
+  unsigned int level;  ///< 1 error, 2 warning, 3 info, 4 debug.
+  std::string source;  ///< Path of the source that wrote the line, from the root of its repository.
+  unsigned int line;   ///< Line number in that source.
+  std::string text;    ///< As written: it may hold any byte that a controller sent.
+};
+
+/// Sets the log threshold at run time: 0 off, 1 error, 2 warning, 3 info, 4 debug; a larger value
+/// counts as 4. Wins over the environment variable TAVRIN_LOG_LEVEL. May be called from any thread.
+void SetMinLogLevel(unsigned int level);
+
+/// Hands every line that is written from now on to `handler` instead of to standard error; an empty
+/// handler restores standard error. Calls of the handler are made one at a time, on the thread that
+/// wrote the line; the handler itself must not log. May be called from any thread.
+void SetLogLineHandler(std::function<void(const LogLine&)> handler);
+
+/// The text with every byte outside printable ASCII, and the backslash, written as an escape
+/// sequence (\n, \r, \t, \\, \xNN), so that nothing that a controller sent can drive a terminal or
+/// forge a line. For handlers that show lines to people; lines on standard error come escaped.
+std::string EscapeControlBytes(const std::string& text);
+
+}  // namespace Standalone
+}  // namespace Tavrin
