@@ -19,7 +19,7 @@ int main() {
   std::string machineType = "untouched";
   const int status = inventory.GetSmmMT(machineType);
   std::cout << "status " << status << ", machine type " << machineType << '\n';
-  const bool asExpected = status == Tavrin::StatusCode::ConnectionKindNotAdmitted &&
-                          machineType == "untouched";
+  const bool asExpected =
+      status == Tavrin::StatusCode::ConnectionKindNotAdmitted && machineType == "untouched";
   return asExpected ? 0 : 1;
 }
