@@ -57,6 +57,17 @@ constexpr std::size_t kIdentityPrefixLength = 2;
 
 bool AdmitsIpmi(std::int32_t connectionKind) { return connectionKind == 1 || connectionKind == 7; }
 
+// Connects with as many attempts as the configuration allows, without a pause between them. Returns
+// what the last attempt returned, and counts no attempt at all as a failure worth retrying.
+int Connect(IpmiClient& client) {
+  const int attempts = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", kDefaultConnectAttempts);
+  int result = kWorthRetrying;
+  for (int attempt = 0; attempt < attempts && result == kWorthRetrying; ++attempt) {
+    result = client.connect();
+  }
+  return result;
+}
+
 IPMICOMMAND OemRequest(std::uint8_t command, std::vector<std::uint8_t> data) {
   IPMICOMMAND request;
   request.netFn = kOemNetworkFunction;
@@ -73,13 +84,7 @@ bool IsAcknowledgement(const std::vector<std::uint8_t>& response, std::uint8_t c
 }  // namespace
 
 SMMInventoryImpl::SMMInventoryImpl(const TavrinConnection::ConnectionInfo& info)
-    : TavrinConnection::ConnectionInfo(info),
-      smmType(SMM_FIRST_GENERATION),
-      psuSlotCount(kDefaultPsuSlotCount),
-      nodeCount(kDefaultNodeCount) {
-  smmStatus.platformId = kPlatform254;
-  smmStatus.psuSlotCount = kDefaultPsuSlotCount;
-
+    : TavrinConnection::ConnectionInfo(info) {
   // An SMM whose generation cannot be found out is taken for what smmType holds already.
   SMMInfo smmInfo(*this);
   static_cast<void>(smmInfo.GetSmmType(smmType));
@@ -116,15 +121,6 @@ int SMMInventoryImpl::SendIpmiCmd(const IPMICOMMAND& request, std::vector<std::u
   SMM_LOG(kDebug) << "Response=" << RawRendering(response);
   SMM_LOG(kDebug) << "Response=" << HexRendering(response);
   return StatusCode::Success;
-}
-
-int SMMInventoryImpl::Connect(IpmiClient& client) {
-  const int attempts = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", kDefaultConnectAttempts);
-  int result = kWorthRetrying;
-  for (int attempt = 0; attempt < attempts && result == kWorthRetrying; ++attempt) {
-    result = client.connect();
-  }
-  return result;
 }
 
 void SMMInventoryImpl::TrimSmm2Response(std::vector<std::uint8_t>& response, std::size_t count) {
