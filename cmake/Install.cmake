@@ -43,7 +43,7 @@ install(
   DESTINATION ${package_dir})
 
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-file(RELATIVE_PATH pkgconfig_to_prefix
-  ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
+  BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE pkgconfig_to_prefix)
 configure_file(cmake/poveixme.pc.in ${PROJECT_BINARY_DIR}/poveixme.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/poveixme.pc DESTINATION ${pkgconfig_dir})
