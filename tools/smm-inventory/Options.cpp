@@ -61,6 +61,7 @@ void Declare(CLI::App& app, RawOptions& raw) {
   // Declared first, so that it is refused before any message could quote what follows it.
   app.add_option_function<std::string>("-P,--password", RefusePasswordOption)
       ->expected(0, 1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)
       ->group("");
   app.add_option("-H,--host", raw.host, "Name or address of the SMM: host, host:port, [v6]:port")
       ->option_text("HOST (required)");
@@ -69,7 +70,7 @@ void Declare(CLI::App& app, RawOptions& raw) {
   app.add_option("-U,--user", raw.userName, "IPMI user name, at most 16 bytes")
       ->option_text("NAME (required)");
   app.add_option("--password-file", raw.passwordFile,
-                 "File with the password on one line, readable by its owner alone; - for standard "
+                 "File with the password on one line, readable by its\nowner alone; - for standard "
                  "input")
       ->option_text("FILE");
   app.add_option("-C,--cipher-suite", raw.cipherSuite, "One of " + CipherSuiteIds())
@@ -77,7 +78,7 @@ void Declare(CLI::App& app, RawOptions& raw) {
   app.add_option("-L,--privilege", raw.privilegeLevel, "One of " + PrivilegeNames())
       ->option_text("LEVEL [administrator]");
   app.add_option("-W,--workaround", raw.workarounds,
-                 "For controllers that deviate from IPMI 2.0, repeatable; of " + WorkaroundNames())
+                 "For controllers that deviate from IPMI 2.0, repeatable; of\n" + WorkaroundNames())
       ->option_text("NAME")
       ->allow_extra_args(false);
   app.add_flag("-v,--verbose", raw.verbosity, "Show more of the log; repeatable");
@@ -156,8 +157,10 @@ std::variant<Options, Notice> ParseCommandLine(int argc, const char* const* argv
   } catch (const CLI::CallForVersion& version) {
     return Notice{std::string(version.what()) + '\n'};
   } catch (const CLI::ParseError& error) {
-    throw UsageError(fmt::format("{}; expected options as --help lists them",
-                                 Standalone::EscapeControlBytes(error.what())));
+    throw UsageError(
+        fmt::format("wrong use of an option ({}); expected each option once and with its value, as "
+                    "--help lists them",
+                    Standalone::EscapeControlBytes(error.what())));
   }
   RefuseUnknown(app);
   return Interpret(raw);

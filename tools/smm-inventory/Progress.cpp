@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -12,11 +13,19 @@ constexpr unsigned int kWarning = 2;
 constexpr int kStatusAttempts = 6;
 constexpr std::string_view kAttemptText = "Try to get SMM status, retry ";
 constexpr std::string_view kClientSource = "platform/standalone/ipmi_client/";
+// What these complain about is the user's environment.
+constexpr std::array<std::string_view, 2> kEnvironmentSources = {
+    "platform/standalone/globalconfig/", "platform/standalone/logger/"};
 
 constexpr std::array<std::string_view, 5> kLevelNames = {"", "error", "warning", "info", "debug"};
 
 bool StartsWith(std::string_view text, std::string_view start) {
   return text.substr(0, start.size()) == start;
+}
+
+bool IsAboutEnvironment(const Standalone::LogLine& line) {
+  return std::any_of(kEnvironmentSources.begin(), kEnvironmentSources.end(),
+                     [&](std::string_view source) { return StartsWith(line.source, source); });
 }
 
 std::string LogText(const Standalone::LogLine& line) {
@@ -30,6 +39,8 @@ std::string LogText(const Standalone::LogLine& line) {
 void Progress::Take(const Standalone::LogLine& line) {
   if (line.level <= shownLevel_) {
     console_.ShowLine(LogText(line));
+  } else if (IsAboutEnvironment(line)) {
+    console_.ShowLine("smm-inventory: " + Standalone::EscapeControlBytes(line.text));
   }
   if (line.level <= kWarning) {
     TakeCause(line);

@@ -31,9 +31,9 @@ constexpr unsigned int kDebug = 4;
 class LogRoute {
  public:
   LogRoute(Progress& progress, unsigned int threshold) {
-    Standalone::SetMinLogLevel(threshold);
     Standalone::SetLogLineHandler(
         [&progress](const Standalone::LogLine& line) { progress.Take(line); });
+    Standalone::SetMinLogLevel(threshold);
   }
   ~LogRoute() { Standalone::SetLogLineHandler({}); }
   LogRoute(const LogRoute&) = delete;

@@ -38,7 +38,13 @@ class SMMInventoryImpl : public TavrinConnection::ConnectionInfo {
   std::uint64_t nodeCount = kDefaultNodeCount;  ///< Compute nodes are numbered 1 to this count.
 
  private:
+  struct Answer;
+
   [[nodiscard]] bool IsSecondGeneration() const { return smmType == SMM_SECOND_GENERATION; }
+
+  /// Sends the request and, on a second-generation SMM, removes the first `prefixLength` bytes of
+  /// the answer, whatever its completion code. Returns the status of the exchange.
+  int SendAndTrim(const IPMICOMMAND& request, std::size_t prefixLength, Answer& answer);
 
   /// Removes the bytes that a second-generation SMM puts in front of an answer. Throws
   /// std::bad_alloc when the response holds fewer than `count`.
