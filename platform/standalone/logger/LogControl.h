@@ -20,7 +20,9 @@ void SetMinLogLevel(unsigned int level);
 
 /// Hands every line that is written from now on to `handler` instead of to standard error; an empty
 /// handler restores standard error. Calls of the handler are made one at a time, on the thread that
-/// wrote the line; the handler itself must not log. May be called from any thread.
+/// wrote the line; the handler itself must not log nor call this, and what it throws is dropped.
+/// When the call returns, the handler before it is not running any more. May be called from any
+/// thread.
 void SetLogLineHandler(std::function<void(const LogLine&)> handler);
 
 /// The text with every byte outside printable ASCII, and the backslash, written as an escape

@@ -1,0 +1,39 @@
+#include "module/smm/smm_inventory/impl/ByteReader.h"
+
+namespace Tavrin {
+namespace {
+
+bool IsPrintableAscii(std::uint8_t byte) { return byte >= 0x20 && byte <= 0x7E; }
+
+}  // namespace
+
+std::uint8_t ByteReader::Byte() { return Take(1) ? answer_[position_ - 1] : std::uint8_t{0}; }
+
+std::string ByteReader::Characters(std::size_t count) {
+  if (!Take(count)) {
+    return {};
+  }
+  const auto end = answer_.begin() + static_cast<std::ptrdiff_t>(position_);
+  return {end - static_cast<std::ptrdiff_t>(count), end};
+}
+
+std::string ByteReader::PrintableRun() {
+  std::string text;
+  while (!failed_ && position_ < answer_.size() && IsPrintableAscii(answer_[position_])) {
+    text += static_cast<char>(answer_[position_++]);
+  }
+  return text;
+}
+
+void ByteReader::Skip(std::size_t count) { Take(count); }
+
+bool ByteReader::Take(std::size_t count) {
+  if (failed_ || count > answer_.size() - position_) {
+    failed_ = true;
+    return false;
+  }
+  position_ += count;
+  return true;
+}
+
+}  // namespace Tavrin

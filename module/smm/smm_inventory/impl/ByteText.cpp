@@ -1,0 +1,35 @@
+#include "module/smm/smm_inventory/impl/ByteText.h"
+
+#include <array>
+#include <charconv>
+
+namespace Tavrin {
+
+std::string Hex(std::uint32_t number) {
+  std::array<char, 8> digits{};
+  const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16);
+  return {digits.data(), result.ptr};
+}
+
+std::string RawRendering(const std::vector<std::uint8_t>& bytes) {
+  std::string text;
+  text.reserve(2 * bytes.size());
+  for (const std::uint8_t byte : bytes) {
+    text += static_cast<char>(byte);
+    text += ' ';
+  }
+  return text;
+}
+
+std::string HexRendering(const std::vector<std::uint8_t>& bytes) {
+  std::string text;
+  text.reserve(5 * bytes.size());
+  for (const std::uint8_t byte : bytes) {
+    text += "0x";
+    text += Hex(byte);
+    text += ' ';
+  }
+  return text;
+}
+
+}  // namespace Tavrin

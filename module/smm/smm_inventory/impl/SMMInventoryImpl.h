@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "module/smm/smm_inventory/InventoryRecords.h"
+#include "module/smm/smm_inventory/impl/SmmStatus.h"
+#include "platform/ConnectionInfo.h"
+#include "platform/IpmiClient.h"
+#include "platform/SMMInfo.h"
+
+namespace Tavrin {
+
+/// The inventory object of one SMM. It is a ConnectionInfo, so that it can be handed wherever one
+/// is expected. SMMInventory.h tells what each query does; an answer is judged, and bytes are
+/// counted, as it says there.
+class SMMInventoryImpl : public TavrinConnection::ConnectionInfo {
+ public:
+  explicit SMMInventoryImpl(const TavrinConnection::ConnectionInfo& info);
+
+  /// Sends one request over a connection of its own; the only way to the SMM. Returns
+  /// StatusCode::Success when the request went out, whatever the completion code;
+  /// ConnectionKindNotAdmitted, with both outputs as passed; or NotConnected, with an empty
+  /// response and completion code 0xFF.
+  int SendIpmiCmd(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
+                  std::uint8_t& completionCode);
+
+  int GetSmmMT(std::string& machineType);
+  int GetSmmSN(std::string& serialNumber);
+  int GetSMMStatusImp(SMMStatus& out);
+
+  // Set by the constructor and never changed afterwards.
+  SMMIype smmType = SMM_FIRST_GENERATION;
+  SMMStatus smmStatus{kPlatform254, kDefaultPsuSlotCount};
+  std::uint64_t psuSlotCount = kDefaultPsuSlotCount;  ///< PSU slots are numbered 1 to this count.
+  std::uint64_t nodeCount = kDefaultNodeCount;  ///< Compute nodes are numbered 1 to this count.
+
+ private:
+  struct Answer;
+
+  [[nodiscard]] bool IsSecondGeneration() const { return smmType == SMM_SECOND_GENERATION; }
+
+  /// Sends the request and, on a second-generation SMM, removes the first `prefixLength` bytes of
+  /// the answer, whatever its completion code. Returns the status of the exchange.
+  int SendAndTrim(const IPMICOMMAND& request, std::size_t prefixLength, Answer& answer);
+
+  /// Removes the bytes that a second-generation SMM puts in front of an answer. Throws
+  /// std::bad_alloc when the response holds fewer than `count`.
+  void TrimSmm2Response(std::vector<std::uint8_t>& response, std::size_t count);
+};
+
+}  // namespace Tavrin

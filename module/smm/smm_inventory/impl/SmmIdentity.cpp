@@ -1,0 +1,39 @@
+#include "module/smm/smm_inventory/impl/SmmIdentity.h"
+
+#include <algorithm>
+
+#include "module/smm/smm_inventory/impl/ByteReader.h"
+
+namespace Tavrin {
+namespace {
+
+// Own ranges, since the C library's classes follow the process's locale.
+bool IsAlphanumericAscii(char character) {
+  return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
+         (character >= '0' && character <= '9');
+}
+
+// The blank is the only white space that a printable run can hold.
+std::string WithoutOuterBlanks(const std::string& text) {
+  const std::size_t first = text.find_first_not_of(' ');
+  if (first == std::string::npos) {
+    return {};
+  }
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+}  // namespace
+
+std::string DecodeMachineType(const std::vector<std::uint8_t>& answer) {
+  return ByteReader(answer).Characters(kMachineTypeLength);
+}
+
+bool IsAlphanumeric(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), IsAlphanumericAscii);
+}
+
+std::string DecodeSerialNumber(const std::vector<std::uint8_t>& answer) {
+  return WithoutOuterBlanks(ByteReader(answer).PrintableRun());
+}
+
+}  // namespace Tavrin

@@ -1,0 +1,138 @@
+#include "platform/standalone/ipmi_client/ConnectSettings.h"
+
+#include <freeipmi/freeipmi.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "platform/GlobalConfig.h"
+#include "platform/standalone/StrictNumber.h"
+#include "platform/standalone/ipmi_client/ConnectResult.h"
+
+namespace Tavrin {
+namespace Standalone {
+namespace {
+
+constexpr int kHighestPort = 65535;
+constexpr int kSuiteNotSet = -1;
+constexpr unsigned long kHighestSuite = 17;
+constexpr int kDefaultSessionTimeoutMs = 4000;
+constexpr int kDefaultRetransmissionTimeoutMs = 500;
+constexpr int kShortestTimeoutMs = 10;
+constexpr int kLongestTimeoutMs = 600000;
+constexpr int kAllWorkarounds =
+    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_AUTHENTICATION_CAPABILITIES |
+    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_INTEL_2_0_SESSION |
+    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_SUPERMICRO_2_0_SESSION |
+    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_SUN_2_0_SESSION |
+    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_OPEN_SESSION_PRIVILEGE |
+    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE |
+    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK;
+
+/// The first thing out of range, in words; empty as long as there is none.
+class Complaint {
+ public:
+  void Add(const std::string& name, const std::string& value, const std::string& expected) {
+    if (text_.empty()) {
+      text_.append(name).append(" is \"").append(value).append("\"; expected ").append(expected);
+    }
+  }
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+std::string Range(int lowest, int highest) {
+  return "a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest);
+}
+
+/// A configuration value, which must lie between `lowest` and `highest`.
+unsigned int ReadInRange(const std::string& key, int defaultValue, int lowest, int highest,
+                         Complaint& complaint) {
+  const int value = GetGlobalConfigValue(key, defaultValue);
+  if (value < lowest || value > highest) {
+    complaint.Add(key, std::to_string(value), Range(lowest, highest));
+  }
+  return static_cast<unsigned int>(std::clamp(value, lowest, highest));
+}
+
+int ReadPort(const std::string& text, Complaint& complaint) {
+  const int port = ParseStrictly(text).value_or(0);
+  if (port < 1 || port > kHighestPort) {
+    complaint.Add("the port", text, Range(1, kHighestPort));
+  }
+  return port;
+}
+
+bool IsKnownSuite(unsigned long suite) {
+  return suite <= kHighestSuite && IPMI_CIPHER_SUITE_ID_SUPPORTED(suite) != 0;
+}
+
+std::uint8_t ReadCipherSuite(unsigned long givenInCode, Complaint& complaint) {
+  constexpr const char* key = "IPMI_CIPHER_SUITE";
+  constexpr const char* expected = "one of 0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16 and 17";
+  const int configured = GetGlobalConfigValue(key, kSuiteNotSet);
+  if (configured != kSuiteNotSet) {
+    if (configured < 0 || !IsKnownSuite(static_cast<unsigned long>(configured))) {
+      complaint.Add(key, std::to_string(configured), expected);
+    }
+    return static_cast<std::uint8_t>(configured);
+  }
+  if (!IsKnownSuite(givenInCode)) {
+    complaint.Add("the cipher suite", std::to_string(givenInCode), expected);
+  }
+  return static_cast<std::uint8_t>(givenInCode);
+}
+
+unsigned int ReadWorkaroundFlags(Complaint& complaint) {
+  constexpr const char* key = "IPMI_WORKAROUND_FLAGS";
+  const int flags = GetGlobalConfigValue(key, IPMI_WORKAROUND_FLAGS_DEFAULT);
+  if ((flags & ~kAllWorkarounds) != 0) {
+    complaint.Add(key, std::to_string(flags),
+                  "a sum of 1, 2, 4, 8, 16 (open session privilege), 32 and 64");
+  }
+  return static_cast<unsigned int>(flags);
+}
+
+/// Makes FreeIPMI notice silence within the session time-out. It looks at the clock only when a
+/// retransmission is due, and its waits grow (1, 1, 2, 2, 3, 3, ... intervals): the interval is
+/// shortened so that one of the waits ends just in time, and the time-out handed over falls into
+/// the middle of the last interval.
+void FitToSessionTimeout(ConnectSettings& settings) {
+  unsigned int intervals = 0;
+  for (unsigned int wait = 0;
+       intervals * settings.retransmissionTimeoutMs < settings.sessionTimeoutMs; ++wait) {
+    intervals += wait / 2 + 1;
+  }
+  settings.retransmissionTimeoutMs = settings.sessionTimeoutMs / intervals;
+  settings.sessionTimeoutMs =
+      intervals * settings.retransmissionTimeoutMs - settings.retransmissionTimeoutMs / 2;
+}
+
+}  // namespace
+
+Failure ReadConnectSettings(const std::string& port, unsigned long cipherSuite,
+                            ConnectSettings& settings) {
+  Complaint complaint;
+  settings.port = ReadPort(port, complaint);
+  settings.cipherSuite = ReadCipherSuite(cipherSuite, complaint);
+  settings.privilegeLevel = static_cast<std::uint8_t>(
+      ReadInRange("IPMI_PRIVILEGE_LEVEL", IPMI_PRIVILEGE_LEVEL_ADMIN, IPMI_PRIVILEGE_LEVEL_USER,
+                  IPMI_PRIVILEGE_LEVEL_ADMIN, complaint));
+  settings.sessionTimeoutMs = ReadInRange("IPMI_SESSION_TIMEOUT_MS", kDefaultSessionTimeoutMs,
+                                          2 * kShortestTimeoutMs, kLongestTimeoutMs, complaint);
+  // FreeIPMI wants the interval to be the shorter one, so its default follows a short session
+  // time-out.
+  const int session = static_cast<int>(settings.sessionTimeoutMs);
+  settings.retransmissionTimeoutMs = ReadInRange(
+      "IPMI_RETRANSMISSION_TIMEOUT_MS", std::min(kDefaultRetransmissionTimeoutMs, session / 2),
+      kShortestTimeoutMs, session - 1, complaint);
+  FitToSessionTimeout(settings);
+  settings.workaroundFlags = ReadWorkaroundFlags(complaint);
+  return complaint.Text().empty() ? Failure{}
+                                  : Failure{ConnectResult::InvalidSetting, complaint.Text()};
+}
+
+}  // namespace Standalone
+}  // namespace Tavrin
