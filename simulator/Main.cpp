@@ -24,7 +24,7 @@ int Complain(const char* what, int exitCode) {
 sigset_t BlockSignals() {
   sigset_t signals;
   sigemptyset(&signals);
-  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD}) {
     sigaddset(&signals, number);
   }
   sigprocmask(SIG_BLOCK, &signals, nullptr);
@@ -35,7 +35,10 @@ int RunUntilStopped(const LauncherOptions& options) {
   const sigset_t signals = BlockSignals();
   const std::unique_ptr<SimulatedEnclosure> enclosure = StartEnclosure(options);
   std::printf("smm-simulator ready at %s\n", enclosure->Endpoint().c_str());
-  std::fflush(stdout);
+  if (std::fflush(stdout) != 0) {
+    return Complain("nobody takes the line with the address; expected an open standard output",
+                    kFailed);
+  }
   for (;;) {
     int received = 0;
     sigwait(&signals, &received);

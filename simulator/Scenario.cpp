@@ -181,12 +181,12 @@ Override ReadOverride(const Json& entry, const Place& place) {
   return override;
 }
 
+/// `position` counts from 1 and may lie one behind the end.
 std::string LineAndColumn(const std::string& text, std::size_t position) {
-  const std::size_t end = std::min(position, text.size());
-  const auto line = std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end), '\n');
-  const std::size_t lineStart = text.rfind('\n', end == 0 ? 0 : end - 1);
-  const std::size_t column = lineStart == std::string::npos || end == 0 ? end : end - lineStart - 1;
-  return "line " + std::to_string(line + 1) + ", column " + std::to_string(column);
+  const std::string before = text.substr(0, position - 1);
+  const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+  const std::size_t column = before.size() - (before.rfind('\n') + 1) + 1;
+  return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
 /// Refuses a key that an object holds twice; of two values the parser would keep the last silently.

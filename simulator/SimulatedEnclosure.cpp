@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
 #include <utility>
 
 #include "simulator/ModuleSettings.h"
@@ -24,6 +25,7 @@ constexpr const char* kOutputName = "ipmi_sim.log";
 constexpr const char* kStateName = "state";
 constexpr std::chrono::seconds kStartPatience{10};
 constexpr int kPingMilliseconds = 100;
+constexpr std::chrono::milliseconds kPingPause{10};
 constexpr int kPortAttempts = 20;
 
 std::string FindIpmiSim() {
@@ -116,6 +118,8 @@ void SimulatedEnclosure::WaitUntilItAnswers() {
     if (std::chrono::steady_clock::now() > giveUp) {
       throw StartError("ipmi_sim did not answer at " + Endpoint() + " within 10 seconds");
     }
+    // A closed port is reported at once, not after the ping's time.
+    std::this_thread::sleep_for(kPingPause);
   }
 }
 
@@ -128,7 +132,8 @@ std::optional<std::string> SimulatedEnclosure::Ended() {
   if (!how) {
     return std::nullopt;
   }
-  return "ipmi_sim ended " + *how + "; its last line was \"" + LastOutputLine() + "\"";
+  const std::string line = LastOutputLine();
+  return "ipmi_sim ended " + *how + (line.empty() ? "" : "; its last line was \"" + line + "\"");
 }
 
 std::string SimulatedEnclosure::LastOutputLine() const {
