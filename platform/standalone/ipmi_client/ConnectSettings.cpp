@@ -37,7 +37,7 @@ class Complaint {
       text_.append(name).append(" is \"").append(value).append("\"; expected ").append(expected);
     }
   }
-  const std::string& Text() const { return text_; }
+  [[nodiscard]] const std::string& Text() const { return text_; }
 
  private:
   std::string text_;
