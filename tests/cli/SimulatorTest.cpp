@@ -74,12 +74,43 @@ TEST(ToolOnSimulator, SecondGenerationOfPlatform253IsShownWhole) {
 }
 
 TEST(ToolOnSimulator, RefusedQueryIsToldAndDoesNotHideTheOthers) {
+  const Simulator simulator({"--generation", "1"}, R"([
+    {"command": "0xB0", "data": "05 00", "completionCode": "0xC1"}
+  ])");
+  const Finished finished = simulator.Read();
+  EXPECT_EQ(finished.exitCode, 1) << finished.error;
+  EXPECT_THAT(finished.output, HasSubstr("  machine type   not read\n"
+                                         "  serial number  SIM10001\n"));
+  EXPECT_THAT(finished.error,
+              HasSubstr("smm-inventory: machine type not read: the SMM refused the request or gave "
+                        "too short an answer (Get smm mt failed with error code:193); next: "));
+}
+
+TEST(ToolOnSimulator, AnswerShorterThanItsLeadingBytesIsToldInWords) {
   const Simulator simulator({"--generation", "2", "--platform", "254"}, R"([
-    {"command": "0xB0", "data": "05 00", "completionCode": "0xC1"},
-    {"command": "0xB0", "data": "05 01", "response": "00 00 1b 5b 32 4a"}
+    {"command": "0xB0", "data": "05 00", "response": "00"}
   ])");
   const Finished finished = simulator.Read();
   EXPECT_EQ(finished.exitCode, 3) << finished.error;
+  EXPECT_THAT(finished.output, HasSubstr("  machine type   not read\n"
+                                         "  serial number  SIM25401\n"
+                                         "  generation     second\n"));
+  EXPECT_THAT(finished.error,
+              HasSubstr("smm-inventory: machine type not read: the library gave up with an "
+                        "exception (the answer was shorter than the bytes that lead it"));
+}
+
+TEST(ToolOnSimulator, RefusedStatusLeavesDetectionUnread) {
+  const Simulator simulator({"--generation", "1"}, R"([
+    {"command": "0xA8", "completionCode": "0xC1"}
+  ])");
+  const Finished finished = simulator.Read();
+  EXPECT_EQ(finished.exitCode, 1) << finished.error;
+  EXPECT_THAT(finished.output, HasSubstr("  machine type   1QA4\n"));
+  EXPECT_THAT(finished.output, HasSubstr("  nodes          not read\n"));
+  EXPECT_THAT(finished.error,
+              HasSubstr("platform id, PSU slots, nodes not read: the SMM gave no "
+                        "usable answer (response is empty or completeCode: \\xc1)"));
 }
 
 TEST(ToolOnSimulator, WrongPasswordIsNamedAtOnceAndInTheEnd) {

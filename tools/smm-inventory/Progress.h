@@ -26,7 +26,9 @@ class Progress {
   /// What the latest complaint in the log says, escaped; empty when there was none since
   /// ForgetCause or, later, since the last attempt of a status read began. The IPMI client's own
   /// words are preferred to the library's, which only has numbers.
-  const std::string& Cause() const { return clientCause_.empty() ? otherCause_ : clientCause_; }
+  [[nodiscard]] const std::string& Cause() const {
+    return clientCause_.empty() ? otherCause_ : clientCause_;
+  }
   void ForgetCause();
 
  private:
