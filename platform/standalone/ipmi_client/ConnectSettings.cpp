@@ -95,6 +95,21 @@ unsigned int ReadWorkaroundFlags(Complaint& complaint) {
   return static_cast<unsigned int>(flags);
 }
 
+/// Makes FreeIPMI notice silence within the session time-out. It looks at the clock only when a
+/// retransmission is due, and its waits grow (1, 1, 2, 2, 3, 3, ... intervals): the interval is
+/// shortened so that one of the waits ends just in time, and the time-out handed over falls into
+/// the middle of the last interval.
+void FitToSessionTimeout(ConnectSettings& settings) {
+  unsigned int intervals = 0;
+  for (unsigned int wait = 0;
+       intervals * settings.retransmissionTimeoutMs < settings.sessionTimeoutMs; ++wait) {
+    intervals += wait / 2 + 1;
+  }
+  settings.retransmissionTimeoutMs = settings.sessionTimeoutMs / intervals;
+  settings.sessionTimeoutMs =
+      intervals * settings.retransmissionTimeoutMs - settings.retransmissionTimeoutMs / 2;
+}
+
 }  // namespace
 
 Failure ReadConnectSettings(const std::string& port, unsigned long cipherSuite,
@@ -107,12 +122,13 @@ Failure ReadConnectSettings(const std::string& port, unsigned long cipherSuite,
                   IPMI_PRIVILEGE_LEVEL_ADMIN, complaint));
   settings.sessionTimeoutMs = ReadInRange("IPMI_SESSION_TIMEOUT_MS", kDefaultSessionTimeoutMs,
                                           2 * kShortestTimeoutMs, kLongestTimeoutMs, complaint);
-  // FreeIPMI wants the retransmission to come first, so its default follows a short session
+  // FreeIPMI wants the interval to be the shorter one, so its default follows a short session
   // time-out.
   const int session = static_cast<int>(settings.sessionTimeoutMs);
   settings.retransmissionTimeoutMs = ReadInRange(
       "IPMI_RETRANSMISSION_TIMEOUT_MS", std::min(kDefaultRetransmissionTimeoutMs, session / 2),
       kShortestTimeoutMs, session - 1, complaint);
+  FitToSessionTimeout(settings);
   settings.workaroundFlags = ReadWorkaroundFlags(complaint);
   return complaint.Text().empty() ? Failure{}
                                   : Failure{ConnectResult::InvalidSetting, complaint.Text()};

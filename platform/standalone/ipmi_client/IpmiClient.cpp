@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "platform/Log.h"
+#include "platform/standalone/HexByte.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/ipmi_client/ConnectSettings.h"
 #include "platform/standalone/ipmi_client/Failure.h"
@@ -17,14 +18,16 @@ namespace Tavrin {
 namespace ConnectResult = Standalone::ConnectResult;
 using Standalone::ConnectSettings;
 using Standalone::Failure;
+using Standalone::HexByte;
 
 namespace {
 
 constexpr const char* kSourcePath = "platform/standalone/ipmi_client/IpmiClient";
 constexpr unsigned int kWarning = 2;
 constexpr std::uint8_t kNoCompletionCode = 0xFF;
-/// More than any answer that FreeIPMI takes in (1024 bytes), so that none is cut.
-constexpr std::size_t kAnswerCapacity = 4096;
+/// FreeIPMI takes this many bytes of a request and of an answer, code bytes included, and silently
+/// cuts off the rest.
+constexpr std::size_t kMessageCapacity = 1024;
 
 /// Ends the session, closes the socket and forgets the password.
 struct ContextCloser {
@@ -37,11 +40,6 @@ using Context = std::unique_ptr<ipmi_ctx, ContextCloser>;
 void PrepareCryptography() {
   static std::once_flag once;
   std::call_once(once, [] { ipmi_rmcpplus_init(); });
-}
-
-std::string HexByte(std::uint8_t byte) {
-  constexpr const char* digits = "0123456789abcdef";
-  return {'0', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
 }
 
 Failure CheckCredentials(const std::string& userName, const std::string& password) {
@@ -123,12 +121,20 @@ Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std:
   }
   std::vector<std::uint8_t> sent{request.cmd};
   sent.insert(sent.end(), request.data.begin(), request.data.end());
-  std::array<std::uint8_t, kAnswerCapacity> answer{};
+  if (sent.size() > kMessageCapacity) {
+    return {ConnectResult::Failed, "the request has " + std::to_string(request.data.size()) +
+                                       " data bytes; expected at most " +
+                                       std::to_string(kMessageCapacity - 1)};
+  }
+  std::array<std::uint8_t, kMessageCapacity> answer{};
   const int length =
       ipmi_cmd_raw(context.get(), IPMI_BMC_IPMB_LUN_BMC, request.netFn, sent.data(),
                    static_cast<unsigned int>(sent.size()), answer.data(), answer.size());
   if (length < 0) {
     return Standalone::ExchangeFailure(ipmi_ctx_errnum(context.get()));
+  }
+  if (static_cast<std::size_t>(length) == kMessageCapacity) {
+    return {ConnectResult::Failed, "the answer is longer than the IPMI library takes"};
   }
   // The command code comes first, then the completion code.
   if (length < 2) {

@@ -7,6 +7,7 @@
 #include "platform/GlobalConfig.h"
 #include "platform/IpmiClient.h"
 #include "platform/Log.h"
+#include "platform/standalone/HexByte.h"
 
 namespace Tavrin {
 namespace {
@@ -70,9 +71,9 @@ int Detect(const ConnectionInfo& info, SMMIype& type) {
     return NotDetected(kNoUsableAnswer, info, "the status request got no answer");
   }
   if (completionCode != 0) {
-    return NotDetected(
-        kNoUsableAnswer, info,
-        "the status request was refused with completion code " + std::to_string(completionCode));
+    return NotDetected(kNoUsableAnswer, info,
+                       "the status request was refused with completion code " +
+                           Standalone::HexByte(completionCode));
   }
   if (response.empty()) {
     return NotDetected(kNoUsableAnswer, info, "the answer to the status request is empty");

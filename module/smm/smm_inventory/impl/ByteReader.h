@@ -27,7 +27,7 @@ class ByteReader {
   /// Passes over `count` bytes.
   void Skip(std::size_t count);
 
-  bool Failed() const { return failed_; }
+  [[nodiscard]] bool Failed() const { return failed_; }
 
  private:
   bool Take(std::size_t count);

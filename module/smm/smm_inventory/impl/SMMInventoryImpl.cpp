@@ -57,6 +57,17 @@ constexpr std::size_t kIdentityPrefixLength = 2;
 
 bool AdmitsIpmi(std::int32_t connectionKind) { return connectionKind == 1 || connectionKind == 7; }
 
+// Connects with as many attempts as the configuration allows, without a pause between them. Returns
+// what the last attempt returned, and counts no attempt at all as a failure worth retrying.
+int Connect(IpmiClient& client) {
+  const int attempts = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", kDefaultConnectAttempts);
+  int result = kWorthRetrying;
+  for (int attempt = 0; attempt < attempts && result == kWorthRetrying; ++attempt) {
+    result = client.connect();
+  }
+  return result;
+}
+
 IPMICOMMAND OemRequest(std::uint8_t command, std::vector<std::uint8_t> data) {
   IPMICOMMAND request;
   request.netFn = kOemNetworkFunction;
@@ -65,21 +76,40 @@ IPMICOMMAND OemRequest(std::uint8_t command, std::vector<std::uint8_t> data) {
   return request;
 }
 
-// One byte is the whole answer of an SMM that merely acknowledges.
-bool IsAcknowledgement(const std::vector<std::uint8_t>& response, std::uint8_t completionCode) {
-  return completionCode == 0 && response.size() == 1;
+// "1 time", "2 times", and so on.
+std::string Times(int count) { return std::to_string(count) + (count == 1 ? " time" : " times"); }
+
+// Sends the request up to six times, with a pause after each, until the SMM acknowledges it with an
+// answer of exactly one byte and completion code 0. Returns whether it did; the outputs hold the
+// last answer in either case.
+template <typename Announce>
+bool SendUntilAcknowledged(SMMInventoryImpl& smm, const IPMICOMMAND& request,
+                           std::vector<std::uint8_t>& response, std::uint8_t& completionCode,
+                           Announce announce) {
+  for (int attempt = 1; attempt <= kAcknowledgeAttempts; ++attempt) {
+    announce(attempt);
+    static_cast<void>(smm.SendIpmiCmd(request, response, completionCode));
+    if (completionCode == 0 && response.size() == 1) {
+      return true;
+    }
+    sleep(kSecondsBetweenAttempts);
+  }
+  return false;
 }
 
 }  // namespace
 
-SMMInventoryImpl::SMMInventoryImpl(const TavrinConnection::ConnectionInfo& info)
-    : TavrinConnection::ConnectionInfo(info),
-      smmType(SMM_FIRST_GENERATION),
-      psuSlotCount(kDefaultPsuSlotCount),
-      nodeCount(kDefaultNodeCount) {
-  smmStatus.platformId = kPlatform254;
-  smmStatus.psuSlotCount = kDefaultPsuSlotCount;
+struct SMMInventoryImpl::Answer {
+  std::vector<std::uint8_t> bytes;
+  std::uint8_t completionCode = 0;
 
+  [[nodiscard]] bool IsGood(std::size_t minimumLength) const {
+    return completionCode == 0 && bytes.size() >= minimumLength;
+  }
+};
+
+SMMInventoryImpl::SMMInventoryImpl(const TavrinConnection::ConnectionInfo& info)
+    : TavrinConnection::ConnectionInfo(info) {
   // An SMM whose generation cannot be found out is taken for what smmType holds already.
   SMMInfo smmInfo(*this);
   static_cast<void>(smmInfo.GetSmmType(smmType));
@@ -118,15 +148,6 @@ int SMMInventoryImpl::SendIpmiCmd(const IPMICOMMAND& request, std::vector<std::u
   return StatusCode::Success;
 }
 
-int SMMInventoryImpl::Connect(IpmiClient& client) {
-  const int attempts = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", kDefaultConnectAttempts);
-  int result = kWorthRetrying;
-  for (int attempt = 0; attempt < attempts && result == kWorthRetrying; ++attempt) {
-    result = client.connect();
-  }
-  return result;
-}
-
 void SMMInventoryImpl::TrimSmm2Response(std::vector<std::uint8_t>& response, std::size_t count) {
   SMM_LOG(kDebug) << "it is smm2...";
   if (response.size() < count) {
@@ -138,23 +159,29 @@ void SMMInventoryImpl::TrimSmm2Response(std::vector<std::uint8_t>& response, std
   SMM_LOG(kDebug) << "New response=" << HexRendering(response);
 }
 
+int SMMInventoryImpl::SendAndTrim(const IPMICOMMAND& request, std::size_t prefixLength,
+                                  Answer& answer) {
+  const int status = SendIpmiCmd(request, answer.bytes, answer.completionCode);
+  if (status == StatusCode::Success && IsSecondGeneration()) {
+    TrimSmm2Response(answer.bytes, prefixLength);
+  }
+  return status;
+}
+
 int SMMInventoryImpl::GetSmmMT(std::string& machineType) {
   const IPMICOMMAND request = OemRequest(kIdentityCommand, {kIdentitySelector, kMachineTypeItem});
-  std::vector<std::uint8_t> response;
-  std::uint8_t completionCode = 0;
-  const int status = SendIpmiCmd(request, response, completionCode);
+  Answer answer;
+  const int status = SendAndTrim(request, kIdentityPrefixLength, answer);
   if (status != StatusCode::Success) {
     return status;
   }
-  if (IsSecondGeneration()) {
-    TrimSmm2Response(response, kIdentityPrefixLength);
-  }
-  if (completionCode != 0 || response.size() < kMachineTypeLength) {
-    SMM_LOG(kError) << "Get smm mt failed with error code:" << std::to_string(completionCode);
+  if (!answer.IsGood(kMachineTypeLength)) {
+    SMM_LOG(kError) << "Get smm mt failed with error code:"
+                    << std::to_string(answer.completionCode);
     return StatusCode::UnusableAnswer;
   }
 
-  std::string text = DecodeMachineType(response);
+  std::string text = DecodeMachineType(answer.bytes);
   if (!IsAlphanumeric(text)) {
     SMM_LOG(kWarning) << "[WARN]: SMM machine type is empty";
     return StatusCode::NoUsableResult;
@@ -165,57 +192,49 @@ int SMMInventoryImpl::GetSmmMT(std::string& machineType) {
 
 int SMMInventoryImpl::GetSmmSN(std::string& serialNumber) {
   const IPMICOMMAND request = OemRequest(kIdentityCommand, {kIdentitySelector, kSerialNumberItem});
-  std::vector<std::uint8_t> response;
-  std::uint8_t completionCode = 0;
-  const int status = SendIpmiCmd(request, response, completionCode);
+  Answer answer;
+  const int status = SendAndTrim(request, kIdentityPrefixLength, answer);
   if (status != StatusCode::Success) {
     return status;
   }
-  if (IsSecondGeneration()) {
-    TrimSmm2Response(response, kIdentityPrefixLength);
-  }
-  if (completionCode != 0 || response.size() < kSerialNumberMinimumLength) {
-    SMM_LOG(kError) << "Get smm sn failed with error code:" << std::to_string(completionCode);
+  if (!answer.IsGood(kSerialNumberMinimumLength)) {
+    SMM_LOG(kError) << "Get smm sn failed with error code:"
+                    << std::to_string(answer.completionCode);
     return StatusCode::UnusableAnswer;
   }
 
-  serialNumber = DecodeSerialNumber(response);
+  serialNumber = DecodeSerialNumber(answer.bytes);
   return StatusCode::Success;
 }
 
 int SMMInventoryImpl::GetSMMStatusImp(SMMStatus& out) {
   const IPMICOMMAND request = OemRequest(kStatusCommand, {});
-  std::vector<std::uint8_t> response;
-  std::uint8_t completionCode = 0;
-  int status = StatusCode::Success;
-  // A full status answer never counts as the acknowledgement that ends the attempts early: the SMM
-  // is asked six times and its last answer is the one that counts.
-  for (int attempt = 1; attempt <= kAcknowledgeAttempts; ++attempt) {
-    SMM_LOG(kProgress) << "Try to get SMM status, retry " << std::to_string(attempt)
-                       << (attempt == 1 ? " time" : " times");
-    status = SendIpmiCmd(request, response, completionCode);
-    if (IsAcknowledgement(response, completionCode)) {
-      SMM_LOG(kProgress) << "Succeeded get SMM Status";
-      break;
-    }
-    sleep(kSecondsBetweenAttempts);
+  Answer answer;
+  // A full status answer is no acknowledgement, so that an SMM which gives one is asked six times
+  // and the last of its answers counts.
+  if (SendUntilAcknowledged(*this, request, answer.bytes, answer.completionCode, [](int attempt) {
+        SMM_LOG(kProgress) << "Try to get SMM status, retry " << Times(attempt);
+      })) {
+    SMM_LOG(kProgress) << "Succeeded get SMM Status";
   }
 
-  if (response.empty() || completionCode != 0) {
-    SMM_LOG(kWarning) << "response is empty or completeCode: " << static_cast<char>(completionCode);
+  int status = StatusCode::Success;
+  if (answer.bytes.empty() || answer.completionCode != 0) {
+    SMM_LOG(kWarning) << "response is empty or completeCode: "
+                      << static_cast<char>(answer.completionCode);
     status = StatusCode::NoUsableResult;
   }
-  if (response.size() < kSmmStatusMinimumLength) {
+  if (answer.bytes.size() < kSmmStatusMinimumLength) {
     SMM_LOG(kWarning) << "SMM Type is 0x" << Hex(static_cast<std::uint32_t>(smmType))
                       << "use default value";
     return status;
   }
 
-  const SmmStatusAnswer answer = DecodeSmmStatus(response);
-  if (IsEgs(answer)) {
+  const SmmStatusAnswer decoded = DecodeSmmStatus(answer.bytes);
+  if (IsEgs(decoded)) {
     SMM_LOG(kWarning) << "checked SMM2 Type is EGS, For EGS, set default value 6";
   }
-  out = ToSmmStatus(answer);
+  out = ToSmmStatus(decoded);
   return status;
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "module/smm/smm_inventory/InventoryRecords.h"
+#include "module/smm/smm_inventory/impl/SmmStatus.h"
 #include "platform/ConnectionInfo.h"
 #include "platform/IpmiClient.h"
 #include "platform/SMMInfo.h"
@@ -31,14 +32,19 @@ class SMMInventoryImpl : public TavrinConnection::ConnectionInfo {
   int GetSMMStatusImp(SMMStatus& out);
 
   // Set by the constructor and never changed afterwards.
-  SMMIype smmType;
-  SMMStatus smmStatus;
-  std::uint64_t psuSlotCount;  ///< PSU slots are numbered 1 to this count.
-  std::uint64_t nodeCount;     ///< Compute nodes are numbered 1 to this count.
+  SMMIype smmType = SMM_FIRST_GENERATION;
+  SMMStatus smmStatus{kPlatform254, kDefaultPsuSlotCount};
+  std::uint64_t psuSlotCount = kDefaultPsuSlotCount;  ///< PSU slots are numbered 1 to this count.
+  std::uint64_t nodeCount = kDefaultNodeCount;  ///< Compute nodes are numbered 1 to this count.
 
  private:
-  int Connect(IpmiClient& client);
-  bool IsSecondGeneration() const { return smmType == SMM_SECOND_GENERATION; }
+  struct Answer;
+
+  [[nodiscard]] bool IsSecondGeneration() const { return smmType == SMM_SECOND_GENERATION; }
+
+  /// Sends the request and, on a second-generation SMM, removes the first `prefixLength` bytes of
+  /// the answer, whatever its completion code. Returns the status of the exchange.
+  int SendAndTrim(const IPMICOMMAND& request, std::size_t prefixLength, Answer& answer);
 
   /// Removes the bytes that a second-generation SMM puts in front of an answer. Throws
   /// std::bad_alloc when the response holds fewer than `count`.

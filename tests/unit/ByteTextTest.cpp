@@ -1,0 +1,28 @@
+#include "module/smm/smm_inventory/impl/ByteText.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace Tavrin {
+namespace {
+
+TEST(ByteText, HexIsLowerCaseWithoutPrefixOrLeadingZeros) {
+  EXPECT_EQ(Hex(0), "0");
+  EXPECT_EQ(Hex(0x0A), "a");
+  EXPECT_EQ(Hex(0xFF), "ff");
+  EXPECT_EQ(Hex(0xFFFFFFFF), "ffffffff");
+}
+
+TEST(ByteText, RawRenderingPutsABlankBehindEachByteAsItIs) {
+  EXPECT_EQ(RawRendering({'A', 0x00, 0xFF}), std::string("A \0 \xFF ", 6));
+  EXPECT_EQ(RawRendering({}), "");
+}
+
+TEST(ByteText, HexRenderingPutsABlankBehindEachByte) {
+  EXPECT_EQ(HexRendering({0x05, 0x00, 0xFF, 0x10}), "0x5 0x0 0xff 0x10 ");
+  EXPECT_EQ(HexRendering({}), "");
+}
+
+}  // namespace
+}  // namespace Tavrin

@@ -1,0 +1,244 @@
+#include "tests/unit/PlatformDouble.h"
+
+#include <iomanip>
+#include <sstream>
+#include <utility>
+
+#include "platform/GlobalConfig.h"
+#include "platform/Log.h"
+
+namespace Tavrin::Double {
+namespace {
+
+Platform platformNow;
+
+std::string Describe(const std::string& address, const std::string& userName,
+                     const std::string& password, const std::string& port,
+                     unsigned long cipherSuite) {
+  return address + '|' + userName + '|' + password + '|' + port + '|' + std::to_string(cipherSuite);
+}
+
+std::string Describe(std::uint8_t netFn, std::uint8_t command, const Bytes& data) {
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << std::hex << std::setfill('0') << "netFn " << std::setw(2) << int{netFn} << " command "
+       << std::setw(2) << int{command} << " data";
+  for (const std::uint8_t byte : data) {
+    text << ' ' << std::setw(2) << int{byte};
+  }
+  return text.str();
+}
+
+void ThrowIfAny(const std::exception_ptr& exception) {
+  if (exception != nullptr) {
+    std::rethrow_exception(exception);
+  }
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& stream, const Line& line) {
+  return stream << "level " << line.level << ": " << line.text;
+}
+
+void Platform::Expect(std::uint8_t netFn, std::uint8_t command, const Bytes& data,
+                      const Bytes& response, std::uint8_t completionCode) {
+  Exchange exchange;
+  exchange.netFn = netFn;
+  exchange.command = command;
+  exchange.data = data;
+  exchange.response = response;
+  exchange.completionCode = completionCode;
+  script.push_back(std::move(exchange));
+}
+
+void Platform::ExpectStatusReads(int count, const Bytes& response, std::uint8_t completionCode) {
+  for (int i = 0; i < count; ++i) {
+    Expect(0x32, 0xA8, {}, response, completionCode);
+  }
+}
+
+void Platform::ExpectConnectFailures(const std::vector<int>& results) {
+  Exchange exchange;
+  exchange.connectResults = results;
+  script.push_back(std::move(exchange));
+}
+
+void Platform::ForgetWhatHappened() {
+  lines.clear();
+  lineNumbers.clear();
+  pauses.clear();
+  events.clear();
+}
+
+Platform& ThePlatform() { return platformNow; }
+
+void ResetPlatform() { platformNow = Platform{}; }
+
+void ExpectScriptPlayed() {
+  EXPECT_EQ(platformNow.exchangesBegun, platformNow.script.size())
+      << "exchanges begun, and exchanges expected";
+  EXPECT_EQ(platformNow.openConnections, 0) << "connections left open";
+}
+
+TavrinConnection::ConnectionInfo TestSettings() {
+  TavrinConnection::ConnectionInfo settings;
+  settings.address = "192.0.2.17";
+  settings.port = 9623;
+  settings.userName = "operator-7";
+  settings.password = "correct horse";
+  settings.aux16A = 11;
+  settings.aux16B = 12;
+  settings.aux32A = -13;
+  settings.connectionKind = 7;
+  settings.aux32B = 15;
+  return settings;
+}
+
+Bytes StatusAnswer(std::uint8_t platformId, std::uint8_t enclosureType) {
+  return {platformId, 0x12, 0x23, 0x34, 0x45, 0x56, 0x67,
+          0x78,       0x89, 0x9A, 0xAB, 0xBC, 0xCD, enclosureType};
+}
+
+}  // namespace Tavrin::Double
+
+namespace Tavrin {
+
+using Double::Describe;
+using Double::Exchange;
+using Double::ThePlatform;
+
+struct IpmiClient::State {
+  Exchange exchange;
+  std::size_t connectsDone = 0;
+  bool connected = false;
+  bool sent = false;
+};
+
+IpmiClient::IpmiClient(const std::string& address, const std::string& userName,
+                       const std::string& password, const std::string& port,
+                       unsigned long cipherSuite)
+    : state_(new State) {
+  Double::Platform& platform = ThePlatform();
+  const TavrinConnection::ConnectionInfo& expected = platform.expectedSettings;
+  EXPECT_EQ(Describe(address, userName, password, port, cipherSuite),
+            Describe(expected.address, expected.userName, expected.password,
+                     std::to_string(expected.port), 3));
+  platform.events.emplace_back("client constructed");
+  if (platform.exchangesBegun < platform.script.size()) {
+    state_->exchange = platform.script[platform.exchangesBegun];
+  } else {
+    ADD_FAILURE() << "exchange " << platform.exchangesBegun + 1 << " was not expected";
+  }
+  ++platform.exchangesBegun;
+}
+
+IpmiClient::~IpmiClient() {
+  EXPECT_EQ(state_->connectsDone, state_->exchange.connectResults.size())
+      << "connection attempts made, and expected, in exchange " << ThePlatform().exchangesBegun;
+  EXPECT_TRUE(state_->sent || !state_->exchange.Connects())
+      << "nothing was sent over exchange " << ThePlatform().exchangesBegun;
+  ThePlatform().openConnections -= state_->connected ? 1 : 0;
+  ThePlatform().events.emplace_back("client destroyed");
+}
+
+int IpmiClient::connect() {
+  ThePlatform().events.emplace_back("connect");
+  const std::size_t index = state_->connectsDone++;
+  Double::ThrowIfAny(state_->exchange.connectException);
+  if (index >= state_->exchange.connectResults.size()) {
+    ADD_FAILURE() << "connection attempt " << index + 1 << " was not expected";
+    return -1;
+  }
+  state_->connected = state_->exchange.connectResults[index] == 0;
+  ThePlatform().openConnections += state_->connected ? 1 : 0;
+  return state_->exchange.connectResults[index];
+}
+
+int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
+                     std::uint8_t& completionCode) {
+  const Exchange& exchange = state_->exchange;
+  ThePlatform().events.emplace_back("send");
+  EXPECT_TRUE(state_->connected) << "sent without a connection";
+  EXPECT_FALSE(state_->sent) << "sent twice over one connection";
+  EXPECT_EQ(Describe(request.netFn, request.cmd, request.data),
+            Describe(exchange.netFn, exchange.command, exchange.data));
+  state_->sent = true;
+  Double::ThrowIfAny(exchange.sendException);
+  response = exchange.response;
+  completionCode = exchange.completionCode;
+  return exchange.sendResult;
+}
+
+int IpmiClient::disconnect() {
+  ThePlatform().events.emplace_back("disconnect");
+  EXPECT_TRUE(state_->connected) << "disconnected without a connection";
+  state_->connected = false;
+  --ThePlatform().openConnections;
+  return 0;
+}
+
+int GetGlobalConfigValue(const std::string& key, int defaultValue) {
+  EXPECT_EQ(key, "IPMI_CONNECT_RETRY_TIMES");
+  EXPECT_EQ(defaultValue, 3);
+  ThePlatform().events.emplace_back("configuration read");
+  return ThePlatform().connectAttempts;
+}
+
+struct Log::State {
+  unsigned int level = 0;
+  unsigned int line = 0;
+  std::ostringstream text;
+};
+
+Log::Log(unsigned int level, const std::string& sourcePath, unsigned int line) : state_(new State) {
+  EXPECT_EQ(sourcePath, "module/smm/smm_inventory/impl/SMMInventoryImpl");
+  EXPECT_GT(line, 0U);
+  state_->level = level;
+  state_->line = line;
+}
+
+Log::~Log() {
+  ThePlatform().lines.push_back({state_->level, state_->text.str()});
+  ThePlatform().lineNumbers.push_back(state_->line);
+}
+
+std::ostream& Log::Stream() { return state_->text; }
+
+unsigned int Log::GetMinLogLevel() {
+  Double::Platform& platform = ThePlatform();
+  if (!platform.laterThresholds.empty()) {
+    platform.logThreshold = platform.laterThresholds.front();
+    platform.laterThresholds.erase(platform.laterThresholds.begin());
+  }
+  return platform.logThreshold;
+}
+
+struct SMMInfo::State {};
+
+SMMInfo::SMMInfo(const TavrinConnection::ConnectionInfo& info) : state_(new State) {
+  const TavrinConnection::ConnectionInfo& expected = ThePlatform().expectedSettings;
+  EXPECT_EQ(info.address, expected.address);
+  EXPECT_EQ(info.port, expected.port);
+  EXPECT_EQ(info.userName, expected.userName);
+  EXPECT_EQ(info.password, expected.password);
+  EXPECT_EQ(info.connectionKind, expected.connectionKind);
+  ThePlatform().events.emplace_back("SMM information constructed");
+}
+
+SMMInfo::~SMMInfo() { ThePlatform().events.emplace_back("SMM information destroyed"); }
+
+int SMMInfo::GetSmmType(SMMIype& type) {
+  ThePlatform().events.emplace_back("SMM type asked");
+  Double::ThrowIfAny(ThePlatform().smmTypeException);
+  type = static_cast<SMMIype>(ThePlatform().smmType);
+  return ThePlatform().smmTypeResult;
+}
+
+}  // namespace Tavrin
+
+extern "C" unsigned int sleep(unsigned int seconds) {
+  Tavrin::ThePlatform().pauses.push_back(seconds);
+  Tavrin::ThePlatform().events.emplace_back("pause");
+  return 0;
+}
