@@ -12,9 +12,9 @@ using Texts = std::vector<std::string>;
 /// A simulated enclosure whose administrator's password is "sesame".
 class Simulator {
  public:
-  explicit Simulator(const Texts& kind, const std::string& scenario = "[]")
+  explicit Simulator(const Texts& kind, const std::string& overrides = "[]")
       : password_("sesame\n"),
-        scenario_(scenario),
+        scenario_(R"({"overrides": )" + overrides + "}"),
         child_(Arguments(kind), {"PATH=/usr/bin:/bin:/usr/sbin"}) {
     const std::string ready = child_.ReadLine();
     address_ = ready.substr(ready.rfind(' ') + 1);
