@@ -50,12 +50,43 @@ TEST(ToolOnSimulator, SecondGenerationOfPlatform253IsShownWhole) {
 }
 
 TEST(ToolOnSimulator, RefusedQueryIsToldAndDoesNotHideTheOthers) {
-  const SimulatedSmm simulator({"--generation", "2", "--platform", "254"}, R"([
-    {"command": "0xB0", "data": "05 00", "completionCode": "0xC1"},
-    {"command": "0xB0", "data": "05 01", "response": "00 00 1b 5b 32 4a"}
-  ])");
+  const SimulatedSmm simulator({"--generation", "1"}, R"({"overrides": [
+    {"command": "0xB0", "data": "05 00", "completionCode": "0xC1"}
+  ]})");
+  const Finished finished = Read(simulator);
+  EXPECT_EQ(finished.exitCode, 1) << finished.error;
+  EXPECT_THAT(finished.output, HasSubstr("  machine type   not read\n"
+                                         "  serial number  SIM10001\n"));
+  EXPECT_THAT(finished.error,
+              HasSubstr("smm-inventory: machine type not read: the SMM refused the request or gave "
+                        "too short an answer (Get smm mt failed with error code:193); next: "));
+}
+
+TEST(ToolOnSimulator, AnswerShorterThanItsLeadingBytesIsToldInWords) {
+  const SimulatedSmm simulator({"--generation", "2", "--platform", "254"}, R"({"overrides": [
+    {"command": "0xB0", "data": "05 00", "response": "00"}
+  ]})");
   const Finished finished = Read(simulator);
   EXPECT_EQ(finished.exitCode, 3) << finished.error;
+  EXPECT_THAT(finished.output, HasSubstr("  machine type   not read\n"
+                                         "  serial number  SIM25401\n"
+                                         "  generation     second\n"));
+  EXPECT_THAT(finished.error,
+              HasSubstr("smm-inventory: machine type not read: the library gave up with an "
+                        "exception (the answer was shorter than the bytes that lead it"));
+}
+
+TEST(ToolOnSimulator, RefusedStatusLeavesDetectionUnread) {
+  const SimulatedSmm simulator({"--generation", "1"}, R"({"overrides": [
+    {"command": "0xA8", "completionCode": "0xC1"}
+  ]})");
+  const Finished finished = Read(simulator);
+  EXPECT_EQ(finished.exitCode, 1) << finished.error;
+  EXPECT_THAT(finished.output, HasSubstr("  machine type   1QA4\n"));
+  EXPECT_THAT(finished.output, HasSubstr("  nodes          not read\n"));
+  EXPECT_THAT(finished.error,
+              HasSubstr("platform id, PSU slots, nodes not read: the SMM gave no "
+                        "usable answer (response is empty or completeCode: \\xc1)"));
 }
 
 TEST(ToolOnSimulator, WrongPasswordIsNamedAtOnceAndInTheEnd) {
@@ -71,7 +102,7 @@ TEST(ToolOnSimulator, WrongPasswordIsNamedAtOnceAndInTheEnd) {
 TEST(ToolOnSimulator, MostVerboseRunShowsRequestsAndAnswersEscaped) {
   const SimulatedSmm simulator(
       {"--generation", "1"},
-      R"([{"command": "0xB0", "data": "05 01", "response": "1b 5b 32 4a"}])");
+      R"({"overrides": [{"command": "0xB0", "data": "05 01", "response": "1b 5b 32 4a"}]})");
   const Finished finished = Read(simulator, "sesame", {"-vvv"});
   EXPECT_EQ(finished.exitCode, 0) << finished.error;
   EXPECT_THAT(finished.error, HasSubstr("FN=0x32 cmd=0xb0 data=0x5 0x1"));

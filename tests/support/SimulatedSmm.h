@@ -15,7 +15,7 @@ class SimulatedSmm {
   /// `options` as the launcher takes them, for example {"--generation", "1"}; `scenario` is the
   /// content of a scenario file.
   explicit SimulatedSmm(const std::vector<std::string>& options,
-                        const std::string& scenario = "[]");
+                        const std::string& scenario = R"({"overrides": []})");
 
   /// Host and port as one text, for example "127.0.0.1:50123".
   const std::string& Address() const { return address_; }

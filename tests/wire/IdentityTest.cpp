@@ -104,7 +104,8 @@ using Identity = WireTest;
 
 TEST_F(Identity, RefusedRequestReturns3WithItsCompletionCodeInTheLog) {
   const SimulatedSmm simulator(
-      {"--generation", "1"}, R"([{"command": "0xB0", "data": "05 00", "completionCode": "0xC1"}])");
+      {"--generation", "1"},
+      R"({"overrides": [{"command": "0xB0", "data": "05 00", "completionCode": "0xC1"}]})");
   SMMInventory inventory(SettingsOf(simulator));
   std::string machineType = "as passed";
   EXPECT_EQ(inventory.GetSmmMT(machineType), StatusCode::UnusableAnswer);
@@ -113,8 +114,9 @@ TEST_F(Identity, RefusedRequestReturns3WithItsCompletionCodeInTheLog) {
 }
 
 TEST_F(Identity, SecondGenerationAnswerWithoutItsLeadingBytesRaisesBadAlloc) {
-  const SimulatedSmm simulator({"--generation", "2", "--platform", "254"},
-                               R"([{"command": "0xB0", "data": "05 01", "response": "4A"}])");
+  const SimulatedSmm simulator(
+      {"--generation", "2", "--platform", "254"},
+      R"({"overrides": [{"command": "0xB0", "data": "05 01", "response": "4A"}]})");
   SMMInventory inventory(SettingsOf(simulator));
   std::string serialNumber = "as passed";
   EXPECT_THROW(inventory.GetSmmSN(serialNumber), std::bad_alloc);
@@ -122,8 +124,9 @@ TEST_F(Identity, SecondGenerationAnswerWithoutItsLeadingBytesRaisesBadAlloc) {
 }
 
 TEST_F(Identity, SilenceToOneRequestIsAFailedQueryAndNoMore) {
-  const SimulatedSmm simulator({"--generation", "1"},
-                               R"([{"command": "0xB0", "data": "05 00", "silent": true}])");
+  const SimulatedSmm simulator(
+      {"--generation", "1"},
+      R"({"overrides": [{"command": "0xB0", "data": "05 00", "silent": true}]})");
   SMMInventory inventory(SettingsOf(simulator));
   std::string text;
   EXPECT_EQ(inventory.GetSmmMT(text), StatusCode::UnusableAnswer);
