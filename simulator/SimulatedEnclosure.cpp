@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <sstream>
 #include <thread>
 #include <utility>
@@ -59,7 +60,8 @@ std::string LanConfiguration(const std::string& address, std::uint16_t port) {
   std::ostringstream text;
   text << "name \"enclosure\"\n"
        << "set_working_mc 0x20\n"
-       << "loadlib \"./" << kModuleName << "\" \"" << kSettingsName << "\"\n"
+       << "loadlib " << std::quoted(std::string("./") + kModuleName) << " "
+       << std::quoted(kSettingsName) << "\n"
        << "startlan " << kLanChannel << "\n"
        << "addr " << address << " " << port << "\n"
        << "priv_limit admin\n"
@@ -69,7 +71,7 @@ std::string LanConfiguration(const std::string& address, std::uint16_t port) {
        << "allowed_auths_admin md5\n"
        << "guid 51a0e1c05e000000000000000000f00d\n"
        << "endlan\n"
-       << "user " << kUserNumber << " true \"unset\" \"unset\" admin " << kMaxSessions << "\n";
+       << "user " << kUserNumber << R"( true "unset" "unset" admin )" << kMaxSessions << "\n";
   return text.str();
 }
 
@@ -86,8 +88,8 @@ class PortTaken : public StartError {
 
 }  // namespace
 
-SimulatedEnclosure::SimulatedEnclosure(const LauncherOptions& options, PortReservation port)
-    : options_(options), port_(std::move(port)) {
+SimulatedEnclosure::SimulatedEnclosure(LauncherOptions options, PortReservation port)
+    : options_(std::move(options)), port_(std::move(port)) {
   const std::string program = FindIpmiSim();
   WriteFiles();
   process_ = std::make_unique<ChildProcess>(

@@ -58,11 +58,11 @@ TEST(ConnectSettings, ConfiguredCipherSuiteWinsOverTheGivenOne) {
 
 TEST(ConnectSettings, ConfiguredPrivilegeAndWorkaroundsAreTaken) {
   const ScopedEnvironment privilege("IPMI_PRIVILEGE_LEVEL", "2");
-  const ScopedEnvironment workarounds("IPMI_WORKAROUND_FLAGS", "127");
+  const ScopedEnvironment workarounds("IPMI_WORKAROUND_FLAGS", "113");
   ConnectSettings settings;
   ASSERT_EQ(ReadConnectSettings("623", 3, settings).result, 0);
   EXPECT_EQ(settings.privilegeLevel, 2);
-  EXPECT_EQ(settings.workaroundFlags, 127U);
+  EXPECT_EQ(settings.workaroundFlags, 113U);
 }
 
 TEST(ConnectSettings, ValueOutOfRangeIsNamedWithWhatWasExpected) {
@@ -72,7 +72,9 @@ TEST(ConnectSettings, ValueOutOfRangeIsNamedWithWhatWasExpected) {
     const char* expected;
   };
   const char* const suites = "one of 0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16 and 17";
-  const char* const flags = "a sum of 1, 2, 4, 8, 16 (open session privilege), 32 and 64";
+  const char* const flags =
+      "a sum of 1 (authentication capabilities), 16 (open session privilege), 32 (non-empty "
+      "integrity check value) and 64 (no checksum check)";
   const Row rows[] = {
       {"IPMI_SESSION_TIMEOUT_MS", "19", "a whole number from 20 to 600000"},
       {"IPMI_SESSION_TIMEOUT_MS", "-1", "a whole number from 20 to 600000"},
@@ -81,6 +83,7 @@ TEST(ConnectSettings, ValueOutOfRangeIsNamedWithWhatWasExpected) {
       {"IPMI_RETRANSMISSION_TIMEOUT_MS", "4000", "a whole number from 10 to 3999"},
       {"IPMI_PRIVILEGE_LEVEL", "1", "a whole number from 2 to 4"},
       {"IPMI_PRIVILEGE_LEVEL", "5", "a whole number from 2 to 4"},
+      {"IPMI_WORKAROUND_FLAGS", "2", flags},
       {"IPMI_WORKAROUND_FLAGS", "128", flags},
       {"IPMI_WORKAROUND_FLAGS", "-1", flags},
       {"IPMI_CIPHER_SUITE", "-2", suites},

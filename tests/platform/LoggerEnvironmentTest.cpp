@@ -13,7 +13,7 @@ using testing::MatchesRegex;
 using testing::Not;
 
 /// What a shell command prints on its standard output.
-std::string Run(const std::string& command) {
+std::string RunShell(const std::string& command) {
   const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
   std::string output;
   std::array<char, 256> chunk{};
@@ -25,7 +25,7 @@ std::string Run(const std::string& command) {
 
 /// What the probe prints on both its outputs with `assignments` before it on the command line.
 std::string RunProbe(const std::string& assignments) {
-  return Run(assignments + " " LOGGER_PROBE " 2>&1");
+  return RunShell(assignments + " " LOGGER_PROBE " 2>&1");
 }
 
 struct Row {
@@ -73,7 +73,7 @@ TEST(LoggerSink, LineShowsTimeLevelSourceAndEscapedTextWithoutColours) {
 }
 
 TEST(LoggerSink, ClosedStandardErrorDoesNoHarm) {
-  EXPECT_THAT(Run(LOGGER_PROBE " 2>&-"), HasSubstr("again 1\n"));
+  EXPECT_THAT(RunShell(LOGGER_PROBE " 2>&-"), HasSubstr("again 1\n"));
 }
 
 }  // namespace

@@ -20,11 +20,8 @@ constexpr int kDefaultSessionTimeoutMs = 4000;
 constexpr int kDefaultRetransmissionTimeoutMs = 500;
 constexpr int kShortestTimeoutMs = 10;
 constexpr int kLongestTimeoutMs = 600000;
-constexpr int kAllWorkarounds =
+constexpr int kKnownWorkarounds =
     IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_AUTHENTICATION_CAPABILITIES |
-    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_INTEL_2_0_SESSION |
-    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_SUPERMICRO_2_0_SESSION |
-    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_SUN_2_0_SESSION |
     IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_OPEN_SESSION_PRIVILEGE |
     IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE |
     IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK;
@@ -37,7 +34,7 @@ class Complaint {
       text_.append(name).append(" is \"").append(value).append("\"; expected ").append(expected);
     }
   }
-  const std::string& Text() const { return text_; }
+  [[nodiscard]] const std::string& Text() const { return text_; }
 
  private:
   std::string text_;
@@ -88,9 +85,11 @@ std::uint8_t ReadCipherSuite(unsigned long givenInCode, Complaint& complaint) {
 unsigned int ReadWorkaroundFlags(Complaint& complaint) {
   constexpr const char* key = "IPMI_WORKAROUND_FLAGS";
   const int flags = GetGlobalConfigValue(key, IPMI_WORKAROUND_FLAGS_DEFAULT);
-  if ((flags & ~kAllWorkarounds) != 0) {
-    complaint.Add(key, std::to_string(flags),
-                  "a sum of 1, 2, 4, 8, 16 (open session privilege), 32 and 64");
+  if ((flags & ~kKnownWorkarounds) != 0) {
+    complaint.Add(
+        key, std::to_string(flags),
+        "a sum of 1 (authentication capabilities), 16 (open session privilege), 32 (non-empty "
+        "integrity check value) and 64 (no checksum check)");
   }
   return static_cast<unsigned int>(flags);
 }

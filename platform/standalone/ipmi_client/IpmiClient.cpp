@@ -42,6 +42,8 @@ void PrepareCryptography() {
   std::call_once(once, [] { ipmi_rmcpplus_init(); });
 }
 
+bool IsReporting() { return Log::GetMinLogLevel() >= kWarning; }
+
 Failure CheckCredentials(const std::string& userName, const std::string& password) {
   if (userName.size() > IPMI_MAX_USER_NAME_LENGTH) {
     return {ConnectResult::ArgumentTooLong, "the user name has " + std::to_string(userName.size()) +
@@ -63,27 +65,21 @@ Failure CheckCredentials(const std::string& userName, const std::string& passwor
 }  // namespace
 
 struct IpmiClient::State {
-  State(const std::string& hostAddress, const std::string& user, const std::string& secret,
-        const std::string& portText, unsigned long suite)
-      : address(hostAddress),
-        userName(user),
-        password(secret),
-        port(portText),
-        cipherSuite(suite) {}
+  State() = default;
   ~State() { explicit_bzero(password.data(), password.size()); }
   State(const State&) = delete;
   State& operator=(const State&) = delete;
 
   Failure Open();
   Failure Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
-                   std::uint8_t& completionCode);
+                   std::uint8_t& completionCode) const;
   void Report(const std::string& action, const std::string& cause, unsigned int line) const;
 
   std::string address;
   std::string userName;
   std::string password;
   std::string port;
-  unsigned long cipherSuite;
+  unsigned long cipherSuite = 0;
   std::string numericAddress;
   Context context;
 };
@@ -115,7 +111,7 @@ Failure IpmiClient::State::Open() {
 }
 
 Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
-                                    std::uint8_t& completionCode) {
+                                    std::uint8_t& completionCode) const {
   if (!context) {
     return {ConnectResult::Failed, "no session is open; connect first"};
   }
@@ -147,9 +143,6 @@ Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std:
 
 void IpmiClient::State::Report(const std::string& action, const std::string& cause,
                                unsigned int line) const {
-  if (Log::GetMinLogLevel() < kWarning) {
-    return;
-  }
   const bool isResolved = !numericAddress.empty() && numericAddress != address;
   Log(kWarning, kSourcePath, line).Stream()
       << action << " failed: host " << address
@@ -160,7 +153,14 @@ void IpmiClient::State::Report(const std::string& action, const std::string& cau
 IpmiClient::IpmiClient(const std::string& address, const std::string& userName,
                        const std::string& password, const std::string& port,
                        unsigned long cipherSuite)
-    : state_(std::make_unique<State>(address, userName, password, port, cipherSuite)) {}
+    : state_(std::make_unique<State>()) {
+  state_->address = address;
+  state_->userName = userName;
+  // Copied once and in place: a move could leave the password behind where nobody wipes it.
+  state_->password = password;
+  state_->port = port;
+  state_->cipherSuite = cipherSuite;
+}
 
 IpmiClient::~IpmiClient() = default;
 
@@ -168,7 +168,7 @@ int IpmiClient::connect() {
   disconnect();
   state_->numericAddress.clear();
   const Failure failure = state_->Open();
-  if (failure.result != ConnectResult::Connected) {
+  if (failure.result != ConnectResult::Connected && IsReporting()) {
     state_->Report("connect", failure.cause, __LINE__);
   }
   return failure.result;
@@ -179,7 +179,7 @@ int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& resp
   response.clear();
   completionCode = kNoCompletionCode;
   const Failure failure = state_->Exchange(request, response, completionCode);
-  if (failure.result != 0) {
+  if (failure.result != 0 && IsReporting()) {
     state_->Report(
         "send of network function " + HexByte(request.netFn) + " command " + HexByte(request.cmd),
         failure.cause, __LINE__);

@@ -89,7 +89,7 @@ int Detect(const ConnectionInfo& info, SMMIype& type) {
 }  // namespace
 
 struct SMMInfo::State {
-  explicit State(const ConnectionInfo& connectionInfo) : info(connectionInfo) {}
+  State() = default;
   ~State() { explicit_bzero(info.password.data(), info.password.size()); }
   State(const State&) = delete;
   State& operator=(const State&) = delete;
@@ -97,7 +97,10 @@ struct SMMInfo::State {
   ConnectionInfo info;
 };
 
-SMMInfo::SMMInfo(const ConnectionInfo& info) : state_(std::make_unique<State>(info)) {}
+SMMInfo::SMMInfo(const ConnectionInfo& info) : state_(std::make_unique<State>()) {
+  // Copied once and in place: a move could leave the password behind where nobody wipes it.
+  state_->info = info;
+}
 
 SMMInfo::~SMMInfo() = default;
 
