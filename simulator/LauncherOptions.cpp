@@ -5,8 +5,10 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 
 #include "simulator/LoopbackPort.h"
 #include "simulator/Scenario.h"
@@ -19,13 +21,13 @@ constexpr std::size_t kMaxPassword = 20;
 
 /// The options as typed.
 struct Texts {
-  std::string generation;
-  std::string platform;
+  std::optional<std::string> generation;
+  std::optional<std::string> platform;
   std::string address = "127.0.0.1";
   std::string port = "0";
   std::string userName = "admin";
-  std::string passwordFile;
-  std::string scenarioFile;
+  std::optional<std::string> passwordFile;
+  std::optional<std::string> scenarioFile;
 };
 
 [[noreturn]] void Refuse(const std::string& option, const std::string& value,
@@ -34,20 +36,23 @@ struct Texts {
 }
 
 EnclosureKind ReadKind(const Texts& texts) {
+  if (!texts.generation) {
+    throw UsageError("--generation is missing; expected 1 or 2");
+  }
   if (texts.generation == "1") {
-    if (!texts.platform.empty()) {
-      Refuse("--platform", texts.platform, "no platform with --generation 1, which has none");
+    if (texts.platform) {
+      Refuse("--platform", *texts.platform, "no platform with --generation 1, which has none");
     }
     return EnclosureKind::FirstGeneration;
   }
   if (texts.generation != "2") {
-    Refuse("--generation", texts.generation, "1 or 2");
+    Refuse("--generation", *texts.generation, "1 or 2");
   }
-  if (texts.platform.empty() || texts.platform == "253") {
+  if (texts.platform.value_or("253") == "253") {
     return EnclosureKind::SecondGeneration253;
   }
   if (texts.platform != "254") {
-    Refuse("--platform", texts.platform, "253 or 254");
+    Refuse("--platform", *texts.platform, "253 or 254");
   }
   return EnclosureKind::SecondGeneration254;
 }
@@ -63,6 +68,9 @@ std::uint16_t ReadPort(const std::string& text) {
 }
 
 std::string ReadFile(const std::string& option, const std::string& path) {
+  if (std::filesystem::is_directory(path)) {
+    Refuse(option, path, "a file, not a directory");
+  }
   std::ifstream file(path, std::ios::binary);
   std::string content{std::istreambuf_iterator<char>(file), {}};
   if (!file) {
@@ -73,38 +81,39 @@ std::string ReadFile(const std::string& option, const std::string& path) {
 
 std::string CheckedUserName(const std::string& name) {
   if (name.empty() || name.size() > kMaxUserName) {
-    Refuse("--user", name, "1 to 16 bytes");
+    throw UsageError("--user is " + std::to_string(name.size()) +
+                     " bytes long; expected 1 to 16 bytes");
   }
   return name;
 }
 
 /// The first line of the file. No sentence shows any of it.
-std::string ReadPassword(const std::string& path) {
-  if (path.empty()) {
+std::string ReadPassword(const std::optional<std::string>& path) {
+  if (!path) {
     return "simulated";
   }
-  const std::string content = ReadFile("--password-file", path);
+  const std::string content = ReadFile("--password-file", *path);
   std::string password = content.substr(0, content.find('\n'));
   if (password.size() > kMaxPassword) {
-    Refuse("--password-file", path, "a first line of at most 20 bytes");
+    Refuse("--password-file", *path, "a first line of at most 20 bytes");
   }
   if (password.find('\0') != std::string::npos) {
-    Refuse("--password-file", path, "a first line without 0x00 bytes");
+    Refuse("--password-file", *path, "a first line without 0x00 bytes");
   }
   return password;
 }
 
-std::string ReadScenario(const std::string& path) {
-  if (path.empty()) {
+std::string ReadScenario(const std::optional<std::string>& path) {
+  if (!path) {
     return {};
   }
-  std::string content = ReadFile("--scenario", path);
-  ParseScenario(content, path);
+  std::string content = ReadFile("--scenario", *path);
+  ParseScenario(content, *path);
   return content;
 }
 
 void Define(CLI::App& app, Texts& texts) {
-  app.add_option("--generation", texts.generation, "Generation of the SMM: 1 or 2")->required();
+  app.add_option("--generation", texts.generation, "Generation of the SMM: 1 or 2 (required)");
   app.add_option("--platform", texts.platform,
                  "Platform id of a second-generation SMM: 253 (default) or 254");
   app.add_option("--address", texts.address, "Loopback address to listen on (default 127.0.0.1)");
@@ -126,7 +135,7 @@ LauncherOptions ParseLauncherOptions(int argc, const char* const* argv) {
   } catch (const CLI::CallForHelp&) {
     throw HelpWanted(app.help());
   } catch (const CLI::ParseError& error) {
-    throw UsageError(error.what());
+    throw UsageError(error.what() + std::string("; --help lists what is expected"));
   }
   if (!IsLoopbackAddress(texts.address)) {
     Refuse("--address", texts.address, "a loopback address such as 127.0.0.1 or ::1");

@@ -97,6 +97,13 @@ TEST(Progress, LibraryCauseStandsWhereTheClientHasNone) {
   EXPECT_EQ(shown.progress.Cause(), "Get smm mt failed with error code:193");
 }
 
+TEST(Progress, FirstComplaintOfTheLibraryIsTheCause) {
+  Shown shown;
+  shown.Log(2, kLibrary, "response is empty");
+  shown.Log(2, kLibrary, "use default value");
+  EXPECT_EQ(shown.progress.Cause(), "response is empty");
+}
+
 TEST(Progress, InfoAndDebugLinesAreNoCause) {
   Shown shown;
   shown.Log(3, kLibrary, "Succeeded get SMM Status");

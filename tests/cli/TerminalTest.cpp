@@ -7,7 +7,7 @@
 #include <array>
 #include <csignal>
 
-#include "tests/cli/ProcessHelper.h"
+#include "tests/cli/Tool.h"
 
 namespace Tavrin {
 namespace {

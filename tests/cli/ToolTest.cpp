@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include "tests/cli/ProcessHelper.h"
+#include "tests/cli/Tool.h"
 
 namespace Tavrin {
 namespace {

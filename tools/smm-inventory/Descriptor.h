@@ -20,7 +20,7 @@ class Descriptor {
   Descriptor& operator=(const Descriptor&) = delete;
   Descriptor& operator=(Descriptor&&) = delete;
 
-  int Get() const { return descriptor_; }
+  [[nodiscard]] int Get() const { return descriptor_; }
 
  private:
   int descriptor_;

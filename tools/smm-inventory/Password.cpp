@@ -28,14 +28,14 @@ class LineBuffer {
   LineBuffer(const LineBuffer&) = delete;
   LineBuffer& operator=(const LineBuffer&) = delete;
 
-  bool Full() const { return size_ == bytes_.size(); }
+  [[nodiscard]] bool Full() const { return size_ == bytes_.size(); }
   void Append(char byte) { bytes_[size_++] = byte; }
   void DropTrailingCarriageReturn() {
     if (size_ > 0 && bytes_[size_ - 1] == '\r') {
       --size_;
     }
   }
-  std::string_view Text() const { return {bytes_.data(), size_}; }
+  [[nodiscard]] std::string_view Text() const { return {bytes_.data(), size_}; }
 
  private:
   // Room for a carriage return after the longest password, and for one byte too many.

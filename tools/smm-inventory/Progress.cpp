@@ -69,7 +69,8 @@ void Progress::ForgetCause() {
 void Progress::TakeCause(const Standalone::LogLine& line) {
   const std::string cause = Standalone::EscapeControlBytes(line.text);
   if (!StartsWith(line.source, kClientSource)) {
-    otherCause_ = cause;
+    // What follows the first complaint is its consequence.
+    otherCause_ = otherCause_.empty() ? cause : otherCause_;
     return;
   }
   clientCause_ = cause;

@@ -23,10 +23,12 @@ class Progress {
   void BeginWait(const std::string& name);
   void EndWait();
 
-  /// What the latest complaint in the log says, escaped; empty when there was none since
-  /// ForgetCause or, later, since the last attempt of a status read began. The IPMI client's own
+  /// What the log complains about, escaped; empty when there was none since ForgetCause
+  /// or, later, since the last attempt of a status read began. The IPMI client's own
   /// words are preferred to the library's, which only has numbers.
-  const std::string& Cause() const { return clientCause_.empty() ? otherCause_ : clientCause_; }
+  [[nodiscard]] const std::string& Cause() const {
+    return clientCause_.empty() ? otherCause_ : clientCause_;
+  }
   void ForgetCause();
 
  private:

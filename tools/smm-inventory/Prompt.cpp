@@ -38,7 +38,7 @@ class HeldSignals {
   HeldSignals& operator=(const HeldSignals&) = delete;
 
   /// Waits until the terminal has a line (true) or a signal has arrived (false).
-  bool WaitForLine(int terminal) const {
+  [[nodiscard]] bool WaitForLine(int terminal) const {
     std::array<pollfd, 2> events = {{{terminal, POLLIN, 0}, {arrivals_.Get(), POLLIN, 0}}};
     int ready = 0;
     do {

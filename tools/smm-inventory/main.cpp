@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <stdexcept>
 #include <string_view>
 
 #include "platform/standalone/globalconfig/ConfigControl.h"
@@ -97,6 +98,9 @@ int Run(const Options& options) {
   PrintFields(std::cout, detection);
   fields.insert(fields.end(), detection.begin(), detection.end());
   PrintFailures(std::cerr, fields);
+  if (!std::cout) {
+    throw std::runtime_error("standard output cannot be written");
+  }
   return ExitCodeOf(fields);
 }
 

@@ -1,4 +1,4 @@
-#include "tests/cli/ProcessHelper.h"
+#include "tests/support/ChildProcess.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -117,14 +117,8 @@ Finished Child::Wait() {
   return finished;
 }
 
-Finished RunTool(std::vector<std::string> arguments, std::vector<std::string> environment,
-                 const std::string& input) {
-  arguments.insert(arguments.begin(), SMM_INVENTORY);
-  return Child(std::move(arguments), std::move(environment), input).Wait();
-}
-
 TemporaryFile::TemporaryFile(const std::string& content) {
-  path_ = "/tmp/smm-inventory-test-XXXXXX";
+  path_ = "/tmp/poveixme-test-XXXXXX";
   close(mkstemp(path_.data()));
   std::ofstream(path_, std::ios::binary) << content;
 }

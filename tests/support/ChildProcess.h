@@ -39,10 +39,6 @@ class Child {
   int error_ = -1;
 };
 
-/// Runs the tool to its end.
-Finished RunTool(std::vector<std::string> arguments, std::vector<std::string> environment = {},
-                 const std::string& input = {});
-
 /// A file for one test, readable by its owner alone; removed with the object.
 class TemporaryFile {
  public:
