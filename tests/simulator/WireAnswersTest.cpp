@@ -9,6 +9,7 @@
 #include "simulator/AnswerEncoders.h"
 #include "tests/simulator/LauncherProcess.h"
 #include "tests/simulator/RawSession.h"
+#include "tests/support/ChildProcess.h"
 
 namespace Tavrin::Simulator {
 namespace {
