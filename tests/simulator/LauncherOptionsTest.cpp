@@ -1,14 +1,12 @@
 #include "simulator/LauncherOptions.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <vector>
 
 #include "simulator/LoopbackPort.h"
 #include "simulator/Scenario.h"
+#include "tests/support/ChildProcess.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -32,23 +30,8 @@ std::string Complaint(const Texts& arguments) {
   return "no complaint";
 }
 
-class File {
- public:
-  explicit File(const std::string& content) {
-    close(mkstemp(path_.data()));
-    std::ofstream(path_, std::ios::binary) << content;
-  }
-  ~File() { unlink(path_.c_str()); }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_ = testing::TempDir() + "simulator-test-XXXXXX";
-};
-
 std::string PasswordOf(const std::string& content) {
-  const File file(content);
+  const TemporaryFile file(content);
   return Parse({"--generation", "1", "--password-file", file.Path()}).password;
 }
 
@@ -74,7 +57,7 @@ TEST(LauncherOptions, PlatformChoosesTheSecondGenerationEnclosure) {
 }
 
 TEST(LauncherOptions, GivenValuesAreTaken) {
-  const File scenario(R"({"overrides": []})");
+  const TemporaryFile scenario(R"({"overrides": []})");
   const LauncherOptions options =
       Parse({"--generation", "1", "--address", "::1", "--port", "65535", "--user",
              "0123456789abcdef", "--scenario", scenario.Path()});
@@ -91,20 +74,20 @@ TEST(LauncherOptions, PasswordIsTheFilesFirstLine) {
 }
 
 TEST(LauncherOptions, PasswordOver20BytesIsRefusedWithoutShowingIt) {
-  const File file("0123456789abcdefghijk\n");
+  const TemporaryFile file("0123456789abcdefghijk\n");
   EXPECT_EQ(
       Complaint({"--generation", "1", "--password-file", file.Path()}),
       "--password-file is \"" + file.Path() + "\"; expected a first line of at most 20 bytes");
 }
 
 TEST(LauncherOptions, PasswordWithAZeroByteIsRefused) {
-  const File file(std::string("ab\0c", 4));
+  const TemporaryFile file(std::string("ab\0c", 4));
   EXPECT_EQ(Complaint({"--generation", "1", "--password-file", file.Path()}),
             "--password-file is \"" + file.Path() + "\"; expected a first line without 0x00 bytes");
 }
 
 TEST(LauncherOptions, BadScenarioFileIsNamed) {
-  const File file("[]");
+  const TemporaryFile file("[]");
   try {
     Parse({"--generation", "1", "--scenario", file.Path()});
     FAIL() << "accepted";

@@ -127,12 +127,4 @@ bool EndsSoon(pid_t process) {
   return false;
 }
 
-TemporaryFile::TemporaryFile(const std::string& content)
-    : path_((fs::temp_directory_path() / "launcher-file-XXXXXX").string()) {
-  close(mkstemp(path_.data()));
-  std::ofstream(path_, std::ios::binary) << content;
-}
-
-TemporaryFile::~TemporaryFile() { unlink(path_.c_str()); }
-
 }  // namespace Tavrin::Simulator

@@ -50,18 +50,4 @@ class LauncherProcess {
 /// Whether the process ends within two seconds.
 bool EndsSoon(pid_t process);
 
-/// A file for one test; removed with the object.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const std::string& content);
-  ~TemporaryFile();
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
 }  // namespace Tavrin::Simulator

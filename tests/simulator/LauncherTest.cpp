@@ -7,6 +7,7 @@
 
 #include "simulator/LoopbackPort.h"
 #include "tests/simulator/LauncherProcess.h"
+#include "tests/support/ChildProcess.h"
 
 namespace Tavrin::Simulator {
 namespace {

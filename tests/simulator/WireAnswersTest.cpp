@@ -9,6 +9,7 @@
 #include "simulator/AnswerEncoders.h"
 #include "tests/simulator/LauncherProcess.h"
 #include "tests/simulator/RawSession.h"
+#include "tests/support/ChildProcess.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -81,11 +82,11 @@ TEST(Credentials, WrongOnesAreRefused) {
   EXPECT_THROW(RawSession(address, "unset", "unset"), std::runtime_error);
 }
 
-TEST(Sessions, ManyOfOneUserAreOpenAtOnce) {
+TEST(Sessions, OneUserCanHold63AtOnce) {
   const LauncherProcess launcher({"--generation", "1"});
   const std::string address = launcher.ReadAddress();
   std::vector<std::unique_ptr<RawSession>> sessions;
-  for (int count = 0; count < 60; ++count) {
+  for (int count = 0; count < 63; ++count) {
     sessions.push_back(std::make_unique<RawSession>(address, "admin", "simulated"));
   }
   EXPECT_EQ(sessions.front()->Send(0x32, 0x01), Bytes{0xC1});
