@@ -49,6 +49,10 @@ TEST(LauncherOptions, SecondGenerationWithoutPlatformIs253) {
   EXPECT_EQ(Parse({"--generation", "2"}).kind, EnclosureKind::SecondGeneration253);
 }
 
+TEST(LauncherOptions, FirstGenerationCountsAsPlatform254) {
+  EXPECT_EQ(Parse({"--generation", "1", "--platform", "254"}).kind, EnclosureKind::FirstGeneration);
+}
+
 TEST(LauncherOptions, PlatformChoosesTheSecondGenerationEnclosure) {
   EXPECT_EQ(Parse({"--generation", "2", "--platform", "253"}).kind,
             EnclosureKind::SecondGeneration253);
@@ -122,9 +126,9 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{"GenerationWithoutValue",
                 {"--generation"},
                 "--generation: 1 required TEXT missing; --help lists what is expected"},
-        BadCase{"PlatformOfFirstGeneration",
-                {"--generation", "1", "--platform", "254"},
-                R"(--platform is "254"; expected no platform with --generation 1, which has none)"},
+        BadCase{"Platform253OfFirstGeneration",
+                {"--generation", "1", "--platform", "253"},
+                R"(--platform is "253"; expected 254 or none with --generation 1)"},
         BadCase{"Platform252",
                 {"--generation", "2", "--platform", "252"},
                 R"(--platform is "252"; expected 253 or 254)"},
