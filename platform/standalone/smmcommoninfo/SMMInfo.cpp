@@ -7,6 +7,7 @@
 #include "platform/GlobalConfig.h"
 #include "platform/IpmiClient.h"
 #include "platform/Log.h"
+#include "platform/standalone/HexByte.h"
 
 namespace Tavrin {
 namespace {
@@ -70,9 +71,9 @@ int Detect(const ConnectionInfo& info, SMMIype& type) {
     return NotDetected(kNoUsableAnswer, info, "the status request got no answer");
   }
   if (completionCode != 0) {
-    return NotDetected(
-        kNoUsableAnswer, info,
-        "the status request was refused with completion code " + std::to_string(completionCode));
+    return NotDetected(kNoUsableAnswer, info,
+                       "the status request was refused with completion code " +
+                           Standalone::HexByte(completionCode));
   }
   if (response.empty()) {
     return NotDetected(kNoUsableAnswer, info, "the answer to the status request is empty");
@@ -88,7 +89,7 @@ int Detect(const ConnectionInfo& info, SMMIype& type) {
 }  // namespace
 
 struct SMMInfo::State {
-  explicit State(const ConnectionInfo& connectionInfo) : info(connectionInfo) {}
+  State() = default;
   ~State() { explicit_bzero(info.password.data(), info.password.size()); }
   State(const State&) = delete;
   State& operator=(const State&) = delete;
@@ -96,7 +97,10 @@ struct SMMInfo::State {
   ConnectionInfo info;
 };
 
-SMMInfo::SMMInfo(const ConnectionInfo& info) : state_(std::make_unique<State>(info)) {}
+SMMInfo::SMMInfo(const ConnectionInfo& info) : state_(std::make_unique<State>()) {
+  // Copied once and in place: a move could leave the password behind where nobody wipes it.
+  state_->info = info;
+}
 
 SMMInfo::~SMMInfo() = default;
 
