@@ -5,7 +5,7 @@
 namespace Tavrin::Simulator {
 namespace {
 
-const std::array<std::pair<EnclosureKind, const char*>, 3> kKindNames = {{
+constexpr std::array<std::pair<EnclosureKind, const char*>, 3> kKindNames = {{
     {EnclosureKind::FirstGeneration, "first-generation"},
     {EnclosureKind::SecondGeneration253, "second-generation-253"},
     {EnclosureKind::SecondGeneration254, "second-generation-254"},
