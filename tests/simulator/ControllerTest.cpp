@@ -75,6 +75,16 @@ TEST(ScenarioOfAController, CompletionCodeCanComeWithData) {
   EXPECT_EQ(reply.answer.data, (Bytes{0x01, 0x02}));
 }
 
+TEST(PsuSelection, StaysUntilAnotherPsuIsSelected) {
+  Controller controller = WithScenario("");
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00}}).answer.data, Bytes{0x00});
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00, 0x02}}).answer.data, Bytes{0x02});
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x01, 0x03}}).answer.completionCode, 0xCC);
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00}}).answer.data, Bytes{0x02});
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00, 0x01}}).answer.data, Bytes{0x01});
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00}}).answer.data, Bytes{0x01});
+}
+
 TEST(ScenarioOfAController, SilenceIsPassedOn) {
   EXPECT_TRUE(WithScenario(R"({"command": "0xB0", "silent": true})").Handle(kMachineType).silent);
 }
