@@ -25,6 +25,7 @@ constexpr const char* kUnreachable =
     "the controller cannot be reached; check the address and this machine's network";
 constexpr const char* kForbidden =
     "this machine does not permit sending there; check the address and the local firewall";
+constexpr const char* kNotIpmi = "what answers does not follow IPMI 2.0; check address and port";
 constexpr const char* kMemory = "memory is short on this machine";
 constexpr const char* kPrivilege =
     "the controller does not grant the privilege level; ask for a lower one "
@@ -47,8 +48,6 @@ constexpr std::array kOpeningMeanings = {
     Meaning{IPMI_ERR_IPMI_ERROR, ConnectResult::WorthRetrying,
             "the controller refused the session: either it does not allow the cipher suite (try "
             "another with IPMI_CIPHER_SUITE) or it has no free session (try again later)"},
-    Meaning{IPMI_ERR_HOSTNAME_INVALID, ConnectResult::BadHostName,
-            "the host name does not resolve; check it, or give the address"},
     Meaning{IPMI_ERR_USERNAME_INVALID, ConnectResult::UserNameRefused,
             "the controller does not know the user; check the user name"},
     Meaning{IPMI_ERR_PASSWORD_INVALID, ConnectResult::PasswordRefused,
@@ -64,6 +63,9 @@ constexpr std::array kOpeningMeanings = {
     Meaning{IPMI_ERR_K_G_INVALID, ConnectResult::Failed,
             "the controller asks for a key besides the password (K_g), which this client does not "
             "use; clear it on the controller"},
+    // FreeIPMI's words for answers that contradict themselves.
+    Meaning{IPMI_ERR_SUCCESS, ConnectResult::Failed, kNotIpmi},
+    Meaning{IPMI_ERR_PARAMETERS, ConnectResult::Failed, kNotIpmi},
     Meaning{IPMI_ERR_PERMISSION, ConnectResult::Failed, kForbidden},
     Meaning{IPMI_ERR_OUT_OF_MEMORY, ConnectResult::Failed, kMemory},
 };
