@@ -97,7 +97,8 @@ TEST(LauncherOptions, BadScenarioFileIsNamed) {
     FAIL() << "accepted";
   } catch (const ScenarioError& error) {
     EXPECT_EQ(error.what(),
-              file.Path() + ": the document is []; expected an object with the keys enclosure, overrides");
+              file.Path() +
+                  ": the document is []; expected an object with the keys enclosure, overrides");
   }
 }
 
