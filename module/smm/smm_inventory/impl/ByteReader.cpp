@@ -9,6 +9,13 @@ bool IsPrintableAscii(std::uint8_t byte) { return byte >= 0x20 && byte <= 0x7E; 
 
 std::uint8_t ByteReader::Byte() { return Take(1) ? answer_[position_ - 1] : std::uint8_t{0}; }
 
+std::uint16_t ByteReader::LittleEndian16() {
+  if (!Take(2)) {
+    return 0;
+  }
+  return static_cast<std::uint16_t>(answer_[position_ - 2] | answer_[position_ - 1] << 8);
+}
+
 std::string ByteReader::Characters(std::size_t count) {
   if (!Take(count)) {
     return {};

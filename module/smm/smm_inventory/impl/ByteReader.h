@@ -17,6 +17,9 @@ class ByteReader {
   /// The next byte; 0 past the end.
   std::uint8_t Byte();
 
+  /// The next two bytes as a little-endian number; 0 when fewer are left.
+  std::uint16_t LittleEndian16();
+
   /// The next `count` bytes, each as one character; empty when fewer are left.
   std::string Characters(std::size_t count);
 

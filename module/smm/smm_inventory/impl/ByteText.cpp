@@ -11,6 +11,14 @@ std::string Hex(std::uint32_t number) {
   return {digits.data(), result.ptr};
 }
 
+std::string DottedHex(std::uint8_t first, std::uint8_t second) {
+  return Hex(first) + (second < 0x10 ? ".0" : ".") + Hex(second);
+}
+
+std::string NotAvailableIfZero(const std::string& reading) {
+  return reading == "0" ? "N/A" : reading;
+}
+
 std::string RawRendering(const std::vector<std::uint8_t>& bytes) {
   std::string text;
   text.reserve(2 * bytes.size());

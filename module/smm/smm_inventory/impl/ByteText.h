@@ -11,6 +11,13 @@ namespace Tavrin {
 /// Lower-case hexadecimal without prefix and without leading zeros; "0" for 0.
 std::string Hex(std::uint32_t number);
 
+/// The two halves of a version: `first` in lower-case hexadecimal without leading zeros, ".", and
+/// `second` in lower-case hexadecimal with two digits.
+std::string DottedHex(std::uint8_t first, std::uint8_t second);
+
+/// "N/A" for "0", which is how an SMM says that it has no reading; every other text as it is.
+std::string NotAvailableIfZero(const std::string& reading);
+
 /// Each byte as one character, whatever it is, and one blank after it.
 std::string RawRendering(const std::vector<std::uint8_t>& bytes);
 

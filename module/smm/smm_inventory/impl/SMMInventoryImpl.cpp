@@ -2,12 +2,18 @@
 
 #include <unistd.h>
 
+#include <map>
 #include <new>
 #include <string>
 #include <utility>
 
 #include "module/smm/smm_inventory/StatusCode.h"
 #include "module/smm/smm_inventory/impl/ByteText.h"
+#include "module/smm/smm_inventory/impl/NodeStatus.h"
+#include "module/smm/smm_inventory/impl/Power.h"
+#include "module/smm/smm_inventory/impl/PsuFan.h"
+#include "module/smm/smm_inventory/impl/PsuFirmware.h"
+#include "module/smm/smm_inventory/impl/PsuStatus.h"
 #include "module/smm/smm_inventory/impl/SmmIdentity.h"
 #include "module/smm/smm_inventory/impl/SmmStatus.h"
 #include "platform/GlobalConfig.h"
@@ -45,15 +51,44 @@ constexpr int kAcknowledgeAttempts = 6;
 constexpr unsigned int kSecondsBetweenAttempts = 3;
 
 constexpr std::uint8_t kOemNetworkFunction = 0x32;
-constexpr std::uint8_t kStatusCommand = 0xA8;
+constexpr std::uint8_t kPsuStatusCommand = 0x91;
+constexpr std::uint8_t kPsuRegisterCommand = 0x92;
+constexpr std::uint8_t kPowerCommand = 0x98;
+constexpr std::uint8_t kPowerCapCommand = 0x9D;
+constexpr std::uint8_t kPsuFanCommand = 0xA5;
+constexpr std::uint8_t kNodeStatusCommand = 0xA7;
+constexpr std::uint8_t kStatusCommand = 0xA8;  // holds the firmware version, too
 constexpr std::uint8_t kIdentityCommand = 0xB0;
+constexpr std::uint8_t kSelectPsuCommand = 0xF4;
+
+constexpr std::uint8_t kApplicationNetworkFunction = 0x06;
+constexpr std::uint8_t kMasterWriteReadCommand = 0x52;
 
 constexpr std::uint8_t kIdentitySelector = 0x05;
 constexpr std::uint8_t kMachineTypeItem = 0x00;
 constexpr std::uint8_t kSerialNumberItem = 0x01;
+constexpr std::uint8_t kNameItem = 0x0B;
 
-// The second generation puts this many bytes in front of an identity answer.
+constexpr std::uint8_t kChassisSelector = 0x05;
+constexpr std::uint8_t kPlatform253ChassisSelector = 0x0D;
+
+constexpr std::uint8_t kFirstSlotBus = 0x0F;
+constexpr std::uint8_t kOtherSlotsBus = 0x0D;
+constexpr std::uint8_t kPsuSlaveAddress = 0xD0;
+
+// Registers of a PSU, and how many bytes are read of each.
+constexpr std::uint8_t kPsuVersionRegister = 0xFC;
+constexpr std::uint8_t kPsuVersionReadCount = 2;
+constexpr std::uint8_t kPsuManufacturerRegister = 0x99;  // PMBus MFR_ID
+constexpr std::uint8_t kPsuManufacturerReadCount = 5;
+constexpr std::uint8_t kPsuPositionRegister = 0xF0;
+constexpr std::uint8_t kPsuPositionReadCount = 32;
+
+// How many bytes the second generation puts in front of an answer.
 constexpr std::size_t kIdentityPrefixLength = 2;
+constexpr std::size_t kVersionPrefixLength = 1;
+constexpr std::size_t kPowerPrefixLength = 1;
+constexpr std::size_t kNodeStatusPrefixLength = 1;
 
 bool AdmitsIpmi(std::int32_t connectionKind) { return connectionKind == 1 || connectionKind == 7; }
 
@@ -204,6 +239,355 @@ int SMMInventoryImpl::GetSmmSN(std::string& serialNumber) {
   }
 
   serialNumber = DecodeSerialNumber(answer.bytes);
+  return StatusCode::Success;
+}
+
+int SMMInventoryImpl::GetSmmVersion(std::string& version) {
+  Answer answer;
+  const int status = SendAndTrim(OemRequest(kStatusCommand, {}), kVersionPrefixLength, answer);
+  if (status != StatusCode::Success) {
+    return status;
+  }
+  if (!answer.IsGood(kVersionMinimumLength)) {
+    SMM_LOG(kError) << "Get smm version failed with error code:"
+                    << std::to_string(answer.completionCode);
+    return StatusCode::UnusableAnswer;
+  }
+
+  version = DecodeVersion(answer.bytes);
+  return StatusCode::Success;
+}
+
+int SMMInventoryImpl::GetSmmName(std::string& name) {
+  const IPMICOMMAND request = OemRequest(kIdentityCommand, {kIdentitySelector, kNameItem});
+  Answer answer;
+  const int status = SendAndTrim(request, kIdentityPrefixLength, answer);
+  if (status != StatusCode::Success) {
+    return status;
+  }
+  if (!answer.IsGood(kNameMinimumLength)) {
+    SMM_LOG(kError) << "Get smm name failed with error code:"
+                    << std::to_string(answer.completionCode);
+    return StatusCode::UnusableAnswer;
+  }
+
+  name = DecodeName(answer.bytes);
+  return StatusCode::Success;
+}
+
+std::uint8_t SMMInventoryImpl::ChassisSelector() const {
+  return smmStatus.platformId == kPlatform253 ? kPlatform253ChassisSelector : kChassisSelector;
+}
+
+int SMMInventoryImpl::GetChassisPowerConsumption(ChassisPowerCon& out) {
+  const IPMICOMMAND request = OemRequest(kPowerCommand, {ChassisSelector()});
+  Answer answer;
+  const int status = SendAndTrim(request, kPowerPrefixLength, answer);
+  if (status != StatusCode::Success) {
+    return status;
+  }
+  if (!answer.IsGood(kPowerLength)) {
+    SMM_LOG(kError) << "Get smm chassis power consumption failed with error code:"
+                    << std::to_string(answer.completionCode);
+    return StatusCode::UnusableAnswer;
+  }
+
+  ChassisPowerCon power = DecodePower(answer.bytes);
+  SMM_LOG(kDebug) << PowerText(power);
+  out = std::move(power);
+  return StatusCode::Success;
+}
+
+int SMMInventoryImpl::GetChassisPowerCap(ChassisPowerCap& out) {
+  const IPMICOMMAND request = OemRequest(kPowerCapCommand, {ChassisSelector()});
+  Answer answer;
+  const int status = SendAndTrim(request, kPowerPrefixLength, answer);
+  if (status != StatusCode::Success) {
+    return status;
+  }
+  if (!answer.IsGood(kPowerCapLength)) {
+    SMM_LOG(kError) << "Get smm chassis power cap failed with error code:"
+                    << std::to_string(answer.completionCode);
+    return StatusCode::UnusableAnswer;
+  }
+
+  ChassisPowerCap cap = DecodePowerCap(answer.bytes);
+  SMM_LOG(kDebug) << PowerCapText(cap);
+  out = WithoutAbsentCaps(std::move(cap));
+  return StatusCode::Success;
+}
+
+int SMMInventoryImpl::GetNodePowerConsumption(unsigned long node, ChassisPowerCon& out) {
+  if (!HasNode(node)) {
+    SMM_LOG(kError) << "node " << std::to_string(node) << "is wrong: need 1-"
+                    << std::to_string(nodeCount);
+    return StatusCode::UnusableAnswer;
+  }
+
+  const IPMICOMMAND request = OemRequest(kPowerCommand, {static_cast<std::uint8_t>(node)});
+  Answer answer;
+  const int status = SendIpmiCmd(request, answer.bytes, answer.completionCode);
+  if (status != StatusCode::Success) {
+    return status;
+  }
+  // An answer that has no byte to spare is taken as it is, unlike the chassis's.
+  if (IsSecondGeneration() && answer.IsGood(kPowerPrefixLength + kPowerLength)) {
+    TrimSmm2Response(answer.bytes, kPowerPrefixLength);
+  }
+  if (!answer.IsGood(kPowerLength)) {
+    SMM_LOG(kError) << "Get smm chassis power consumption failed with error code:"
+                    << std::to_string(answer.completionCode);
+    return StatusCode::UnusableAnswer;
+  }
+
+  ChassisPowerCon power = DecodePower(answer.bytes);
+  SMM_LOG(kDebug) << PowerText(power);
+  out = WithoutAbsentReadings(std::move(power));
+  return StatusCode::Success;
+}
+
+int SMMInventoryImpl::GetPSUFanSpeed(std::vector<PSUFanSpeed>& out) {
+  for (std::uint64_t slot = 1; slot <= psuSlotCount; ++slot) {
+    Answer answer;
+    const IPMICOMMAND request = OemRequest(kPsuFanCommand, {static_cast<std::uint8_t>(slot)});
+    const int status = SendIpmiCmd(request, answer.bytes, answer.completionCode);
+    if (status != StatusCode::Success) {
+      return status;
+    }
+
+    const std::string name = "PSU" + std::to_string(slot);
+    PSUFanSpeed fans;
+    // The failure lines speak of the power cap; readers of these logs have come to know them so.
+    if (IsSecondGeneration()) {
+      if (!answer.IsGood(kSecondGenerationFanLength)) {
+        SMM_LOG(kError) << "Get smm2 chassis power cap failed with error code:"
+                        << std::to_string(answer.completionCode);
+        continue;
+      }
+      fans = DecodeSecondGenerationFans(name, answer.bytes);
+      SMM_LOG(kDebug) << SecondGenerationFansText(fans);
+    } else {
+      if (!answer.IsGood(kFirstGenerationFanLength)) {
+        SMM_LOG(kError) << "Get smm chassis power cap failed with error code:"
+                        << std::to_string(answer.completionCode);
+        continue;
+      }
+      fans = DecodeFirstGenerationFan(name, answer.bytes);
+      SMM_LOG(kDebug) << FirstGenerationFanText(fans);
+    }
+    out.push_back(WithoutAbsentFans(std::move(fans)));
+  }
+  return StatusCode::Success;
+}
+
+IPMICOMMAND SMMInventoryImpl::PsuRegisterRead(std::uint64_t slot, std::uint8_t readCount,
+                                              std::uint8_t psuRegister) const {
+  if (IsSecondGeneration()) {
+    return OemRequest(kPsuRegisterCommand,
+                      {static_cast<std::uint8_t>(slot), readCount, psuRegister});
+  }
+  IPMICOMMAND request;
+  request.netFn = kApplicationNetworkFunction;
+  request.cmd = kMasterWriteReadCommand;
+  request.data = {slot == 1 ? kFirstSlotBus : kOtherSlotsBus, kPsuSlaveAddress, readCount,
+                  psuRegister};
+  return request;
+}
+
+int SMMInventoryImpl::GetPSUVersion(std::map<int, std::string>& versions) {
+  for (std::uint64_t slot = 1; slot <= psuSlotCount; ++slot) {
+    Answer answer;
+    const int status = SendIpmiCmd(PsuRegisterRead(slot, kPsuVersionReadCount, kPsuVersionRegister),
+                                   answer.bytes, answer.completionCode);
+    if (status != StatusCode::Success) {
+      SMM_LOG(kError) << "Failed to send IPMI command with returns " << std::to_string(status);
+      return status;
+    }
+    if (!answer.IsGood(kPsuVersionMinimumLength)) {
+      SMM_LOG(kError) << "Get psu firmware version failed with error code:"
+                      << std::to_string(answer.completionCode);
+      continue;
+    }
+
+    const std::string& version = versions[static_cast<int>(slot)] = DecodePsuVersion(answer.bytes);
+    SMM_LOG(kDebug) << "PSU slot " << std::to_string(slot) << " version:" << version;
+  }
+  return StatusCode::Success;
+}
+
+int SMMInventoryImpl::GetPSUManufacture(std::map<int, std::string>& manufacturers) {
+  // The last slot alone decides what is returned; without any slot, the query could not run.
+  int status = StatusCode::NoUsableResult;
+  for (std::uint64_t slot = 1; slot <= psuSlotCount; ++slot) {
+    Answer answer;
+    status = SendIpmiCmd(PsuRegisterRead(slot, kPsuManufacturerReadCount, kPsuManufacturerRegister),
+                         answer.bytes, answer.completionCode);
+    if (status != StatusCode::Success) {
+      SMM_LOG(kError) << "Failed to send IPMI command with returns " << std::to_string(status);
+      return status;
+    }
+    if (!answer.IsGood(kPsuManufacturerMinimumLength)) {
+      continue;
+    }
+    if (smmType != SMM_FIRST_GENERATION && smmType != SMM_SECOND_GENERATION) {
+      SMM_LOG(kWarning) << "[WARN]: PSU manufacture is empty";
+      status = StatusCode::NoUsableResult;
+      continue;
+    }
+
+    const std::string& manufacturer = manufacturers[static_cast<int>(slot)] =
+        IsSecondGeneration() ? DecodeSecondGenerationPsuManufacturer(answer.bytes)
+                             : DecodeFirstGenerationPsuManufacturer(answer.bytes);
+    SMM_LOG(kDebug) << "PSU slot " << std::to_string(slot) << " manufacture:" << manufacturer;
+  }
+  return status;
+}
+
+int SMMInventoryImpl::GetPSUPosition(std::map<int, std::string>& positions) {
+  for (std::uint64_t slot = 1; slot <= psuSlotCount; ++slot) {
+    Answer answer;
+    const int status =
+        SendIpmiCmd(PsuRegisterRead(slot, kPsuPositionReadCount, kPsuPositionRegister),
+                    answer.bytes, answer.completionCode);
+    if (status != StatusCode::Success) {
+      return status;
+    }
+    if (!answer.IsGood(kPsuPositionMinimumLength)) {
+      SMM_LOG(kError) << "Get psu position id failed with error code:"
+                      << std::to_string(answer.completionCode);
+      continue;
+    }
+
+    const std::string& position = positions[static_cast<int>(slot)] =
+        DecodePsuPosition(answer.bytes);
+    SMM_LOG(kDebug) << "PSU slot " << std::to_string(slot) << " position:" << position;
+  }
+  return StatusCode::Success;
+}
+
+int SMMInventoryImpl::GetPSUFwInfo(std::vector<PSUFwInfo>& out) {
+  std::map<int, std::string> versions;
+  std::map<int, std::string> manufacturers;
+  std::map<int, std::string> positions;
+  int status = GetPSUVersion(versions);
+  if (status == StatusCode::Success) {
+    status = GetPSUManufacture(manufacturers);
+  }
+  if (status == StatusCode::Success) {
+    status = GetPSUPosition(positions);
+  }
+  if (status != StatusCode::Success) {
+    return status;
+  }
+
+  const int slotCount = static_cast<int>(psuSlotCount);
+  for (int slot = 1; slot <= slotCount; ++slot) {
+    const auto version = versions.find(slot);
+    const auto manufacturer = manufacturers.find(slot);
+    const auto position = positions.find(slot);
+    if (version == versions.end() || manufacturer == manufacturers.end() ||
+        position == positions.end()) {
+      SMM_LOG(kDebug) << "PSU slot " << std::to_string(slot) << " has no PSU module.";
+      continue;
+    }
+    out.push_back(ToPsuFwInfo(slot, version->second, manufacturer->second, position->second));
+    SMM_LOG(kDebug) << PsuFwInfoText(out.back());
+  }
+  return StatusCode::Success;
+}
+
+int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
+  Answer answer;
+  const int status =
+      SendIpmiCmd(OemRequest(kPsuStatusCommand, {}), answer.bytes, answer.completionCode);
+  if (status != StatusCode::Success) {
+    return status;
+  }
+
+  // The caller finds one record a PSU, empty when the answer turns out to be of no use.
+  out.assign(psuSlotCount, PSUStatus{});
+  if (!answer.IsGood(kPsuStatusMinimumLength)) {
+    SMM_LOG(kDebug) << "The gotted PSU status is :\n"
+                    << "\nGet PSU statue failed with completionCode is "
+                    << std::to_string(answer.completionCode) << ", response.size() is "
+                    << std::to_string(answer.bytes.size());
+    return StatusCode::UnusableAnswer;
+  }
+
+  const PsuStatusFlags flags = IsSecondGeneration() ? DecodeSecondGenerationPsuStatus(answer.bytes)
+                                                    : DecodeFirstGenerationPsuStatus(answer.bytes);
+  for (std::uint64_t index = 0; index < psuSlotCount; ++index) {
+    out[index] = ToPsuStatus(flags, index);
+  }
+  SMM_LOG(kDebug) << "The gotted PSU status is :\n" << PsuStatusFlagsText(flags, psuSlotCount);
+  return StatusCode::Success;
+}
+
+std::vector<std::uint8_t> SMMInventoryImpl::PsuSelectorData(int psu) const {
+  const auto selector = static_cast<std::uint8_t>(psu);
+  if (!IsSecondGeneration()) {
+    return {0x00, psu <= 3 ? selector : std::uint8_t{3}};
+  }
+  const bool isInRange = (smmStatus.platformId == kPlatform253 && psu <= 9) ||
+                         (smmStatus.platformId == kPlatform254 && psu <= 2);
+  if (isInRange) {
+    return {0x00, selector};
+  }
+  return {0x00};
+}
+
+int SMMInventoryImpl::SelectPSUImpl(int psu) {
+  const IPMICOMMAND request = OemRequest(kSelectPsuCommand, PsuSelectorData(psu));
+  Answer answer;
+  // The line speaks of the PSU's status; readers of these logs have come to know it so.
+  if (SendUntilAcknowledged(*this, request, answer.bytes, answer.completionCode, [](int attempt) {
+        SMM_LOG(kProgress) << "Try to get PSU status, start retry " << Times(attempt);
+      })) {
+    SMM_LOG(kProgress) << "Succeeded select PSU ";
+  }
+
+  if (answer.bytes.empty() || answer.completionCode != 0) {
+    SMM_LOG(kWarning) << "response is empty or completionCode: "
+                      << static_cast<char>(answer.completionCode);
+    return StatusCode::NoUsableResult;
+  }
+  return StatusCode::Success;
+}
+
+int SMMInventoryImpl::GetNodeStatus(unsigned long node, NodeStatus& out) {
+  if (!HasNode(node)) {
+    SMM_LOG(kError) << "node " << std::to_string(node) << "is wrong: need 1-"
+                    << std::to_string(nodeCount);
+    return StatusCode::UnusableAnswer;
+  }
+
+  const IPMICOMMAND request = OemRequest(kNodeStatusCommand, {static_cast<std::uint8_t>(node)});
+  Answer answer;
+  const int status = SendIpmiCmd(request, answer.bytes, answer.completionCode);
+  if (status != StatusCode::Success) {
+    return status;
+  }
+  // An answer of any other length is taken as it is, and judged by the length of the first
+  // generation.
+  if (IsSecondGeneration() && answer.completionCode == 0 &&
+      answer.bytes.size() == kNodeStatusPrefixLength + kNodeStatusLength) {
+    TrimSmm2Response(answer.bytes, kNodeStatusPrefixLength);
+  }
+  if (answer.completionCode != 0 || answer.bytes.size() != kNodeStatusLength) {
+    SMM_LOG(kDebug) << "The Node status is :"
+                    << "\nGet Node statue failed with completionCode is "
+                    << std::to_string(answer.completionCode) << ", response.size() is "
+                    << std::to_string(answer.bytes.size());
+    return StatusCode::UnusableAnswer;
+  }
+
+  const NodeStatusCodes codes = DecodeNodeStatus(answer.bytes);
+  NodeStatus nodeStatus = ToNodeStatus(codes);
+  if (nodeStatus.powerState == kUnknownPowerState) {
+    SMM_LOG(kError) << "Wrong result";
+  }
+  SMM_LOG(kDebug) << "The Node status is :" << NodeStatusCodesText(codes);
+  out = std::move(nodeStatus);
   return StatusCode::Success;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -29,7 +30,25 @@ class SMMInventoryImpl : public TavrinConnection::ConnectionInfo {
 
   int GetSmmMT(std::string& machineType);
   int GetSmmSN(std::string& serialNumber);
+  int GetSmmVersion(std::string& version);
+  int GetSmmName(std::string& name);
+  int GetChassisPowerConsumption(ChassisPowerCon& out);
+  int GetChassisPowerCap(ChassisPowerCap& out);
+  int GetNodePowerConsumption(unsigned long node, ChassisPowerCon& out);
+  int GetPSUFanSpeed(std::vector<PSUFanSpeed>& out);
+  int GetPSUFwInfo(std::vector<PSUFwInfo>& out);
+  int GetPSUStatus(std::vector<PSUStatus>& out);
+  int SelectPSUImpl(int psu);
+  int GetNodeStatus(unsigned long node, NodeStatus& out);
   int GetSMMStatusImp(SMMStatus& out);
+
+  /// Each reads one register of the PSU in every slot and stores its text under the slot number;
+  /// the entry of a slot that gave no good answer stays as passed. A failed exchange ends the
+  /// operation with its status, and the entries of earlier slots stay. GetPSUFwInfo joins the
+  /// three.
+  int GetPSUVersion(std::map<int, std::string>& versions);
+  int GetPSUManufacture(std::map<int, std::string>& manufacturers);
+  int GetPSUPosition(std::map<int, std::string>& positions);
 
   // Set by the constructor and never changed afterwards.
   SMMIype smmType = SMM_FIRST_GENERATION;
@@ -45,6 +64,12 @@ class SMMInventoryImpl : public TavrinConnection::ConnectionInfo {
   /// Sends the request and, on a second-generation SMM, removes the first `prefixLength` bytes of
   /// the answer, whatever its completion code. Returns the status of the exchange.
   int SendAndTrim(const IPMICOMMAND& request, std::size_t prefixLength, Answer& answer);
+
+  [[nodiscard]] bool HasNode(unsigned long node) const { return node >= 1 && node <= nodeCount; }
+  [[nodiscard]] std::uint8_t ChassisSelector() const;
+  [[nodiscard]] std::vector<std::uint8_t> PsuSelectorData(int psu) const;
+  [[nodiscard]] IPMICOMMAND PsuRegisterRead(std::uint64_t slot, std::uint8_t readCount,
+                                            std::uint8_t psuRegister) const;
 
   /// Removes the bytes that a second-generation SMM puts in front of an answer. Throws
   /// std::bad_alloc when the response holds fewer than `count`.

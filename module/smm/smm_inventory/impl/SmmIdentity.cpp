@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "module/smm/smm_inventory/impl/ByteReader.h"
+#include "module/smm/smm_inventory/impl/ByteText.h"
 
 namespace Tavrin {
 namespace {
@@ -34,6 +35,18 @@ bool IsAlphanumeric(const std::string& text) {
 
 std::string DecodeSerialNumber(const std::vector<std::uint8_t>& answer) {
   return WithoutOuterBlanks(ByteReader(answer).PrintableRun());
+}
+
+std::string DecodeVersion(const std::vector<std::uint8_t>& answer) {
+  ByteReader reader(answer);
+  const std::uint8_t major = reader.Byte();
+  const std::uint8_t minor = reader.Byte();
+  reader.Skip(3);
+  return reader.PrintableRun() + "-" + DottedHex(major, minor);
+}
+
+std::string DecodeName(const std::vector<std::uint8_t>& answer) {
+  return ByteReader(answer).PrintableRun();
 }
 
 }  // namespace Tavrin
