@@ -2,6 +2,7 @@
 
 #include <boost/shared_ptr.hpp>
 #include <string>
+#include <vector>
 
 #include "module/smm/smm_inventory/Export.h"
 #include "module/smm/smm_inventory/InventoryRecords.h"
@@ -58,6 +59,17 @@ class POVEIXME_EXPORT SMMInventory {
   /// sent; UnusableAnswer when the completion code is not 0 or no byte came. Throws std::bad_alloc
   /// when a second-generation SMM answers with fewer than two bytes.
   int GetSmmSN(std::string& serialNumber);
+
+  int GetSmmVersion(std::string& version);
+  int GetSmmName(std::string& name);
+  int GetChassisPowerConsumption(ChassisPowerCon& power);
+  int GetChassisPowerCap(ChassisPowerCap& cap);
+  int GetNodePowerConsumption(unsigned long node, ChassisPowerCon& power);
+  int GetPSUFanSpeed(std::vector<PSUFanSpeed>& fans);
+  int GetPSUFwInfo(std::vector<PSUFwInfo>& firmware);
+  int GetPSUStatus(std::vector<PSUStatus>& status);
+  int SelectPSU(int psu);
+  int GetNodeStatus(unsigned long node, NodeStatus& status);
 
   /// Reads the status of the SMM anew: platform id and number of PSU slots, from network function
   /// 0x32, command 0xA8, no data. What the constructor derived, and with it GetNodeNub(), stays as
