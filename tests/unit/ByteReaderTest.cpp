@@ -38,6 +38,23 @@ TEST(ByteReader, AfterAFailureNothingIsReadAnyMore) {
   EXPECT_EQ(reader.PrintableRun(), "");
 }
 
+TEST(ByteReader, LittleEndianNumberHasItsLowByteFirst) {
+  const Bytes answer = {0x34, 0x12, 0xFF, 0xFF, 0x00, 0x80};
+  ByteReader reader(answer);
+  EXPECT_EQ(reader.LittleEndian16(), 0x1234);
+  EXPECT_EQ(reader.LittleEndian16(), 0xFFFF);
+  EXPECT_EQ(reader.LittleEndian16(), 0x8000);
+  EXPECT_FALSE(reader.Failed());
+}
+
+TEST(ByteReader, LittleEndianNumberOfOneByteYieldsZeroAndFails) {
+  const Bytes answer = {0x34};
+  ByteReader reader(answer);
+  EXPECT_EQ(reader.LittleEndian16(), 0);
+  EXPECT_TRUE(reader.Failed());
+  EXPECT_EQ(reader.Byte(), 0);
+}
+
 TEST(ByteReader, SkippingUpToTheEndIsNoFailure) {
   const Bytes answer = {0x11, 0x22};
   ByteReader reader(answer);

@@ -14,6 +14,20 @@ TEST(ByteText, HexIsLowerCaseWithoutPrefixOrLeadingZeros) {
   EXPECT_EQ(Hex(0xFFFFFFFF), "ffffffff");
 }
 
+TEST(ByteText, DottedHexPadsTheSecondHalfAlone) {
+  EXPECT_EQ(DottedHex(0x00, 0x00), "0.00");
+  EXPECT_EQ(DottedHex(0x0F, 0x0F), "f.0f");
+  EXPECT_EQ(DottedHex(0x10, 0x10), "10.10");
+  EXPECT_EQ(DottedHex(0xFF, 0xAB), "ff.ab");
+}
+
+TEST(ByteText, OnlyTheText0IsNotAvailable) {
+  EXPECT_EQ(NotAvailableIfZero("0"), "N/A");
+  for (const std::string reading : {"", "00", "10", "100", "65535", "N/A"}) {
+    EXPECT_EQ(NotAvailableIfZero(reading), reading);
+  }
+}
+
 TEST(ByteText, RawRenderingPutsABlankBehindEachByteAsItIs) {
   EXPECT_EQ(RawRendering({'A', 0x00, 0xFF}), std::string("A \0 \xFF ", 6));
   EXPECT_EQ(RawRendering({}), "");

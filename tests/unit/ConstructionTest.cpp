@@ -349,5 +349,26 @@ TEST_F(StatusRead, NothingIsWrittenAboveTheThreshold) {
   }
 }
 
+TEST_F(StatusRead, AcknowledgementIsLoggedFromThreshold3On) {
+  ExpectLines(std::vector<Line>{{3, "Try to get SMM status, retry 1 time"}} +
+                  Double::ExchangeLines("FN=0x32 cmd=0xa8 data=", {0x01}) +
+                  std::vector<Line>{{3, "Succeeded get SMM Status"},
+                                    {2, "SMM Type is 0x0use default value"}},
+              [&] {
+                platform.ExpectStatusReads(1, {0x01});
+                EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
+              });
+}
+
+TEST_F(StatusRead, EgsLineIsWrittenFromThreshold2On) {
+  for (const unsigned int threshold : {0U, 1U, 2U}) {
+    platform.ForgetWhatHappened();
+    platform.logThreshold = threshold;
+    platform.ExpectStatusReads(6, StatusAnswer(0xFD, 0x04));
+    EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
+    EXPECT_THAT(platform.lines, SizeIs(threshold >= 2 ? 1U : 0U)) << "threshold " << threshold;
+  }
+}
+
 }  // namespace
 }  // namespace Tavrin

@@ -1,9 +1,60 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <locale>
+#include <ostream>
+#include <string>
+#include <vector>
+
 #include "module/smm/smm_inventory/impl/SMMInventoryImpl.h"
 #include "tests/unit/PlatformDouble.h"
 
 namespace Tavrin::Double {
+
+/// Stands for the status of an operation that raises std::bad_alloc instead of returning one.
+constexpr int kRaisesBadAlloc = -1;
+
+/// What an operation returned, and what its output held afterwards, as one text.
+struct Outcome {
+  int status = 0;
+  std::string output;
+
+  bool operator==(const Outcome& other) const {
+    return status == other.status && output == other.output;
+  }
+};
+std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
+
+/// The outcomes of all answers of some lengths, from an SMM of this type.
+struct LengthRow {
+  std::int32_t smmType = 0;
+  std::size_t shortest = 0;
+  std::size_t longest = 0;
+  Outcome ofCode0;
+  Outcome ofOtherCodes;
+};
+
+/// The lines of a sent request and its answer; `request` is the text behind "suceess: ".
+std::vector<Line> ExchangeLines(const std::string& request, const Bytes& response);
+
+/// The lines of a second-generation answer that lost its leading bytes.
+std::vector<Line> TrimLines(const Bytes& shortened);
+
+std::vector<Line> operator+(std::vector<Line> first, const std::vector<Line>& second);
+
+/// While it lives, the global locale puts a dot between any two digits of a number.
+class GroupedDigits {
+ public:
+  GroupedDigits();
+  ~GroupedDigits() { std::locale::global(before_); }
+  GroupedDigits(const GroupedDigits&) = delete;
+  GroupedDigits& operator=(const GroupedDigits&) = delete;
+
+ private:
+  std::locale before_;
+};
 
 /// A test of queries: the inventory object is there, of the first generation, with 2 PSU slots and
 /// 4 nodes, and what its construction wrote and sent is forgotten. Tests change its members as the
@@ -11,6 +62,22 @@ namespace Tavrin::Double {
 class InventoryTest : public PlatformTest {
  protected:
   InventoryTest() : inventory(Construct()) { platform.ForgetWhatHappened(); }
+
+  /// Plays an answer of every length that the rows speak of, which is the beginning of `answer`,
+  /// with completion codes 0, 0xC1 and 0xFF. `run` hands it to the operation and tells the outcome;
+  /// the outcome's status is kRaisesBadAlloc when the operation raises that.
+  void ExpectOutcomes(const std::vector<LengthRow>& rows, const Bytes& answer,
+                      const std::function<int(const Bytes&, std::uint8_t)>& run,
+                      const std::function<std::string()>& describeOutput);
+
+  /// Runs the operation at each threshold from 0 to 4 and compares the lines it writes with those
+  /// of `linesAtThreshold4` that the threshold lets through.
+  void ExpectLines(const std::vector<Line>& linesAtThreshold4,
+                   const std::function<void()>& operation);
+
+  /// Expects that the operation hands on the status of an exchange that was not admitted, then that
+  /// of one that did not connect, and that it writes no line of its own.
+  void ExpectExchangeStatusesHandedOn(const std::function<int()>& operation);
 
   SMMInventoryImpl inventory;
 

@@ -167,6 +167,7 @@ int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& resp
   Double::ThrowIfAny(exchange.sendException);
   response = exchange.response;
   completionCode = exchange.completionCode;
+  exchange.afterSend();
   return exchange.sendResult;
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -30,6 +31,7 @@ struct Exchange {
   int sendResult = 0;
   std::exception_ptr connectException = nullptr;
   std::exception_ptr sendException = nullptr;
+  std::function<void()> afterSend = [] {};  ///< What else changes with this answer.
 
   bool Connects() const { return !connectResults.empty() && connectResults.back() == 0; }
 };

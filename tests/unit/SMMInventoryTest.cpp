@@ -6,6 +6,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "tests/unit/PlatformDouble.h"
 
@@ -63,6 +64,102 @@ TEST_F(Facade, MachineTypeAndSerialNumberAreForwarded) {
   EXPECT_EQ(inventory.GetSmmSN(serialNumber), StatusCode::Success);
   EXPECT_EQ(machineType, "7X06");
   EXPECT_EQ(serialNumber, "J3");
+}
+
+TEST_F(Facade, VersionAndNameAreForwarded) {
+  platform.ExpectStatusReads(1, {0x01});
+  SMMInventory inventory(TestSettings());
+  std::string version;
+  std::string name;
+  platform.Expect(0x32, 0xA8, {}, {0x01, 0x05, 0, 0, 0, 'U', '7'});
+  platform.Expect(0x32, 0xB0, {0x05, 0x0B}, {'s', 'm', 'm'});
+  EXPECT_EQ(inventory.GetSmmVersion(version), StatusCode::Success);
+  EXPECT_EQ(inventory.GetSmmName(name), StatusCode::Success);
+  EXPECT_EQ(version, "U7-1.05");
+  EXPECT_EQ(name, "smm");
+}
+
+TEST_F(Facade, PowerQueriesAreForwarded) {
+  platform.ExpectStatusReads(1, {0x01});
+  SMMInventory inventory(TestSettings());
+  ChassisPowerCon chassis;
+  ChassisPowerCap cap;
+  ChassisPowerCon node;
+  platform.Expect(0x32, 0x98, {0x05}, {1, 0, 2, 0, 3, 0});
+  platform.Expect(0x32, 0x9D, {0x05}, {1, 0, 2, 0, 3, 0, 4, 0, 5, 0});
+  platform.Expect(0x32, 0x98, {0x02}, {4, 0, 5, 0, 6, 0});
+  EXPECT_EQ(inventory.GetChassisPowerConsumption(chassis), StatusCode::Success);
+  EXPECT_EQ(inventory.GetChassisPowerCap(cap), StatusCode::Success);
+  EXPECT_EQ(inventory.GetNodePowerConsumption(2, node), StatusCode::Success);
+  EXPECT_EQ(inventory.GetNodePowerConsumption(5, node), StatusCode::UnusableAnswer);
+  EXPECT_EQ(chassis.maxPower, "3");
+  EXPECT_EQ(cap.thermalCap, "5");
+  EXPECT_EQ(node.maxPower, "6");
+}
+
+TEST_F(Facade, PsuListsAreForwarded) {
+  platform.ExpectStatusReads(1, {0x01});
+  SMMInventory inventory(TestSettings());
+  std::vector<PSUFanSpeed> fans;
+  std::vector<PSUFwInfo> firmware;
+  std::vector<PSUStatus> psus;
+  for (const std::uint8_t slot : Double::Bytes{1, 2}) {
+    platform.Expect(0x32, 0xA5, {slot}, {1, 0, 2, 2});
+  }
+  for (const std::uint8_t bus : Double::Bytes{0x0F, 0x0D}) {
+    platform.Expect(0x06, 0x52, {bus, 0xD0, 0x02, 0xFC}, {0x0A, 0x01});
+  }
+  for (const std::uint8_t bus : Double::Bytes{0x0F, 0x0D}) {
+    platform.Expect(0x06, 0x52, {bus, 0xD0, 0x05, 0x99}, {0x04, 'A', 'B', 'C', 'D'});
+  }
+  for (const std::uint8_t bus : Double::Bytes{0x0F, 0x0D}) {
+    platform.Expect(0x06, 0x52, {bus, 0xD0, 0x20, 0xF0}, {0x0A, 0x01});
+  }
+  platform.Expect(0x32, 0x91, {}, {0x00, 0x00, 0x03, 0x01, 0x00, 0x00});
+  EXPECT_EQ(inventory.GetPSUFanSpeed(fans), StatusCode::Success);
+  EXPECT_EQ(inventory.GetPSUFwInfo(firmware), StatusCode::Success);
+  EXPECT_EQ(inventory.GetPSUStatus(psus), StatusCode::Success);
+  ASSERT_EQ(fans.size(), 2U);
+  EXPECT_EQ(fans[1].name, "PSU2");
+  ASSERT_EQ(firmware.size(), 2U);
+  EXPECT_EQ(firmware[1].identifier, "PSUABCDa.01");
+  ASSERT_EQ(psus.size(), 2U);
+  EXPECT_EQ(psus[1].powerGood, "not power good");
+}
+
+TEST_F(Facade, PsuSelectionIsForwarded) {
+  platform.ExpectStatusReads(1, {0x01});
+  SMMInventory inventory(TestSettings());
+  platform.Expect(0x32, 0xF4, {0x00, 0x02}, {0x11});
+  EXPECT_EQ(inventory.SelectPSU(2), StatusCode::Success);
+  for (int i = 0; i < 6; ++i) {
+    platform.Expect(0x32, 0xF4, {0x00, 0xFF}, {}, 0xC1);
+  }
+  EXPECT_EQ(inventory.SelectPSU(-1), StatusCode::NoUsableResult);
+}
+
+TEST_F(Facade, NodeStatusIsForwarded) {
+  platform.ExpectStatusReads(1, {0x01});
+  SMMInventory inventory(TestSettings());
+  NodeStatus node;
+  platform.Expect(0x32, 0xA7, {0x04}, {0x80, 1, 2, 0x20});
+  EXPECT_EQ(inventory.GetNodeStatus(4, node), StatusCode::Success);
+  EXPECT_EQ(inventory.GetNodeStatus(5, node), StatusCode::UnusableAnswer);
+  EXPECT_EQ(node.powerState, "Power ON");
+  EXPECT_EQ(node.permissionState, 32);
+}
+
+TEST_F(Facade, NodeQueriesReachNode12OnPlatform253AndNotNode13) {
+  platform.ExpectStatusReads(6, StatusAnswer(0xFD, 0x03));
+  SMMInventory inventory(TestSettings());
+  NodeStatus status;
+  ChassisPowerCon power;
+  platform.Expect(0x32, 0xA7, {0x0C}, {0x80, 1, 2, 0x20});
+  EXPECT_EQ(inventory.GetNodeStatus(12, status), StatusCode::Success);
+  EXPECT_EQ(inventory.GetNodeStatus(13, status), StatusCode::UnusableAnswer);
+  platform.Expect(0x32, 0x98, {0x0C}, {1, 0, 2, 0, 3, 0});
+  EXPECT_EQ(inventory.GetNodePowerConsumption(12, power), StatusCode::Success);
+  EXPECT_EQ(inventory.GetNodePowerConsumption(13, power), StatusCode::UnusableAnswer);
 }
 
 TEST_F(Facade, CopiesShareOneImplementationBeyondTheFirst) {

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <locale>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -226,21 +225,12 @@ TEST_F(SendIpmiCmd, ExceptionOfSendReachesTheCallerAndDestroysTheClient) {
   EXPECT_EQ(platform.events.back(), "client destroyed");
 }
 
-// Groups digits the way some locales do: 12.34.56.
-class DigitGrouping : public std::numpunct<char> {
- protected:
-  char do_thousands_sep() const override { return '.'; }
-  std::string do_grouping() const override { return "\2"; }
-};
-
 TEST_F(SendIpmiCmd, NumbersIgnoreAGlobalLocaleThatGroupsDigits) {
-  const std::locale before =
-      std::locale::global(std::locale(std::locale::classic(), new DigitGrouping));
+  const Double::GroupedDigits groupedDigits;
   inventory.port = 62345;
   platform.expectedSettings.port = 62345;
   platform.ExpectConnectFailures({123456});
   Send();
-  std::locale::global(before);
   EXPECT_THAT(platform.lines, ElementsAre(Line{1, "connect failed with error:123456"}));
 }
 

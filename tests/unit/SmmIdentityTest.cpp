@@ -13,7 +13,11 @@ namespace Tavrin {
 namespace {
 
 using Double::Bytes;
+using Double::ExchangeLines;
+using Double::kRaisesBadAlloc;
 using Double::Line;
+using Double::Outcome;
+using Double::TrimLines;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -226,6 +230,200 @@ TEST_F(SerialNumber, StatusOfTheExchangeIsHandedOnWithoutALine) {
   EXPECT_EQ(inventory.GetSmmSN(text), StatusCode::NotConnected);
   EXPECT_THAT(platform.lines, ElementsAre(Line{1, "connect failed with error:8"}));
   EXPECT_EQ(text, "as passed");
+}
+
+class FirmwareVersion : public Double::InventoryTest {
+ protected:
+  int Get(const Bytes& response, std::uint8_t completionCode = 0) {
+    text = "as passed";
+    platform.Expect(0x32, 0xA8, {}, response, completionCode);
+    return inventory.GetSmmVersion(text);
+  }
+
+  std::string text = "as passed";
+};
+
+class Name : public Double::InventoryTest {
+ protected:
+  int Get(const Bytes& response, std::uint8_t completionCode = 0) {
+    text = "as passed";
+    platform.Expect(0x32, 0xB0, {0x05, 0x0B}, response, completionCode);
+    return inventory.GetSmmName(text);
+  }
+
+  std::string text = "as passed";
+};
+
+TEST_F(FirmwareVersion, EveryLengthAndCompletionCodeHasItsOutcome) {
+  const Outcome failure = {StatusCode::UnusableAnswer, "as passed"};
+  const Outcome badAlloc = {kRaisesBadAlloc, "as passed"};
+  ExpectOutcomes(
+      {{0, 0, 5, failure, failure},
+       {0, 6, 6, {StatusCode::Success, "E-1a.2b"}, failure},
+       {0, 7, 7, {StatusCode::Success, "EF-1a.2b"}, failure},
+       {0, 8, 8, {StatusCode::Success, "EFG-1a.2b"}, failure},
+       {0, 9, 9, {StatusCode::Success, "EFGH-1a.2b"}, failure},
+       {7, 0, 5, failure, failure},
+       {7, 6, 6, {StatusCode::Success, "E-1a.2b"}, failure},
+       {1, 0, 0, badAlloc, badAlloc},
+       {1, 1, 6, failure, failure},
+       {1, 7, 7, {StatusCode::Success, "F-2b.42"}, failure},
+       {1, 8, 8, {StatusCode::Success, "FG-2b.42"}, failure},
+       {1, 9, 9, {StatusCode::Success, "FGH-2b.42"}, failure}},
+      {0x1A, 0x2B, 'B', 'C', 'D', 'E', 'F', 'G', 'H'},
+      [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
+      [this] { return text; });
+}
+
+TEST_F(FirmwareVersion, BuildNameEndsBeforeTheFirstUnprintableByteAndKeepsItsBlanks) {
+  EXPECT_EQ(Get({0x01, 0x05, 'x', 'y', 'z', ' ', 'U', ' ', '7', ' ', 0x00, 'Z'}),
+            StatusCode::Success);
+  EXPECT_EQ(text, " U 7 -1.05");
+}
+
+TEST_F(FirmwareVersion, UnprintableByte5LeavesTheBuildNameEmpty) {
+  EXPECT_EQ(Get({0x01, 0x05, 'x', 'y', 'z', 0x00}), StatusCode::Success);
+  EXPECT_EQ(text, "-1.05");
+  EXPECT_EQ(Get({0x01, 0x05, 'x', 'y', 'z', 0xFF, 'A'}), StatusCode::Success);
+  EXPECT_EQ(text, "-1.05");
+}
+
+TEST_F(FirmwareVersion, RevisionsAreLowerCaseHexadecimalAndOnlyTheMinorIsPadded) {
+  struct Row {
+    std::uint8_t major;
+    std::uint8_t minor;
+    std::string expected;
+  };
+  for (const Row& row : std::vector<Row>{{0x00, 0x00, "A-0.00"},
+                                         {0x10, 0x0F, "A-10.0f"},
+                                         {0x0F, 0x10, "A-f.10"},
+                                         {0x1A, 0x2B, "A-1a.2b"},
+                                         {0xFF, 0xFF, "A-ff.ff"}}) {
+    EXPECT_EQ(Get({row.major, row.minor, 0, 0, 0, 'A'}), StatusCode::Success);
+    EXPECT_EQ(text, row.expected);
+  }
+}
+
+TEST_F(FirmwareVersion, Bytes2To4NeverReachTheText) {
+  for (unsigned int value = 0; value <= 0xFF; ++value) {
+    const auto byte = static_cast<std::uint8_t>(value);
+    EXPECT_EQ(Get({0x01, 0x02, byte, byte, byte, 'A'}), StatusCode::Success);
+    EXPECT_EQ(text, "A-1.02");
+  }
+}
+
+TEST_F(FirmwareVersion, BuildNameTakesExactlyThePrintableBytes) {
+  for (unsigned int value = 0; value <= 0xFF; ++value) {
+    const bool isPrintable = value >= 0x20 && value <= 0x7E;
+    const std::string run = isPrintable ? std::string{'a', static_cast<char>(value), 'b'} : "a";
+    EXPECT_EQ(Get({0x01, 0x02, 0, 0, 0, 'a', static_cast<std::uint8_t>(value), 'b'}),
+              StatusCode::Success);
+    EXPECT_EQ(text, run + "-1.02") << "byte " << value;
+  }
+}
+
+TEST_F(FirmwareVersion, SuccessHasNoLineOfItsOwn) {
+  const Bytes answer = {0x77, 1, 2, 3, 4, 5, 'A'};
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xa8 data=", answer) + TrimLines({1, 2, 3, 4, 5, 'A'}),
+              [&] { EXPECT_EQ(Get(answer), StatusCode::Success); });
+}
+
+TEST_F(FirmwareVersion, FailureIsLoggedWithTheCompletionCode) {
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xa8 data=", {1, 2, 3, 4, 5}) +
+                  std::vector<Line>{{1, "Get smm version failed with error code:0"}},
+              [&] {
+                EXPECT_EQ(Get({1, 2, 3, 4, 5}), StatusCode::UnusableAnswer);
+              });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xa8 data=", {0x77}) + TrimLines({}) +
+                  std::vector<Line>{{1, "Get smm version failed with error code:193"}},
+              [&] { EXPECT_EQ(Get({0x77}, 0xC1), StatusCode::UnusableAnswer); });
+}
+
+TEST_F(FirmwareVersion, StatusOfTheExchangeIsHandedOn) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectExchangeStatusesHandedOn([this] { return inventory.GetSmmVersion(text); });
+  EXPECT_EQ(text, "as passed");
+}
+
+TEST_F(FirmwareVersion, TextAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  EXPECT_EQ(Get({0x12, 0x34, 0, 0, 0, 'A'}), StatusCode::Success);
+  EXPECT_EQ(text, "A-12.34");
+  EXPECT_EQ(platform.lines.back(), (Line{4, "Response=0x12 0x34 0x0 0x0 0x0 0x41 "}));
+  EXPECT_EQ(Get({}, 0xC1), StatusCode::UnusableAnswer);
+  EXPECT_EQ(platform.lines.back(), (Line{1, "Get smm version failed with error code:193"}));
+}
+
+TEST_F(Name, EveryLengthAndCompletionCodeHasItsOutcome) {
+  const Outcome failure = {StatusCode::UnusableAnswer, "as passed"};
+  const Outcome badAlloc = {kRaisesBadAlloc, "as passed"};
+  ExpectOutcomes(
+      {{0, 0, 0, failure, failure},
+       {0, 1, 1, {StatusCode::Success, "A"}, failure},
+       {0, 2, 2, {StatusCode::Success, "AB"}, failure},
+       {0, 3, 3, {StatusCode::Success, "ABC"}, failure},
+       {0, 4, 6, {StatusCode::Success, "ABCD"}, failure},
+       {7, 0, 0, failure, failure},
+       {7, 1, 1, {StatusCode::Success, "A"}, failure},
+       {1, 0, 1, badAlloc, badAlloc},
+       {1, 2, 2, failure, failure},
+       {1, 3, 3, {StatusCode::Success, "C"}, failure},
+       {1, 4, 6, {StatusCode::Success, "CD"}, failure}},
+      {'A', 'B', 'C', 'D', 0x00, 'E'},
+      [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
+      [this] { return text; });
+}
+
+TEST_F(Name, BlanksInsideAndAtBothEndsAreKept) {
+  EXPECT_EQ(Get(AsBytes("  rack 7 ")), StatusCode::Success);
+  EXPECT_EQ(text, "  rack 7 ");
+}
+
+TEST_F(Name, TakesExactlyThePrintableBytes) {
+  for (unsigned int value = 0; value <= 0xFF; ++value) {
+    const bool isPrintable = value >= 0x20 && value <= 0x7E;
+    EXPECT_EQ(Get({static_cast<std::uint8_t>(value), 'b'}), StatusCode::Success);
+    EXPECT_EQ(text, isPrintable ? (std::string{static_cast<char>(value), 'b'}) : "")
+        << "byte " << value;
+  }
+}
+
+TEST_F(Name, UnprintableByteBehindTheLeadingTwoYieldsTheEmptyText) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  EXPECT_EQ(Get({'A', 'B', 0x00, 'C'}), StatusCode::Success);
+  EXPECT_EQ(text, "");
+}
+
+TEST_F(Name, SuccessHasNoLineOfItsOwn) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(
+      ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0xb ", AsBytes("ABcd")) + TrimLines(AsBytes("cd")),
+      [&] { EXPECT_EQ(Get(AsBytes("ABcd")), StatusCode::Success); });
+}
+
+TEST_F(Name, FailureIsLoggedWithTheCompletionCode) {
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0xb ", {}) +
+                  std::vector<Line>{{1, "Get smm name failed with error code:0"}},
+              [&] { EXPECT_EQ(Get({}), StatusCode::UnusableAnswer); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0xb ", AsBytes("ABcd")) +
+                  TrimLines(AsBytes("cd")) +
+                  std::vector<Line>{{1, "Get smm name failed with error code:255"}},
+              [&] { EXPECT_EQ(Get(AsBytes("ABcd"), 0xFF), StatusCode::UnusableAnswer); });
+}
+
+TEST_F(Name, StatusOfTheExchangeIsHandedOn) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectExchangeStatusesHandedOn([this] { return inventory.GetSmmName(text); });
+  EXPECT_EQ(text, "as passed");
+}
+
+TEST_F(Name, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  EXPECT_EQ(Get({}, 0xC1), StatusCode::UnusableAnswer);
+  EXPECT_EQ(platform.lines.back(), (Line{1, "Get smm name failed with error code:193"}));
 }
 
 TEST(SmmIdentityDecoder, MachineTypeOfFewerThanFourBytesIsEmpty) {

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <new>
 #include <string>
 #include <vector>
@@ -17,6 +19,10 @@ using ::testing::ElementsAre;
 
 class TrimSmm2Response : public Double::InventoryTest {
  protected:
+  bool HasTrimLines() const {
+    return std::count(platform.lines.begin(), platform.lines.end(), Line{4, "it is smm2..."}) != 0;
+  }
+
   std::string text = "as passed";
 };
 
@@ -79,6 +85,81 @@ TEST_F(TrimSmm2Response, BytesAreRemovedWhateverTheCompletionCode) {
   platform.Expect(0x32, 0xB0, {0x05, 0x00}, {0x12, 0x00, 'A'}, 0xC1);
   EXPECT_EQ(inventory.GetSmmMT(text), StatusCode::UnusableAnswer);
   EXPECT_EQ(platform.lines[platform.lines.size() - 2], (Line{4, "New response=0x41 "}));
+}
+
+TEST_F(TrimSmm2Response, EachQueryThatTrimsUnconditionallyRaisesBadAllocAfterTheFirstLine) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ChassisPowerCon power;
+  ChassisPowerCap cap;
+  struct Row {
+    std::uint8_t command;
+    Bytes data;
+    Bytes answer;
+    std::function<int()> query;
+  };
+  for (const Row& row : std::vector<Row>{
+           {0xB0, {0x05, 0x00}, {0x12}, [&] { return inventory.GetSmmMT(text); }},
+           {0xB0, {0x05, 0x01}, {0x12}, [&] { return inventory.GetSmmSN(text); }},
+           {0xA8, {}, {}, [&] { return inventory.GetSmmVersion(text); }},
+           {0xB0, {0x05, 0x0B}, {0x12}, [&] { return inventory.GetSmmName(text); }},
+           {0x98, {0x05}, {}, [&] { return inventory.GetChassisPowerConsumption(power); }},
+           {0x9D, {0x05}, {}, [&] { return inventory.GetChassisPowerCap(cap); }}}) {
+    for (const std::uint8_t completionCode : Bytes{0x00, 0xC1, 0xFF}) {
+      platform.Expect(0x32, row.command, row.data, row.answer, completionCode);
+      EXPECT_THROW(row.query(), std::bad_alloc) << "command " << int{row.command};
+      EXPECT_EQ(platform.lines.back(), (Line{4, "it is smm2..."}));
+    }
+  }
+}
+
+TEST_F(TrimSmm2Response, NodeStatusIsShortenedAtFiveBytesAlone) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  const Bytes answer = {0x80, 0x20, 0x40, 0x03, 0x04, 0x05};
+  struct Row {
+    std::ptrdiff_t length;
+    int status;
+    std::string powerState;
+    bool isShortened;
+  };
+  for (const Row& row : std::vector<Row>{{4, StatusCode::Success, "Power ON", false},
+                                         {5, StatusCode::Success, "No Permission", true},
+                                         {6, StatusCode::UnusableAnswer, "", false}}) {
+    platform.ForgetWhatHappened();
+    platform.Expect(0x32, 0xA7, {0x01}, Bytes(answer.begin(), answer.begin() + row.length));
+    NodeStatus node;
+    EXPECT_EQ(inventory.GetNodeStatus(1, node), row.status);
+    EXPECT_EQ(node.powerState, row.powerState);
+    EXPECT_EQ(HasTrimLines(), row.isShortened) << row.length << " bytes";
+  }
+}
+
+TEST_F(TrimSmm2Response, NodePowerIsShortenedFromSevenBytesOn) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  const Bytes answer = {0x01, 0x00, 0x02, 0x00, 0x03, 0x00, 0x04, 0x00};
+  struct Row {
+    std::ptrdiff_t length;
+    std::string minPower;
+    bool isShortened;
+  };
+  for (const Row& row : std::vector<Row>{{6, "1", false}, {7, "512", true}, {8, "512", true}}) {
+    platform.ForgetWhatHappened();
+    platform.Expect(0x32, 0x98, {0x01}, Bytes(answer.begin(), answer.begin() + row.length));
+    ChassisPowerCon power;
+    EXPECT_EQ(inventory.GetNodePowerConsumption(1, power), StatusCode::Success);
+    EXPECT_EQ(power.minPower, row.minPower);
+    EXPECT_EQ(HasTrimLines(), row.isShortened) << row.length << " bytes";
+  }
+}
+
+TEST_F(TrimSmm2Response, NodeAnswersWithACompletionCodeAreNotShortened) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  NodeStatus node;
+  platform.Expect(0x32, 0xA7, {0x01}, Bytes(5, 0x01), 0xC1);
+  EXPECT_EQ(inventory.GetNodeStatus(1, node), StatusCode::UnusableAnswer);
+  ChassisPowerCon power;
+  platform.Expect(0x32, 0x98, {0x01}, Bytes(7, 0x01), 0xC1);
+  EXPECT_EQ(inventory.GetNodePowerConsumption(1, power), StatusCode::UnusableAnswer);
+  EXPECT_FALSE(HasTrimLines());
 }
 
 TEST_F(TrimSmm2Response, BytesAreRemovedWithoutALineBelowThreshold4) {

@@ -41,8 +41,8 @@ int SMMInventory::GetPSUFwInfo(std::vector<PSUFwInfo>& firmware) {
   return implementation_->GetPSUFwInfo(firmware);
 }
 
-int SMMInventory::GetPSUStatus(std::vector<PSUStatus>& status) {
-  return implementation_->GetPSUStatus(status);
+int SMMInventory::GetPSUStatus(std::vector<PSUStatus>& psus) {
+  return implementation_->GetPSUStatus(psus);
 }
 
 int SMMInventory::SelectPSU(int psu) { return implementation_->SelectPSUImpl(psu); }

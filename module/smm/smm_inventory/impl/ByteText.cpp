@@ -16,7 +16,10 @@ std::string DottedHex(std::uint8_t first, std::uint8_t second) {
 }
 
 std::string NotAvailableIfZero(const std::string& reading) {
-  return reading == "0" ? "N/A" : reading;
+  if (reading == "0") {
+    return "N/A";
+  }
+  return reading;
 }
 
 std::string RawRendering(const std::vector<std::uint8_t>& bytes) {

@@ -36,7 +36,10 @@ std::string WidthText(std::uint8_t width) {
 }
 
 std::string HeightText(std::uint8_t height) {
-  return height == kNotApplicable ? "N/A" : std::to_string(height);
+  if (height == kNotApplicable) {
+    return "N/A";
+  }
+  return std::to_string(height);
 }
 
 }  // namespace

@@ -7,7 +7,10 @@ namespace Tavrin {
 namespace {
 
 std::string NotAvailableIfAbsent(const std::string& reading) {
-  return reading == "65535" ? "N/A" : NotAvailableIfZero(reading);
+  if (reading == "65535") {
+    return "N/A";
+  }
+  return NotAvailableIfZero(reading);
 }
 
 }  // namespace

@@ -27,17 +27,14 @@ constexpr unsigned int kWarning = 2;
 constexpr unsigned int kProgress = 3;
 constexpr unsigned int kDebug = 4;
 
-const std::string& SourcePath() {
-  static const std::string path = "module/smm/smm_inventory/impl/SMMInventoryImpl";
-  return path;
-}
+constexpr const char* kSourcePath = "module/smm/smm_inventory/impl/SMMInventoryImpl";
 
 // A macro, so that each line carries the number of the place that writes it, and so that nothing
 // behind it is composed for a line that is not written.
 #define SMM_LOG(level)                   \
   if (Log::GetMinLogLevel() < (level)) { \
   } else                                 \
-    Log((level), SourcePath(), __LINE__).Stream()
+    Log((level), kSourcePath, __LINE__).Stream()
 
 // What IpmiClient::connect() returns.
 constexpr int kConnected = 0;

@@ -1,0 +1,110 @@
+#include "tests/unit/InventoryDouble.h"
+
+#include <algorithm>
+#include <iterator>
+#include <new>
+#include <sstream>
+
+#include "module/smm/smm_inventory/StatusCode.h"
+
+namespace Tavrin::Double {
+namespace {
+
+class DotBetweenDigits : public std::numpunct<char> {
+ protected:
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\1"; }
+};
+
+std::string Raw(const Bytes& bytes) {
+  std::string text;
+  for (const std::uint8_t byte : bytes) {
+    text += std::string{static_cast<char>(byte), ' '};
+  }
+  return text;
+}
+
+std::string Hexadecimal(const Bytes& bytes) {
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  for (const std::uint8_t byte : bytes) {
+    text << "0x" << std::hex << int{byte} << ' ';
+  }
+  return text.str();
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
+  return stream << "status " << outcome.status << ", output \"" << outcome.output << '"';
+}
+
+std::vector<Line> ExchangeLines(const std::string& request, const Bytes& response) {
+  return {{4, "Send impi cmd suceess: " + request},
+          {4, "Response=" + Raw(response)},
+          {4, "Response=" + Hexadecimal(response)}};
+}
+
+std::vector<Line> TrimLines(const Bytes& shortened) {
+  return {{4, "it is smm2..."},
+          {4, "New response=" + Raw(shortened)},
+          {4, "New response=" + Hexadecimal(shortened)}};
+}
+
+std::vector<Line> operator+(std::vector<Line> first, const std::vector<Line>& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+GroupedDigits::GroupedDigits()
+    : before_(std::locale::global(std::locale(std::locale::classic(), new DotBetweenDigits))) {}
+
+void InventoryTest::ExpectOutcomes(const std::vector<LengthRow>& rows, const Bytes& answer,
+                                   const std::function<int(const Bytes&, std::uint8_t)>& run,
+                                   const std::function<std::string()>& describeOutput) {
+  for (const LengthRow& row : rows) {
+    inventory.smmType = static_cast<SMMIype>(row.smmType);
+    for (std::size_t length = row.shortest; length <= row.longest; ++length) {
+      ASSERT_LE(length, answer.size());
+      const Bytes part(answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(length));
+      for (const std::uint8_t completionCode : Bytes{0x00, 0xC1, 0xFF}) {
+        Outcome outcome;
+        try {
+          outcome.status = run(part, completionCode);
+        } catch (const std::bad_alloc&) {
+          outcome.status = kRaisesBadAlloc;
+        }
+        outcome.output = describeOutput();
+        EXPECT_EQ(outcome, completionCode == 0 ? row.ofCode0 : row.ofOtherCodes)
+            << "SMM type " << row.smmType << ", " << length << " bytes, completion code "
+            << int{completionCode};
+      }
+    }
+  }
+}
+
+void InventoryTest::ExpectLines(const std::vector<Line>& linesAtThreshold4,
+                                const std::function<void()>& operation) {
+  for (unsigned int threshold = 0; threshold <= 4; ++threshold) {
+    platform.ForgetWhatHappened();
+    platform.logThreshold = threshold;
+    operation();
+    std::vector<Line> expected;
+    std::copy_if(linesAtThreshold4.begin(), linesAtThreshold4.end(), std::back_inserter(expected),
+                 [=](const Line& line) { return line.level <= threshold; });
+    EXPECT_THAT(platform.lines, ::testing::ElementsAreArray(expected)) << "threshold " << threshold;
+  }
+}
+
+void InventoryTest::ExpectExchangeStatusesHandedOn(const std::function<int()>& operation) {
+  inventory.connectionKind = 3;
+  EXPECT_EQ(operation(), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_THAT(platform.lines, ::testing::IsEmpty());
+
+  inventory.connectionKind = 1;
+  platform.ExpectConnectFailures({5});
+  EXPECT_EQ(operation(), StatusCode::NotConnected);
+  EXPECT_THAT(platform.lines, ::testing::ElementsAre(Line{1, "connect failed with error:5"}));
+}
+
+}  // namespace Tavrin::Double

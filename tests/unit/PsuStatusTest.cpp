@@ -1,0 +1,221 @@
+#include "module/smm/smm_inventory/impl/PsuStatus.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "module/smm/smm_inventory/StatusCode.h"
+#include "tests/unit/InventoryDouble.h"
+
+namespace Tavrin {
+namespace {
+
+using Double::Bytes;
+using Double::ExchangeLines;
+using Double::Line;
+using StatusCode::Success;
+using StatusCode::UnusableAnswer;
+
+const std::string kHeading = "The gotted PSU status is :\n";
+
+// The words of each flag as a digit, PSU 1 first; '-' for a record that was not filled.
+char Digit(const std::string& word) {
+  static const std::map<std::string, char> digits = {
+      {"trigger", '1'},    {"not trigger", '0'},    {"present", '1'}, {"not present", '0'},
+      {"power good", '1'}, {"not power good", '0'}, {"", '-'}};
+  return digits.at(word);
+}
+
+std::string Describe(const std::vector<PSUStatus>& psus) {
+  std::string epow;
+  std::string throttle;
+  std::string present;
+  std::string powerGood;
+  for (const PSUStatus& psu : psus) {
+    epow += Digit(psu.epow);
+    throttle += Digit(psu.throttle);
+    present += Digit(psu.present);
+    powerGood += Digit(psu.powerGood);
+  }
+  return epow + '|' + throttle + '|' + present + '|' + powerGood;
+}
+
+std::string Words(const PSUStatus& psu) {
+  return psu.epow + ", " + psu.throttle + ", " + psu.present + ", " + psu.powerGood;
+}
+
+class PsuStatusQuery : public Double::InventoryTest {
+ protected:
+  PsuStatusQuery() { Reset(); }
+
+  void Reset() { out.assign(3, {"trigger", "not trigger", "present", "power good"}); }
+
+  int Get(const Bytes& response, std::uint8_t completionCode = 0) {
+    Reset();
+    platform.Expect(0x32, 0x91, {}, response, completionCode);
+    return inventory.GetPSUStatus(out);
+  }
+
+  std::vector<PSUStatus> out;
+};
+
+TEST_F(PsuStatusQuery, EveryLengthAndCompletionCodeHasItsOutcome) {
+  inventory.psuSlotCount = 8;
+  platform.logThreshold = 0;
+  const std::string empty = "--------|--------|--------|--------";
+  const std::string firstGeneration = "10001000|00001100|11110010|01110110";
+  const std::string sixBytes = "10001000|11110010|10110001|00000000";
+  const std::string secondGeneration = "10001000|11110010|10110001|11010011";
+  const std::string tenBytes = "10001000|10110001|10010000|11010011";
+  ExpectOutcomes(
+      {{0, 0, 5, {UnusableAnswer, empty}, {UnusableAnswer, empty}},
+       {0, 6, 13, {Success, firstGeneration}, {UnusableAnswer, empty}},
+       {7, 0, 5, {UnusableAnswer, empty}, {UnusableAnswer, empty}},
+       {7, 6, 13, {Success, firstGeneration}, {UnusableAnswer, empty}},
+       {1, 0, 5, {UnusableAnswer, empty}, {UnusableAnswer, empty}},
+       {1, 6, 6, {Success, sixBytes}, {UnusableAnswer, empty}},
+       {1, 7, 9, {Success, secondGeneration}, {UnusableAnswer, empty}},
+       {1, 10, 10, {Success, tenBytes}, {UnusableAnswer, empty}},
+       {1, 11, 13, {Success, secondGeneration}, {UnusableAnswer, empty}}},
+      {0x11, 0x30, 0x4F, 0x6E, 0x8D, 0xAC, 0xCB, 0xEA, 0x09, 0x28, 0x47, 0x66, 0x85},
+      [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
+      [this] { return Describe(out); });
+}
+
+TEST_F(PsuStatusQuery, EachPsuHasItsWords) {
+  EXPECT_EQ(Get({0x00, 0x00, 0x03, 0x01, 0x00, 0x00}), Success);
+  ASSERT_EQ(out.size(), 2U);
+  EXPECT_EQ(Words(out[0]), "not trigger, not trigger, present, power good");
+  EXPECT_EQ(Words(out[1]), "not trigger, not trigger, present, not power good");
+}
+
+TEST_F(PsuStatusQuery, FlagsOfEitherValueHaveTheirWords) {
+  EXPECT_EQ(Get({0x01, 0x02, 0x01, 0x02, 0x00, 0x00}), Success);
+  ASSERT_EQ(out.size(), 2U);
+  EXPECT_EQ(Words(out[0]), "trigger, not trigger, present, not power good");
+  EXPECT_EQ(Words(out[1]), "not trigger, trigger, not present, power good");
+}
+
+TEST_F(PsuStatusQuery, BitsRepeatFromPsu33OnAndAre0Between) {
+  const std::string zeros(24, '0');
+  const std::string epow = "10001101" + zeros + "10001101";
+  const std::string throttle = "01110010" + zeros + "01110010";
+  const std::string present = "11111111" + zeros + "11111111";
+  const std::string powerGood = "00010111" + zeros + "00010111";
+  for (const std::size_t count : {0U, 1U, 2U, 6U, 9U, 33U, 40U}) {
+    inventory.psuSlotCount = count;
+    EXPECT_EQ(Get({0xB1, 0x4E, 0xFF, 0xE8, 0x00, 0x00}), Success);
+    EXPECT_EQ(Describe(out), epow.substr(0, count) + '|' + throttle.substr(0, count) + '|' +
+                                 present.substr(0, count) + '|' + powerGood.substr(0, count))
+        << count << " slots";
+    std::string text = kHeading;
+    for (std::size_t index = 0; index < count; ++index) {
+      text += "PSU" + std::to_string(index + 1) + ":\n\tPSU EPOW " + epow[index] +
+              "\n\tPSU THROTTLE " + throttle[index] + "\n\tPSU PRESENT " + present[index] +
+              "\n\tPSU PWR GOOD " + powerGood[index];
+    }
+    EXPECT_EQ(platform.lines.back(), (Line{4, text})) << count << " slots";
+  }
+}
+
+TEST_F(PsuStatusQuery, FailureLeavesOneEmptyRecordASlot) {
+  for (const std::size_t count : {0U, 1U, 2U, 6U, 9U, 33U, 40U}) {
+    inventory.psuSlotCount = count;
+    EXPECT_EQ(Get({1, 2, 3, 4, 5}), UnusableAnswer);
+    const std::string empty(count, '-');
+    EXPECT_EQ(Describe(out), empty + '|' + empty + '|' + empty + '|' + empty) << count;
+  }
+}
+
+TEST_F(PsuStatusQuery, EveryFlagByteIsReadBitByBit) {
+  inventory.psuSlotCount = 8;
+  platform.logThreshold = 0;
+  for (unsigned int value = 0; value <= 0xFF; ++value) {
+    std::string bits;
+    for (unsigned int bit = 0; bit < 8; ++bit) {
+      bits += static_cast<char>('0' + (value / (1U << bit)) % 2);
+    }
+    EXPECT_EQ(Get(Bytes(6, static_cast<std::uint8_t>(value))), Success);
+    EXPECT_EQ(Describe(out), bits + '|' + bits + '|' + bits + '|' + bits) << "byte " << value;
+  }
+}
+
+TEST_F(PsuStatusQuery, FlagsAreLoggedAsOneLineAtThreshold4) {
+  const Bytes answer = {0x00, 0x00, 0x03, 0x01, 0x00, 0x00};
+  ExpectLines(
+      ExchangeLines("FN=0x32 cmd=0x91 data=", answer) +
+          std::vector<Line>{{4, kHeading + "PSU1:\n\tPSU EPOW 0\n\tPSU THROTTLE 0\n\tPSU PRESENT 1"
+                                           "\n\tPSU PWR GOOD 1PSU2:\n\tPSU EPOW 0\n\tPSU THROTTLE "
+                                           "0\n\tPSU PRESENT 1\n\tPSU PWR GOOD 0"}},
+      [&] { EXPECT_EQ(Get(answer), Success); });
+}
+
+TEST_F(PsuStatusQuery, NoSlotLogsTheHeadingAloneAndEmptiesTheOutput) {
+  inventory.psuSlotCount = 0;
+  ExpectLines(
+      ExchangeLines("FN=0x32 cmd=0x91 data=", Bytes(6, 0xFF)) + std::vector<Line>{{4, kHeading}},
+      [&] {
+        EXPECT_EQ(Get(Bytes(6, 0xFF)), Success);
+        EXPECT_TRUE(out.empty());
+      });
+}
+
+TEST_F(PsuStatusQuery, TenSecondGenerationBytesAreLoggedWithTheirFlagsAndNotAnew) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  inventory.psuSlotCount = 1;
+  const Bytes answer = {1, 0, 0, 0, 1, 0, 1, 0, 0, 0};
+  ExpectLines(
+      ExchangeLines("FN=0x32 cmd=0x91 data=", answer) +
+          std::vector<Line>{{4, kHeading + "PSU1:\n\tPSU EPOW 1\n\tPSU THROTTLE 1\n\tPSU PRESENT 0"
+                                           "\n\tPSU PWR GOOD 1"}},
+      [&] { EXPECT_EQ(Get(answer), Success); });
+}
+
+TEST_F(PsuStatusQuery, FailureIsLoggedAtThreshold4Alone) {
+  ExpectLines(
+      ExchangeLines("FN=0x32 cmd=0x91 data=", {}) +
+          std::vector<Line>{{4, kHeading + "\nGet PSU statue failed with completionCode is 193, "
+                                           "response.size() is 0"}},
+      [&] { EXPECT_EQ(Get({}, 0xC1), UnusableAnswer); });
+  ExpectLines(
+      ExchangeLines("FN=0x32 cmd=0x91 data=", {1, 2, 3, 4, 5}) +
+          std::vector<Line>{{4, kHeading + "\nGet PSU statue failed with completionCode is 0, "
+                                           "response.size() is 5"}},
+      [&] {
+        EXPECT_EQ(Get({1, 2, 3, 4, 5}), UnusableAnswer);
+      });
+}
+
+TEST_F(PsuStatusQuery, FailedSecondGenerationAnswerOfTenBytesIsLoggedWithThatSize) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  EXPECT_EQ(Get(Bytes(10, 0x01), 0xFF), UnusableAnswer);
+  EXPECT_EQ(
+      platform.lines.back(),
+      (Line{4, kHeading + "\nGet PSU statue failed with completionCode is 255, response.size() is "
+                          "10"}));
+}
+
+TEST_F(PsuStatusQuery, StatusOfTheExchangeIsHandedOnAndTheOutputLeft) {
+  ExpectExchangeStatusesHandedOn([this] { return inventory.GetPSUStatus(out); });
+  EXPECT_EQ(Describe(out), "111|000|111|111");
+}
+
+TEST_F(PsuStatusQuery, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  EXPECT_EQ(Get(Bytes(12, 0x01), 0xC1), UnusableAnswer);
+  EXPECT_EQ(
+      platform.lines.back(),
+      (Line{4, kHeading + "\nGet PSU statue failed with completionCode is 193, response.size() is "
+                          "12"}));
+  inventory.psuSlotCount = 12;
+  EXPECT_EQ(Get(Bytes(6, 0x01)), Success);
+  EXPECT_THAT(platform.lines.back().text,
+              ::testing::EndsWith("PSU12:\n\tPSU EPOW 0\n\tPSU THROTTLE 0\n\tPSU PRESENT 0\n\tPSU "
+                                  "PWR GOOD 0"));
+}
+
+}  // namespace
+}  // namespace Tavrin
