@@ -46,10 +46,10 @@ constexpr std::chrono::milliseconds kStopStep{10};
 }  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const std::string& directory,
-                           const std::string& outputName)
-    : pid_(-1) {
+                           const std::string& outputName) {
   std::vector<std::string> texts = arguments;
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts) {
     pointers.push_back(text.data());
   }

@@ -24,7 +24,7 @@ class ChildProcess {
   std::optional<std::string> Ended();
 
  private:
-  pid_t pid_;
+  pid_t pid_ = -1;
   std::optional<int> status_;
 };
 

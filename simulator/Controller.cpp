@@ -29,10 +29,20 @@ Reply Controller::Handle(const Request& request) {
     // The enclosure does not see a request whose answer is overridden.
     Answer answer = override.answer   ? *override.answer
                     : override.silent ? Answer{}
-                                      : EncodeAnswer(enclosure_, request);
+                                      : AnswerItself(request);
     return {std::move(answer), override.delay, override.silent};
   }
-  return {EncodeAnswer(enclosure_, request), {}, false};
+  return {AnswerItself(request), {}, false};
+}
+
+/// The PSU selection is the only command that changes the enclosure.
+Answer Controller::AnswerItself(const Request& request) {
+  Answer answer = EncodeAnswer(enclosure_, request);
+  if (request.netFn == kNetFnOem && request.command == kSelectPsu &&
+      answer.completionCode == CompletionCode::kNormal) {
+    enclosure_.selectedPsu = answer.data.front();
+  }
+  return answer;
 }
 
 }  // namespace Tavrin::Simulator

@@ -24,6 +24,8 @@ class Controller {
   Reply Handle(const Request& request);
 
  private:
+  Answer AnswerItself(const Request& request);
+
   Enclosure enclosure_;
   Scenario scenario_;
 };

@@ -24,7 +24,7 @@ class FileDescriptor {
     }
   }
 
-  int Get() const { return descriptor_; }
+  [[nodiscard]] int Get() const { return descriptor_; }
 
  private:
   int descriptor_;

@@ -1,9 +1,10 @@
 // The module that ipmi_sim loads: it carries requests to the simulated controller and its replies
 // back. ipmi_sim runs everything here on its one thread.
 
-#include <cstdio>
-#include <cstring>
+#include <algorithm>
+#include <cstddef>
 #include <exception>
+#include <iostream>
 #include <memory>
 #include <string>
 #include <utility>
@@ -121,9 +122,10 @@ int RegisterHandlers() {
   return ipmi_emu_register_cmd_handler(kNetFnApplication, kMasterWriteRead, HandleCommand, nullptr);
 }
 
-void SetBytes(unsigned char* field, std::size_t size, const std::string& bytes) {
-  std::memset(field, 0, size);
-  std::memcpy(field, bytes.data(), bytes.size() < size ? bytes.size() : size);
+/// Fills the field of a fixed length: the bytes, then 0x00.
+void SetField(unsigned char* field, std::size_t length, std::string bytes) {
+  bytes.resize(length);
+  std::copy(bytes.begin(), bytes.end(), field);
 }
 
 }  // namespace
@@ -133,7 +135,7 @@ extern "C" {
 
 __attribute__((visibility("default"))) int ipmi_sim_module_print_version(sys_data_t* /*system*/,
                                                                          char* /*options*/) {
-  std::puts("simulated enclosure");
+  std::cout << "simulated enclosure\n";
   return 0;
 }
 
@@ -144,7 +146,7 @@ __attribute__((visibility("default"))) int ipmi_sim_module_init(sys_data_t* syst
     module = std::make_unique<Module>(system, ReadModuleSettings(options));
     return RegisterHandlers();
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "simulated enclosure: %s\n", error.what());
+    std::cerr << "simulated enclosure: " << error.what() << "\n";
     return 1;
   }
 }
@@ -153,8 +155,8 @@ __attribute__((visibility("default"))) int ipmi_sim_module_post_init(sys_data_t*
   using namespace Tavrin::Simulator;
   system->chan_set[kLanChannel]->oem.oem_handle_rsp = HandleResponse;
   user_t& user = system->mc_get_users(system->mc)[kUserNumber];
-  SetBytes(user.username, sizeof user.username, module->settings.userName);
-  SetBytes(user.pw, sizeof user.pw, module->settings.password);
+  SetField(user.username, sizeof user.username, module->settings.userName);
+  SetField(user.pw, sizeof user.pw, module->settings.password);
   return 0;
 }
 

@@ -40,8 +40,9 @@ EnclosureKind ReadKind(const Texts& texts) {
     throw UsageError("--generation is missing; expected 1 or 2");
   }
   if (texts.generation == "1") {
-    if (texts.platform) {
-      Refuse("--platform", *texts.platform, "no platform with --generation 1, which has none");
+    // It reports no platform id; its readers count it as 254.
+    if (texts.platform.value_or("254") != "254") {
+      Refuse("--platform", *texts.platform, "254 or none with --generation 1");
     }
     return EnclosureKind::FirstGeneration;
   }
@@ -115,7 +116,7 @@ std::string ReadScenario(const std::optional<std::string>& path) {
 void Define(CLI::App& app, Texts& texts) {
   app.add_option("--generation", texts.generation, "Generation of the SMM: 1 or 2 (required)");
   app.add_option("--platform", texts.platform,
-                 "Platform id of a second-generation SMM: 253 (default) or 254");
+                 "Platform id: 253 (default) or 254; with --generation 1 only 254");
   app.add_option("--address", texts.address, "Loopback address to listen on (default 127.0.0.1)");
   app.add_option("--port", texts.port, "UDP port to listen on (default 0: a free one)");
   app.add_option("--user", texts.userName, "IPMI user name (default admin)");

@@ -16,7 +16,7 @@ struct LoopbackEndpoint {
   sockaddr_storage storage = {};
   socklen_t length = 0;
 
-  const sockaddr* Address() const;
+  [[nodiscard]] const sockaddr* Address() const;
 };
 
 /// Whether the text is a loopback address in numbers, IPv4 or IPv6.
@@ -35,7 +35,7 @@ class PortReservation {
   /// Reserves the port, or any free one when it is 0. Nothing when it is taken.
   static std::optional<PortReservation> Take(const std::string& address, std::uint16_t port);
 
-  std::uint16_t Port() const { return port_; }
+  [[nodiscard]] std::uint16_t Port() const { return port_; }
 
  private:
   PortReservation(FileDescriptor lock, std::uint16_t port);

@@ -1,6 +1,6 @@
 #include <csignal>
-#include <cstdio>
 #include <exception>
+#include <iostream>
 #include <memory>
 #include <string>
 
@@ -15,7 +15,7 @@ constexpr int kFailed = 1;
 constexpr int kBadUsage = 2;
 
 int Complain(const char* what, int exitCode) {
-  std::fprintf(stderr, "smm-simulator: %s\n", what);
+  std::cerr << "smm-simulator: " << what << "\n";
   return exitCode;
 }
 
@@ -24,7 +24,7 @@ int Complain(const char* what, int exitCode) {
 sigset_t BlockSignals() {
   sigset_t signals;
   sigemptyset(&signals);
-  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD}) {
     sigaddset(&signals, number);
   }
   sigprocmask(SIG_BLOCK, &signals, nullptr);
@@ -34,8 +34,11 @@ sigset_t BlockSignals() {
 int RunUntilStopped(const LauncherOptions& options) {
   const sigset_t signals = BlockSignals();
   const std::unique_ptr<SimulatedEnclosure> enclosure = StartEnclosure(options);
-  std::printf("smm-simulator ready at %s\n", enclosure->Endpoint().c_str());
-  std::fflush(stdout);
+  std::cout << "smm-simulator ready at " << enclosure->Endpoint() << std::endl;
+  if (!std::cout) {
+    return Complain("nobody takes the line with the address; expected an open standard output",
+                    kFailed);
+  }
   for (;;) {
     int received = 0;
     sigwait(&signals, &received);
@@ -52,7 +55,7 @@ int Run(int argc, const char* const* argv) {
   try {
     return RunUntilStopped(ParseLauncherOptions(argc, argv));
   } catch (const HelpWanted& help) {
-    std::fputs(help.what(), stdout);
+    std::cout << help.what();
     return 0;
   } catch (const UsageError& error) {
     return Complain(error.what(), kBadUsage);

@@ -13,7 +13,7 @@ class PrivateDirectory {
   PrivateDirectory(const PrivateDirectory&) = delete;
   PrivateDirectory& operator=(const PrivateDirectory&) = delete;
 
-  const std::string& Path() const { return path_; }
+  [[nodiscard]] const std::string& Path() const { return path_; }
 
   /// Writes a file of mode 0600 into the directory.
   void Write(const std::string& name, const std::string& content) const;

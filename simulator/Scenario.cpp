@@ -1,7 +1,6 @@
 #include "simulator/Scenario.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
@@ -16,6 +15,8 @@ constexpr unsigned int kMaxDelayMilliseconds = 60000;
 constexpr unsigned int kMaxTimes = 1000000;
 /// Longer answers do not fit into what ipmi_sim sends.
 constexpr std::size_t kMaxAnswerLength = 200;
+
+constexpr const char* kByteExpected = R"(a byte as text, "0x00" to "0xFF")";
 
 /// Where in the scenario a value stands, for error sentences.
 struct Place {
@@ -49,7 +50,7 @@ std::uint8_t ReadByte(const Json& value, const Place& place) {
   const bool wellFormed = (text.size() == 3 || text.size() == 4) && text.rfind("0x", 0) == 0 &&
                           std::all_of(text.begin() + 2, text.end(), IsHexDigit);
   if (!wellFormed) {
-    place.Fail(Shown(value), "a byte as text, \"0x00\" to \"0xFF\"");
+    place.Fail(Shown(value), kByteExpected);
   }
   return HexValue(text.substr(2));
 }
@@ -121,7 +122,7 @@ void CheckCommand(const Override& override, const Json& entry, const Place& plac
   if (!served) {
     place.Fail("for netFn " + Shown(entry.value("netFn", Json("0x32"))) + " and command " +
                    Shown(entry.at("command")),
-               "netFn \"0x32\", or netFn \"0x06\" with command \"0x52\"");
+               R"(netFn "0x32", or netFn "0x06" with command "0x52")");
   }
 }
 
@@ -131,7 +132,7 @@ void ReadMatch(const Json& entry, const Place& place, Override& override) {
     override.netFn = ReadByte(entry["netFn"], at("netFn"));
   }
   if (!entry.contains("command")) {
-    at("command").Fail("missing", "a byte as text, \"0x00\" to \"0xFF\"");
+    at("command").Fail("missing", kByteExpected);
   }
   override.command = ReadByte(entry["command"], at("command"));
   CheckCommand(override, entry, place);
@@ -181,12 +182,12 @@ Override ReadOverride(const Json& entry, const Place& place) {
   return override;
 }
 
+/// `position` counts from 1 and may lie one behind the end.
 std::string LineAndColumn(const std::string& text, std::size_t position) {
-  const std::size_t end = std::min(position, text.size());
-  const auto line = std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end), '\n');
-  const std::size_t lineStart = text.rfind('\n', end == 0 ? 0 : end - 1);
-  const std::size_t column = lineStart == std::string::npos || end == 0 ? end : end - lineStart - 1;
-  return "line " + std::to_string(line + 1) + ", column " + std::to_string(column);
+  const std::string before = text.substr(0, position - 1);
+  const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+  const std::size_t column = before.size() - (before.rfind('\n') + 1) + 1;
+  return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
 /// Refuses a key that an object holds twice; of two values the parser would keep the last silently.

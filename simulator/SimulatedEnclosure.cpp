@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <sstream>
+#include <thread>
 #include <utility>
 
 #include "simulator/ModuleSettings.h"
@@ -24,6 +26,7 @@ constexpr const char* kOutputName = "ipmi_sim.log";
 constexpr const char* kStateName = "state";
 constexpr std::chrono::seconds kStartPatience{10};
 constexpr int kPingMilliseconds = 100;
+constexpr std::chrono::milliseconds kPingPause{10};
 constexpr int kPortAttempts = 20;
 
 std::string FindIpmiSim() {
@@ -57,7 +60,8 @@ std::string LanConfiguration(const std::string& address, std::uint16_t port) {
   std::ostringstream text;
   text << "name \"enclosure\"\n"
        << "set_working_mc 0x20\n"
-       << "loadlib \"./" << kModuleName << "\" \"" << kSettingsName << "\"\n"
+       << "loadlib " << std::quoted(std::string("./") + kModuleName) << " "
+       << std::quoted(kSettingsName) << "\n"
        << "startlan " << kLanChannel << "\n"
        << "addr " << address << " " << port << "\n"
        << "priv_limit admin\n"
@@ -67,7 +71,7 @@ std::string LanConfiguration(const std::string& address, std::uint16_t port) {
        << "allowed_auths_admin md5\n"
        << "guid 51a0e1c05e000000000000000000f00d\n"
        << "endlan\n"
-       << "user " << kUserNumber << " true \"unset\" \"unset\" admin " << kMaxSessions << "\n";
+       << "user " << kUserNumber << R"( true "unset" "unset" admin )" << kMaxSessions << "\n";
   return text.str();
 }
 
@@ -84,8 +88,8 @@ class PortTaken : public StartError {
 
 }  // namespace
 
-SimulatedEnclosure::SimulatedEnclosure(const LauncherOptions& options, PortReservation port)
-    : options_(options), port_(std::move(port)) {
+SimulatedEnclosure::SimulatedEnclosure(LauncherOptions options, PortReservation port)
+    : options_(std::move(options)), port_(std::move(port)) {
   const std::string program = FindIpmiSim();
   WriteFiles();
   process_ = std::make_unique<ChildProcess>(
@@ -116,6 +120,8 @@ void SimulatedEnclosure::WaitUntilItAnswers() {
     if (std::chrono::steady_clock::now() > giveUp) {
       throw StartError("ipmi_sim did not answer at " + Endpoint() + " within 10 seconds");
     }
+    // A closed port is reported at once, not after the ping's time.
+    std::this_thread::sleep_for(kPingPause);
   }
 }
 
@@ -128,7 +134,8 @@ std::optional<std::string> SimulatedEnclosure::Ended() {
   if (!how) {
     return std::nullopt;
   }
-  return "ipmi_sim ended " + *how + "; its last line was \"" + LastOutputLine() + "\"";
+  const std::string line = LastOutputLine();
+  return "ipmi_sim ended " + *how + (line.empty() ? "" : "; its last line was \"" + line + "\"");
 }
 
 std::string SimulatedEnclosure::LastOutputLine() const {

@@ -23,10 +23,10 @@ class SimulatedEnclosure {
  public:
   /// Starts it and waits until it answers. Throws StartError, or PortTaken when another program
   /// took the port meanwhile.
-  SimulatedEnclosure(const LauncherOptions& options, PortReservation port);
+  SimulatedEnclosure(LauncherOptions options, PortReservation port);
 
   /// Where it listens, as a user writes it.
-  std::string Endpoint() const;
+  [[nodiscard]] std::string Endpoint() const;
 
   /// Why it ended, in words, or nothing while it runs.
   std::optional<std::string> Ended();
@@ -34,7 +34,7 @@ class SimulatedEnclosure {
  private:
   void WriteFiles() const;
   void WaitUntilItAnswers();
-  std::string LastOutputLine() const;
+  [[nodiscard]] std::string LastOutputLine() const;
 
   LauncherOptions options_;
   PortReservation port_;

@@ -128,7 +128,7 @@ TEST_F(SMMInfoTest, OverrideOutOfRangeIsReportedAndTheGenerationDetected) {
   EXPECT_EQ(type_, SMM_SECOND_GENERATION);
   ASSERT_THAT(capture.lines, SizeIs(1));
   EXPECT_EQ(capture.lines[0].text,
-            "SMM_TYPE is 2; expected 0 (first generation), 1 (second) or -1 (detect); it is "
+            "SMM_TYPE is \"2\"; expected 0 (first generation), 1 (second) or -1 (detect); it is "
             "detected");
 }
 
