@@ -136,8 +136,9 @@ TEST_F(EnclosureTest, ShortAnswerThatThrowsIsToldInWords) {
   Enclosure enclosure(info_, progress_);
   const Identity identity = enclosure.ReadIdentity();
   EXPECT_EQ(identity.machineType.status, kExceptionStatus);
-  EXPECT_EQ(identity.machineType.cause,
-            "the answer was shorter than the bytes that lead it, or memory ran out");
+  EXPECT_EQ(
+      identity.machineType.cause,
+      "the answer was shorter than the bytes that lead it, as a refusal is, or memory ran out");
   EXPECT_EQ(identity.serialNumber.status, StatusCode::Success);
 }
 

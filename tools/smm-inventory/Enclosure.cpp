@@ -62,7 +62,8 @@ QueryResult<Value> Enclosure::Ask(Query query) {
     result.cause = progress_.Cause();
   } catch (const std::bad_alloc&) {
     result.status = kExceptionStatus;
-    result.cause = "the answer was shorter than the bytes that lead it, or memory ran out";
+    result.cause =
+        "the answer was shorter than the bytes that lead it, as a refusal is, or memory ran out";
   } catch (const std::exception& exception) {
     result.status = kExceptionStatus;
     result.cause = Standalone::EscapeControlBytes(exception.what());
