@@ -64,8 +64,8 @@ class InventoryTest : public PlatformTest {
   InventoryTest() : inventory(Construct()) { platform.ForgetWhatHappened(); }
 
   /// Plays an answer of every length that the rows speak of, which is the beginning of `answer`,
-  /// with completion codes 0, 0xC1 and 0xFF. `run` hands it to the operation and tells the outcome;
-  /// the outcome's status is kRaisesBadAlloc when the operation raises that.
+  /// with completion codes 0, 0xC1 and 0xFF. `run` hands one to the operation and returns its
+  /// status.
   void ExpectOutcomes(const std::vector<LengthRow>& rows, const Bytes& answer,
                       const std::function<int(const Bytes&, std::uint8_t)>& run,
                       const std::function<std::string()>& describeOutput);

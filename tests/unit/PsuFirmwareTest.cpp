@@ -301,6 +301,14 @@ TEST_F(PsuRegisters, UnknownSmmTypeWarnsOfEachGoodManufacturerAndReturnsTheLastS
   EXPECT_EQ(Output(), kAsPassed);
 }
 
+TEST_F(PsuRegisters, AnySmmTypeBut0And1StoresNoManufacturer) {
+  for (const int smmType : {-1, 2, 7}) {
+    inventory.smmType = static_cast<SMMIype>(smmType);
+    EXPECT_EQ(Get(kManufacturer, {0x04, 'A', 'B', 'C', 'D'}), NoUsableResult) << smmType;
+    EXPECT_EQ(Output(), kAsPassed) << smmType;
+  }
+}
+
 TEST_F(PsuRegisters, FailedExchangeIsLoggedForVersionAndManufacturerAlone) {
   const std::vector<Line> connectLine = {{1, "connect failed with error:5"}};
   const std::vector<Line> sendLine = {{1, "Failed to send IPMI command with returns 2"}};
@@ -458,33 +466,41 @@ TEST_F(PsuFirmware, WithoutSlotsReturns4AndAppendsNothing) {
   EXPECT_THAT(platform.lines, IsEmpty());
 }
 
-TEST_F(PsuFirmware, AnySlotThatLacksOneTextIsSkipped) {
-  inventory.smmType = SMM_SECOND_GENERATION;
-  const std::vector<Bytes> good = {goodVersion, goodManufacturer, goodPosition};
-  for (std::size_t index = 0; index < good.size(); ++index) {
-    for (const std::uint8_t completionCode : Bytes{0xC1, 0xFF}) {
-      Bytes completionCodes = {0, 0, 0};
-      completionCodes[index] = completionCode;
-      EXPECT_EQ(GetOne(good, completionCodes), Success);
-      EXPECT_EQ(Inventory(), kHeldBefore);
-      EXPECT_EQ(platform.lines.back(), (Line{4, "PSU slot 1 has no PSU module."}));
-    }
-    for (std::size_t length = 0; length < good[index].size(); ++length) {
-      std::vector<Bytes> answers = good;
-      answers[index].resize(length);
-      EXPECT_EQ(GetOne(answers, {0, 0, 0}), Success);
-      EXPECT_EQ(Inventory(), kHeldBefore);
-      EXPECT_EQ(platform.lines.back(), (Line{4, "PSU slot 1 has no PSU module."}));
-    }
+TEST_F(PsuFirmware, EveryLengthAndCompletionCodeOfEachRegisterHasItsOutcome) {
+  Bytes longPosition = goodPosition;
+  longPosition.resize(34, 0x22);
+  const std::vector<Bytes> longest = {
+      {0x0A, 0x01, 0x22, 0x33}, {'A', 'B', 'C', 'D', 'E', 'F', 'G'}, longPosition};
+  const Double::Outcome skipped = {Success, kHeldBefore};
+  const Double::Outcome firstGeneration = {
+      Success, std::string(kHeldBefore) + "PSU1|PSUBCDEa.01|1.0a|1|Power Supply 1;"};
+  const Double::Outcome secondGeneration = {
+      Success, std::string(kHeldBefore) + "PSU1|PSUABCDa.01|1.0a|1|Power Supply 1;"};
+  for (std::size_t index = 0; index < longest.size(); ++index) {
+    const std::size_t minimum = std::vector<std::size_t>{2, 5, 2}[index];
+    ExpectOutcomes(
+        {{0, 0, minimum - 1, skipped, skipped},
+         {0, minimum, longest[index].size(), firstGeneration, skipped},
+         {1, 0, minimum - 1, skipped, skipped},
+         {1, minimum, longest[index].size(), secondGeneration, skipped}},
+        longest[index],
+        [&](const Bytes& part, std::uint8_t code) {
+          std::vector<Bytes> answers = {goodVersion, goodManufacturer, goodPosition};
+          Bytes completionCodes = {0, 0, 0};
+          answers[index] = part;
+          completionCodes[index] = code;
+          return GetOne(answers, completionCodes);
+        },
+        [this] { return Inventory(); });
   }
 }
 
-TEST_F(PsuFirmware, LongerAnswersChangeNothing) {
-  inventory.smmType = SMM_SECOND_GENERATION;
-  EXPECT_EQ(GetOne({{0x0A, 0x01, 0x22, 0x33}, {'A', 'B', 'C', 'D', 'E', 'F', 'G'}, Bytes(34, 0x0A)},
-                   {0, 0, 0}),
-            Success);
-  EXPECT_EQ(Inventory(), std::string(kHeldBefore) + "PSU1|PSUABCDa.0a|1.0a|1|Power Supply 1;");
+TEST_F(PsuFirmware, AnySlotThatLacksOneTextIsLoggedAsEmpty) {
+  for (const Bytes& completionCodes :
+       std::vector<Bytes>{{0xC1, 0, 0}, {0, 0xC1, 0}, {0, 0, 0xC1}}) {
+    EXPECT_EQ(GetOne({goodVersion, goodManufacturer, goodPosition}, completionCodes), Success);
+    EXPECT_EQ(platform.lines.back(), (Line{4, "PSU slot 1 has no PSU module."}));
+  }
 }
 
 TEST_F(PsuFirmware, RecordsAndMissingModulesAreLoggedBehindTheReads) {

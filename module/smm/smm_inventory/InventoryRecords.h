@@ -6,13 +6,13 @@
 namespace Tavrin {
 
 // The records that the queries of SMMInventory fill. Byte positions count from 0 at the first byte
-// after the completion code and, unless a comment says otherwise, after the bytes were removed that a
-// second-generation SMM puts in front. Readings are unsigned and, where they have two bytes,
-// little-endian (low byte first); their texts are plain decimal, without scaling, and the SMM states
-// no unit for any of them.
+// after the completion code and, unless a comment says otherwise, after the bytes were removed that
+// a second-generation SMM puts in front. Readings are unsigned and, where they have two bytes,
+// little-endian (low byte first); their texts are plain decimal, without scaling, and the SMM
+// states no unit for any of them.
 
-/// What the SMM reports about the enclosure it controls: network function 0x32, command 0xA8. No byte
-/// is removed from this answer.
+/// What the SMM reports about the enclosure it controls: network function 0x32, command 0xA8. No
+/// byte is removed from this answer.
 struct SMMStatus {
   /// 253 (0xFD) when byte 0 of the answer is 0xFD, 254 (0xFE) for every other value of it.
   std::int32_t platformId = 0;
@@ -22,16 +22,17 @@ struct SMMStatus {
   std::int32_t psuSlotCount = 0;
 };
 
-/// Power readings of the chassis or of one node: network function 0x32, command 0x98. For the chassis
-/// each text is a number from "0" to "65535"; for a node the readings 0 and 65535 are "N/A".
+/// Power readings of the chassis or of one node: network function 0x32, command 0x98. For the
+/// chassis each text is a number from "0" to "65535"; for a node the readings 0 and 65535 are
+/// "N/A".
 struct ChassisPowerCon {
   std::string minPower;  ///< Lowest reading, bytes 0 and 1.
   std::string avgPower;  ///< Average reading, bytes 2 and 3.
   std::string maxPower;  ///< Highest reading, bytes 4 and 5.
 };
 
-/// Power caps of the chassis: network function 0x32, command 0x9D. Each text is a number from "1" to
-/// "65535", or "N/A" for 0.
+/// Power caps of the chassis: network function 0x32, command 0x9D. Each text is a number from "1"
+/// to "65535", or "N/A" for 0.
 struct ChassisPowerCap {
   std::string minCap;         ///< Lower bound of the cap range, bytes 0 and 1.
   std::string maxCap;         ///< Upper bound of the cap range, bytes 2 and 3.
@@ -40,8 +41,8 @@ struct ChassisPowerCap {
   std::string thermalCap;     ///< Thermal cap, bytes 8 and 9.
 };
 
-/// Fan readings of one PSU: network function 0x32, command 0xA5, data: the slot. A speed is a number
-/// from "1" to "65535" and a Pat value one from "1" to "255"; either is "N/A" for 0.
+/// Fan readings of one PSU: network function 0x32, command 0xA5, data: the slot. A speed is a
+/// number from "1" to "65535" and a Pat value one from "1" to "255"; either is "N/A" for 0.
 struct PSUFanSpeed {
   std::string name;    ///< "PSU" and the slot number, for example "PSU2".
   std::string speedA;  ///< Speed of fan A, the only fan of the first generation, bytes 0 and 1.
@@ -67,8 +68,8 @@ struct PSUFwInfo {
   /// byte 1 in lower-case hexadecimal with two digits.
   std::string identifier;
 
-  /// Firmware version, register 0xFC: byte 1 in lower-case hexadecimal, ".", and byte 0 in lower-case
-  /// hexadecimal with two digits, for example "1.0a".
+  /// Firmware version, register 0xFC: byte 1 in lower-case hexadecimal, ".", and byte 0 in
+  /// lower-case hexadecimal with two digits, for example "1.0a".
   std::string version;
 
   std::string slot;         ///< The slot number in decimal, counted from 1.
