@@ -11,9 +11,8 @@ namespace {
 
 constexpr std::size_t kStatusLength = 16;
 constexpr std::size_t kEnclosureTypePosition = 13;
-constexpr std::size_t kMachineTypeLength = 8;
-constexpr std::size_t kSerialNumberLength = 16;
-constexpr std::size_t kNameLength = 24;
+constexpr const char* kBlanks = "  ";
+constexpr std::size_t kSerialNumberLength = kMaxSerialNumber + 4;
 
 constexpr std::uint8_t kIdentityGroup = 0x05;
 constexpr std::uint8_t kMachineTypeItem = 0x00;
@@ -151,14 +150,14 @@ Answer EncodeIdentity(const Enclosure& enclosure, const Bytes& requestData) {
   Bytes text;
   switch (requestData[1]) {
     case kMachineTypeItem:
-      text = ZeroPadded(enclosure.machineType, kMachineTypeLength);
+      text = ZeroPadded(enclosure.machineType, kMaxMachineType);
       break;
     case kSerialNumberItem:
       // Stored as a field of blanks with the number in it, as inventory storage often is.
-      text = ZeroPadded("  " + enclosure.serialNumber + "  ", kSerialNumberLength);
+      text = ZeroPadded(kBlanks + enclosure.serialNumber + kBlanks, kSerialNumberLength);
       break;
     case kNameItem:
-      text = ZeroPadded(enclosure.name, kNameLength);
+      text = ZeroPadded(enclosure.name, kMaxName);
       break;
     default:
       return Refusal(CompletionCode::kParameterOutOfRange);

@@ -15,11 +15,10 @@ bool Matches(const Override& override, const Request& request) {
 
 }  // namespace
 
-Controller::Controller(Enclosure enclosure, Scenario scenario)
-    : enclosure_(std::move(enclosure)), scenario_(std::move(scenario)) {}
+Controller::Controller(Scenario scenario) : scenario_(std::move(scenario)) {}
 
 Reply Controller::Handle(const Request& request) {
-  for (Override& override : scenario_) {
+  for (Override& override : scenario_.overrides) {
     if (!Matches(override, request)) {
       continue;
     }
@@ -37,10 +36,10 @@ Reply Controller::Handle(const Request& request) {
 
 /// The PSU selection is the only command that changes the enclosure.
 Answer Controller::AnswerItself(const Request& request) {
-  Answer answer = EncodeAnswer(enclosure_, request);
+  Answer answer = EncodeAnswer(scenario_.enclosure, request);
   if (request.netFn == kNetFnOem && request.command == kSelectPsu &&
       answer.completionCode == CompletionCode::kNormal) {
-    enclosure_.selectedPsu = answer.data.front();
+    scenario_.enclosure.selectedPsu = answer.data.front();
   }
   return answer;
 }

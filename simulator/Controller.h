@@ -2,7 +2,6 @@
 
 #include <chrono>
 
-#include "simulator/Enclosure.h"
 #include "simulator/Message.h"
 #include "simulator/Scenario.h"
 
@@ -18,7 +17,7 @@ struct Reply {
 /// The simulated management controller: an enclosure, and a scenario that may override its answers.
 class Controller {
  public:
-  Controller(Enclosure enclosure, Scenario scenario);
+  explicit Controller(Scenario scenario);
 
   /// Answers one request. The first override that matches and is not used up decides.
   Reply Handle(const Request& request);
@@ -26,7 +25,6 @@ class Controller {
  private:
   Answer AnswerItself(const Request& request);
 
-  Enclosure enclosure_;
   Scenario scenario_;
 };
 

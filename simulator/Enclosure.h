@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -81,6 +82,12 @@ struct Psu {
   bool throttle = false;
 };
 
+/// What fits into the answers.
+constexpr std::size_t kMaxMachineType = 8;
+constexpr std::size_t kMaxSerialNumber = 12;
+constexpr std::size_t kMaxName = 24;
+constexpr std::size_t kMaxBuildName = 6;  ///< See EncodeStatus.
+
 /// What one simulated enclosure is and measures. Every answer is encoded from this record. All
 /// texts and numbers are invented; within an answer no two bytes of the readings are alike.
 struct Enclosure {
@@ -90,8 +97,8 @@ struct Enclosure {
   std::uint8_t majorRevision = 0;
   std::uint8_t minorRevision = 0;
   std::array<std::uint8_t, 3> revisionTail{};  ///< Follows the revision; no reader uses it.
-  std::string buildName;                       ///< At most 6 characters, see EncodeStatus.
-  std::string machineType;                     ///< Four letters or digits.
+  std::string buildName;
+  std::string machineType;  ///< Four letters or digits.
   std::string serialNumber;
   std::string name;
   PowerReadings power;  ///< At the inlet: what the nodes and everything around them take.

@@ -10,8 +10,8 @@ const Request kSerialNumber = {0x32, 0xB0, {0x05, 0x01}};
 const Bytes kOwnMachineType = {'1', 'Q', 'A', '4', 0, 0, 0, 0};
 
 Controller WithScenario(const std::string& overrides) {
-  return {MakeEnclosure(EnclosureKind::FirstGeneration),
-          ParseScenario(R"({"overrides": [)" + overrides + "]}", "test")};
+  return Controller(ParseScenario(R"({"overrides": [)" + overrides + "]}", "test",
+                                  MakeEnclosure(EnclosureKind::FirstGeneration)));
 }
 
 TEST(ScenarioOfAController, WithoutOverridesTheEnclosureAnswers) {

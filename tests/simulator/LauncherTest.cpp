@@ -38,7 +38,7 @@ TEST(Launcher, KeepsItsFilesToItsUser) {
   EXPECT_EQ(directory.status().permissions(), fs::perms::owner_all);
   const fs::perms onlyOwner = fs::perms::owner_read | fs::perms::owner_write;
   EXPECT_EQ(fs::status(directory.path() / "lan.conf").permissions(), onlyOwner);
-  EXPECT_EQ(fs::status(directory.path() / "settings.json").permissions(), onlyOwner);
+  EXPECT_EQ(fs::status(directory.path() / "settings").permissions(), onlyOwner);
 }
 
 class EndingSignal : public testing::TestWithParam<int> {};
