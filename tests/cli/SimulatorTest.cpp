@@ -1,5 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <list>
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/Schema.h"
@@ -14,13 +18,17 @@ using testing::HasSubstr;
 using testing::Not;
 using Texts = std::vector<std::string>;
 
-Finished Read(const SimulatedSmm& simulator, const std::string& password = "sesame",
-              const Texts& options = {}) {
+Texts Arguments(const SimulatedSmm& simulator, const Texts& options) {
   Texts arguments = {
       "-H", simulator.Address(), "-U", "admin", "-W", "open-session-privilege", "--password-file",
       "-"};
   arguments.insert(arguments.end(), options.begin(), options.end());
-  return RunTool(arguments, {}, password + "\n");
+  return arguments;
+}
+
+Finished Read(const SimulatedSmm& simulator, const std::string& password = "sesame",
+              const Texts& options = {}) {
+  return RunTool(Arguments(simulator, options), {}, password + "\n");
 }
 
 /// The document that a run with --json printed, after it was found to keep to the schema.
@@ -122,6 +130,47 @@ TEST_P(ToolOnEveryKind, DocumentHoldsTheWholeEnclosure) {
             GetParam().secondFanOfSlot2);
 }
 
+/// A run with --json on an enclosure of its own; many can go on at once.
+class DocumentRun {
+ public:
+  DocumentRun(const Texts& options, const std::filesystem::path& scenario)
+      : name_(scenario.stem().string()),
+        simulator_(options, ContentOf(scenario)),
+        tool_(Call(simulator_), {}, "sesame\n") {}
+
+  const std::string& Name() const { return name_; }
+  Finished Wait() { return tool_.Wait(); }
+
+ private:
+  static std::string ContentOf(const std::filesystem::path& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  static Texts Call(const SimulatedSmm& simulator) {
+    Texts arguments = Arguments(simulator, {"--json"});
+    arguments.insert(arguments.begin(), SMM_INVENTORY);
+    return arguments;
+  }
+
+  std::string name_;
+  SimulatedSmm simulator_;
+  Child tool_;
+};
+
+TEST_P(ToolOnEveryKind, EveryReadyScenarioGivesADocumentOfTheSchema) {
+  std::list<DocumentRun> runs;
+  for (const auto& entry : std::filesystem::directory_iterator(SMM_SCENARIOS)) {
+    runs.emplace_back(GetParam().options, entry.path());
+  }
+  EXPECT_FALSE(runs.empty());
+  for (DocumentRun& run : runs) {
+    SCOPED_TRACE(run.Name());
+    const Finished finished = run.Wait();
+    EXPECT_EQ(finished.exitCode, 0) << finished.error;
+    EXPECT_EQ(DocumentOf(finished).at("queries").size(), 15U);
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Kinds, ToolOnEveryKind,
     testing::Values(
@@ -160,6 +209,16 @@ TEST(ToolOnSimulator, OddAnswersOfManyQueriesKeepTheDocumentWhole) {
   EXPECT_EQ(bytes.at(3), 0xFF);
   EXPECT_EQ(bytes.at(6), 0x80);
   EXPECT_EQ(firmware.at(1).at("fields").at("version").at("value"), nullptr);
+}
+
+TEST(ToolOnSimulator, MissingPsuIsShownInItsPlace) {
+  const SimulatedSmm simulator({"--generation", "1"},
+                               R"({"enclosure": {"psus": {"2": {"present": false}}}})");
+  const Finished finished = Read(simulator, "sesame", {"psus"});
+  EXPECT_EQ(finished.exitCode, 0) << finished.error;
+  EXPECT_THAT(finished.output, HasSubstr("\n  2     not read  not read     not read  not read\n"));
+  EXPECT_THAT(finished.output,
+              HasSubstr("\n  2     not trigger  not trigger  not present  not power good\n"));
 }
 
 TEST(ToolOnSimulator, SelectionTellsWhatWasSentAndAcknowledged) {
