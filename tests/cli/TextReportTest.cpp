@@ -126,6 +126,12 @@ TEST(TextReport, SlotsWithoutARecordAreShownInTheirPlace) {
   EXPECT_THAT(text, HasSubstr("\n  3     not read"));
 }
 
+TEST(TextReport, CountedSlotsAreShownAlsoWithoutAnyRecord) {
+  const std::string text = Printed(DescribePsuFans(Refused<std::vector<PSUFanSpeed>>(), 2));
+  EXPECT_THAT(text, HasSubstr("\n  1     not read"));
+  EXPECT_THAT(text, HasSubstr("\n  2     not read"));
+}
+
 TEST(TextReport, RecordsAreShownAlsoWhereTheSlotsWereNotCounted) {
   EXPECT_THAT(Printed(DescribePsuFans(Refused(FansOfBothGenerations()), 0)),
               HasSubstr("\n  2     PSU2"));
