@@ -56,7 +56,7 @@ TEST_P(EndingSignal, LeavesNoProcessAndNoFile) {
   EXPECT_TRUE(EndsSoon(children[0]));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, EndingSignal, testing::Values(SIGINT, SIGTERM, SIGHUP),
+INSTANTIATE_TEST_SUITE_P(All, EndingSignal, testing::Values(SIGINT, SIGTERM, SIGHUP, SIGQUIT),
                          [](const auto& instance) {
                            return "Signal" + std::to_string(instance.param);
                          });
@@ -128,6 +128,21 @@ TEST(Launcher, BadOptionGivesOneLineAndExitCode2) {
   EXPECT_EQ(finished.exitCode, 2);
   EXPECT_EQ(finished.error, "smm-simulator: --generation is \"3\"; expected 1 or 2\n");
   EXPECT_EQ(launcher.FilesLeft(), 0U);
+}
+
+TEST(Launcher, ComplaintCannotDriveTheTerminal) {
+  LauncherProcess launcher({"--generation", "\x1b[2J\n\x7f\xc2\x9b\\"});
+  EXPECT_EQ(launcher.Wait().error,
+            "smm-simulator: --generation is \"\\x1b[2J\\x0a\\x7f\\xc2\\x9b\\\"; expected 1 or 2\n");
+}
+
+TEST(Launcher, UnreadableScenarioGivesOneLineAndExitCode2) {
+  LauncherProcess launcher({"--generation", "1", "--scenario", "/proc/self/mem"});
+  const Finished finished = launcher.Wait();
+  EXPECT_EQ(finished.exitCode, 2);
+  EXPECT_EQ(finished.error,
+            "smm-simulator: --scenario is \"/proc/self/mem\"; expected a readable file "
+            "(Input/output error)\n");
 }
 
 TEST(Launcher, BadScenarioGivesOneLineAndExitCode2BeforeAnythingStarts) {
