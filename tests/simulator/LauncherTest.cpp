@@ -7,7 +7,7 @@
 
 #include "simulator/LoopbackPort.h"
 #include "tests/simulator/LauncherProcess.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -34,7 +34,7 @@ TEST(Launcher, KeepsItsFilesToItsUser) {
   const LauncherProcess launcher({"--generation", "1"});
   launcher.ReadLine();
   ASSERT_EQ(launcher.FilesLeft(), 1U);
-  const fs::directory_entry directory = *fs::directory_iterator(launcher.TemporaryDirectory());
+  const fs::directory_entry directory = *fs::directory_iterator(launcher.Directory());
   EXPECT_EQ(directory.status().permissions(), fs::perms::owner_all);
   const fs::perms onlyOwner = fs::perms::owner_read | fs::perms::owner_write;
   EXPECT_EQ(fs::status(directory.path() / "lan.conf").permissions(), onlyOwner);
@@ -95,7 +95,7 @@ TEST(Launcher, DeathOfTheChildIsToldAndFails) {
 
 TEST(Launcher, PortOfAnotherSimulatorIsRefused) {
   const LauncherProcess first({"--generation", "1"});
-  const std::string address = first.ReadAddress();
+  const std::string address = ReadReadyAddress(first);
   const std::string port = address.substr(address.find(':') + 1);
   LauncherProcess second({"--generation", "1", "--port", port});
   const Finished finished = second.Wait();

@@ -10,7 +10,7 @@
 #include "simulator/AnswerEncoders.h"
 #include "tests/simulator/LauncherProcess.h"
 #include "tests/simulator/RawSession.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -61,7 +61,7 @@ class OverTheWire : public testing::TestWithParam<KindCase> {};
 
 TEST_P(OverTheWire, EveryAnswerArrivesWhole) {
   const LauncherProcess launcher(GetParam().arguments);
-  RawSession session(launcher.ReadAddress(), "admin", "simulated");
+  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
   for (const Request& request : EveryRequest()) {
     EXPECT_EQ(session.Send(request.netFn, request.command, request.data),
               Expected(GetParam().kind, request))
@@ -71,7 +71,7 @@ TEST_P(OverTheWire, EveryAnswerArrivesWhole) {
 
 TEST(PsuSelectionOverTheWire, StaysFromSessionToSession) {
   const LauncherProcess launcher({"--generation", "1"});
-  const std::string address = launcher.ReadAddress();
+  const std::string address = ReadReadyAddress(launcher);
   EXPECT_EQ(RawSession(address, "admin", "simulated").Send(0x32, 0xF4, {0x00, 0x02}),
             (Bytes{0x00, 0x02}));
   EXPECT_EQ(RawSession(address, "admin", "simulated").Send(0x32, 0xF4, {0x00}),
@@ -94,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(UnknownCommand, GetsInvalidCommandAcrossTheWholeOemFunction) {
   const LauncherProcess launcher({"--generation", "1"});
-  RawSession session(launcher.ReadAddress(), "admin", "simulated");
+  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
   EXPECT_EQ(session.Send(0x32, 0x00), Bytes{0xC1});
   EXPECT_EQ(session.Send(0x32, 0xFF, {0x01, 0x02}), Bytes{0xC1});
 }
@@ -107,20 +107,20 @@ TEST(Credentials, LongestNameAndPasswordOfAnyBytesAreAccepted) {
   const TemporaryFile file(password + "\n");
   const LauncherProcess launcher(
       {"--generation", "1", "--user", user, "--password-file", file.Path()});
-  RawSession session(launcher.ReadAddress(), user, password);
+  RawSession session(ReadReadyAddress(launcher), user, password);
   EXPECT_EQ(session.Send(0x32, 0x01), Bytes{0xC1});
 }
 
 TEST(Credentials, WrongOnesAreRefused) {
   const LauncherProcess launcher({"--generation", "1"});
-  const std::string address = launcher.ReadAddress();
+  const std::string address = ReadReadyAddress(launcher);
   EXPECT_THROW(RawSession(address, "admin", "simulate"), std::runtime_error);
   EXPECT_THROW(RawSession(address, "unset", "unset"), std::runtime_error);
 }
 
 TEST(Sessions, OneUserCanHold63AtOnce) {
   const LauncherProcess launcher({"--generation", "1"});
-  const std::string address = launcher.ReadAddress();
+  const std::string address = ReadReadyAddress(launcher);
   std::vector<std::unique_ptr<RawSession>> sessions;
   for (int count = 0; count < 63; ++count) {
     sessions.push_back(std::make_unique<RawSession>(address, "admin", "simulated"));
@@ -135,7 +135,7 @@ class Faulty {
   explicit Faulty(const std::string& entries)
       : file_(R"({"overrides": [)" + entries + "]}"),
         launcher_({"--generation", "1", "--scenario", file_.Path()}),
-        address_(launcher_.ReadAddress()) {}
+        address_(ReadReadyAddress(launcher_)) {}
 
   RawSession Connect() const { return {address_, "admin", "simulated"}; }
 
@@ -148,7 +148,7 @@ class Faulty {
 TEST(ScenarioOverTheWire, ChangedEnclosureAnswersChanged) {
   const TemporaryFile file(R"({"enclosure": {"nodes": {"1": {"powerState": "off"}}}})");
   const LauncherProcess launcher({"--generation", "1", "--scenario", file.Path()});
-  RawSession session(launcher.ReadAddress(), "admin", "simulated");
+  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
   EXPECT_EQ(session.Send(0x32, 0xA7, {0x01}), (Bytes{0x00, 0x00, 0x01, 0x02, 0x11}));
 }
 
