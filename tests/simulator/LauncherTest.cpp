@@ -7,6 +7,7 @@
 
 #include "simulator/LoopbackPort.h"
 #include "tests/simulator/LauncherProcess.h"
+#include "tests/support/Ipv6Test.h"
 #include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin::Simulator {
@@ -23,7 +24,9 @@ TEST(Launcher, PrintsItsAddressInOneLineWhenReady) {
   EXPECT_EQ(launcher.ReadLine(), "");
 }
 
-TEST(Launcher, Ipv6AddressStandsInBrackets) {
+using LauncherOnIpv6 = Ipv6Test<>;
+
+TEST_F(LauncherOnIpv6, AddressStandsInBrackets) {
   const LauncherProcess launcher({"--generation", "1", "--address", "::1"});
   const std::string line = launcher.ReadLine();
   EXPECT_TRUE(std::regex_match(line, std::regex(R"(smm-simulator ready at \[::1\]:[0-9]+)")))
