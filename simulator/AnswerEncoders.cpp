@@ -313,14 +313,14 @@ Answer EncodeAnswer(const Enclosure& enclosure, const Request& request) {
     Answer (*encode)(const Enclosure&, const Bytes&);
   };
   static constexpr std::array<Entry, 10> kEntries = {{
-      {kNetFnOem, 0xA8, EncodeStatus},
-      {kNetFnOem, 0xB0, EncodeIdentity},
-      {kNetFnOem, 0x98, EncodePower},
-      {kNetFnOem, 0x9D, EncodeCaps},
-      {kNetFnOem, 0xA7, EncodeNodeStatus},
-      {kNetFnOem, 0xA5, EncodePsuFans},
-      {kNetFnOem, 0x91, EncodePsuFlags},
-      {kNetFnOem, 0x92, EncodePsuRegister},
+      {kNetFnOem, kGetStatus, EncodeStatus},
+      {kNetFnOem, kGetIdentity, EncodeIdentity},
+      {kNetFnOem, kGetPower, EncodePower},
+      {kNetFnOem, kGetCaps, EncodeCaps},
+      {kNetFnOem, kGetNodeStatus, EncodeNodeStatus},
+      {kNetFnOem, kGetPsuFans, EncodePsuFans},
+      {kNetFnOem, kGetPsuFlags, EncodePsuFlags},
+      {kNetFnOem, kReadPsuRegister, EncodePsuRegister},
       {kNetFnOem, kSelectPsu, EncodePsuSelection},
       {kNetFnApplication, kMasterWriteRead, EncodeMasterWriteRead},
   }};
