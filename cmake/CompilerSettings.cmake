@@ -1,10 +1,14 @@
-# What every target of this project is compiled with: link it as `poveixme_settings`.
-add_library(poveixme_settings INTERFACE)
-target_compile_options(poveixme_settings INTERFACE
+# For what an unsanitized program of somebody else's loads; every other target takes the next one.
+add_library(poveixme_warnings INTERFACE)
+target_compile_options(poveixme_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
   # Paths in messages and debug information start at the repository's root.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
-target_include_directories(poveixme_settings INTERFACE ${PROJECT_SOURCE_DIR})
+target_include_directories(poveixme_warnings INTERFACE ${PROJECT_SOURCE_DIR})
+
+# What every target of this project is compiled with: link it as `poveixme_settings`.
+add_library(poveixme_settings INTERFACE)
+target_link_libraries(poveixme_settings INTERFACE poveixme_warnings)
 
 if(POVEIXME_SANITIZE)
   target_compile_options(poveixme_settings INTERFACE

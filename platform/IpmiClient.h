@@ -24,17 +24,19 @@ class IpmiClient {
              const std::string& port, unsigned long cipherSuite);
   ~IpmiClient();
 
-  /// Opens the connection. Returns 0 when connected, 3 for a failure that may pass when tried
-  /// again, and any other value for one that will not.
+  /// Opens the connection, after closing one that is open. Returns 0 when connected, 3 for a
+  /// failure that may pass when tried again, and any other value for one that will not. Blocks
+  /// until the controller answered or stayed silent for as long as the implementation waits.
   int connect();
 
   /// Sends one request over the open connection. Fills `response` with the data bytes of the answer
   /// (the completion code is not among them) and `completionCode` with the code. Returns 0 when an
-  /// answer came.
+  /// answer came; otherwise `response` is empty and `completionCode` 0xFF. Blocks as connect()
+  /// does.
   int send(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
            std::uint8_t& completionCode);
 
-  /// Closes the connection. Returns 0.
+  /// Closes the connection, if one is open. Returns 0.
   int disconnect();
 
  private:

@@ -20,6 +20,8 @@ class SMMInventoryImpl;
 /// - It runs on the caller's thread and returns when its exchanges with the SMM are over. Each
 ///   exchange opens a connection of its own, with up to `IPMI_CONNECT_RETRY_TIMES` attempts
 ///   (configuration value, default 3), and closes it again. Nothing stays open between operations.
+///   With an SMM that stays silent, an exchange blocks for as many times the session time-out of
+///   the IPMI client as there are attempts (standalone client: 3 times 4 seconds by default).
 /// - It returns one of the values of StatusCode. An output argument belongs to the caller. Unless
 ///   the operation says otherwise, it is replaced as a whole on Success and left exactly as passed
 ///   on every other status.
@@ -37,9 +39,10 @@ class POVEIXME_EXPORT SMMInventory {
   /// of PSU slots and of compute nodes follows.
   ///
   /// Blocks for at least 18 seconds with an SMM that answers normally: the status read makes six
-  /// attempts with a pause of 3 seconds after each. An SMM that cannot be reached, or refuses, does
-  /// not make construction fail: the object is usable and assumes 2 PSU slots and 4 nodes. It
-  /// throws only what the platform libraries or allocation throw.
+  /// attempts with a pause of 3 seconds after each. With one that stays silent, it blocks for those
+  /// 18 seconds and for seven exchanges, the detection included. An SMM that cannot be reached, or
+  /// refuses, does not make construction fail: the object is usable and assumes 2 PSU slots and 4
+  /// nodes. It throws only what the platform libraries or allocation throw.
   explicit SMMInventory(const TavrinConnection::ConnectionInfo& info);
 
   /// Reads the machine type of the SMM: exactly four ASCII letters or digits, bytes 0 to 3 of the

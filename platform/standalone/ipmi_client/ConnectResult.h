@@ -3,8 +3,9 @@
 namespace Tavrin {
 namespace Standalone {
 
-/// What IpmiClient::connect() returns when the standalone client stands behind it. Only
-/// `WorthRetrying` means that the same call may succeed a moment later.
+/// What IpmiClient::connect() and send() return when the standalone client stands behind it. Only
+/// `WorthRetrying` means that the same call may succeed a moment later; a session that fell silent,
+/// or stayed unused for longer than IPMI_SESSION_TIMEOUT_MS, has to be connected again first.
 namespace ConnectResult {
 constexpr int Connected = 0;
 constexpr int WorthRetrying = 3;    ///< Time-out, controller busy, no free session, refused suite.
@@ -13,8 +14,9 @@ constexpr int UserNameRefused = 5;  ///< The controller does not know the user.
 constexpr int PasswordRefused = 6;  ///< The controller's proof of the password does not match ours.
 constexpr int PrivilegeRefused = 7;  ///< The user may not have the privilege level asked for.
 constexpr int ArgumentTooLong = 8;   ///< User name over 16 bytes or password over 20 bytes.
-constexpr int InvalidSetting = 9;    ///< A port, cipher suite or configuration value out of range.
-constexpr int Failed = 10;           ///< Anything else; the client's log line names the cause.
+constexpr int InvalidSetting = 9;  ///< A port, cipher suite or configuration value out of range, or
+                                   ///< a zero byte in user name or password.
+constexpr int Failed = 10;  ///< Anything else; the client's log line names the cause.
 }  // namespace ConnectResult
 
 }  // namespace Standalone

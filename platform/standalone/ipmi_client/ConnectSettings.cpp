@@ -20,11 +20,8 @@ constexpr int kDefaultSessionTimeoutMs = 4000;
 constexpr int kDefaultRetransmissionTimeoutMs = 500;
 constexpr int kShortestTimeoutMs = 10;
 constexpr int kLongestTimeoutMs = 600000;
-constexpr int kAllWorkarounds =
+constexpr int kKnownWorkarounds =
     IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_AUTHENTICATION_CAPABILITIES |
-    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_INTEL_2_0_SESSION |
-    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_SUPERMICRO_2_0_SESSION |
-    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_SUN_2_0_SESSION |
     IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_OPEN_SESSION_PRIVILEGE |
     IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE |
     IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK;
@@ -37,7 +34,7 @@ class Complaint {
       text_.append(name).append(" is \"").append(value).append("\"; expected ").append(expected);
     }
   }
-  const std::string& Text() const { return text_; }
+  [[nodiscard]] const std::string& Text() const { return text_; }
 
  private:
   std::string text_;
@@ -88,11 +85,28 @@ std::uint8_t ReadCipherSuite(unsigned long givenInCode, Complaint& complaint) {
 unsigned int ReadWorkaroundFlags(Complaint& complaint) {
   constexpr const char* key = "IPMI_WORKAROUND_FLAGS";
   const int flags = GetGlobalConfigValue(key, IPMI_WORKAROUND_FLAGS_DEFAULT);
-  if ((flags & ~kAllWorkarounds) != 0) {
-    complaint.Add(key, std::to_string(flags),
-                  "a sum of 1, 2, 4, 8, 16 (open session privilege), 32 and 64");
+  if ((flags & ~kKnownWorkarounds) != 0) {
+    complaint.Add(
+        key, std::to_string(flags),
+        "a sum of 1 (authentication capabilities), 16 (open session privilege), 32 (non-empty "
+        "integrity check value) and 64 (no checksum check)");
   }
   return static_cast<unsigned int>(flags);
+}
+
+/// Makes FreeIPMI notice silence within the session time-out. It looks at the clock only when a
+/// retransmission is due, and its waits grow (1, 1, 2, 2, 3, 3, ... intervals): the interval is
+/// shortened so that one of the waits ends just in time, and the time-out handed over falls into
+/// the middle of the last interval.
+void FitToSessionTimeout(ConnectSettings& settings) {
+  unsigned int intervals = 0;
+  for (unsigned int wait = 0;
+       intervals * settings.retransmissionTimeoutMs < settings.sessionTimeoutMs; ++wait) {
+    intervals += wait / 2 + 1;
+  }
+  settings.retransmissionTimeoutMs = settings.sessionTimeoutMs / intervals;
+  settings.sessionTimeoutMs =
+      intervals * settings.retransmissionTimeoutMs - settings.retransmissionTimeoutMs / 2;
 }
 
 }  // namespace
@@ -107,12 +121,13 @@ Failure ReadConnectSettings(const std::string& port, unsigned long cipherSuite,
                   IPMI_PRIVILEGE_LEVEL_ADMIN, complaint));
   settings.sessionTimeoutMs = ReadInRange("IPMI_SESSION_TIMEOUT_MS", kDefaultSessionTimeoutMs,
                                           2 * kShortestTimeoutMs, kLongestTimeoutMs, complaint);
-  // FreeIPMI wants the retransmission to come first, so its default follows a short session
+  // FreeIPMI wants the interval to be the shorter one, so its default follows a short session
   // time-out.
   const int session = static_cast<int>(settings.sessionTimeoutMs);
   settings.retransmissionTimeoutMs = ReadInRange(
       "IPMI_RETRANSMISSION_TIMEOUT_MS", std::min(kDefaultRetransmissionTimeoutMs, session / 2),
       kShortestTimeoutMs, session - 1, complaint);
+  FitToSessionTimeout(settings);
   settings.workaroundFlags = ReadWorkaroundFlags(complaint);
   return complaint.Text().empty() ? Failure{}
                                   : Failure{ConnectResult::InvalidSetting, complaint.Text()};

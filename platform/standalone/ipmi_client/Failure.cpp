@@ -33,7 +33,9 @@ constexpr const char* kPrivilege =
 
 constexpr std::array kOpeningMeanings = {
     Meaning{IPMI_ERR_CONNECTION_TIMEOUT, ConnectResult::WorthRetrying, kSilence},
-    Meaning{IPMI_ERR_SESSION_TIMEOUT, ConnectResult::WorthRetrying, kSilence},
+    Meaning{IPMI_ERR_SESSION_TIMEOUT, ConnectResult::WorthRetrying,
+            "the controller answered at first, then fell silent within the session time-out; try "
+            "again, or another cipher suite (IPMI_CIPHER_SUITE)"},
     Meaning{IPMI_ERR_MESSAGE_TIMEOUT, ConnectResult::WorthRetrying, kSilence},
     Meaning{IPMI_ERR_DRIVER_TIMEOUT, ConnectResult::WorthRetrying, kSilence},
     Meaning{IPMI_ERR_PASSWORD_VERIFICATION_TIMEOUT, ConnectResult::WorthRetrying,
@@ -42,7 +44,7 @@ constexpr std::array kOpeningMeanings = {
     Meaning{IPMI_ERR_BMC_BUSY, ConnectResult::WorthRetrying, kBusy},
     Meaning{IPMI_ERR_DRIVER_BUSY, ConnectResult::WorthRetrying, kBusy},
     Meaning{IPMI_ERR_SYSTEM_ERROR, ConnectResult::WorthRetrying, kUnreachable},
-    Meaning{IPMI_ERR_INTERNAL_ERROR, ConnectResult::WorthRetrying,
+    Meaning{IPMI_ERR_IPMI_ERROR, ConnectResult::WorthRetrying,
             "the controller refused the session: either it does not allow the cipher suite (try "
             "another with IPMI_CIPHER_SUITE) or it has no free session (try again later)"},
     Meaning{IPMI_ERR_HOSTNAME_INVALID, ConnectResult::BadHostName,

@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "platform/Log.h"
+#include "platform/standalone/HexByte.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/ipmi_client/ConnectSettings.h"
 #include "platform/standalone/ipmi_client/Failure.h"
@@ -17,14 +18,16 @@ namespace Tavrin {
 namespace ConnectResult = Standalone::ConnectResult;
 using Standalone::ConnectSettings;
 using Standalone::Failure;
+using Standalone::HexByte;
 
 namespace {
 
 constexpr const char* kSourcePath = "platform/standalone/ipmi_client/IpmiClient";
 constexpr unsigned int kWarning = 2;
 constexpr std::uint8_t kNoCompletionCode = 0xFF;
-/// More than any answer that FreeIPMI takes in (1024 bytes), so that none is cut.
-constexpr std::size_t kAnswerCapacity = 4096;
+/// FreeIPMI takes this many bytes of a request and of an answer, code bytes included, and silently
+/// cuts off the rest.
+constexpr std::size_t kMessageCapacity = 1024;
 
 /// Ends the session, closes the socket and forgets the password.
 struct ContextCloser {
@@ -39,10 +42,7 @@ void PrepareCryptography() {
   std::call_once(once, [] { ipmi_rmcpplus_init(); });
 }
 
-std::string HexByte(std::uint8_t byte) {
-  constexpr const char* digits = "0123456789abcdef";
-  return {'0', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
-}
+bool IsReporting() { return Log::GetMinLogLevel() >= kWarning; }
 
 Failure CheckCredentials(const std::string& userName, const std::string& password) {
   if (userName.size() > IPMI_MAX_USER_NAME_LENGTH) {
@@ -65,27 +65,21 @@ Failure CheckCredentials(const std::string& userName, const std::string& passwor
 }  // namespace
 
 struct IpmiClient::State {
-  State(const std::string& hostAddress, const std::string& user, const std::string& secret,
-        const std::string& portText, unsigned long suite)
-      : address(hostAddress),
-        userName(user),
-        password(secret),
-        port(portText),
-        cipherSuite(suite) {}
+  State() = default;
   ~State() { explicit_bzero(password.data(), password.size()); }
   State(const State&) = delete;
   State& operator=(const State&) = delete;
 
   Failure Open();
   Failure Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
-                   std::uint8_t& completionCode);
+                   std::uint8_t& completionCode) const;
   void Report(const std::string& action, const std::string& cause, unsigned int line) const;
 
   std::string address;
   std::string userName;
   std::string password;
   std::string port;
-  unsigned long cipherSuite;
+  unsigned long cipherSuite = 0;
   std::string numericAddress;
   Context context;
 };
@@ -117,18 +111,26 @@ Failure IpmiClient::State::Open() {
 }
 
 Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
-                                    std::uint8_t& completionCode) {
+                                    std::uint8_t& completionCode) const {
   if (!context) {
     return {ConnectResult::Failed, "no session is open; connect first"};
   }
   std::vector<std::uint8_t> sent{request.cmd};
   sent.insert(sent.end(), request.data.begin(), request.data.end());
-  std::array<std::uint8_t, kAnswerCapacity> answer{};
+  if (sent.size() > kMessageCapacity) {
+    return {ConnectResult::Failed, "the request has " + std::to_string(request.data.size()) +
+                                       " data bytes; expected at most " +
+                                       std::to_string(kMessageCapacity - 1)};
+  }
+  std::array<std::uint8_t, kMessageCapacity> answer{};
   const int length =
       ipmi_cmd_raw(context.get(), IPMI_BMC_IPMB_LUN_BMC, request.netFn, sent.data(),
                    static_cast<unsigned int>(sent.size()), answer.data(), answer.size());
   if (length < 0) {
     return Standalone::ExchangeFailure(ipmi_ctx_errnum(context.get()));
+  }
+  if (static_cast<std::size_t>(length) == kMessageCapacity) {
+    return {ConnectResult::Failed, "the answer is longer than the IPMI library takes"};
   }
   // The command code comes first, then the completion code.
   if (length < 2) {
@@ -141,9 +143,6 @@ Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std:
 
 void IpmiClient::State::Report(const std::string& action, const std::string& cause,
                                unsigned int line) const {
-  if (Log::GetMinLogLevel() < kWarning) {
-    return;
-  }
   const bool isResolved = !numericAddress.empty() && numericAddress != address;
   Log(kWarning, kSourcePath, line).Stream()
       << action << " failed: host " << address
@@ -154,7 +153,14 @@ void IpmiClient::State::Report(const std::string& action, const std::string& cau
 IpmiClient::IpmiClient(const std::string& address, const std::string& userName,
                        const std::string& password, const std::string& port,
                        unsigned long cipherSuite)
-    : state_(std::make_unique<State>(address, userName, password, port, cipherSuite)) {}
+    : state_(std::make_unique<State>()) {
+  state_->address = address;
+  state_->userName = userName;
+  // Copied once and in place: a move could leave the password behind where nobody wipes it.
+  state_->password = password;
+  state_->port = port;
+  state_->cipherSuite = cipherSuite;
+}
 
 IpmiClient::~IpmiClient() = default;
 
@@ -162,7 +168,7 @@ int IpmiClient::connect() {
   disconnect();
   state_->numericAddress.clear();
   const Failure failure = state_->Open();
-  if (failure.result != ConnectResult::Connected) {
+  if (failure.result != ConnectResult::Connected && IsReporting()) {
     state_->Report("connect", failure.cause, __LINE__);
   }
   return failure.result;
@@ -173,7 +179,7 @@ int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& resp
   response.clear();
   completionCode = kNoCompletionCode;
   const Failure failure = state_->Exchange(request, response, completionCode);
-  if (failure.result != 0) {
+  if (failure.result != 0 && IsReporting()) {
     state_->Report(
         "send of network function " + HexByte(request.netFn) + " command " + HexByte(request.cmd),
         failure.cause, __LINE__);

@@ -84,8 +84,9 @@ struct Threshold {
 };
 
 Threshold& TheThreshold() {
-  static Threshold threshold;
-  return threshold;
+  // Never destroyed, as the output.
+  static auto* const threshold = new Threshold;
+  return *threshold;
 }
 
 /// Says once that the environment's threshold does not hold. Not part of making the threshold: the

@@ -7,6 +7,7 @@
 #include "platform/GlobalConfig.h"
 #include "platform/IpmiClient.h"
 #include "platform/Log.h"
+#include "platform/standalone/HexByte.h"
 
 namespace Tavrin {
 namespace {
@@ -19,9 +20,7 @@ constexpr int kDetect = -1;
 constexpr unsigned int kWarning = 2;
 
 constexpr int kDetected = 0;
-constexpr int kKindRefused = 1;
-constexpr int kNotConnected = 2;
-constexpr int kNoUsableAnswer = 3;
+constexpr int kNotDetected = 1;
 
 constexpr int kConnectWorthRetrying = 3;
 constexpr unsigned long kCipherSuite = 3;
@@ -29,8 +28,10 @@ constexpr int kDefaultAttempts = 3;
 
 constexpr std::uint8_t kOemNetFn = 0x32;
 constexpr std::uint8_t kStatusCommand = 0xA8;
-constexpr std::uint8_t kPlatformFd = 0xFD;
-constexpr std::uint8_t kPlatformFe = 0xFE;
+constexpr std::uint8_t kPlatform253 = 0xFD;
+constexpr std::uint8_t kPlatform254 = 0xFE;
+
+bool AdmitsIpmi(std::int32_t connectionKind) { return connectionKind == 1 || connectionKind == 7; }
 
 void Warn(const std::string& text, unsigned int line) {
   if (Log::GetMinLogLevel() >= kWarning) {
@@ -38,12 +39,12 @@ void Warn(const std::string& text, unsigned int line) {
   }
 }
 
-int NotDetected(int result, const ConnectionInfo& info, const std::string& cause) {
+int NotDetected(const ConnectionInfo& info, const std::string& cause) {
   Warn("the generation of the SMM at host " + info.address + ", port " + std::to_string(info.port) +
            " could not be detected: " + cause + "; set " + kOverrideKey +
            " to 0 (first generation) or 1 (second) to do without detection",
        __LINE__);
-  return result;
+  return kNotDetected;
 }
 
 bool Connect(IpmiClient& client) {
@@ -60,35 +61,34 @@ int Detect(const ConnectionInfo& info, SMMIype& type) {
   IpmiClient client(info.address, info.userName, info.password, std::to_string(info.port),
                     kCipherSuite);
   if (!Connect(client)) {
-    return NotDetected(kNotConnected, info, "no connection could be opened");
+    return NotDetected(info, "no connection could be opened");
   }
   std::vector<std::uint8_t> response;
   std::uint8_t completionCode = 0;
   const int sent = client.send({kStatusCommand, {}, kOemNetFn}, response, completionCode);
   client.disconnect();
   if (sent != 0) {
-    return NotDetected(kNoUsableAnswer, info, "the status request got no answer");
+    return NotDetected(info, "the status request got no answer");
   }
   if (completionCode != 0) {
-    return NotDetected(
-        kNoUsableAnswer, info,
-        "the status request was refused with completion code " + std::to_string(completionCode));
+    return NotDetected(info, "the status request was refused with completion code " +
+                                 Standalone::HexByte(completionCode));
   }
   if (response.empty()) {
-    return NotDetected(kNoUsableAnswer, info, "the answer to the status request is empty");
+    return NotDetected(info, "the answer to the status request is empty");
   }
   // A second-generation answer starts with the platform id, a first-generation one with the major
   // revision.
   const std::uint8_t first = response.front();
   type =
-      first == kPlatformFd || first == kPlatformFe ? SMM_SECOND_GENERATION : SMM_FIRST_GENERATION;
+      first == kPlatform253 || first == kPlatform254 ? SMM_SECOND_GENERATION : SMM_FIRST_GENERATION;
   return kDetected;
 }
 
 }  // namespace
 
 struct SMMInfo::State {
-  explicit State(const ConnectionInfo& connectionInfo) : info(connectionInfo) {}
+  State() = default;
   ~State() { explicit_bzero(info.password.data(), info.password.size()); }
   State(const State&) = delete;
   State& operator=(const State&) = delete;
@@ -96,7 +96,10 @@ struct SMMInfo::State {
   ConnectionInfo info;
 };
 
-SMMInfo::SMMInfo(const ConnectionInfo& info) : state_(std::make_unique<State>(info)) {}
+SMMInfo::SMMInfo(const ConnectionInfo& info) : state_(std::make_unique<State>()) {
+  // Copied once and in place: a move could leave the password behind where nobody wipes it.
+  state_->info = info;
+}
 
 SMMInfo::~SMMInfo() = default;
 
@@ -107,13 +110,13 @@ int SMMInfo::GetSmmType(SMMIype& type) {
     return kDetected;
   }
   if (configured != kDetect) {
-    Warn(std::string(kOverrideKey) + " is " + std::to_string(configured) +
-             "; expected 0 (first generation), 1 (second) or -1 (detect); it is detected",
+    Warn(std::string(kOverrideKey) + " is \"" + std::to_string(configured) +
+             "\"; expected 0 (first generation), 1 (second) or -1 (detect); it is detected",
          __LINE__);
   }
   const ConnectionInfo& info = state_->info;
-  if (info.connectionKind != 1 && info.connectionKind != 7) {
-    return kKindRefused;
+  if (!AdmitsIpmi(info.connectionKind)) {
+    return kNotDetected;
   }
   return Detect(info, type);
 }

@@ -22,9 +22,9 @@ class SMMInventoryImpl : public TavrinConnection::ConnectionInfo {
   explicit SMMInventoryImpl(const TavrinConnection::ConnectionInfo& info);
 
   /// Sends one request over a connection of its own; the only way to the SMM. Returns
-  /// StatusCode::Success when the request went out, whatever the completion code;
-  /// ConnectionKindNotAdmitted, with both outputs as passed; or NotConnected, with an empty
-  /// response and completion code 0xFF.
+  /// StatusCode::Success when a connection was opened, with both outputs as the client filled
+  /// them, whether or not an answer came; ConnectionKindNotAdmitted, with both outputs as passed;
+  /// or NotConnected, with an empty response and completion code 0xFF.
   int SendIpmiCmd(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
                   std::uint8_t& completionCode);
 

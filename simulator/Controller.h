@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+
+#include "simulator/Enclosure.h"
+#include "simulator/Message.h"
+#include "simulator/Scenario.h"
+
+namespace Tavrin::Simulator {
+
+/// What becomes of one request.
+struct Reply {
+  Answer answer;
+  std::chrono::milliseconds delay{0};
+  bool silent = false;
+};
+
+/// The simulated management controller: an enclosure, and a scenario that may override its answers.
+class Controller {
+ public:
+  Controller(Enclosure enclosure, Scenario scenario);
+
+  /// Answers one request. The first override that matches and is not used up decides.
+  Reply Handle(const Request& request);
+
+ private:
+  Enclosure enclosure_;
+  Scenario scenario_;
+};
+
+}  // namespace Tavrin::Simulator

@@ -1,0 +1,72 @@
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "simulator/LauncherOptions.h"
+#include "simulator/Scenario.h"
+#include "simulator/SimulatedEnclosure.h"
+
+namespace Tavrin::Simulator {
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kBadUsage = 2;
+
+int Complain(const char* what, int exitCode) {
+  std::cerr << "smm-simulator: " << what << "\n";
+  return exitCode;
+}
+
+/// Holds back the signals that end the launcher, and the child's, until they are waited for: so
+/// none is lost and everything is cleaned up in order.
+sigset_t BlockSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD}) {
+    sigaddset(&signals, number);
+  }
+  sigprocmask(SIG_BLOCK, &signals, nullptr);
+  return signals;
+}
+
+int RunUntilStopped(const LauncherOptions& options) {
+  const sigset_t signals = BlockSignals();
+  const std::unique_ptr<SimulatedEnclosure> enclosure = StartEnclosure(options);
+  std::cout << "smm-simulator ready at " << enclosure->Endpoint() << std::endl;
+  if (!std::cout) {
+    return Complain("nobody takes the line with the address; expected an open standard output",
+                    kFailed);
+  }
+  for (;;) {
+    int received = 0;
+    sigwait(&signals, &received);
+    if (received != SIGCHLD) {
+      return 0;
+    }
+    if (const auto reason = enclosure->Ended()) {
+      return Complain(reason->c_str(), kFailed);
+    }
+  }
+}
+
+int Run(int argc, const char* const* argv) {
+  try {
+    return RunUntilStopped(ParseLauncherOptions(argc, argv));
+  } catch (const HelpWanted& help) {
+    std::cout << help.what();
+    return 0;
+  } catch (const UsageError& error) {
+    return Complain(error.what(), kBadUsage);
+  } catch (const ScenarioError& error) {
+    return Complain(error.what(), kBadUsage);
+  } catch (const std::exception& error) {
+    return Complain(error.what(), kFailed);
+  }
+}
+
+}  // namespace
+}  // namespace Tavrin::Simulator
+
+int main(int argc, char** argv) { return Tavrin::Simulator::Run(argc, argv); }

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace Tavrin::Simulator {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// One IPMI request as it reaches the controller.
+struct Request {
+  std::uint8_t netFn = 0;
+  std::uint8_t command = 0;
+  Bytes data;
+};
+
+/// What the controller answers to one request.
+struct Answer {
+  std::uint8_t completionCode = 0;
+  Bytes data;  ///< Without the completion code.
+};
+
+namespace CompletionCode {
+constexpr std::uint8_t kNormal = 0x00;
+constexpr std::uint8_t kInvalidCommand = 0xC1;
+constexpr std::uint8_t kInvalidDataLength = 0xC7;
+constexpr std::uint8_t kParameterOutOfRange = 0xC9;
+constexpr std::uint8_t kInvalidDataField = 0xCC;
+}  // namespace CompletionCode
+
+constexpr std::uint8_t kNetFnOem = 0x32;
+constexpr std::uint8_t kNetFnApplication = 0x06;
+constexpr std::uint8_t kMasterWriteRead = 0x52;  ///< Under kNetFnApplication.
+
+}  // namespace Tavrin::Simulator

@@ -1,0 +1,140 @@
+#include "tools/smm-inventory/Options.h"
+
+#include <gmock/gmock.h>
+
+#include <vector>
+
+#include "tests/cli/Refusal.h"
+
+namespace Tavrin {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using Arguments = std::vector<const char*>;
+
+std::variant<Options, Notice> Parse(Arguments arguments) {
+  arguments.insert(arguments.begin(), "smm-inventory");
+  return ParseCommandLine(static_cast<int>(arguments.size()), arguments.data());
+}
+
+Options ParseOptions(const Arguments& arguments) { return std::get<Options>(Parse(arguments)); }
+
+std::string Refusal(const Arguments& arguments) {
+  return RefusalOf([&] { Parse(arguments); });
+}
+
+TEST(Options, HostAndUserAloneLeaveTheDefaults) {
+  const Options options = ParseOptions({"-H", "smm1", "-U", "admin"});
+  EXPECT_EQ(options.host, "smm1");
+  EXPECT_EQ(options.port, 623);
+  EXPECT_EQ(options.userName, "admin");
+  EXPECT_EQ(options.passwordFile, std::nullopt);
+  EXPECT_EQ(options.cipherSuite, std::nullopt);
+  EXPECT_EQ(options.privilegeLevel, std::nullopt);
+  EXPECT_EQ(options.workaroundFlags, std::nullopt);
+  EXPECT_EQ(options.verbosity, 0U);
+}
+
+TEST(Options, LongFormsAreTaken) {
+  const Options options =
+      ParseOptions({"--host=smm1", "--port", "6230", "--user", "admin", "--password-file", "-",
+                    "--cipher-suite", "17", "--privilege", "operator", "--workaround",
+                    "open-session-privilege", "--workaround", "no-checksum-check", "--verbose"});
+  EXPECT_EQ(options.port, 6230);
+  EXPECT_EQ(options.passwordFile, "-");
+  EXPECT_EQ(options.cipherSuite, 17);
+  EXPECT_EQ(options.privilegeLevel, 3);
+  EXPECT_EQ(options.workaroundFlags, 0x50);
+  EXPECT_EQ(options.verbosity, 1U);
+}
+
+TEST(Options, RepeatedVerboseIsCounted) {
+  EXPECT_EQ(ParseOptions({"-H", "a", "-U", "u", "-vvv"}).verbosity, 3U);
+  EXPECT_EQ(ParseOptions({"-v", "-H", "a", "-v", "-U", "u"}).verbosity, 2U);
+}
+
+TEST(Options, PortIsTakenFromEitherPlace) {
+  EXPECT_EQ(ParseOptions({"-H", "a:6230", "-U", "u"}).port, 6230);
+  EXPECT_EQ(ParseOptions({"-H", "a", "-p", "6230", "-U", "u"}).port, 6230);
+  EXPECT_EQ(ParseOptions({"-H", "a:6230", "-p", "6230", "-U", "u"}).port, 6230);
+  EXPECT_EQ(ParseOptions({"-H", "[::1]:6230", "-U", "u"}).port, 6230);
+}
+
+TEST(Options, ContradictingPortsAreRefused) {
+  EXPECT_EQ(Refusal({"-H", "a:1", "-p", "2", "-U", "u"}),
+            "port 2 contradicts port 1 in host \"a:1\"; expected the port in one place");
+}
+
+TEST(Options, UserNameOfSixteenBytesIsTheLongest) {
+  EXPECT_EQ(ParseOptions({"-H", "a", "-U", "0123456789abcdef"}).userName, "0123456789abcdef");
+  EXPECT_EQ(Refusal({"-H", "a", "-U", "0123456789abcdefg"}),
+            "user name \"0123456789abcdefg\" is 17 bytes long; expected at most 16 bytes");
+}
+
+struct BadLine {
+  Arguments arguments;
+  std::string part;
+};
+
+TEST(Options, WrongUseIsRefusedByName) {
+  const std::vector<BadLine> table = {
+      {{}, "no host given"},
+      {{"-U", "u"}, "no host given"},
+      {{"-H", "", "-U", "u"}, "no host given"},
+      {{"-H", "a"}, "no user name given"},
+      {{"-H", "a", "-U", ""}, "no user name given"},
+      {{"-H", "a b", "-U", "u"}, "host \"a b\""},
+      {{"-H", "a", "-U", "u", "-p", "x"}, "port \"x\""},
+      {{"-H", "a", "-U", "u", "-C", "4"}, "cipher suite \"4\""},
+      {{"-H", "a", "-U", "u", "-L", "root"}, "privilege level \"root\""},
+      {{"-H", "a", "-U", "u", "-W", "all"}, "workaround \"all\""},
+      {{"-H", "a", "-U", "u", "stray"}, "argument \"stray\""},
+      {{"-H", "a", "-U", "u", "-W", "no-checksum-check", "stray"}, "argument \"stray\""},
+      {{"-H", "a", "-U", "u", "--frob"}, "argument \"--frob\""},
+      {{"-H", "a", "-U", "u", "\x1b[2J"}, "argument \"\\x1b[2J\""},
+      {{"-H", "a", "-U"}, "--user"},
+      {{"-H", "a", "-H", "b", "-U", "u"}, "--host"},
+  };
+  for (const BadLine& row : table) {
+    SCOPED_TRACE(row.part);
+    const std::string refusal = Refusal(row.arguments);
+    EXPECT_THAT(refusal, HasSubstr(row.part));
+    EXPECT_THAT(refusal, HasSubstr("; expected "));
+  }
+}
+
+TEST(Options, PasswordOnTheCommandLineIsRefusedWithoutShowingIt) {
+  const std::vector<Arguments> table = {
+      {"-P"},
+      {"-P", "sesame"},
+      {"-Psesame"},
+      {"-vPsesame"},
+      {"--password", "sesame"},
+      {"--password=sesame"},
+      {"-H", "a", "-P", "open", "sesame"},
+      {"-H", "a", "-p", "x", "-P", "sesame", "-P", "sesame", "--frob"},
+  };
+  for (const Arguments& arguments : table) {
+    const std::string refusal = Refusal(arguments);
+    EXPECT_THAT(refusal, HasSubstr("--password-file"));
+    EXPECT_THAT(refusal, HasSubstr("IPMI_PASSWORD"));
+    EXPECT_THAT(refusal, HasSubstr("prompt"));
+    EXPECT_THAT(refusal, Not(HasSubstr("sesame")));
+  }
+}
+
+TEST(Options, HelpShowsExamplesAndExitCodes) {
+  const std::string help = std::get<Notice>(Parse({"--help"})).text;
+  EXPECT_THAT(help, HasSubstr("Examples:"));
+  EXPECT_THAT(help, HasSubstr("Exit codes:"));
+  EXPECT_THAT(help, Not(HasSubstr("-P,")));
+}
+
+TEST(Options, VersionIsOneLine) {
+  EXPECT_THAT(std::get<Notice>(Parse({"--version"})).text,
+              testing::MatchesRegex("smm-inventory [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+}  // namespace
+}  // namespace Tavrin

@@ -1,0 +1,163 @@
+#include "tools/smm-inventory/Progress.h"
+
+#include <gmock/gmock.h>
+
+#include <sstream>
+
+namespace Tavrin {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr const char* kLibrary = "module/smm/smm_inventory/impl/SMMInventoryImpl";
+constexpr const char* kClient = "platform/standalone/ipmi_client/IpmiClient";
+constexpr const char* kConfig = "platform/standalone/globalconfig/GlobalConfig";
+
+struct Shown {
+  explicit Shown(unsigned int shownLevel = 0, bool isTerminal = false)
+      : console(out, isTerminal), progress(console, shownLevel) {}
+
+  void Log(unsigned int level, const std::string& source, const std::string& text) {
+    progress.Take({level, source, 7, text});
+  }
+
+  std::ostringstream out;
+  Console console;
+  Progress progress;
+};
+
+TEST(Progress, AttemptsAreLinesWhereNoTerminalIs) {
+  Shown shown;
+  shown.progress.BeginWait("reading");
+  shown.Log(3, kLibrary, "Try to get SMM status, retry 1 time");
+  shown.Log(3, kLibrary, "Try to get SMM status, retry 2 times");
+  shown.progress.EndWait();
+  EXPECT_EQ(shown.out.str(),
+            "reading: attempt 1 of 6, 3 seconds apart ...\n"
+            "reading: attempt 2 of 6, 3 seconds apart ...\n");
+}
+
+TEST(Progress, AttemptsReplaceOneAnotherOnATerminal) {
+  Shown shown(0, true);
+  shown.progress.BeginWait("reading");
+  shown.Log(3, kLibrary, "Try to get SMM status, retry 1 time");
+  shown.Log(3, kLibrary, "Try to get SMM status, retry 2 times");
+  shown.progress.EndWait();
+  EXPECT_EQ(shown.out.str(),
+            "reading: attempt 1 of 6, 3 seconds apart ..."
+            "\r\x1b[Kreading: attempt 2 of 6, 3 seconds apart ..."
+            "\r\x1b[K");
+}
+
+TEST(Progress, LinesPushTheStatusDownOnATerminal) {
+  Shown shown(0, true);
+  shown.progress.BeginWait("reading");
+  shown.Log(3, kLibrary, "Try to get SMM status, retry 1 time");
+  shown.Log(2, kClient, "no answer");
+  EXPECT_EQ(shown.out.str(),
+            "reading: attempt 1 of 6, 3 seconds apart ..."
+            "\r\x1b[Kno answer; still trying\nreading: attempt 1 of 6, 3 seconds apart ...");
+}
+
+TEST(Progress, ClientFailureIsShownAtOnceAndOnlyOnce) {
+  Shown shown;
+  shown.progress.BeginWait("reading");
+  shown.Log(2, kClient, "no answer");
+  EXPECT_EQ(shown.out.str(), "no answer; still trying\n");
+  shown.Log(1, kLibrary, "connect failed with error:3");
+  shown.Log(2, kClient, "no answer");
+  EXPECT_EQ(shown.out.str(), "no answer; still trying\n");
+}
+
+TEST(Progress, OtherClientFailureIsShownToo) {
+  Shown shown;
+  shown.progress.BeginWait("reading");
+  shown.Log(2, kClient, "no answer");
+  shown.Log(2, kClient, "wrong password");
+  EXPECT_EQ(shown.out.str(), "no answer; still trying\nwrong password; still trying\n");
+}
+
+TEST(Progress, ClientFailureOutsideAWaitIsRememberedOnly) {
+  Shown shown;
+  shown.Log(2, kClient, "no answer");
+  EXPECT_EQ(shown.out.str(), "");
+  EXPECT_EQ(shown.progress.Cause(), "no answer");
+}
+
+TEST(Progress, ClientCauseIsPreferredToTheLibrarys) {
+  Shown shown;
+  shown.Log(2, kClient, "no answer");
+  shown.Log(1, kLibrary, "connect failed with error:3");
+  EXPECT_EQ(shown.progress.Cause(), "no answer");
+}
+
+TEST(Progress, LibraryCauseStandsWhereTheClientHasNone) {
+  Shown shown;
+  shown.Log(1, kLibrary, "Get smm mt failed with error code:193");
+  EXPECT_EQ(shown.progress.Cause(), "Get smm mt failed with error code:193");
+}
+
+TEST(Progress, FirstComplaintOfTheLibraryIsTheCause) {
+  Shown shown;
+  shown.Log(2, kLibrary, "response is empty");
+  shown.Log(2, kLibrary, "use default value");
+  EXPECT_EQ(shown.progress.Cause(), "response is empty");
+}
+
+TEST(Progress, InfoAndDebugLinesAreNoCause) {
+  Shown shown;
+  shown.Log(3, kLibrary, "Succeeded get SMM Status");
+  shown.Log(4, kLibrary, "Response=");
+  EXPECT_EQ(shown.progress.Cause(), "");
+}
+
+TEST(Progress, AttemptForgetsTheCauseOfTheOneBefore) {
+  Shown shown;
+  shown.progress.BeginWait("reading");
+  shown.Log(2, kClient, "no answer");
+  shown.Log(3, kLibrary, "Try to get SMM status, retry 2 times");
+  EXPECT_EQ(shown.progress.Cause(), "");
+}
+
+TEST(Progress, EndOfTheWaitKeepsTheCauseOfTheLastAttempt) {
+  Shown shown;
+  shown.progress.BeginWait("reading");
+  shown.Log(3, kLibrary, "Try to get SMM status, retry 6 times");
+  shown.Log(2, kLibrary, "response is empty or completeCode: \xc1");
+  shown.progress.EndWait();
+  EXPECT_EQ(shown.progress.Cause(), "response is empty or completeCode: \\xc1");
+}
+
+TEST(Progress, LogLinesUpToTheShownLevelAreShownEscaped) {
+  Shown shown(3);
+  shown.Log(1, kLibrary, "\x1b[2Jforged\nline");
+  shown.Log(2, kLibrary, "b");
+  shown.Log(3, kLibrary, "c");
+  shown.Log(4, kLibrary, "d");
+  const std::string source = kLibrary;
+  EXPECT_EQ(shown.out.str(), "[error] " + source + ":7: \\x1b[2Jforged\\nline\n[warning] " +
+                                 source + ":7: b\n[info] " + source + ":7: c\n");
+}
+
+TEST(Progress, ShownLogLineIsNotSaidTwice) {
+  Shown shown(2);
+  shown.progress.BeginWait("reading");
+  shown.Log(2, kClient, "no answer");
+  EXPECT_EQ(shown.out.str(), "[warning] " + std::string(kClient) + ":7: no answer\n");
+}
+
+TEST(Progress, ComplaintAboutTheEnvironmentIsAlwaysShown) {
+  Shown shown;
+  shown.Log(1, kConfig, "IPMI_PRIVILEGE_LEVEL is \"\x1b\"");
+  EXPECT_EQ(shown.out.str(), "smm-inventory: IPMI_PRIVILEGE_LEVEL is \"\\x1b\"\n");
+}
+
+TEST(Progress, StatusFitsOneRowOfATerminal) {
+  Shown shown;
+  shown.progress.BeginWait("reading the SMM's status");
+  shown.Log(3, kLibrary, "Try to get SMM status, retry 6 times");
+  EXPECT_LE(shown.out.str().size(), 79U);
+}
+
+}  // namespace
+}  // namespace Tavrin

@@ -1,0 +1,64 @@
+#include "tools/smm-inventory/Settings.h"
+
+#include <gmock/gmock.h>
+
+#include "tests/cli/Refusal.h"
+
+namespace Tavrin {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(Privilege, NamesGiveTheirLevels) {
+  EXPECT_EQ(ParsePrivilege("user"), 2);
+  EXPECT_EQ(ParsePrivilege("operator"), 3);
+  EXPECT_EQ(ParsePrivilege("administrator"), 4);
+}
+
+TEST(Privilege, OtherTextIsRefusedByName) {
+  for (const std::string text : {"", "admin", "User", "callback", "oem", "4", "user "}) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(RefusalOf([&] { ParsePrivilege(text); }),
+              "privilege level \"" + text +
+                  "\" is not known; expected one of user, operator, administrator");
+  }
+}
+
+TEST(CipherSuite, IdsThatTheClientSpeaksAreTaken) {
+  for (const int id : {0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17}) {
+    EXPECT_EQ(ParseCipherSuite(std::to_string(id)), id);
+  }
+}
+
+TEST(CipherSuite, OtherTextIsRefusedByName) {
+  for (const std::string text :
+       {"", "4", "5", "9", "10", "13", "14", "18", "-1", "03", "x", "3 "}) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(RefusalOf([&] { ParseCipherSuite(text); }),
+              "cipher suite \"" + text +
+                  "\" is not known; expected one of 0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17");
+  }
+}
+
+TEST(Workarounds, NamesGiveTheirFlags) {
+  EXPECT_EQ(ParseWorkarounds({"authentication-capabilities"}), 0x01);
+  EXPECT_EQ(ParseWorkarounds({"open-session-privilege"}), 0x10);
+  EXPECT_EQ(ParseWorkarounds({"non-empty-integrity-check-value"}), 0x20);
+  EXPECT_EQ(ParseWorkarounds({"no-checksum-check"}), 0x40);
+}
+
+TEST(Workarounds, SeveralNamesAreJoined) {
+  EXPECT_EQ(ParseWorkarounds({"open-session-privilege", "no-checksum-check"}), 0x50);
+  EXPECT_EQ(ParseWorkarounds({"no-checksum-check", "no-checksum-check"}), 0x40);
+}
+
+TEST(Workarounds, UnknownNameIsRefusedByName) {
+  const std::string refusal = RefusalOf([] {
+    ParseWorkarounds({"open-session-privilege", "none\x07"});
+  });
+  EXPECT_THAT(refusal, HasSubstr("workaround \"none\\x07\" is not known"));
+  EXPECT_THAT(refusal, HasSubstr("expected one of authentication-capabilities"));
+}
+
+}  // namespace
+}  // namespace Tavrin

@@ -1,0 +1,227 @@
+#include "platform/IpmiClient.h"
+
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <string>
+
+#include "platform/standalone/ipmi_client/ConnectResult.h"
+#include "tests/platform/LogCapture.h"
+#include "tests/platform/ScopedEnvironment.h"
+
+namespace Tavrin {
+namespace {
+
+namespace ConnectResult = Standalone::ConnectResult;
+using std::chrono::milliseconds;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+using testing::SizeIs;
+
+/// A UDP port on loopback that somebody holds and nobody answers on.
+class SilentPort {
+ public:
+  SilentPort() : socket_(::socket(AF_INET, SOCK_DGRAM, 0)) {
+    address_.sin_family = AF_INET;
+    address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(address_);
+    ::bind(socket_, reinterpret_cast<const sockaddr*>(&address_), size);
+    ::getsockname(socket_, reinterpret_cast<sockaddr*>(&address_), &size);
+  }
+  ~SilentPort() { Close(); }
+  SilentPort(const SilentPort&) = delete;
+  SilentPort& operator=(const SilentPort&) = delete;
+
+  void Close() {
+    ::close(socket_);
+    socket_ = -1;
+  }
+  std::string Text() const { return std::to_string(ntohs(address_.sin_port)); }
+
+ private:
+  int socket_;
+  sockaddr_in address_{};
+};
+
+struct Arguments {
+  std::string address = "127.0.0.1";
+  std::string userName = "operator";
+  std::string password = "swordfish";
+  std::string port = "623";
+  unsigned long cipherSuite = 3;
+};
+
+/// The result of one connect(), and the one line that it wrote.
+struct Outcome {
+  int result;
+  std::string text;
+};
+
+Outcome Connect(const Arguments& arguments) {
+  const LogCapture capture(2);
+  IpmiClient client(arguments.address, arguments.userName, arguments.password, arguments.port,
+                    arguments.cipherSuite);
+  const int result = client.connect();
+  EXPECT_THAT(capture.lines, SizeIs(1));
+  EXPECT_EQ(capture.lines.at(0).level, 2U);
+  EXPECT_EQ(capture.lines.at(0).source, "platform/standalone/ipmi_client/IpmiClient");
+  return {result, capture.lines.at(0).text};
+}
+
+TEST(IpmiClientArguments, UserNameOverSixteenBytesIsRefused) {
+  Arguments arguments;
+  arguments.userName = std::string(17, 'u');
+  const Outcome outcome = Connect(arguments);
+  EXPECT_EQ(outcome.result, ConnectResult::ArgumentTooLong);
+  EXPECT_EQ(outcome.text,
+            "connect failed: host 127.0.0.1, port 623, user \"uuuuuuuuuuuuuuuuu\": the user name "
+            "has 17 bytes; expected at most 16");
+}
+
+TEST(IpmiClientArguments, PasswordOverTwentyBytesIsRefusedAndNotShown) {
+  Arguments arguments;
+  arguments.password = std::string(21, 'p');
+  const Outcome outcome = Connect(arguments);
+  EXPECT_EQ(outcome.result, ConnectResult::ArgumentTooLong);
+  EXPECT_THAT(outcome.text, AllOf(HasSubstr("the password has 21 bytes; expected at most 20"),
+                                  Not(HasSubstr("ppp"))));
+}
+
+TEST(IpmiClientArguments, ZeroByteInACredentialIsRefused) {
+  Arguments inUserName;
+  inUserName.userName = std::string("oper\0tor", 8);
+  Arguments inPassword;
+  inPassword.password = std::string("sword\0fish", 10);
+  for (const Arguments& arguments : {inUserName, inPassword}) {
+    const Outcome outcome = Connect(arguments);
+    EXPECT_EQ(outcome.result, ConnectResult::InvalidSetting);
+    EXPECT_THAT(outcome.text, HasSubstr("zero byte"));
+  }
+}
+
+TEST(IpmiClientArguments, HostThatDoesNotResolveIsABadHostName) {
+  for (const std::string& host :
+       {std::string(), std::string("no-such-host.invalid"), std::string("999.1.1.1"),
+        std::string("127.0.0.1:623"), std::string("[::1]"), std::string("two words"),
+        std::string("127.0.0.1\0x", 11), std::string(300, 'a')}) {
+    Arguments arguments;
+    arguments.address = host;
+    const Outcome outcome = Connect(arguments);
+    EXPECT_EQ(outcome.result, ConnectResult::BadHostName) << host;
+    EXPECT_THAT(outcome.text, HasSubstr("the host name does not resolve")) << host;
+  }
+}
+
+TEST(IpmiClientArguments, PortThatIsNoPortIsRefused) {
+  for (const char* port : {"", "0", "65536", "-623", "+623", "0x26f", "623 ", "ipmi"}) {
+    Arguments arguments;
+    arguments.port = port;
+    const Outcome outcome = Connect(arguments);
+    EXPECT_EQ(outcome.result, ConnectResult::InvalidSetting) << port;
+    EXPECT_THAT(outcome.text, HasSubstr(std::string("the port is \"") + port +
+                                        "\"; expected a whole number from 1 to 65535"));
+  }
+}
+
+TEST(IpmiClientArguments, UnknownCipherSuiteIsRefused) {
+  for (const unsigned long suite : {4UL, 5UL, 18UL, 259UL, ~0UL}) {
+    Arguments arguments;
+    arguments.cipherSuite = suite;
+    const Outcome outcome = Connect(arguments);
+    EXPECT_EQ(outcome.result, ConnectResult::InvalidSetting) << suite;
+    EXPECT_THAT(outcome.text, HasSubstr("the cipher suite is \"" + std::to_string(suite) +
+                                        "\"; expected one of"));
+  }
+}
+
+TEST(IpmiClientArguments, SettingOutOfRangeIsRefusedByName) {
+  const ScopedEnvironment variable("IPMI_PRIVILEGE_LEVEL", "9");
+  const Outcome outcome = Connect({});
+  EXPECT_EQ(outcome.result, ConnectResult::InvalidSetting);
+  EXPECT_THAT(outcome.text,
+              HasSubstr("IPMI_PRIVILEGE_LEVEL is \"9\"; expected a whole number from 2 to 4"));
+}
+
+TEST(IpmiClientArguments, NothingIsWrittenBelowTheWarningThreshold) {
+  const LogCapture capture(1);
+  IpmiClient client("", "operator", "swordfish", "623", 3);
+  EXPECT_EQ(client.connect(), ConnectResult::BadHostName);
+  EXPECT_THAT(capture.lines, SizeIs(0));
+}
+
+/// Connects to `port` of 127.0.0.1 and expects the time-out at 1000 ms, neither much earlier nor a
+/// retransmission later.
+void ExpectTimeout(const std::string& port) {
+  const ScopedEnvironment session("IPMI_SESSION_TIMEOUT_MS", "1000");
+  const ScopedEnvironment retransmission("IPMI_RETRANSMISSION_TIMEOUT_MS", "400");
+  Arguments arguments;
+  arguments.port = port;
+  const auto before = std::chrono::steady_clock::now();
+  const Outcome outcome = Connect(arguments);
+  const auto elapsed = std::chrono::steady_clock::now() - before;
+  EXPECT_EQ(outcome.result, ConnectResult::WorthRetrying);
+  EXPECT_THAT(outcome.text, AllOf(HasSubstr("host 127.0.0.1, port " + port + ", user \"operator\""),
+                                  HasSubstr("no answer within the session time-out"),
+                                  Not(HasSubstr("swordfish"))));
+  EXPECT_GE(elapsed, milliseconds(900));
+  EXPECT_LT(elapsed, milliseconds(1300));
+}
+
+TEST(IpmiClientTimeout, SilentControllerIsNoticedWithinTheSessionTimeout) {
+  const SilentPort port;
+  ExpectTimeout(port.Text());
+}
+
+TEST(IpmiClientTimeout, ClosedPortIsNoticedWithinTheSessionTimeout) {
+  SilentPort port;
+  port.Close();
+  ExpectTimeout(port.Text());
+}
+
+TEST(IpmiClientTimeout, ShortSessionTimeoutNeedsNoOtherSetting) {
+  const ScopedEnvironment session("IPMI_SESSION_TIMEOUT_MS", "300");
+  const SilentPort port;
+  Arguments arguments;
+  arguments.port = port.Text();
+  EXPECT_EQ(Connect(arguments).result, ConnectResult::WorthRetrying);
+}
+
+TEST(IpmiClientTimeout, LineShowsTheAddressThatANameResolvedTo) {
+  const ScopedEnvironment session("IPMI_SESSION_TIMEOUT_MS", "100");
+  const SilentPort port;
+  Arguments arguments;
+  arguments.address = "localhost";
+  arguments.port = port.Text();
+  EXPECT_THAT(Connect(arguments).text,
+              testing::ContainsRegex("host localhost \\((127\\.0\\.0\\.1|::1)\\), port"));
+}
+
+TEST(IpmiClientSend, WithoutConnectionFailsWithEmptyAnswer) {
+  const LogCapture capture(2);
+  IpmiClient client("127.0.0.1", "operator", "swordfish", "623", 3);
+  std::vector<std::uint8_t> response = {1, 2, 3};
+  std::uint8_t completionCode = 0;
+  EXPECT_EQ(client.send({0xA8, {}, 0x32}, response, completionCode), ConnectResult::Failed);
+  EXPECT_THAT(response, SizeIs(0));
+  EXPECT_EQ(completionCode, 0xFF);
+  ASSERT_THAT(capture.lines, SizeIs(1));
+  EXPECT_EQ(capture.lines[0].text,
+            "send of network function 0x32 command 0xa8 failed: host 127.0.0.1, port 623, user "
+            "\"operator\": no session is open; connect first");
+}
+
+TEST(IpmiClientDisconnect, WithoutConnectionDoesNoHarm) {
+  const LogCapture capture;
+  IpmiClient client("127.0.0.1", "operator", "swordfish", "623", 3);
+  EXPECT_EQ(client.disconnect(), 0);
+  EXPECT_EQ(client.disconnect(), 0);
+  EXPECT_THAT(capture.lines, SizeIs(0));
+}
+
+}  // namespace
+}  // namespace Tavrin

@@ -1,0 +1,137 @@
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cstdio>
+#include <locale>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/Log.h"
+#include "tests/platform/LogCapture.h"
+
+namespace Tavrin {
+namespace {
+
+using Standalone::EscapeControlBytes;
+using testing::Each;
+using testing::Field;
+using testing::SizeIs;
+
+TEST(EscapeControlBytes, PrintableAsciiStaysAsItIs) {
+  const std::string printable =
+      " !\"#$%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[]^_`"
+      "abcdefghijklmnopqrstuvwxyz{|}~";
+  ASSERT_THAT(printable, SizeIs(0x7E - 0x20));
+  EXPECT_EQ(EscapeControlBytes(printable), printable);
+}
+
+TEST(EscapeControlBytes, NamedOnesAndTheBackslashGetTheirLetter) {
+  EXPECT_EQ(EscapeControlBytes("\t\n\r\\"), "\\t\\n\\r\\\\");
+}
+
+TEST(EscapeControlBytes, EveryOtherByteBecomesTwoHexDigits) {
+  struct Range {
+    int first;
+    int last;
+  };
+  for (const Range range :
+       {Range{0x00, 0x08}, Range{0x0B, 0x0C}, Range{0x0E, 0x1F}, Range{0x7F, 0xFF}}) {
+    for (int byte = range.first; byte <= range.last; ++byte) {
+      std::array<char, 8> expected{};
+      std::snprintf(expected.data(), expected.size(), "\\x%02x", static_cast<unsigned int>(byte));
+      EXPECT_EQ(EscapeControlBytes(std::string(1, static_cast<char>(byte))), expected.data());
+    }
+  }
+}
+
+TEST(Log, HandlerGetsEveryPartOfTheLineUnescaped) {
+  const LogCapture capture;
+  Log(3, "some/Source", 77).Stream() << "text " << 5 << '\x1b';
+  ASSERT_THAT(capture.lines, SizeIs(1));
+  EXPECT_EQ(capture.lines[0].level, 3U);
+  EXPECT_EQ(capture.lines[0].source, "some/Source");
+  EXPECT_EQ(capture.lines[0].line, 77U);
+  EXPECT_EQ(capture.lines[0].text, "text 5\x1b");
+}
+
+TEST(Log, LineIsHandedOnOnlyWhenDestroyed) {
+  const LogCapture capture;
+  {
+    Log log(1, "some/Source", 1);
+    log.Stream() << "half";
+    EXPECT_THAT(capture.lines, SizeIs(0));
+    log.Stream() << " whole";
+  }
+  ASSERT_THAT(capture.lines, SizeIs(1));
+  EXPECT_EQ(capture.lines[0].text, "half whole");
+}
+
+TEST(Log, WrittenLineGoesOutWhateverTheThreshold) {
+  const LogCapture capture(0);
+  Log(4, "some/Source", 1).Stream() << "kept";
+  EXPECT_THAT(capture.lines, SizeIs(1));
+}
+
+TEST(Log, EmptyHandlerRestoresStandardError) {
+  { const LogCapture replaced; }
+  testing::internal::CaptureStderr();
+  Log(1, "some/Source", 9).Stream() << "plain";
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::EndsWith("error some/Source:9: plain\n"));
+}
+
+TEST(Log, ThresholdSetAtRunTimeIsCappedAtDebug) {
+  const LogCapture capture(2);
+  EXPECT_EQ(Log::GetMinLogLevel(), 2U);
+  Standalone::SetMinLogLevel(0);
+  EXPECT_EQ(Log::GetMinLogLevel(), 0U);
+  Standalone::SetMinLogLevel(9);
+  EXPECT_EQ(Log::GetMinLogLevel(), 4U);
+}
+
+TEST(Log, ExceptionOfTheHandlerStaysInside) {
+  const LogCapture restoresAtTheEnd;
+  Standalone::SetLogLineHandler(
+      [](const Standalone::LogLine&) { throw std::runtime_error("handler"); });
+  EXPECT_NO_THROW(Log(1, "some/Source", 1).Stream() << "lost");
+}
+
+/// Groups digits, as many a national locale does.
+struct Grouping : std::numpunct<char> {
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(Log, NumbersReadTheSameUnderAnyGlobalLocale) {
+  const LogCapture capture;
+  const std::locale before = std::locale::global(std::locale(std::locale(), new Grouping));
+  Log(1, "some/Source", 1).Stream() << 1234567;
+  std::locale::global(before);
+  ASSERT_THAT(capture.lines, SizeIs(1));
+  EXPECT_EQ(capture.lines[0].text, "1234567");
+}
+
+TEST(Log, LinesOfManyThreadsArriveWholeAndOneAtATime) {
+  constexpr std::size_t threadCount = 8;
+  constexpr std::size_t linesEach = 200;
+  const std::string text(300, 'x');
+  const LogCapture capture;
+  std::vector<std::thread> threads;
+  for (std::size_t index = 0; index < threadCount; ++index) {
+    threads.emplace_back([&text] {
+      for (std::size_t count = 0; count < linesEach; ++count) {
+        Log(1, "some/Source", 1).Stream() << text;
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_THAT(capture.lines, SizeIs(threadCount * linesEach));
+  EXPECT_THAT(capture.lines, Each(Field(&Standalone::LogLine::text, text)));
+}
+
+}  // namespace
+}  // namespace Tavrin

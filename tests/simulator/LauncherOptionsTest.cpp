@@ -1,0 +1,186 @@
+#include "simulator/LauncherOptions.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "simulator/LoopbackPort.h"
+#include "simulator/Scenario.h"
+#include "tests/support/ChildProcess.h"
+
+namespace Tavrin::Simulator {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+LauncherOptions Parse(const Texts& arguments) {
+  std::vector<const char*> pointers = {"smm-simulator"};
+  for (const std::string& argument : arguments) {
+    pointers.push_back(argument.c_str());
+  }
+  return ParseLauncherOptions(static_cast<int>(pointers.size()), pointers.data());
+}
+
+std::string Complaint(const Texts& arguments) {
+  try {
+    Parse(arguments);
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+  return "no complaint";
+}
+
+std::string PasswordOf(const std::string& content) {
+  const TemporaryFile file(content);
+  return Parse({"--generation", "1", "--password-file", file.Path()}).password;
+}
+
+TEST(LauncherOptions, DefaultsAreAdminOnAFreePortOfLoopback) {
+  const LauncherOptions options = Parse({"--generation", "1"});
+  EXPECT_EQ(options.kind, EnclosureKind::FirstGeneration);
+  EXPECT_EQ(options.address, "127.0.0.1");
+  EXPECT_EQ(options.port, 0);
+  EXPECT_EQ(options.userName, "admin");
+  EXPECT_EQ(options.password, "simulated");
+  EXPECT_EQ(options.scenario, "");
+}
+
+TEST(LauncherOptions, SecondGenerationWithoutPlatformIs253) {
+  EXPECT_EQ(Parse({"--generation", "2"}).kind, EnclosureKind::SecondGeneration253);
+}
+
+TEST(LauncherOptions, FirstGenerationCountsAsPlatform254) {
+  EXPECT_EQ(Parse({"--generation", "1", "--platform", "254"}).kind, EnclosureKind::FirstGeneration);
+}
+
+TEST(LauncherOptions, PlatformChoosesTheSecondGenerationEnclosure) {
+  EXPECT_EQ(Parse({"--generation", "2", "--platform", "253"}).kind,
+            EnclosureKind::SecondGeneration253);
+  EXPECT_EQ(Parse({"--generation", "2", "--platform", "254"}).kind,
+            EnclosureKind::SecondGeneration254);
+}
+
+TEST(LauncherOptions, GivenValuesAreTaken) {
+  const TemporaryFile scenario(R"({"overrides": []})");
+  const LauncherOptions options =
+      Parse({"--generation", "1", "--address", "::1", "--port", "65535", "--user",
+             "0123456789abcdef", "--scenario", scenario.Path()});
+  EXPECT_EQ(options.address, "::1");
+  EXPECT_EQ(options.port, 65535);
+  EXPECT_EQ(options.userName, "0123456789abcdef");
+  EXPECT_EQ(options.scenario, R"({"overrides": []})");
+}
+
+TEST(LauncherOptions, PasswordIsTheFilesFirstLine) {
+  EXPECT_EQ(PasswordOf("sesame\nsecond\n"), "sesame");
+  EXPECT_EQ(PasswordOf("0123456789\"$ '\x01\xFF..."), "0123456789\"$ '\x01\xFF...");
+  EXPECT_EQ(PasswordOf(""), "");
+}
+
+TEST(LauncherOptions, PasswordOver20BytesIsRefusedWithoutShowingIt) {
+  const TemporaryFile file("0123456789abcdefghijk\n");
+  EXPECT_EQ(
+      Complaint({"--generation", "1", "--password-file", file.Path()}),
+      "--password-file is \"" + file.Path() + "\"; expected a first line of at most 20 bytes");
+}
+
+TEST(LauncherOptions, PasswordWithAZeroByteIsRefused) {
+  const TemporaryFile file(std::string("ab\0c", 4));
+  EXPECT_EQ(Complaint({"--generation", "1", "--password-file", file.Path()}),
+            "--password-file is \"" + file.Path() + "\"; expected a first line without 0x00 bytes");
+}
+
+TEST(LauncherOptions, BadScenarioFileIsNamed) {
+  const TemporaryFile file("[]");
+  try {
+    Parse({"--generation", "1", "--scenario", file.Path()});
+    FAIL() << "accepted";
+  } catch (const ScenarioError& error) {
+    EXPECT_EQ(error.what(),
+              file.Path() + ": the document is []; expected an object with the keys overrides");
+  }
+}
+
+TEST(LauncherOptions, HelpIsToldApartFromAnError) { EXPECT_THROW(Parse({"--help"}), HelpWanted); }
+
+struct BadCase {
+  std::string name;
+  Texts arguments;
+  std::string complaint;
+};
+
+class BadOption : public testing::TestWithParam<BadCase> {};
+
+TEST_P(BadOption, GetsOneSentenceWithValueAndExpectation) {
+  EXPECT_EQ(Complaint(GetParam().arguments), GetParam().complaint);
+}
+
+const std::string kPort = "; expected a number from 0 (any free one) to 65535";
+const std::string kLoopback = "; expected a loopback address such as 127.0.0.1 or ::1";
+
+INSTANTIATE_TEST_SUITE_P(
+    All, BadOption,
+    testing::Values(
+        BadCase{"NoGeneration", {}, "--generation is missing; expected 1 or 2"},
+        BadCase{"Generation3", {"--generation", "3"}, R"(--generation is "3"; expected 1 or 2)"},
+        BadCase{"GenerationWithoutValue",
+                {"--generation"},
+                "--generation: 1 required TEXT missing; --help lists what is expected"},
+        BadCase{"Platform253OfFirstGeneration",
+                {"--generation", "1", "--platform", "253"},
+                R"(--platform is "253"; expected 254 or none with --generation 1)"},
+        BadCase{"Platform252",
+                {"--generation", "2", "--platform", "252"},
+                R"(--platform is "252"; expected 253 or 254)"},
+        BadCase{
+            "PortNoNumber", {"--generation", "1", "--port", "62x"}, R"(--port is "62x")" + kPort},
+        BadCase{"PortTooLarge",
+                {"--generation", "1", "--port", "65536"},
+                R"(--port is "65536")" + kPort},
+        BadCase{"PortNegative", {"--generation", "1", "--port", "-1"}, R"(--port is "-1")" + kPort},
+        BadCase{"EveryAddress",
+                {"--generation", "1", "--address", "0.0.0.0"},
+                R"(--address is "0.0.0.0")" + kLoopback},
+        BadCase{"AddressByName",
+                {"--generation", "1", "--address", "localhost"},
+                R"(--address is "localhost")" + kLoopback},
+        BadCase{"EmptyUser",
+                {"--generation", "1", "--user", ""},
+                "--user is 0 bytes long; expected 1 to 16 bytes"},
+        BadCase{"UserTooLong",
+                {"--generation", "1", "--user", "0123456789abcdefg"},
+                "--user is 17 bytes long; expected 1 to 16 bytes"},
+        BadCase{"NoPasswordFile",
+                {"--generation", "1", "--password-file", "/none"},
+                "--password-file is \"/none\"; expected a readable file, but: No such file or "
+                "directory"},
+        BadCase{"ScenarioIsADirectory",
+                {"--generation", "1", "--scenario", "/tmp"},
+                "--scenario is \"/tmp\"; expected a file, not a directory"},
+        BadCase{"UnknownOption",
+                {"--generation", "1", "--speed"},
+                "The following argument was not expected: --speed; --help lists what is "
+                "expected"}),
+    [](const auto& instance) { return instance.param.name; });
+
+TEST(LoopbackAddress, WholeLoopbackNetIsOne) {
+  EXPECT_TRUE(IsLoopbackAddress("127.0.0.1"));
+  EXPECT_TRUE(IsLoopbackAddress("127.255.0.9"));
+  EXPECT_TRUE(IsLoopbackAddress("::1"));
+  EXPECT_FALSE(IsLoopbackAddress("128.0.0.1"));
+  EXPECT_FALSE(IsLoopbackAddress("::2"));
+  EXPECT_FALSE(IsLoopbackAddress(""));
+}
+
+TEST(PortReservation, ReservedPortCannotBeReservedAgainUntilItIsGivenBack) {
+  auto reserved = PortReservation::Take("127.0.0.1", 0);
+  ASSERT_TRUE(reserved);
+  const std::uint16_t port = reserved->Port();
+  EXPECT_NE(port, 0);
+  EXPECT_FALSE(PortReservation::Take("127.0.0.1", port));
+  reserved.reset();
+  EXPECT_TRUE(PortReservation::Take("127.0.0.1", port));
+}
+
+}  // namespace
+}  // namespace Tavrin::Simulator

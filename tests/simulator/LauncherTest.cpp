@@ -1,0 +1,152 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <regex>
+#include <thread>
+
+#include "simulator/LoopbackPort.h"
+#include "tests/simulator/LauncherProcess.h"
+#include "tests/support/ChildProcess.h"
+
+namespace Tavrin::Simulator {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(Launcher, PrintsItsAddressInOneLineWhenReady) {
+  const LauncherProcess launcher({"--generation", "1"});
+  const std::string line = launcher.ReadLine();
+  EXPECT_TRUE(std::regex_match(line, std::regex(R"(smm-simulator ready at 127\.0\.0\.1:[0-9]+)")))
+      << line;
+  launcher.Signal(SIGTERM);
+  EXPECT_EQ(launcher.ReadLine(), "");
+}
+
+TEST(Launcher, Ipv6AddressStandsInBrackets) {
+  const LauncherProcess launcher({"--generation", "1", "--address", "::1"});
+  const std::string line = launcher.ReadLine();
+  EXPECT_TRUE(std::regex_match(line, std::regex(R"(smm-simulator ready at \[::1\]:[0-9]+)")))
+      << line;
+}
+
+TEST(Launcher, KeepsItsFilesToItsUser) {
+  const LauncherProcess launcher({"--generation", "1"});
+  launcher.ReadLine();
+  ASSERT_EQ(launcher.FilesLeft(), 1U);
+  const fs::directory_entry directory = *fs::directory_iterator(launcher.TemporaryDirectory());
+  EXPECT_EQ(directory.status().permissions(), fs::perms::owner_all);
+  const fs::perms onlyOwner = fs::perms::owner_read | fs::perms::owner_write;
+  EXPECT_EQ(fs::status(directory.path() / "lan.conf").permissions(), onlyOwner);
+  EXPECT_EQ(fs::status(directory.path() / "settings.json").permissions(), onlyOwner);
+}
+
+class EndingSignal : public testing::TestWithParam<int> {};
+
+TEST_P(EndingSignal, LeavesNoProcessAndNoFile) {
+  LauncherProcess launcher({"--generation", "2"});
+  launcher.ReadLine();
+  const std::vector<pid_t> children = launcher.Children();
+  ASSERT_EQ(children.size(), 1U);
+  launcher.Signal(GetParam());
+  const Finished finished = launcher.Wait();
+  EXPECT_EQ(finished.exitCode, 0);
+  EXPECT_EQ(finished.error, "");
+  EXPECT_EQ(launcher.FilesLeft(), 0U);
+  EXPECT_TRUE(EndsSoon(children[0]));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, EndingSignal, testing::Values(SIGINT, SIGTERM, SIGHUP),
+                         [](const auto& instance) {
+                           return "Signal" + std::to_string(instance.param);
+                         });
+
+TEST(Launcher, SignalDuringTheStartEndsItCleanly) {
+  LauncherProcess launcher({"--generation", "2"});
+  while (launcher.FilesLeft() == 0) {
+    std::this_thread::yield();
+  }
+  launcher.Signal(SIGTERM);
+  EXPECT_EQ(launcher.Wait().exitCode, 0);
+  EXPECT_EQ(launcher.FilesLeft(), 0U);
+}
+
+TEST(Launcher, KilledHardTakesItsChildWithIt) {
+  LauncherProcess launcher({"--generation", "1"});
+  launcher.ReadLine();
+  const std::vector<pid_t> children = launcher.Children();
+  ASSERT_EQ(children.size(), 1U);
+  launcher.Signal(SIGKILL);
+  EXPECT_EQ(launcher.Wait().exitCode, -1);
+  EXPECT_TRUE(EndsSoon(children[0]));
+}
+
+TEST(Launcher, DeathOfTheChildIsToldAndFails) {
+  LauncherProcess launcher({"--generation", "1"});
+  launcher.ReadLine();
+  const std::vector<pid_t> children = launcher.Children();
+  ASSERT_EQ(children.size(), 1U);
+  kill(children[0], SIGKILL);
+  const Finished finished = launcher.Wait();
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_EQ(finished.error, "smm-simulator: ipmi_sim ended by signal 9\n");
+  EXPECT_EQ(launcher.FilesLeft(), 0U);
+}
+
+TEST(Launcher, PortOfAnotherSimulatorIsRefused) {
+  const LauncherProcess first({"--generation", "1"});
+  const std::string address = first.ReadAddress();
+  const std::string port = address.substr(address.find(':') + 1);
+  LauncherProcess second({"--generation", "1", "--port", port});
+  const Finished finished = second.Wait();
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_EQ(finished.error, "smm-simulator: port " + port +
+                                " of 127.0.0.1 is taken; expected a free port, or 0 for any free "
+                                "one\n");
+  EXPECT_EQ(second.FilesLeft(), 0U);
+}
+
+TEST(Launcher, GivenFreePortIsUsed) {
+  const std::uint16_t port = PortReservation::Take("127.0.0.1", 0).value().Port();
+  const LauncherProcess launcher({"--generation", "1", "--port", std::to_string(port)});
+  EXPECT_EQ(launcher.ReadLine(), "smm-simulator ready at 127.0.0.1:" + std::to_string(port));
+}
+
+TEST(Launcher, MissingIpmiSimIsNamedWithItsPackage) {
+  LauncherProcess launcher({"--generation", "1"}, "/none");
+  const Finished finished = launcher.Wait();
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_EQ(finished.error,
+            "smm-simulator: the program ipmi_sim is in no directory of PATH; install the Debian "
+            "package openipmi\n");
+  EXPECT_EQ(launcher.FilesLeft(), 0U);
+}
+
+TEST(Launcher, BadOptionGivesOneLineAndExitCode2) {
+  LauncherProcess launcher({"--generation", "3"});
+  const Finished finished = launcher.Wait();
+  EXPECT_EQ(finished.exitCode, 2);
+  EXPECT_EQ(finished.error, "smm-simulator: --generation is \"3\"; expected 1 or 2\n");
+  EXPECT_EQ(launcher.FilesLeft(), 0U);
+}
+
+TEST(Launcher, BadScenarioGivesOneLineAndExitCode2BeforeAnythingStarts) {
+  const TemporaryFile scenario(R"({"overrides": [{"command": "A8", "silent": true}]})");
+  LauncherProcess launcher({"--generation", "1", "--scenario", scenario.Path()}, "/none");
+  const Finished finished = launcher.Wait();
+  EXPECT_EQ(finished.exitCode, 2);
+  EXPECT_EQ(finished.error, "smm-simulator: " + scenario.Path() +
+                                ": overrides[0].command is \"A8\"; expected a byte as text, "
+                                "\"0x00\" to \"0xFF\"\n");
+}
+
+TEST(Launcher, HelpGoesToStandardOutput) {
+  LauncherProcess launcher({"--help"});
+  EXPECT_EQ(launcher.ReadLine(), "Simulates the SMM of an enclosure over IPMI 2.0 on loopback.");
+  const Finished finished = launcher.Wait();
+  EXPECT_EQ(finished.exitCode, 0);
+  EXPECT_EQ(finished.error, "");
+}
+
+}  // namespace
+}  // namespace Tavrin::Simulator

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace Tavrin {
+
+/// What a finished process left.
+struct Finished {
+  int exitCode = -1;  ///< -1 when a signal ended it.
+  int signal = 0;     ///< The signal that ended it, or 0.
+  std::string output;
+  std::string error;
+};
+
+/// A child process in a session of its own, so that it has no terminal but the one it is given. It
+/// is ended when the object is.
+class Child {
+ public:
+  /// `environment` holds NAME=value texts and stands alone: nothing is inherited. With a terminal,
+  /// standard input and error are that device; otherwise `input` is all that standard input holds.
+  Child(std::vector<std::string> arguments, std::vector<std::string> environment,
+        const std::string& input = {}, const std::string& terminal = {});
+  ~Child();
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  /// The next line of standard output, without its end; empty at the end of output.
+  std::string ReadLine() const;
+
+  /// Takes all output until the process ends.
+  Finished Wait();
+
+ private:
+  pid_t process_ = -1;
+  int output_ = -1;
+  int error_ = -1;
+};
+
+/// A file for one test, readable by its owner alone; removed with the object.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(const std::string& content);
+  ~TemporaryFile();
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+  const std::string& Path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+}  // namespace Tavrin

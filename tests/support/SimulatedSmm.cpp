@@ -1,0 +1,40 @@
+#include "tests/support/SimulatedSmm.h"
+
+#include <stdexcept>
+
+namespace Tavrin {
+namespace {
+
+std::vector<std::string> Arguments(const std::vector<std::string>& options,
+                                   const std::string& passwordPath,
+                                   const std::string& scenarioPath) {
+  std::vector<std::string> arguments = {SMM_SIMULATOR, "--user",     "admin",     "--password-file",
+                                        passwordPath,  "--scenario", scenarioPath};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  return arguments;
+}
+
+}  // namespace
+
+SimulatedSmm::SimulatedSmm(const std::vector<std::string>& options, const std::string& scenario)
+    : password_("sesame\n"),
+      scenario_(scenario),
+      child_(Arguments(options, password_.Path(), scenario_.Path()),
+             {"PATH=/usr/bin:/bin:/usr/sbin"}) {
+  const std::string ready = child_.ReadLine();
+  address_ = ready.substr(ready.rfind(' ') + 1);
+  if (address_.empty()) {
+    throw std::runtime_error("the simulator did not start: " + child_.Wait().error);
+  }
+}
+
+std::string SimulatedSmm::Host() const {
+  std::string host = address_.substr(0, address_.rfind(':'));
+  return host.front() == '[' ? host.substr(1, host.size() - 2) : host;
+}
+
+std::uint16_t SimulatedSmm::Port() const {
+  return static_cast<std::uint16_t>(std::stoul(address_.substr(address_.rfind(':') + 1)));
+}
+
+}  // namespace Tavrin

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tests/support/ChildProcess.h"
+
+namespace Tavrin {
+
+/// A simulated enclosure on loopback, whose user is "admin" with the password "sesame". It is ended
+/// with the object.
+class SimulatedSmm {
+ public:
+  /// `options` as the launcher takes them, for example {"--generation", "1"}; `scenario` is the
+  /// content of a scenario file.
+  explicit SimulatedSmm(const std::vector<std::string>& options,
+                        const std::string& scenario = R"({"overrides": []})");
+
+  /// Host and port as one text, for example "127.0.0.1:50123".
+  const std::string& Address() const { return address_; }
+  std::string Host() const;
+  std::uint16_t Port() const;
+
+ private:
+  TemporaryFile password_;
+  TemporaryFile scenario_;
+  Child child_;
+  std::string address_;
+};
+
+}  // namespace Tavrin

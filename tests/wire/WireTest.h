@@ -1,0 +1,33 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/ConnectionInfo.h"
+#include "platform/standalone/logger/LogControl.h"
+#include "tests/support/SimulatedSmm.h"
+
+namespace Tavrin {
+
+/// The pauses that the library asked for, in seconds; they are counted, not waited.
+std::vector<unsigned int>& Pauses();
+
+/// The settings that open a session on the simulator.
+TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator);
+
+/// A test over the wire. Sessions open with the workaround that the simulator needs, and silence is
+/// noticed after a second; log lines of levels 1 and 2 are collected.
+class WireTest : public ::testing::Test {
+ protected:
+  WireTest();
+  ~WireTest() override;
+
+  /// All collected log texts, one a line.
+  std::string LogText() const;
+
+  std::vector<Standalone::LogLine> lines;
+};
+
+}  // namespace Tavrin

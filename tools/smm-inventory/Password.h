@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace Tavrin {
+
+/// The longest user name and password that IPMI 2.0 carries, in bytes.
+constexpr std::size_t kMaxUserNameLength = 16;
+constexpr std::size_t kMaxPasswordLength = 20;
+
+// The functions that read a password fill a text of the caller's instead of returning one, so that
+// no moved-from copy of it stays behind; the caller wipes that text. They throw UsageError, whose
+// sentence names the source and never the password, when the source cannot be read or the password
+// is empty, too long or holds a NUL byte.
+
+/// Reads the password that is the file's one line. A file that the group or others can read is
+/// refused.
+void ReadPasswordFile(const std::string& path, std::string& password);
+
+/// Reads the first line of an open descriptor as password; `source` names it in a refusal. What
+/// follows the line stays unread.
+void ReadPasswordLine(int descriptor, const std::string& source, std::string& password);
+
+/// Takes the password from the value of the environment variable IPMI_PASSWORD.
+void TakeEnvironmentPassword(const char* value, std::string& password);
+
+/// Takes the password from the first of these that is there: the file (`-` is standard input), the
+/// environment, a prompt on the terminal.
+void ObtainPassword(const std::optional<std::string>& file, const std::string& prompt,
+                    std::string& password);
+
+/// Overwrites the text's bytes and empties it.
+void WipeText(std::string& text);
+
+}  // namespace Tavrin

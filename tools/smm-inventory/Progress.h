@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+
+#include "platform/standalone/logger/LogControl.h"
+#include "tools/smm-inventory/Console.h"
+
+namespace Tavrin {
+
+/// Turns the log's lines into what a person wants to know while the library works: how far a wait
+/// is, that something fails, and afterwards why. The log's threshold is to be at least 3.
+class Progress {
+ public:
+  /// Log lines up to this level are shown as they are, as -v asks; 0 shows none.
+  Progress(Console& console, unsigned int shownLevel)
+      : console_(console), shownLevel_(shownLevel) {}
+
+  /// Takes one line, as the handler that SetLogLineHandler calls.
+  void Take(const Standalone::LogLine& line);
+
+  /// Between these the status read of the library runs: its attempts are shown under the wait's
+  /// name, and the first failure at once.
+  void BeginWait(const std::string& name);
+  void EndWait();
+
+  /// What the log complains about, escaped; empty when there was none since ForgetCause
+  /// or, later, since the last attempt of a status read began. The IPMI client's own
+  /// words are preferred to the library's, which only has numbers.
+  [[nodiscard]] const std::string& Cause() const {
+    return clientCause_.empty() ? otherCause_ : clientCause_;
+  }
+  void ForgetCause();
+
+ private:
+  void TakeCause(const Standalone::LogLine& line);
+  void TakeAttempt(const std::string& text);
+
+  Console& console_;
+  unsigned int shownLevel_;
+  std::string waitName_;
+  std::string shownCause_;
+  std::string clientCause_;
+  std::string otherCause_;
+};
+
+}  // namespace Tavrin
