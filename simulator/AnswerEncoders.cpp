@@ -2,21 +2,39 @@
 
 #include <array>
 #include <cstddef>
+#include <numeric>
 #include <string>
+#include <vector>
 
 namespace Tavrin::Simulator {
 namespace {
 
 constexpr std::size_t kStatusLength = 16;
 constexpr std::size_t kEnclosureTypePosition = 13;
-constexpr std::size_t kMachineTypeLength = 8;
-constexpr std::size_t kSerialNumberLength = 16;
-constexpr std::size_t kNameLength = 24;
+constexpr const char* kBlanks = "  ";
+constexpr std::size_t kSerialNumberLength = kMaxSerialNumber + 4;
 
 constexpr std::uint8_t kIdentityGroup = 0x05;
 constexpr std::uint8_t kMachineTypeItem = 0x00;
 constexpr std::uint8_t kSerialNumberItem = 0x01;
 constexpr std::uint8_t kNameItem = 0x0B;
+
+constexpr std::uint8_t kPlatform253 = 0xFD;
+constexpr std::uint8_t kWholeEnclosure = 0x05;
+constexpr std::uint8_t kWholeEnclosureOf253 = 0x0D;
+
+constexpr std::uint8_t kBusOfSlot1 = 0x0F;
+constexpr std::uint8_t kBusOfOtherSlots = 0x0D;
+constexpr std::uint8_t kPsuAddress = 0xD0;
+constexpr std::uint8_t kVersionRegister = 0xFC;
+constexpr std::uint8_t kManufacturerRegister = 0x99;
+constexpr std::uint8_t kPositionRegister = 0xF0;
+constexpr std::size_t kPositionLength = 32;
+constexpr std::uint8_t kPositionFiller = 0xC0;
+
+/// In the answer with the PSUs' flags; no reader uses it.
+constexpr std::uint8_t kReservedLow = 0xA5;
+constexpr std::uint8_t kReservedHigh = 0x5A;
 
 Answer Refusal(std::uint8_t completionCode) { return {completionCode, {}}; }
 
@@ -30,6 +48,75 @@ Bytes ZeroPadded(const std::string& text, std::size_t length) {
   Append(bytes, text);
   bytes.resize(length);
   return bytes;
+}
+
+void AppendWord(Bytes& bytes, std::uint16_t value) {
+  constexpr int kByteBits = 8;
+  bytes.push_back(static_cast<std::uint8_t>(value & 0xFF));
+  bytes.push_back(static_cast<std::uint8_t>(value >> kByteBits));
+}
+
+/// The bytes in front of an answer: on a second-generation controller those of the request.
+Bytes Front(const Enclosure& enclosure, const Bytes& requestData) {
+  return enclosure.secondGeneration ? requestData : Bytes{};
+}
+
+std::uint8_t WholeEnclosure(const Enclosure& enclosure) {
+  return enclosure.platformId == kPlatform253 ? kWholeEnclosureOf253 : kWholeEnclosure;
+}
+
+/// The element of that number, counted from 1, or null when there is none.
+template <typename Element>
+const Element* Find(const std::vector<Element>& elements, std::uint8_t number) {
+  return number >= 1 && number <= elements.size() ? &elements[number - 1U] : nullptr;
+}
+
+Bytes PositionBytes(const PsuPosition& position) {
+  Bytes bytes(kPositionLength);
+  std::iota(bytes.begin(), bytes.end(), kPositionFiller);
+  bytes[0] = position.first;
+  bytes[1] = position.second;
+  return bytes;
+}
+
+/// What the PSU keeps in the register; nothing for a register that it does not have.
+Bytes RegisterBytes(const Enclosure& enclosure, const Psu& psu, std::uint8_t number) {
+  Bytes bytes;
+  switch (number) {
+    case kVersionRegister:
+      return {psu.version.minor, psu.version.major};
+    case kManufacturerRegister:
+      bytes.assign(psu.manufacturer.begin(), psu.manufacturer.end());
+      // A block read brings its length along; a second-generation controller takes it off and ends
+      // the text with 0x00.
+      if (enclosure.secondGeneration) {
+        bytes.push_back(0);
+      } else {
+        bytes.insert(bytes.begin(), static_cast<std::uint8_t>(bytes.size()));
+      }
+      return bytes;
+    case kPositionRegister:
+      return PositionBytes(psu.position);
+    default:
+      return {};
+  }
+}
+
+Answer FirstBytes(Bytes bytes, std::uint8_t count) {
+  if (count == 0 || count > bytes.size()) {
+    return Refusal(CompletionCode::kCannotReturnThatMany);
+  }
+  bytes.resize(count);
+  return {CompletionCode::kNormal, bytes};
+}
+
+/// The flag of every PSU, the lowest bit for slot 1.
+std::uint16_t FlagBits(const Enclosure& enclosure, bool Psu::*flag) {
+  unsigned int bits = 0;
+  for (std::size_t index = 0; index < enclosure.psus.size(); ++index) {
+    bits |= (enclosure.psus[index].*flag ? 1U : 0U) << index;
+  }
+  return static_cast<std::uint16_t>(bits);
 }
 
 }  // namespace
@@ -63,14 +150,14 @@ Answer EncodeIdentity(const Enclosure& enclosure, const Bytes& requestData) {
   Bytes text;
   switch (requestData[1]) {
     case kMachineTypeItem:
-      text = ZeroPadded(enclosure.machineType, kMachineTypeLength);
+      text = ZeroPadded(enclosure.machineType, kMaxMachineType);
       break;
     case kSerialNumberItem:
       // Stored as a field of blanks with the number in it, as inventory storage often is.
-      text = ZeroPadded("  " + enclosure.serialNumber + "  ", kSerialNumberLength);
+      text = ZeroPadded(kBlanks + enclosure.serialNumber + kBlanks, kSerialNumberLength);
       break;
     case kNameItem:
-      text = ZeroPadded(enclosure.name, kNameLength);
+      text = ZeroPadded(enclosure.name, kMaxName);
       break;
     default:
       return Refusal(CompletionCode::kParameterOutOfRange);
@@ -81,15 +168,161 @@ Answer EncodeIdentity(const Enclosure& enclosure, const Bytes& requestData) {
   return {CompletionCode::kNormal, text};
 }
 
+Answer EncodePower(const Enclosure& enclosure, const Bytes& requestData) {
+  if (requestData.size() != 1) {
+    return Refusal(CompletionCode::kInvalidDataLength);
+  }
+  const Node* const node = Find(enclosure.nodes, requestData[0]);
+  if (node == nullptr && requestData[0] != WholeEnclosure(enclosure)) {
+    return Refusal(CompletionCode::kParameterOutOfRange);
+  }
+  const PowerReadings& power = node == nullptr ? enclosure.power : node->power;
+  Bytes data = Front(enclosure, requestData);
+  AppendWord(data, power.minimum);
+  AppendWord(data, power.average);
+  AppendWord(data, power.maximum);
+  return {CompletionCode::kNormal, data};
+}
+
+Answer EncodeCaps(const Enclosure& enclosure, const Bytes& requestData) {
+  if (requestData.size() != 1) {
+    return Refusal(CompletionCode::kInvalidDataLength);
+  }
+  if (requestData[0] != WholeEnclosure(enclosure)) {
+    return Refusal(CompletionCode::kParameterOutOfRange);
+  }
+  Bytes data = Front(enclosure, requestData);
+  AppendWord(data, enclosure.caps.minimum);
+  AppendWord(data, enclosure.caps.maximum);
+  AppendWord(data, enclosure.caps.protective);
+  AppendWord(data, enclosure.caps.user);
+  AppendWord(data, enclosure.caps.thermal);
+  return {CompletionCode::kNormal, data};
+}
+
+Answer EncodeNodeStatus(const Enclosure& enclosure, const Bytes& requestData) {
+  if (requestData.size() != 1) {
+    return Refusal(CompletionCode::kInvalidDataLength);
+  }
+  const Node* const node = Find(enclosure.nodes, requestData[0]);
+  if (node == nullptr) {
+    return Refusal(CompletionCode::kParameterOutOfRange);
+  }
+  Bytes data = Front(enclosure, requestData);
+  data.insert(data.end(), {node->powerState, node->width, node->height, node->permission});
+  return {CompletionCode::kNormal, data};
+}
+
+Answer EncodePsuFans(const Enclosure& enclosure, const Bytes& requestData) {
+  if (requestData.size() != 1) {
+    return Refusal(CompletionCode::kInvalidDataLength);
+  }
+  const Psu* const psu = Find(enclosure.psus, requestData[0]);
+  if (psu == nullptr) {
+    return Refusal(CompletionCode::kParameterOutOfRange);
+  }
+  Bytes data = Front(enclosure, requestData);
+  AppendWord(data, psu->fanA.speed);
+  data.push_back(psu->fanA.pat);
+  if (enclosure.secondGeneration) {
+    AppendWord(data, psu->fanB.speed);
+    data.push_back(psu->fanB.pat);
+  }
+  data.push_back(psu->fanStatus);
+  return {CompletionCode::kNormal, data};
+}
+
+Answer EncodePsuFlags(const Enclosure& enclosure, const Bytes& requestData) {
+  if (!requestData.empty()) {
+    return Refusal(CompletionCode::kInvalidDataLength);
+  }
+  const std::uint16_t epow = FlagBits(enclosure, &Psu::earlyPowerOffWarning);
+  const std::uint16_t throttle = FlagBits(enclosure, &Psu::throttle);
+  const std::uint16_t present = FlagBits(enclosure, &Psu::present);
+  const std::uint16_t powerGood = FlagBits(enclosure, &Psu::powerGood);
+  Bytes data;
+  if (!enclosure.secondGeneration) {
+    for (const std::uint16_t bits : {epow, throttle, present, powerGood}) {
+      data.push_back(static_cast<std::uint8_t>(bits));
+    }
+    data.insert(data.end(), {kReservedLow, kReservedHigh});
+    return {CompletionCode::kNormal, data};
+  }
+  AppendWord(data, epow);
+  data.insert(data.end(), {kReservedLow, kReservedHigh});
+  for (const std::uint16_t bits : {throttle, powerGood, present}) {
+    AppendWord(data, bits);
+  }
+  return {CompletionCode::kNormal, data};
+}
+
+Answer EncodePsuRegister(const Enclosure& enclosure, const Bytes& requestData) {
+  if (!enclosure.secondGeneration) {
+    return Refusal(CompletionCode::kInvalidCommand);
+  }
+  if (requestData.size() != 3) {
+    return Refusal(CompletionCode::kInvalidDataLength);
+  }
+  const Psu* const psu = Find(enclosure.psus, requestData[0]);
+  if (psu == nullptr) {
+    return Refusal(CompletionCode::kParameterOutOfRange);
+  }
+  if (!psu->present) {
+    return Refusal(CompletionCode::kNotPresent);
+  }
+  const Bytes bytes = RegisterBytes(enclosure, *psu, requestData[2]);
+  return bytes.empty() ? Refusal(CompletionCode::kParameterOutOfRange)
+                       : FirstBytes(bytes, requestData[1]);
+}
+
+Answer EncodeMasterWriteRead(const Enclosure& enclosure, const Bytes& requestData) {
+  if (enclosure.secondGeneration) {
+    return Refusal(CompletionCode::kInvalidCommand);
+  }
+  if (requestData.size() != 4) {
+    return Refusal(CompletionCode::kInvalidDataLength);
+  }
+  const std::uint8_t bus = requestData[0];
+  if (bus != kBusOfSlot1 && bus != kBusOfOtherSlots) {
+    return Refusal(CompletionCode::kParameterOutOfRange);
+  }
+  // The enclosure has two slots, so that the second bus leads to one PSU.
+  const Psu& psu = enclosure.psus.at(bus == kBusOfSlot1 ? 0 : 1);
+  const Bytes bytes = RegisterBytes(enclosure, psu, requestData[3]);
+  if (requestData[1] != kPsuAddress || !psu.present || bytes.empty()) {
+    return Refusal(CompletionCode::kNakOnWrite);
+  }
+  return FirstBytes(bytes, requestData[2]);
+}
+
+Answer EncodePsuSelection(const Enclosure& enclosure, const Bytes& requestData) {
+  if (requestData.empty() || requestData.size() > 2) {
+    return Refusal(CompletionCode::kInvalidDataLength);
+  }
+  if (requestData[0] != 0) {
+    return Refusal(CompletionCode::kInvalidDataField);
+  }
+  return {CompletionCode::kNormal,
+          {requestData.size() == 2 ? requestData[1] : enclosure.selectedPsu}};
+}
+
 Answer EncodeAnswer(const Enclosure& enclosure, const Request& request) {
   struct Entry {
     std::uint8_t netFn;
     std::uint8_t command;
     Answer (*encode)(const Enclosure&, const Bytes&);
   };
-  static constexpr std::array<Entry, 2> kEntries = {{
+  static constexpr std::array<Entry, 10> kEntries = {{
       {kNetFnOem, 0xA8, EncodeStatus},
       {kNetFnOem, 0xB0, EncodeIdentity},
+      {kNetFnOem, 0x98, EncodePower},
+      {kNetFnOem, 0x9D, EncodeCaps},
+      {kNetFnOem, 0xA7, EncodeNodeStatus},
+      {kNetFnOem, 0xA5, EncodePsuFans},
+      {kNetFnOem, 0x91, EncodePsuFlags},
+      {kNetFnOem, 0x92, EncodePsuRegister},
+      {kNetFnOem, kSelectPsu, EncodePsuSelection},
+      {kNetFnApplication, kMasterWriteRead, EncodeMasterWriteRead},
   }};
   for (const Entry& entry : kEntries) {
     if (entry.netFn == request.netFn && entry.command == request.command) {

@@ -15,11 +15,10 @@ bool Matches(const Override& override, const Request& request) {
 
 }  // namespace
 
-Controller::Controller(Enclosure enclosure, Scenario scenario)
-    : enclosure_(std::move(enclosure)), scenario_(std::move(scenario)) {}
+Controller::Controller(Scenario scenario) : scenario_(std::move(scenario)) {}
 
 Reply Controller::Handle(const Request& request) {
-  for (Override& override : scenario_) {
+  for (Override& override : scenario_.overrides) {
     if (!Matches(override, request)) {
       continue;
     }
@@ -29,10 +28,20 @@ Reply Controller::Handle(const Request& request) {
     // The enclosure does not see a request whose answer is overridden.
     Answer answer = override.answer   ? *override.answer
                     : override.silent ? Answer{}
-                                      : EncodeAnswer(enclosure_, request);
+                                      : AnswerItself(request);
     return {std::move(answer), override.delay, override.silent};
   }
-  return {EncodeAnswer(enclosure_, request), {}, false};
+  return {AnswerItself(request), {}, false};
+}
+
+/// The PSU selection is the only command that changes the enclosure.
+Answer Controller::AnswerItself(const Request& request) {
+  Answer answer = EncodeAnswer(scenario_.enclosure, request);
+  if (request.netFn == kNetFnOem && request.command == kSelectPsu &&
+      answer.completionCode == CompletionCode::kNormal) {
+    scenario_.enclosure.selectedPsu = answer.data.front();
+  }
+  return answer;
 }
 
 }  // namespace Tavrin::Simulator

@@ -2,7 +2,6 @@
 
 #include <chrono>
 
-#include "simulator/Enclosure.h"
 #include "simulator/Message.h"
 #include "simulator/Scenario.h"
 
@@ -18,13 +17,14 @@ struct Reply {
 /// The simulated management controller: an enclosure, and a scenario that may override its answers.
 class Controller {
  public:
-  Controller(Enclosure enclosure, Scenario scenario);
+  explicit Controller(Scenario scenario);
 
   /// Answers one request. The first override that matches and is not used up decides.
   Reply Handle(const Request& request);
 
  private:
-  Enclosure enclosure_;
+  Answer AnswerItself(const Request& request);
+
   Scenario scenario_;
 };
 

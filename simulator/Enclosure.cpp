@@ -11,6 +11,52 @@ constexpr std::array<std::pair<EnclosureKind, const char*>, 3> kKindNames = {{
     {EnclosureKind::SecondGeneration254, "second-generation-254"},
 }};
 
+std::uint16_t Word(unsigned int value) { return static_cast<std::uint16_t>(value); }
+std::uint8_t Byte(unsigned int value) { return static_cast<std::uint8_t>(value); }
+
+/// The node of the number. `extra` sets the enclosures apart.
+Node MakeNode(unsigned int number, unsigned int extra) {
+  Node node;
+  node.power = {Word(110 + extra + 9 * number), Word(330 + extra + 11 * number),
+                Word(600 + extra + 13 * number)};
+  node.width = number % 2 == 1 ? 1 : 2;
+  node.height = number % 2 == 1 ? 2 : 1;
+  node.permission = Byte(0x10 + number);
+  return node;
+}
+
+/// The PSU of the slot. `extra` sets the enclosures apart.
+Psu MakePsu(unsigned int slot, unsigned int extra) {
+  Psu psu;
+  psu.fanA = {Word(5200 + 40 * extra + 290 * slot), Byte(60 + slot)};
+  psu.fanB = {Word(8200 + 40 * extra + 335 * slot), Byte(80 + slot)};
+  psu.version = {Byte(slot), Byte(0x07 + extra + slot)};
+  psu.manufacturer = {'P', Byte('A' + extra), 'S', Byte('0' + slot)};
+  psu.position = {Byte(0x09 + slot), Byte(slot)};
+  return psu;
+}
+
+/// What the nodes take and what is around them.
+PowerReadings TotalPower(const std::vector<Node>& nodes) {
+  PowerReadings total = {95, 180, 260};
+  for (const Node& node : nodes) {
+    total.minimum = Word(total.minimum + node.power.minimum);
+    total.average = Word(total.average + node.power.average);
+    total.maximum = Word(total.maximum + node.power.maximum);
+  }
+  return total;
+}
+
+void Equip(Enclosure& enclosure, unsigned int nodes, unsigned int psus, unsigned int extra) {
+  for (unsigned int number = 1; number <= nodes; ++number) {
+    enclosure.nodes.push_back(MakeNode(number, extra));
+  }
+  for (unsigned int slot = 1; slot <= psus; ++slot) {
+    enclosure.psus.push_back(MakePsu(slot, extra));
+  }
+  enclosure.power = TotalPower(enclosure.nodes);
+}
+
 Enclosure FirstGeneration() {
   Enclosure enclosure;
   enclosure.majorRevision = 0x01;
@@ -20,6 +66,8 @@ Enclosure FirstGeneration() {
   enclosure.machineType = "1QA4";
   enclosure.serialNumber = "SIM10001";
   enclosure.name = "simulated-first";
+  enclosure.caps = {610, 3400, 2950, 2100, 2500};
+  Equip(enclosure, 4, 2, 0);
   return enclosure;
 }
 
@@ -35,6 +83,8 @@ Enclosure SecondGeneration253() {
   enclosure.machineType = "2QC9";
   enclosure.serialNumber = "SIM25301";
   enclosure.name = "simulated-second-253";
+  enclosure.caps = {2210, 9700, 9100, 7600, 8300};
+  Equip(enclosure, 12, 9, 1);
   return enclosure;
 }
 
@@ -50,6 +100,8 @@ Enclosure SecondGeneration254() {
   enclosure.machineType = "2qB2";
   enclosure.serialNumber = "SIM25401";
   enclosure.name = "simulated-second-254";
+  enclosure.caps = {640, 3450, 3010, 2150, 2560};
+  Equip(enclosure, 4, 2, 2);
   return enclosure;
 }
 

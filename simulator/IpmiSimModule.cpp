@@ -23,13 +23,16 @@ namespace {
 /// Marks a request in ipmi_sim's own records as one whose reply waits in the module.
 constexpr long kRepliedHere = 1;
 
+Scenario ScenarioOf(const ModuleSettings& settings) {
+  Enclosure enclosure = MakeEnclosure(settings.kind);
+  return settings.scenario.empty()
+             ? Scenario{std::move(enclosure), {}}
+             : ParseScenario(settings.scenario, "scenario", std::move(enclosure));
+}
+
 struct Module {
   Module(sys_data_t* loader, ModuleSettings given)
-      : system(loader),
-        settings(std::move(given)),
-        controller(MakeEnclosure(settings.kind),
-                   settings.scenario.empty() ? Scenario{}
-                                             : ParseScenario(settings.scenario, "scenario")) {}
+      : system(loader), settings(std::move(given)), controller(ScenarioOf(settings)) {}
 
   sys_data_t* system;
   ModuleSettings settings;

@@ -104,12 +104,12 @@ std::string ReadPassword(const std::optional<std::string>& path) {
   return password;
 }
 
-std::string ReadScenario(const std::optional<std::string>& path) {
+std::string ReadScenario(const std::optional<std::string>& path, EnclosureKind kind) {
   if (!path) {
     return {};
   }
   std::string content = ReadFile("--scenario", *path);
-  ParseScenario(content, *path);
+  ParseScenario(content, *path, MakeEnclosure(kind));
   return content;
 }
 
@@ -122,7 +122,8 @@ void Define(CLI::App& app, Texts& texts) {
   app.add_option("--user", texts.userName, "IPMI user name (default admin)");
   app.add_option("--password-file", texts.passwordFile,
                  "File whose first line is the password (default password: simulated)");
-  app.add_option("--scenario", texts.scenarioFile, "JSON file that overrides single answers");
+  app.add_option("--scenario", texts.scenarioFile,
+                 "JSON file that changes the enclosure or its answers");
 }
 
 }  // namespace
@@ -141,12 +142,13 @@ LauncherOptions ParseLauncherOptions(int argc, const char* const* argv) {
   if (!IsLoopbackAddress(texts.address)) {
     Refuse("--address", texts.address, "a loopback address such as 127.0.0.1 or ::1");
   }
-  return {ReadKind(texts),
+  const EnclosureKind kind = ReadKind(texts);
+  return {kind,
           texts.address,
           ReadPort(texts.port),
           CheckedUserName(texts.userName),
           ReadPassword(texts.passwordFile),
-          ReadScenario(texts.scenarioFile)};
+          ReadScenario(texts.scenarioFile, kind)};
 }
 
 }  // namespace Tavrin::Simulator

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "simulator/LauncherOptions.h"
-#include "simulator/Scenario.h"
+#include "simulator/ScenarioValue.h"
 #include "simulator/SimulatedEnclosure.h"
 
 namespace Tavrin::Simulator {

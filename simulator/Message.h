@@ -22,14 +22,18 @@ struct Answer {
 
 namespace CompletionCode {
 constexpr std::uint8_t kNormal = 0x00;
+constexpr std::uint8_t kNakOnWrite = 0x83;  ///< Of Master Write-Read: no device took the write.
 constexpr std::uint8_t kInvalidCommand = 0xC1;
 constexpr std::uint8_t kInvalidDataLength = 0xC7;
 constexpr std::uint8_t kParameterOutOfRange = 0xC9;
+constexpr std::uint8_t kCannotReturnThatMany = 0xCA;
+constexpr std::uint8_t kNotPresent = 0xCB;
 constexpr std::uint8_t kInvalidDataField = 0xCC;
 }  // namespace CompletionCode
 
 constexpr std::uint8_t kNetFnOem = 0x32;
 constexpr std::uint8_t kNetFnApplication = 0x06;
 constexpr std::uint8_t kMasterWriteRead = 0x52;  ///< Under kNetFnApplication.
+constexpr std::uint8_t kSelectPsu = 0xF4;        ///< Under kNetFnOem.
 
 }  // namespace Tavrin::Simulator

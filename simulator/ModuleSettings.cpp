@@ -1,44 +1,39 @@
 #include "simulator/ModuleSettings.h"
 
 #include <fstream>
-#include <nlohmann/json.hpp>
+#include <iterator>
 #include <stdexcept>
-#include <vector>
 
 namespace Tavrin::Simulator {
 namespace {
 
-// As numbers, since names and passwords are bytes and need not be UTF-8.
-std::vector<unsigned char> ToNumbers(const std::string& bytes) {
-  return {bytes.begin(), bytes.end()};
-}
-
-std::string FromNumbers(const nlohmann::json& numbers) {
-  const auto values = numbers.get<std::vector<unsigned char>>();
-  return {values.begin(), values.end()};
-}
+/// Ends every field but the last, the scenario, which is the only one that may hold it.
+constexpr char kEndOfField = '\0';
 
 }  // namespace
 
 std::string WriteModuleSettings(const ModuleSettings& settings) {
-  const nlohmann::json document = {
-      {"kind", KindName(settings.kind)},
-      {"userName", ToNumbers(settings.userName)},
-      {"password", ToNumbers(settings.password)},
-      {"scenario", ToNumbers(settings.scenario)},
-  };
-  return document.dump();
+  std::string content;
+  for (const std::string& field : {KindName(settings.kind), settings.userName, settings.password}) {
+    content += field + kEndOfField;
+  }
+  return content + settings.scenario;
 }
 
 ModuleSettings ReadModuleSettings(const std::string& path) {
-  std::ifstream file(path);
-  const nlohmann::json document = nlohmann::json::parse(file);
-  const auto kind = KindFromName(document.at("kind").get<std::string>());
+  std::ifstream file(path, std::ios::binary);
+  std::string kindName;
+  ModuleSettings settings;
+  std::getline(file, kindName, kEndOfField);
+  std::getline(file, settings.userName, kEndOfField);
+  std::getline(file, settings.password, kEndOfField);
+  settings.scenario.assign(std::istreambuf_iterator<char>(file), {});
+  const auto kind = KindFromName(kindName);
   if (!kind) {
     throw std::runtime_error(path + " names no known kind of enclosure");
   }
-  return {*kind, FromNumbers(document.at("userName")), FromNumbers(document.at("password")),
-          FromNumbers(document.at("scenario"))};
+  settings.kind = *kind;
+  return settings;
 }
 
 }  // namespace Tavrin::Simulator

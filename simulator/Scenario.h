@@ -2,10 +2,10 @@
 
 #include <chrono>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "simulator/Enclosure.h"
 #include "simulator/Message.h"
 
 namespace Tavrin::Simulator {
@@ -21,16 +21,13 @@ struct Override {
   bool silent = false;
 };
 
-using Scenario = std::vector<Override>;
-
-/// A scenario that cannot be used; what() is one sentence that names the source, the place, the
-/// value and what was expected.
-class ScenarioError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
+struct Scenario {
+  Enclosure enclosure;
+  std::vector<Override> overrides;
 };
 
-/// Reads a scenario from JSON text. `source` names the text in error sentences.
-Scenario ParseScenario(const std::string& text, const std::string& source);
+/// Reads a scenario from JSON text: what it changes about `enclosure`, and its overrides. `source`
+/// names the text in error sentences. Throws ScenarioError.
+Scenario ParseScenario(const std::string& text, const std::string& source, Enclosure enclosure);
 
 }  // namespace Tavrin::Simulator

@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kSettingsName = "settings.json";
+constexpr const char* kSettingsName = "settings";
 constexpr int kMaxSessions = 63;  // As many as ipmi_sim has room for.
 constexpr const char* kModuleName = "smm_simulator_module.so";
 constexpr const char* kOutputName = "ipmi_sim.log";

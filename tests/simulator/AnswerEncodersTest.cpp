@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -81,6 +82,247 @@ INSTANTIATE_TEST_SUITE_P(
         IdentityCase{"Second254Name", kSecond254, 0x0B, "\x05\x0Bsimulated-second-254~~~~"}),
     [](const auto& instance) { return instance.param.name; });
 
+struct ReadingCase {
+  std::string name;
+  EnclosureKind kind;
+  Request request;
+  Bytes answer;
+};
+
+class ReadingAnswer : public testing::TestWithParam<ReadingCase> {};
+
+TEST_P(ReadingAnswer, HasItsLayout) {
+  const Answer answer = EncodeAnswer(MakeEnclosure(GetParam().kind), GetParam().request);
+  EXPECT_EQ(answer.completionCode, 0x00);
+  EXPECT_EQ(answer.data, GetParam().answer);
+}
+
+std::string NameOf(const testing::TestParamInfo<ReadingCase>& instance) {
+  return instance.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ChassisPower, ReadingAnswer,
+    testing::Values(
+        // 625, 1610, 2790.
+        ReadingCase{"First", kFirst, {0x32, 0x98, {0x05}}, {0x71, 0x02, 0x4A, 0x06, 0xE6, 0x0A}},
+        // 2129, 5010, 8486, and the selector in front.
+        ReadingCase{"Second253",
+                    kSecond253,
+                    {0x32, 0x98, {0x0D}},
+                    {0x0D, 0x51, 0x08, 0x92, 0x13, 0x26, 0x21}},
+        // 633, 1618, 2798.
+        ReadingCase{"Second254",
+                    kSecond254,
+                    {0x32, 0x98, {0x05}},
+                    {0x05, 0x79, 0x02, 0x52, 0x06, 0xEE, 0x0A}}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    ChassisCaps, ReadingAnswer,
+    testing::Values(
+        // 610, 3400, 2950, 2100, 2500.
+        ReadingCase{"First",
+                    kFirst,
+                    {0x32, 0x9D, {0x05}},
+                    {0x62, 0x02, 0x48, 0x0D, 0x86, 0x0B, 0x34, 0x08, 0xC4, 0x09}},
+        // 2210, 9700, 9100, 7600, 8300.
+        ReadingCase{"Second253",
+                    kSecond253,
+                    {0x32, 0x9D, {0x0D}},
+                    {0x0D, 0xA2, 0x08, 0xE4, 0x25, 0x8C, 0x23, 0xB0, 0x1D, 0x6C, 0x20}},
+        // 640, 3450, 3010, 2150, 2560.
+        ReadingCase{"Second254",
+                    kSecond254,
+                    {0x32, 0x9D, {0x05}},
+                    {0x05, 0x80, 0x02, 0x7A, 0x0D, 0xC2, 0x0B, 0x66, 0x08, 0x00, 0x0A}}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    NodePower, ReadingAnswer,
+    testing::Values(
+        // 119, 341, 613.
+        ReadingCase{
+            "FirstsFirst", kFirst, {0x32, 0x98, {0x01}}, {0x77, 0x00, 0x55, 0x01, 0x65, 0x02}},
+        // 146, 374, 652.
+        ReadingCase{
+            "FirstsLast", kFirst, {0x32, 0x98, {0x04}}, {0x92, 0x00, 0x76, 0x01, 0x8C, 0x02}},
+        // 156, 386, 666: 05 is a node where the enclosure has another selector.
+        ReadingCase{"Second253sFifth",
+                    kSecond253,
+                    {0x32, 0x98, {0x05}},
+                    {0x05, 0x9C, 0x00, 0x82, 0x01, 0x9A, 0x02}},
+        // 219, 463, 757.
+        ReadingCase{"Second253sLast",
+                    kSecond253,
+                    {0x32, 0x98, {0x0C}},
+                    {0x0C, 0xDB, 0x00, 0xCF, 0x01, 0xF5, 0x02}},
+        // 130, 354, 628.
+        ReadingCase{"Second254sSecond",
+                    kSecond254,
+                    {0x32, 0x98, {0x02}},
+                    {0x02, 0x82, 0x00, 0x62, 0x01, 0x74, 0x02}}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    NodeStatus, ReadingAnswer,
+    testing::Values(
+        ReadingCase{"First", kFirst, {0x32, 0xA7, {0x01}}, {0x80, 0x01, 0x02, 0x11}},
+        ReadingCase{"Second253", kSecond253, {0x32, 0xA7, {0x0C}}, {0x0C, 0x80, 0x02, 0x01, 0x1C}},
+        ReadingCase{"Second254", kSecond254, {0x32, 0xA7, {0x04}}, {0x04, 0x80, 0x02, 0x01, 0x14}}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    PsuFans, ReadingAnswer,
+    testing::Values(
+        // 5490, 61.
+        ReadingCase{"FirstsFirst", kFirst, {0x32, 0xA5, {0x01}}, {0x72, 0x15, 0x3D, 0x02}},
+        // 5780, 62.
+        ReadingCase{"FirstsSecond", kFirst, {0x32, 0xA5, {0x02}}, {0x94, 0x16, 0x3E, 0x02}},
+        // 7850, 69, 11255, 89.
+        ReadingCase{"Second253sLast",
+                    kSecond253,
+                    {0x32, 0xA5, {0x09}},
+                    {0x09, 0xAA, 0x1E, 0x45, 0xF7, 0x2B, 0x59, 0x02}},
+        // 5570, 61, 8615, 81.
+        ReadingCase{"Second254sFirst",
+                    kSecond254,
+                    {0x32, 0xA5, {0x01}},
+                    {0x01, 0xC2, 0x15, 0x3D, 0xA7, 0x21, 0x51, 0x02}}),
+    NameOf);
+
+/// A position register: two bytes, then filling that counts up.
+Bytes Position(std::uint8_t first, std::uint8_t second) {
+  Bytes bytes = {first, second};
+  for (std::uint8_t filling = 0xC2; filling <= 0xDF; ++filling) {
+    bytes.push_back(filling);
+  }
+  return bytes;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    PsuRegisters, ReadingAnswer,
+    testing::Values(
+        ReadingCase{"FirstsVersion", kFirst, {0x06, 0x52, {0x0F, 0xD0, 0x02, 0xFC}}, {0x08, 0x01}},
+        ReadingCase{
+            "FirstsVersionOfSlot2", kFirst, {0x06, 0x52, {0x0D, 0xD0, 0x02, 0xFC}}, {0x09, 0x02}},
+        ReadingCase{"FirstsManufacturerWithBlockLength",
+                    kFirst,
+                    {0x06, 0x52, {0x0F, 0xD0, 0x05, 0x99}},
+                    {0x04, 'P', 'A', 'S', '1'}},
+        ReadingCase{
+            "FirstsPosition", kFirst, {0x06, 0x52, {0x0D, 0xD0, 0x20, 0xF0}}, Position(0x0B, 0x02)},
+        ReadingCase{
+            "FirstsShorterRead", kFirst, {0x06, 0x52, {0x0F, 0xD0, 0x03, 0x99}}, {0x04, 'P', 'A'}},
+        ReadingCase{
+            "Second253sVersion", kSecond253, {0x32, 0x92, {0x09, 0x02, 0xFC}}, {0x11, 0x09}},
+        ReadingCase{"Second253sManufacturer",
+                    kSecond253,
+                    {0x32, 0x92, {0x03, 0x05, 0x99}},
+                    {'P', 'B', 'S', '3', 0x00}},
+        ReadingCase{"Second253sPosition",
+                    kSecond253,
+                    {0x32, 0x92, {0x07, 0x20, 0xF0}},
+                    Position(0x10, 0x07)},
+        ReadingCase{
+            "Second254sVersion", kSecond254, {0x32, 0x92, {0x02, 0x02, 0xFC}}, {0x0B, 0x02}},
+        ReadingCase{"Second254sManufacturer",
+                    kSecond254,
+                    {0x32, 0x92, {0x02, 0x05, 0x99}},
+                    {'P', 'C', 'S', '2', 0x00}}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    PsuFlags, ReadingAnswer,
+    testing::Values(
+        ReadingCase{"First", kFirst, {0x32, 0x91, {}}, {0x00, 0x00, 0x03, 0x03, 0xA5, 0x5A}},
+        ReadingCase{"Second253",
+                    kSecond253,
+                    {0x32, 0x91, {}},
+                    {0x00, 0x00, 0xA5, 0x5A, 0x00, 0x00, 0xFF, 0x01, 0xFF, 0x01}},
+        ReadingCase{"Second254",
+                    kSecond254,
+                    {0x32, 0x91, {}},
+                    {0x00, 0x00, 0xA5, 0x5A, 0x00, 0x00, 0x03, 0x00, 0x03, 0x00}}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    PsuSelection, ReadingAnswer,
+    testing::Values(ReadingCase{"First", kFirst, {0x32, 0xF4, {0x00, 0x03}}, {0x03}},
+                    ReadingCase{"FirstsNegative", kFirst, {0x32, 0xF4, {0x00, 0xFF}}, {0xFF}},
+                    ReadingCase{"Second253", kSecond253, {0x32, 0xF4, {0x00, 0x09}}, {0x09}},
+                    ReadingCase{"WithoutPsu", kSecond254, {0x32, 0xF4, {0x00}}, {0x00}}),
+    NameOf);
+
+/// Every PSU has other flags than the rest; no two flags have the same bits.
+Enclosure WithFlags(EnclosureKind kind) {
+  Enclosure enclosure = MakeEnclosure(kind);
+  enclosure.psus.front().earlyPowerOffWarning = true;
+  enclosure.psus[1].throttle = true;
+  enclosure.psus.front().powerGood = false;
+  enclosure.psus[1].powerGood = false;
+  return enclosure;
+}
+
+TEST(PsuFlagsAnswer, FirstGenerationHasOneByteAFlag) {
+  EXPECT_EQ(EncodeAnswer(WithFlags(kFirst), {0x32, 0x91, {}}).data,
+            (Bytes{0x01, 0x02, 0x03, 0x00, 0xA5, 0x5A}));
+}
+
+TEST(PsuFlagsAnswer, SecondGenerationHasEarlyPowerOffWarningThrottlePowerGoodAndPresence) {
+  Enclosure enclosure = WithFlags(kSecond253);
+  enclosure.psus.back().throttle = true;
+  enclosure.psus[3].present = false;
+  EXPECT_EQ(EncodeAnswer(enclosure, {0x32, 0x91, {}}).data,
+            (Bytes{0x01, 0x00, 0xA5, 0x5A, 0x02, 0x01, 0xFC, 0x01, 0xF7, 0x01}));
+}
+
+TEST(AbsentPsu, LetsNobodyReadItsRegisters) {
+  Enclosure first = MakeEnclosure(kFirst);
+  Enclosure second = MakeEnclosure(kSecond254);
+  first.psus.back().present = false;
+  second.psus.back().present = false;
+  EXPECT_EQ(EncodeAnswer(first, {0x06, 0x52, {0x0D, 0xD0, 0x02, 0xFC}}).completionCode, 0x83);
+  EXPECT_EQ(EncodeAnswer(first, {0x06, 0x52, {0x0F, 0xD0, 0x02, 0xFC}}).completionCode, 0x00);
+  EXPECT_EQ(EncodeAnswer(second, {0x32, 0x92, {0x02, 0x02, 0xFC}}).completionCode, 0xCB);
+  EXPECT_EQ(EncodeAnswer(second, {0x32, 0x92, {0x01, 0x02, 0xFC}}).completionCode, 0x00);
+}
+
+/// The bytes behind the front of every answer that consists of readings.
+std::vector<Bytes> Readings(EnclosureKind kind) {
+  const Enclosure enclosure = MakeEnclosure(kind);
+  const std::uint8_t whole = kind == kSecond253 ? 0x0D : 0x05;
+  std::vector<Request> requests = {{0x32, 0x98, {whole}}, {0x32, 0x9D, {whole}}};
+  for (std::uint8_t node = 1; node <= enclosure.nodes.size(); ++node) {
+    requests.push_back({0x32, 0x98, {node}});
+  }
+  for (std::uint8_t slot = 1; slot <= enclosure.psus.size(); ++slot) {
+    requests.push_back({0x32, 0xA5, {slot}});
+  }
+  std::vector<Bytes> readings;
+  for (const Request& request : requests) {
+    const Bytes data = EncodeAnswer(enclosure, request).data;
+    readings.emplace_back(data.begin() + (enclosure.secondGeneration ? 1 : 0), data.end());
+  }
+  return readings;
+}
+
+TEST(HealthyReadings, HaveNoTwoEqualBytesInAnAnswerSoThatSwappedOnesShow) {
+  for (const EnclosureKind kind : {kFirst, kSecond253, kSecond254}) {
+    for (const Bytes& bytes : Readings(kind)) {
+      const std::set<std::uint8_t> different(bytes.begin(), bytes.end());
+      EXPECT_EQ(different.size(), bytes.size()) << testing::PrintToString(bytes);
+    }
+  }
+}
+
+TEST(HealthyReadings, DifferFromAnswerToAnswer) {
+  for (const EnclosureKind kind : {kFirst, kSecond253, kSecond254}) {
+    const std::vector<Bytes> readings = Readings(kind);
+    EXPECT_EQ(std::set<Bytes>(readings.begin(), readings.end()).size(), readings.size());
+  }
+}
+
 struct RefusalCase {
   std::string name;
   std::uint8_t netFn;
@@ -99,6 +341,78 @@ TEST_P(RefusedRequest, GetsTheCompletionCodeAloneFromEveryEnclosure) {
     EXPECT_EQ(answer.data, Bytes{});
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Readings, RefusedRequest,
+    testing::Values(RefusalCase{"PowerWithoutSelector", 0x32, 0x98, {}, 0xC7},
+                    RefusalCase{"PowerOfTwo", 0x32, 0x98, {0x01, 0x02}, 0xC7},
+                    RefusalCase{"PowerOfNodeZero", 0x32, 0x98, {0x00}, 0xC9},
+                    RefusalCase{"PowerOfUnknownSelector", 0x32, 0x98, {0x0E}, 0xC9},
+                    RefusalCase{"CapsWithoutSelector", 0x32, 0x9D, {}, 0xC7},
+                    RefusalCase{"CapsOfANode", 0x32, 0x9D, {0x01}, 0xC9},
+                    RefusalCase{"NodeStatusWithoutNode", 0x32, 0xA7, {}, 0xC7},
+                    RefusalCase{"NodeStatusOfNodeZero", 0x32, 0xA7, {0x00}, 0xC9},
+                    RefusalCase{"NodeStatusBehindTheLast", 0x32, 0xA7, {0x0D}, 0xC9},
+                    RefusalCase{"FansWithoutSlot", 0x32, 0xA5, {}, 0xC7},
+                    RefusalCase{"FansOfSlotZero", 0x32, 0xA5, {0x00}, 0xC9},
+                    RefusalCase{"FansBehindTheLast", 0x32, 0xA5, {0x0A}, 0xC9},
+                    RefusalCase{"FlagsWithData", 0x32, 0x91, {0x00}, 0xC7},
+                    RefusalCase{"SelectionWithoutData", 0x32, 0xF4, {}, 0xC7},
+                    RefusalCase{"SelectionOfTwo", 0x32, 0xF4, {0x00, 0x01, 0x02}, 0xC7},
+                    RefusalCase{"SelectionOfAnotherKind", 0x32, 0xF4, {0x01, 0x01}, 0xCC}),
+    [](const auto& instance) { return instance.param.name; });
+
+struct KindRefusalCase {
+  std::string name;
+  EnclosureKind kind;
+  Request request;
+  std::uint8_t completionCode;
+};
+
+class RequestRefusedByOneKind : public testing::TestWithParam<KindRefusalCase> {};
+
+TEST_P(RequestRefusedByOneKind, GetsTheCompletionCodeAlone) {
+  const Answer answer = EncodeAnswer(MakeEnclosure(GetParam().kind), GetParam().request);
+  EXPECT_EQ(answer.completionCode, GetParam().completionCode);
+  EXPECT_EQ(answer.data, Bytes{});
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Selectors, RequestRefusedByOneKind,
+    testing::Values(
+        KindRefusalCase{"FirstsPowerByTheOther", kFirst, {0x32, 0x98, {0x0D}}, 0xC9},
+        KindRefusalCase{"Second254sPowerByTheOther", kSecond254, {0x32, 0x98, {0x0D}}, 0xC9},
+        KindRefusalCase{"FirstsCapsByTheOther", kFirst, {0x32, 0x9D, {0x0D}}, 0xC9},
+        KindRefusalCase{"Second253sCapsByTheOther", kSecond253, {0x32, 0x9D, {0x05}}, 0xC9},
+        KindRefusalCase{"Second254sCapsByTheOther", kSecond254, {0x32, 0x9D, {0x0D}}, 0xC9},
+        KindRefusalCase{"Second254sNodeFive", kSecond254, {0x32, 0xA7, {0x05}}, 0xC9},
+        KindRefusalCase{"Second254sPsuThree", kSecond254, {0x32, 0xA5, {0x03}}, 0xC9}),
+    [](const auto& instance) { return instance.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    PsuRegisters, RequestRefusedByOneKind,
+    testing::Values(
+        KindRefusalCase{"FirstsByTheOthersCommand", kFirst, {0x32, 0x92, {0x01, 0x02, 0xFC}}, 0xC1},
+        KindRefusalCase{
+            "SecondsByTheOthersCommand", kSecond253, {0x06, 0x52, {0x0F, 0xD0, 0x02, 0xFC}}, 0xC1},
+        KindRefusalCase{"FirstsWithoutRegister", kFirst, {0x06, 0x52, {0x0F, 0xD0, 0x02}}, 0xC7},
+        KindRefusalCase{"FirstsOnAnotherBus", kFirst, {0x06, 0x52, {0x0E, 0xD0, 0x02, 0xFC}}, 0xC9},
+        KindRefusalCase{
+            "FirstsAtAnotherAddress", kFirst, {0x06, 0x52, {0x0F, 0xD2, 0x02, 0xFC}}, 0x83},
+        KindRefusalCase{
+            "FirstsUnknownRegister", kFirst, {0x06, 0x52, {0x0F, 0xD0, 0x02, 0x9A}}, 0x83},
+        KindRefusalCase{
+            "FirstsReadOfNothing", kFirst, {0x06, 0x52, {0x0F, 0xD0, 0x00, 0xFC}}, 0xCA},
+        KindRefusalCase{
+            "FirstsReadBehindTheEnd", kFirst, {0x06, 0x52, {0x0F, 0xD0, 0x03, 0xFC}}, 0xCA},
+        KindRefusalCase{"SecondsWithoutRegister", kSecond254, {0x32, 0x92, {0x01, 0x02}}, 0xC7},
+        KindRefusalCase{
+            "SecondsSlotBehindTheLast", kSecond254, {0x32, 0x92, {0x03, 0x02, 0xFC}}, 0xC9},
+        KindRefusalCase{
+            "SecondsUnknownRegister", kSecond254, {0x32, 0x92, {0x01, 0x02, 0x9A}}, 0xC9},
+        KindRefusalCase{
+            "SecondsReadBehindTheEnd", kSecond254, {0x32, 0x92, {0x01, 0x21, 0xF0}}, 0xCA}),
+    [](const auto& instance) { return instance.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(
     All, RefusedRequest,

@@ -10,8 +10,8 @@ const Request kSerialNumber = {0x32, 0xB0, {0x05, 0x01}};
 const Bytes kOwnMachineType = {'1', 'Q', 'A', '4', 0, 0, 0, 0};
 
 Controller WithScenario(const std::string& overrides) {
-  return {MakeEnclosure(EnclosureKind::FirstGeneration),
-          ParseScenario(R"({"overrides": [)" + overrides + "]}", "test")};
+  return Controller(ParseScenario(R"({"overrides": [)" + overrides + "]}", "test",
+                                  MakeEnclosure(EnclosureKind::FirstGeneration)));
 }
 
 TEST(ScenarioOfAController, WithoutOverridesTheEnclosureAnswers) {
@@ -73,6 +73,16 @@ TEST(ScenarioOfAController, CompletionCodeCanComeWithData) {
           .Handle(kMachineType);
   EXPECT_EQ(reply.answer.completionCode, 0xCB);
   EXPECT_EQ(reply.answer.data, (Bytes{0x01, 0x02}));
+}
+
+TEST(PsuSelection, StaysUntilAnotherPsuIsSelected) {
+  Controller controller = WithScenario("");
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00}}).answer.data, Bytes{0x00});
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00, 0x02}}).answer.data, Bytes{0x02});
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x01, 0x03}}).answer.completionCode, 0xCC);
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00}}).answer.data, Bytes{0x02});
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00, 0x01}}).answer.data, Bytes{0x01});
+  EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00}}).answer.data, Bytes{0x01});
 }
 
 TEST(ScenarioOfAController, SilenceIsPassedOn) {

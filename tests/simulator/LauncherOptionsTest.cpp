@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "simulator/LoopbackPort.h"
-#include "simulator/Scenario.h"
+#include "simulator/ScenarioValue.h"
 #include "tests/support/ChildProcess.h"
 
 namespace Tavrin::Simulator {
@@ -97,7 +97,7 @@ TEST(LauncherOptions, BadScenarioFileIsNamed) {
     FAIL() << "accepted";
   } catch (const ScenarioError& error) {
     EXPECT_EQ(error.what(),
-              file.Path() + ": the document is []; expected an object with the keys overrides");
+              file.Path() + ": the document is []; expected an object with the keys enclosure, overrides");
   }
 }
 

@@ -2,10 +2,23 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <string>
+#include <vector>
+
+#include "simulator/ScenarioValue.h"
+
 namespace Tavrin::Simulator {
 namespace {
 
-Scenario Parse(const std::string& text) { return ParseScenario(text, "faults.json"); }
+Scenario ParseFor(EnclosureKind kind, const std::string& text) {
+  return ParseScenario(text, "faults.json", MakeEnclosure(kind));
+}
+
+/// The overrides that the text holds.
+std::vector<Override> Parse(const std::string& text) {
+  return ParseFor(EnclosureKind::FirstGeneration, text).overrides;
+}
 
 std::string Complaint(const std::string& text) {
   try {
@@ -21,7 +34,7 @@ TEST(ScenarioText, EmptyListGivesNoOverrides) {
 }
 
 TEST(ScenarioText, EverySettingOfAnAnswerIsRead) {
-  const Scenario scenario = Parse(
+  const std::vector<Override> scenario = Parse(
       R"({"overrides": [{"netFn": "0x06", "command": "0x52", "data": "05 Fa", "times": 3,
                          "completionCode": "0xC1", "response": "fd 01", "delayMs": 200}]})");
   ASSERT_EQ(scenario.size(), 1U);
@@ -36,7 +49,8 @@ TEST(ScenarioText, EverySettingOfAnAnswerIsRead) {
 }
 
 TEST(ScenarioText, LeftOutSettingsHaveTheirDefaults) {
-  const Scenario scenario = Parse(R"({"overrides": [{"command": "0x9", "response": ""}]})");
+  const std::vector<Override> scenario =
+      Parse(R"({"overrides": [{"command": "0x9", "response": ""}]})");
   ASSERT_EQ(scenario.size(), 1U);
   EXPECT_EQ(scenario[0].netFn, 0x32);
   EXPECT_EQ(scenario[0].command, 0x09);
@@ -56,7 +70,7 @@ TEST(ScenarioText, ResponseOfTheGreatestLengthIsRead) {
   for (int count = 1; count < 200; ++count) {
     bytes += " 11";
   }
-  const Scenario scenario =
+  const std::vector<Override> scenario =
       Parse(R"({"overrides": [{"command": "0x01", "response": ")" + bytes + R"("}]})");
   EXPECT_EQ(scenario.at(0).answer.value().data.size(), 200U);
   EXPECT_EQ(Complaint(R"({"overrides": [{"command": "0x01", "response": ")" + bytes + R"( 22"}]})"),
@@ -92,10 +106,12 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{"Empty", "", "line 1, column 1 is where the text stops being valid; expected JSON"},
         BadCase{"CutOff", "{\n  \"overrides\":",
                 "line 2, column 15 is where the text stops being valid; expected JSON"},
-        BadCase{"List", "[]", "the document is []; expected an object with the keys overrides"},
+        BadCase{"List", "[]",
+                "the document is []; expected an object with the keys enclosure, overrides"},
         BadCase{"UnknownKey", R"({"override": []})",
-                R"(the document has the key "override"; expected one of overrides)"},
-        BadCase{"NoOverrides", "{}", "overrides is missing; expected a list of objects"},
+                R"(the document has the key "override"; expected one of enclosure, overrides)"},
+        BadCase{"Nothing", "{}",
+                "the document is without an effect; expected at least one of enclosure, overrides"},
         BadCase{"OverridesNoList", R"({"overrides": 5})",
                 "overrides is 5; expected a list of objects"},
         BadCase{"RepeatedKey", R"({"overrides": [], "overrides": []})",
@@ -157,6 +173,209 @@ INSTANTIATE_TEST_SUITE_P(
                 R"(overrides[0] is for netFn "0x06" and command "0xA8"; expected netFn "0x32", )"
                 R"(or netFn "0x06" with command "0x52")"}),
     [](const auto& instance) { return instance.param.name; });
+
+/// A scenario that changes the enclosure.
+std::string Changes(const std::string& members) { return R"({"enclosure": {)" + members + "}}"; }
+
+std::string FirstsComplaint(const std::string& members) { return Complaint(Changes(members)); }
+
+Enclosure Changed(EnclosureKind kind, const std::string& members) {
+  return ParseFor(kind, Changes(members)).enclosure;
+}
+
+TEST(EnclosureChange, TextsAndRevisionAreSet) {
+  const Enclosure enclosure =
+      Changed(EnclosureKind::FirstGeneration,
+              R"("machineType": "ABCDEFGH", "serialNumber": "123456789012", "name": "",
+                 "buildName": "BUILD6", "majorRevision": 252, "minorRevision": 255)");
+  EXPECT_EQ(enclosure.machineType, "ABCDEFGH");
+  EXPECT_EQ(enclosure.serialNumber, "123456789012");
+  EXPECT_EQ(enclosure.name, "");
+  EXPECT_EQ(enclosure.buildName, "BUILD6");
+  EXPECT_EQ(enclosure.majorRevision, 252);
+  EXPECT_EQ(enclosure.minorRevision, 255);
+}
+
+TEST(EnclosureChange, PowerAndCapsAreSetAndTheRestStays) {
+  const Enclosure before = MakeEnclosure(EnclosureKind::SecondGeneration254);
+  const Enclosure enclosure = Changed(EnclosureKind::SecondGeneration254,
+                                      R"("power": {"min": 0, "max": 65535},
+                 "caps": {"min": 1, "max": 2, "protective": 3, "user": 4, "thermal": 5})");
+  EXPECT_EQ(enclosure.power.minimum, 0);
+  EXPECT_EQ(enclosure.power.average, before.power.average);
+  EXPECT_EQ(enclosure.power.maximum, 65535);
+  EXPECT_EQ(enclosure.caps.minimum, 1);
+  EXPECT_EQ(enclosure.caps.maximum, 2);
+  EXPECT_EQ(enclosure.caps.protective, 3);
+  EXPECT_EQ(enclosure.caps.user, 4);
+  EXPECT_EQ(enclosure.caps.thermal, 5);
+  EXPECT_EQ(enclosure.name, before.name);
+}
+
+TEST(EnclosureChange, EveryReadingOfANodeIsSet) {
+  const Enclosure enclosure =
+      Changed(EnclosureKind::SecondGeneration253,
+              R"("nodes": {"12": {"power": {"min": 1, "avg": 2, "max": 3}, "powerState": "0x60",
+                                  "width": 4, "height": 5, "permission": 6}})");
+  const Node& node = enclosure.nodes.at(11);
+  EXPECT_EQ(node.power.minimum, 1);
+  EXPECT_EQ(node.power.average, 2);
+  EXPECT_EQ(node.power.maximum, 3);
+  EXPECT_EQ(node.powerState, 0x60);
+  EXPECT_EQ(node.width, 4);
+  EXPECT_EQ(node.height, 5);
+  EXPECT_EQ(node.permission, 6);
+  EXPECT_EQ(enclosure.nodes.at(10).powerState, PowerState::kOn);
+}
+
+TEST(EnclosureChange, EveryReadingOfAPsuIsSet) {
+  const Enclosure enclosure =
+      Changed(EnclosureKind::SecondGeneration253,
+              R"("psus": {"9": {"fanA": {"speed": 1, "pat": 2}, "fanB": {"speed": 3, "pat": 4},
+                                "fanStatus": "abnormal", "version": {"major": 5, "minor": 6},
+                                "manufacturer": "07 08 09 0A",
+                                "position": {"first": 11, "second": 12}, "powerGood": false,
+                                "earlyPowerOffWarning": true, "throttle": true}})");
+  const Psu& psu = enclosure.psus.at(8);
+  EXPECT_EQ(psu.fanA.speed, 1);
+  EXPECT_EQ(psu.fanA.pat, 2);
+  EXPECT_EQ(psu.fanB.speed, 3);
+  EXPECT_EQ(psu.fanB.pat, 4);
+  EXPECT_EQ(psu.fanStatus, FanStatus::kAbnormal);
+  EXPECT_EQ(psu.version.major, 5);
+  EXPECT_EQ(psu.version.minor, 6);
+  EXPECT_EQ(psu.manufacturer, (std::array<std::uint8_t, 4>{7, 8, 9, 10}));
+  EXPECT_EQ(psu.position.first, 11);
+  EXPECT_EQ(psu.position.second, 12);
+  EXPECT_TRUE(psu.present);
+  EXPECT_FALSE(psu.powerGood);
+  EXPECT_TRUE(psu.earlyPowerOffWarning);
+  EXPECT_TRUE(psu.throttle);
+}
+
+TEST(EnclosureChange, PulledPsuHasNoReadingsAndNoGoodPower) {
+  const Psu psu =
+      Changed(EnclosureKind::SecondGeneration254, R"("psus": {"2": {"present": false}})")
+          .psus.at(1);
+  EXPECT_FALSE(psu.present);
+  EXPECT_FALSE(psu.powerGood);
+  EXPECT_EQ(psu.fanStatus, FanStatus::kNotPresent);
+  EXPECT_EQ(psu.fanA.speed, 0);
+  EXPECT_EQ(psu.fanA.pat, 0);
+  EXPECT_EQ(psu.fanB.speed, 0);
+  EXPECT_EQ(psu.fanB.pat, 0);
+}
+
+TEST(EnclosureChange, PulledPsuTakesReadingsThatStandBesideItsAbsence) {
+  const Psu psu =
+      Changed(EnclosureKind::FirstGeneration,
+              R"("psus": {"1": {"fanA": {"speed": 7}, "powerGood": true, "present": false}})")
+          .psus.at(0);
+  EXPECT_EQ(psu.fanA.speed, 7);
+  EXPECT_EQ(psu.fanA.pat, 0);
+  EXPECT_TRUE(psu.powerGood);
+}
+
+TEST(EnclosureChange, NodeThatIsOffTakesNoPowerUnlessReadingsAreGiven) {
+  const Enclosure enclosure = Changed(
+      EnclosureKind::FirstGeneration,
+      R"("nodes": {"1": {"powerState": "off"}, "2": {"power": {"avg": 8}, "powerState": "off"}})");
+  EXPECT_EQ(enclosure.nodes.at(0).powerState, PowerState::kOff);
+  EXPECT_EQ(enclosure.nodes.at(0).power.maximum, 0);
+  EXPECT_EQ(enclosure.nodes.at(1).power.minimum, 0);
+  EXPECT_EQ(enclosure.nodes.at(1).power.average, 8);
+}
+
+TEST(EnclosureChange, NumberedElementWinsOverAll) {
+  const Enclosure enclosure =
+      Changed(EnclosureKind::FirstGeneration,
+              R"("nodes": {"2": {"width": 2}, "all": {"width": 9, "height": 7}})");
+  EXPECT_EQ(enclosure.nodes.at(0).width, 9);
+  EXPECT_EQ(enclosure.nodes.at(1).width, 2);
+  EXPECT_EQ(enclosure.nodes.at(1).height, 7);
+  EXPECT_EQ(enclosure.nodes.at(3).width, 9);
+}
+
+struct CodeCase {
+  std::string name;
+  std::string members;
+  std::uint8_t powerState;
+  std::uint8_t fanStatus;
+};
+
+class CodeWord : public testing::TestWithParam<CodeCase> {};
+
+TEST_P(CodeWord, StandsForItsCode) {
+  const Enclosure enclosure = Changed(EnclosureKind::FirstGeneration, GetParam().members);
+  EXPECT_EQ(enclosure.nodes.front().powerState, GetParam().powerState);
+  EXPECT_EQ(enclosure.psus.front().fanStatus, GetParam().fanStatus);
+}
+
+std::string Codes(const std::string& powerState, const std::string& fanStatus) {
+  return R"("nodes": {"1": {"powerState": ")" + powerState +
+         R"("}}, "psus": {"1": {"fanStatus": ")" + fanStatus + R"("}})";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, CodeWord,
+    testing::Values(CodeCase{"OnAndNormal", Codes("on", "normal"), 0x80, 2},
+                    CodeCase{"OffAndAbnormal", Codes("off", "abnormal"), 0x00, 1},
+                    CodeCase{"FaultAndNotPresent", Codes("fault", "not-present"), 0x40, 0},
+                    CodeCase{"NoPermissionAndByte", Codes("no-permission", "0xfe"), 0x20, 0xFE}),
+    [](const auto& instance) { return instance.param.name; });
+
+class BadChange : public testing::TestWithParam<BadCase> {};
+
+TEST_P(BadChange, GetsOneSentenceWithPlaceValueAndExpectation) {
+  EXPECT_EQ(FirstsComplaint(GetParam().text), "faults.json: " + GetParam().complaint);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, BadChange,
+    testing::Values(
+        BadCase{"UnknownKey", R"("voltage": 1)",
+                R"(enclosure has the key "voltage"; expected one of machineType, serialNumber, )"
+                "name, buildName, majorRevision, minorRevision, power, caps, nodes, psus"},
+        BadCase{"NodeOfAnotherPlatform", R"("nodes": {"5": {}})",
+                R"(enclosure.nodes has the key "5"; expected one of all, 1, 2, 3, 4)"},
+        BadCase{"PsuZero", R"("psus": {"0": {}})",
+                R"(enclosure.psus has the key "0"; expected one of all, 1, 2)"},
+        BadCase{"NodesAsList", R"("nodes": [])",
+                "enclosure.nodes is []; expected an object with the keys all, 1, 2, 3, 4"},
+        BadCase{"WordTooLarge", R"("nodes": {"1": {"power": {"min": 65536}}})",
+                "enclosure.nodes.1.power.min is 65536; expected a whole number from 0 to 65535"},
+        BadCase{"WordNegative", R"("caps": {"user": -1})",
+                "enclosure.caps.user is -1; expected a whole number from 0 to 65535"},
+        BadCase{"WordAsText", R"("power": {"avg": "10"})",
+                R"(enclosure.power.avg is "10"; expected a whole number from 0 to 65535)"},
+        BadCase{"ByteTooLarge", R"("psus": {"all": {"fanB": {"pat": 256}}})",
+                "enclosure.psus.all.fanB.pat is 256; expected a whole number from 0 to 255"},
+        BadCase{"RevisionOfTheOtherGeneration", R"("majorRevision": 253)",
+                "enclosure.majorRevision is 253; expected a whole number from 0 to 252"},
+        BadCase{"TextTooLong", R"("buildName": "1234567")",
+                R"(enclosure.buildName is "1234567"; expected a text of at most 6 printable ASCII )"
+                "characters"},
+        BadCase{"TextNotAscii", R"("name": "Gehäuse")",
+                R"(enclosure.name is "Geh\u00e4use"; expected a text of at most 24 printable )"
+                "ASCII characters"},
+        BadCase{"TextNoText", R"("machineType": 1234)",
+                "enclosure.machineType is 1234; expected a text of at most 8 printable ASCII "
+                "characters"},
+        BadCase{"UnknownPowerState", R"("nodes": {"1": {"powerState": "dim"}})",
+                R"(enclosure.nodes.1.powerState is "dim"; expected one of on, off, fault, )"
+                R"(no-permission, or a byte as text, "0x00" to "0xFF")"},
+        BadCase{"PresentAsNumber", R"("psus": {"1": {"present": 0}})",
+                "enclosure.psus.1.present is 0; expected true or false"},
+        BadCase{"ManufacturerTooShort", R"("psus": {"1": {"manufacturer": "41 42 43"}})",
+                "enclosure.psus.1.manufacturer is 3 bytes long; expected 4"},
+        BadCase{"ManufacturerNoBytes", R"("psus": {"1": {"manufacturer": "ABCD"}})",
+                R"(enclosure.psus.1.manufacturer is "ABCD")" + kBytes}),
+    [](const auto& instance) { return instance.param.name; });
+
+TEST(EnclosureChange, SecondGenerationTakesEveryMajorRevision) {
+  EXPECT_EQ(Changed(EnclosureKind::SecondGeneration254, R"("majorRevision": 255)").majorRevision,
+            255);
+}
 
 }  // namespace
 }  // namespace Tavrin::Simulator

@@ -60,7 +60,6 @@ TEST(UnknownCommand, GetsInvalidCommandAcrossTheWholeOemFunction) {
   RawSession session(launcher.ReadAddress(), "admin", "simulated");
   EXPECT_EQ(session.Send(0x32, 0x00), Bytes{0xC1});
   EXPECT_EQ(session.Send(0x32, 0xFF, {0x01, 0x02}), Bytes{0xC1});
-  EXPECT_EQ(session.Send(0x06, 0x52, {0x01, 0xD0, 0x02, 0x03}), Bytes{0xC1});
 }
 
 TEST(Credentials, LongestNameAndPasswordOfAnyBytesAreAccepted) {
