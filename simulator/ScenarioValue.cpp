@@ -87,6 +87,11 @@ ScenarioValue ScenarioValue::Parse(const std::string& text, const std::string& s
   } catch (const Json::parse_error& error) {
     throw ScenarioError(source + ": " + LineAndColumn(text, error.byte) +
                         " is where the text stops being valid; expected JSON");
+  } catch (const Json::out_of_range& error) {
+    // Its text ends in the number, in single quotes.
+    const std::string reason = error.what();
+    throw ScenarioError(source + ": a number is " + reason.substr(reason.find('\'')) +
+                        "; expected none that large");
   }
 }
 

@@ -159,6 +159,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "overrides[0].times is -1; expected a whole number from 1 to 1000000"},
         BadCase{"DelayBroken", Entry(R"("delayMs": 0.5)"),
                 "overrides[0].delayMs is 0.5; expected a whole number from 1 to 60000"},
+        BadCase{"DelayBeyondAllNumbers", Entry(R"("delayMs": 1e400)"),
+                "a number is '1e400'; expected none that large"},
         BadCase{"DelayTooLong", Entry(R"("delayMs": 60001)"),
                 "overrides[0].delayMs is 60001; expected a whole number from 1 to 60000"},
         BadCase{"SilentAsNumber", Entry(R"("silent": 1)"),
