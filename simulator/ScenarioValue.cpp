@@ -13,6 +13,8 @@ using Json = nlohmann::json;
 
 constexpr const char* kByteExpected = R"(a byte as text, "0x00" to "0xFF")";
 constexpr const char* kWholeDocument = "the document";
+/// More than any scenario needs, and little enough for functions that call themselves at each step.
+constexpr int kMaxDepth = 16;
 
 std::string ShownJson(const Json& value) {
   constexpr std::size_t kMaxShown = 60;
@@ -47,12 +49,17 @@ std::string LineAndColumn(const std::string& text, std::size_t position) {
   return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-/// Refuses a key that an object holds twice; of two values the parser would keep the last silently.
-class RepeatedKeyCheck {
+/// Refuses a key that an object holds twice, of whose two values the parser would keep the last
+/// silently, and values that are nested too deep.
+class StructureCheck {
  public:
-  explicit RepeatedKeyCheck(const std::string& source) : source_(source) {}
+  explicit StructureCheck(const std::string& source) : source_(source) {}
 
-  bool operator()(int /*depth*/, Json::parse_event_t event, const Json& parsed) {
+  bool operator()(int depth, Json::parse_event_t event, const Json& parsed) {
+    if (depth > kMaxDepth) {
+      throw ScenarioError(source_ + ": a value lies inside more than " + std::to_string(kMaxDepth) +
+                          " others; expected none so deep");
+    }
     if (event == Json::parse_event_t::object_start) {
       keysOfOpenObjects_.emplace_back();
     } else if (event == Json::parse_event_t::object_end) {
@@ -83,7 +90,7 @@ ScenarioValue::ScenarioValue(Content content)
 
 ScenarioValue ScenarioValue::Parse(const std::string& text, const std::string& source) {
   try {
-    return ScenarioValue({Json::parse(text, RepeatedKeyCheck(source)), source, kWholeDocument});
+    return ScenarioValue({Json::parse(text, StructureCheck(source)), source, kWholeDocument});
   } catch (const Json::parse_error& error) {
     throw ScenarioError(source + ": " + LineAndColumn(text, error.byte) +
                         " is where the text stops being valid; expected JSON");

@@ -116,6 +116,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "overrides is 5; expected a list of objects"},
         BadCase{"RepeatedKey", R"({"overrides": [], "overrides": []})",
                 R"(the key "overrides" stands twice in one object; expected it once)"},
+        BadCase{"TooDeep", std::string(100000, '['),
+                "a value lies inside more than 16 others; expected none so deep"},
         BadCase{"EntryNoObject", R"({"overrides": [true]})",
                 "overrides[0] is true; expected an object with the keys netFn, command, data, "
                 "times, completionCode, response, delayMs, silent"},
