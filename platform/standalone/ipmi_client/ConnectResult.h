@@ -16,7 +16,7 @@ constexpr int PrivilegeRefused = 7;  ///< The user may not have the privilege le
 constexpr int ArgumentTooLong = 8;   ///< User name over 16 bytes or password over 20 bytes.
 constexpr int InvalidSetting = 9;  ///< A port, cipher suite or configuration value out of range, or
                                    ///< a zero byte in user name or password.
-constexpr int Failed = 10;  ///< Anything else; the client's log line names the cause.
+constexpr int Failed = 10;         ///< Anything else; the client's log line names the cause.
 }  // namespace ConnectResult
 
 }  // namespace Standalone
