@@ -64,7 +64,7 @@ TEST_F(ControllerFault, AllSessionsTakenIsNotConnectedUntilOneIsFree) {
 TEST_F(ControllerFault, WrongUserIsTriedOnce) {
   TavrinConnection::ConnectionInfo settings = Direct();
   settings.userName = "nobody";
-  SMMInventory wrong(settings);
+  SMMInventory wrong = Unread(settings);
   ExpectQuery(wrong, {StatusCode::NotConnected, 1, kSessionTimeout});
   ExpectRecovery();
 }
@@ -72,14 +72,16 @@ TEST_F(ControllerFault, WrongUserIsTriedOnce) {
 TEST_F(ControllerFault, WrongPasswordIsTriedOnce) {
   TavrinConnection::ConnectionInfo settings = Direct();
   settings.password = "sesame2";
-  SMMInventory wrong(settings);
+  SMMInventory wrong = Unread(settings);
   ExpectQuery(wrong, {StatusCode::NotConnected, 1, kSessionTimeout});
   ExpectRecovery();
 }
 
 TEST_F(ControllerFault, RefusedSuiteIsTriedAgainSinceItLooksLikeABusyController) {
   Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 17);
+  const std::size_t before = relay.SessionsAskedFor();
   ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  EXPECT_EQ(relay.SessionsAskedFor() - before, std::size_t{kAttempts});
   Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 3);
   ExpectRecovery();
   ExpectNoSession();
@@ -88,7 +90,7 @@ TEST_F(ControllerFault, RefusedSuiteIsTriedAgainSinceItLooksLikeABusyController)
 TEST_F(ControllerFault, NameThatDoesNotResolveIsTriedOnce) {
   TavrinConnection::ConnectionInfo settings = Direct();
   settings.address = "no-such-host.invalid";
-  SMMInventory unresolved(settings);
+  SMMInventory unresolved = Unread(settings);
   ExpectQuery(unresolved, {StatusCode::NotConnected, 1, kSessionTimeout});
   ExpectRecovery();
   ExpectNoSession();
@@ -100,7 +102,7 @@ std::uint16_t ClosedPort() { return Relay(0).Port(); }
 TEST_F(ControllerFault, ClosedPortIsNotConnectedAfterEveryAttempt) {
   TavrinConnection::ConnectionInfo settings = Direct();
   settings.port = ClosedPort();
-  SMMInventory unheard(settings);
+  SMMInventory unheard = Unread(settings);
   ExpectQuery(unheard, {StatusCode::NotConnected, kAttempts, kSilentConnect});
   ExpectRecovery();
   ExpectNoSession();
@@ -110,7 +112,7 @@ TEST_F(ControllerFault, ClosedPortOnIpv6IsNotConnectedAfterEveryAttempt) {
   TavrinConnection::ConnectionInfo settings = Direct();
   settings.address = "::1";
   settings.port = ClosedPort();
-  SMMInventory unheard(settings);
+  SMMInventory unheard = Unread(settings);
   ExpectQuery(unheard, {StatusCode::NotConnected, kAttempts, kSilentConnect});
   ExpectRecovery();
 }

@@ -60,6 +60,9 @@ class FaultTest : public WireTest {
   /// Settings for the enclosure itself, past the relay.
   TavrinConnection::ConnectionInfo Direct() const { return SettingsOf(*simulator); }
 
+  /// An object with those settings, without an attempt to reach them during construction.
+  static SMMInventory Unread(const TavrinConnection::ConnectionInfo& settings);
+
   std::unique_ptr<SimulatedSmm> simulator;
   Relay relay;
   SMMInventory inventory;
@@ -71,6 +74,7 @@ class FaultTest : public WireTest {
     std::chrono::milliseconds took;
   };
   Measured Run(SMMInventory& object, Query query);
+  std::size_t DescriptorsOfTheLibrary() const;
   std::size_t FailedAttempts() const;
 };
 

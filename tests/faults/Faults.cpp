@@ -1,6 +1,6 @@
 #include "tests/faults/Faults.h"
 
-#include <memory>
+#include <numeric>
 #include <optional>
 #include <random>
 #include <utility>
@@ -99,13 +99,34 @@ Fault GarbageFlood(std::uint32_t seed) {
   };
 }
 
-Fault AnswerToTheRequestBefore() {
-  return [before = std::optional<Datagram>()](const Datagram& datagram) mutable {
+Fault AnswerToTheRequestBefore(unsigned int count) {
+  return [seen = 0U, count, last = std::optional<Datagram>()](const Datagram& datagram) mutable {
+    const bool isSound = seen++ < count;
     if (!IsAnswer(datagram)) {
       return Departures{{datagram}};
     }
-    const std::optional<Datagram> answer = std::exchange(before, datagram);
-    return answer ? Departures{{*answer}} : Departures{};
+    const std::optional<Datagram> before = std::exchange(last, datagram);
+    return isSound ? Departures{{datagram}} : before ? Departures{{*before}} : Departures{};
+  };
+}
+
+Fault RefusedPrivilege() {
+  constexpr std::size_t kRmcpPlusAt = 4;
+  constexpr std::uint8_t kRmcpPlus = 0x06;
+  constexpr std::size_t kChecksumFrom = 19;  // Its own byte is the last.
+  constexpr std::size_t kCommandAt = 21;
+  constexpr std::uint8_t kSetSessionPrivilegeLevel = 0x3B;
+  constexpr std::size_t kCompletionCodeAt = 22;
+  constexpr std::uint8_t kExceedsLimit = 0x81;
+  return [](Datagram datagram) {
+    Bytes& bytes = datagram.bytes;
+    if (IsAnswer(datagram) && bytes.size() > kCompletionCodeAt + 1 &&
+        bytes[kRmcpPlusAt] == kRmcpPlus && bytes[kCommandAt] == kSetSessionPrivilegeLevel) {
+      bytes[kCompletionCodeAt] = kExceedsLimit;
+      const int sum = std::accumulate(bytes.begin() + kChecksumFrom, bytes.end() - 1, 0);
+      bytes.back() = static_cast<std::uint8_t>(-sum);
+    }
+    return Departures{{std::move(datagram)}};
   };
 }
 

@@ -36,8 +36,12 @@ Fault Garbage(std::uint32_t seed);
 /// answer does.
 Fault GarbageFlood(std::uint32_t seed);
 
-/// Instead of each answer, the one before it.
-Fault AnswerToTheRequestBefore();
+/// Sound for the first `count` datagrams; then, instead of each answer, the one before it.
+Fault AnswerToTheRequestBefore(unsigned int count);
+
+/// The controller refuses the privilege level, once the session is open. Only for cipher suite 0,
+/// whose datagrams can be forged.
+Fault RefusedPrivilege();
 
 /// Sound for the first `count` datagrams, then the fault.
 Fault After(unsigned int count, Fault fault);
