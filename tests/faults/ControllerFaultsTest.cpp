@@ -89,7 +89,7 @@ TEST_F(ControllerFault, RefusedSuiteIsTriedAgainSinceItLooksLikeABusyController)
 
 TEST_F(ControllerFault, NameThatDoesNotResolveIsTriedOnce) {
   TavrinConnection::ConnectionInfo settings = Direct();
-  settings.address = "no-such-host.invalid";
+  settings.address = "two words";
   SMMInventory unresolved = Unread(settings);
   ExpectQuery(unresolved, {StatusCode::NotConnected, 1, kSessionTimeout});
   ExpectRecovery();
