@@ -42,7 +42,7 @@ TEST_F(WireFault, SilenceToTheClosingCostsNothingButTime) {
 
 TEST_F(WireFault, LossOfOneInFiveIsMostlyHealedByRepetition) {
   relay.Break(Loss(1, 20));
-  ExpectMostQueries(10, 8);
+  ExpectMostQueries(10, 6);
   ExpectRecovery();
 }
 
@@ -103,7 +103,7 @@ TEST_F(WireFault, TruncatedAnswersAreNotConnected) {
 
 TEST_F(WireFault, AnswersTruncatedNowAndThenAreMostlyHealed) {
   relay.Break(Truncated(1, 10));
-  ExpectMostQueries(10, 8);
+  ExpectMostQueries(10, 6);
   ExpectRecovery();
 }
 
