@@ -74,7 +74,7 @@ TEST_F(WireFault, ReorderedDatagramsAreHealedByRepetition) {
 }
 
 TEST_F(WireFault, DelayBelowTheRetransmissionIntervalIsOnlyTime) {
-  relay.Break(Delayed(milliseconds(30)));
+  relay.Break(Delayed(milliseconds(120)));
   ExpectQuery({StatusCode::Success, 0, kSlowQuery});
   ExpectRecovery();
   ExpectNoSession();
@@ -82,13 +82,13 @@ TEST_F(WireFault, DelayBelowTheRetransmissionIntervalIsOnlyTime) {
 
 TEST_F(WireFault, DelayThatCostsRepetitionsInEveryStepMayTakeASessionTimeoutForEach) {
   // ipmi_sim does not answer a repeated RAKP message 3, so that the last step but one fails.
-  relay.Break(Delayed(milliseconds(115)));
+  relay.Break(Delayed(milliseconds(460)));
   ExpectQuery({StatusCode::NotConnected, kAttempts, kSlowestQuery});
   ExpectRecovery();
 }
 
 TEST_F(WireFault, DelayBeyondTheLongestIntervalIsNotConnected) {
-  relay.Break(Delayed(milliseconds(250)));
+  relay.Break(Delayed(milliseconds(1000)));
   ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
   ExpectRecovery();
   ExpectNoSession();
