@@ -28,7 +28,7 @@ struct Outcome {
 class FaultTest : public WireTest {
  protected:
   static constexpr int kAttempts = 3;
-  static constexpr std::chrono::milliseconds kSessionTimeout{450};
+  static constexpr std::chrono::milliseconds kSessionTimeout{1800};
   static constexpr std::chrono::milliseconds kSilentConnect = kAttempts * kSessionTimeout;
   static constexpr std::chrono::milliseconds kSilentSend = 2 * kSessionTimeout;
   static constexpr std::chrono::milliseconds kSlowAttempt = 5 * kSessionTimeout;

@@ -32,7 +32,7 @@ Fault Truncated(std::uint32_t seed, unsigned int percent);
 /// Random bytes instead of each answer.
 Fault Garbage(std::uint32_t seed);
 
-/// Empty and random datagrams come every millisecond for two seconds after each request, and no
+/// Empty and random datagrams come every 5 ms for two seconds after each request, and no
 /// answer does.
 Fault GarbageFlood(std::uint32_t seed);
 

@@ -72,7 +72,7 @@ TEST_F(LeftBehind, SessionWithARefusedPrivilegeIsForgottenByTheController) {
 }
 
 TEST_F(LeftBehind, SessionsOfABrokenWireAreForgottenByTheController) {
-  for (const unsigned int requests : {2, 3, 4, 5, 6}) {
+  for (const unsigned int requests : {2U, 3U, 4U, 5U, 6U}) {
     relay.Break(SilenceAfter(requests));
     std::string text;
     inventory.GetSmmMT(text);
