@@ -67,6 +67,18 @@ TEST_F(TerminalTest, TypedPasswordIsNotShown) {
   EXPECT_TRUE(Echoes());
 }
 
+TEST_F(TerminalTest, PasswordTypedAsStandardInputIsNotShown) {
+  call_.insert(call_.end(), {"--password-file", "-"});
+  Child tool(call_, {}, {}, name_);
+  ReadUntil("Password of admin at a:623: ");
+  EXPECT_FALSE(Echoes());
+  Type("sesame-sesame-sesame-\n");
+  EXPECT_EQ(tool.Wait().exitCode, 2);
+  ReadUntil("the password from the terminal is longer than 20 bytes");
+  EXPECT_THAT(seen_, Not(HasSubstr("sesame")));
+  EXPECT_TRUE(Echoes());
+}
+
 TEST_F(TerminalTest, WhatIsTypedBeyondThePasswordIsDropped) {
   Child tool(call_, {}, {}, name_);
   ReadUntil("Password");
