@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <new>
 #include <sstream>
 
@@ -33,6 +34,19 @@ std::string Hexadecimal(const Bytes& bytes) {
   return text.str();
 }
 
+// A length that no row speaks of would go untried without a word.
+void ExpectNoLengthLeftOut(const std::vector<LengthRow>& rows, std::size_t answerLength) {
+  std::map<std::int32_t, std::size_t> next;
+  for (const LengthRow& row : rows) {
+    EXPECT_EQ(row.shortest, next[row.smmType]) << "start of a row of SMM type " << row.smmType;
+    EXPECT_LE(row.shortest, row.longest) << "a row of SMM type " << row.smmType;
+    next[row.smmType] = row.longest + 1;
+  }
+  for (const auto& [smmType, end] : next) {
+    EXPECT_EQ(end, answerLength + 1) << "length behind the last row of SMM type " << smmType;
+  }
+}
+
 }  // namespace
 
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
@@ -62,6 +76,7 @@ GroupedDigits::GroupedDigits()
 void InventoryTest::ExpectOutcomes(const std::vector<LengthRow>& rows, const Bytes& answer,
                                    const std::function<int(const Bytes&, std::uint8_t)>& run,
                                    const std::function<std::string()>& describeOutput) {
+  ExpectNoLengthLeftOut(rows, answer.size());
   for (const LengthRow& row : rows) {
     inventory.smmType = static_cast<SMMIype>(row.smmType);
     for (std::size_t length = row.shortest; length <= row.longest; ++length) {

@@ -65,7 +65,7 @@ class InventoryTest : public PlatformTest {
 
   /// Plays an answer of every length that the rows speak of, which is the beginning of `answer`,
   /// with completion codes 0, 0xC1 and 0xFF. `run` hands one to the operation and returns its
-  /// status.
+  /// status. The rows of each SMM type must run from length 0 to the whole answer, in order.
   void ExpectOutcomes(const std::vector<LengthRow>& rows, const Bytes& answer,
                       const std::function<int(const Bytes&, std::uint8_t)>& run,
                       const std::function<std::string()>& describeOutput);

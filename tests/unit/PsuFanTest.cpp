@@ -61,9 +61,9 @@ TEST_F(PsuFan, EveryLengthAndCompletionCodeHasItsOutcome) {
   const std::string secondGeneration = std::string(kAsPassed) + "PSU1|20272|2|44173|203|Abnormal;";
   ExpectOutcomes(
       {{0, 0, 3, {Success, kAsPassed}, {Success, kAsPassed}},
-       {0, 4, 6, {Success, firstGeneration}, {Success, kAsPassed}},
+       {0, 4, 10, {Success, firstGeneration}, {Success, kAsPassed}},
        {7, 0, 3, {Success, kAsPassed}, {Success, kAsPassed}},
-       {7, 4, 6, {Success, firstGeneration}, {Success, kAsPassed}},
+       {7, 4, 10, {Success, firstGeneration}, {Success, kAsPassed}},
        {1, 0, 7, {Success, kAsPassed}, {Success, kAsPassed}},
        {1, 8, 10, {Success, secondGeneration}, {Success, kAsPassed}}},
       {0x11, 0x30, 0x4F, 0x02, 0x8D, 0xAC, 0xCB, 0x01, 0x09, 0x28},
