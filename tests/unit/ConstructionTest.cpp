@@ -26,6 +26,23 @@ using ::testing::SizeIs;
 using Construction = Double::PlatformTest;
 
 const Line kSuccessOn253 = {4, " GetSMMStatus success, platformId =0xfd"};
+const Line kEgsWarning = {2, "checked SMM2 Type is EGS, For EGS, set default value 6"};
+
+std::vector<Line> StatusExchange(const Bytes& answer) {
+  return Double::ExchangeLines("FN=0x32 cmd=0xa8 data=", answer);
+}
+
+/// The lines of six attempts to read the status, each of which writes those of its exchange.
+std::vector<Line> SixAttempts(const std::vector<Line>& exchange) {
+  const std::vector<std::string> times = {"1 time",  "2 times", "3 times",
+                                          "4 times", "5 times", "6 times"};
+  std::vector<Line> lines;
+  for (const std::string& time : times) {
+    lines.push_back({3, "Try to get SMM status, retry " + time});
+    lines = lines + exchange;
+  }
+  return lines;
+}
 
 TEST_F(Construction, EveryConnectionSettingIsCopied) {
   platform.ExpectStatusReads(1, {0x01});
@@ -96,16 +113,8 @@ TEST_F(Construction, WholeConversationIsLoggedLineByLine) {
   const Bytes answer = StatusAnswer(0xFD, 0x04);
   platform.ExpectStatusReads(6, answer);
   const SMMInventoryImpl inventory(TestSettings());
-  const std::vector<std::string> times = {"1 time",  "2 times", "3 times",
-                                          "4 times", "5 times", "6 times"};
-  std::vector<Line> expected;
-  for (const std::string& time : times) {
-    expected.push_back({3, "Try to get SMM status, retry " + time});
-    expected = expected + Double::ExchangeLines("FN=0x32 cmd=0xa8 data=", answer);
-  }
-  expected.push_back({2, "checked SMM2 Type is EGS, For EGS, set default value 6"});
-  expected.push_back(kSuccessOn253);
-  EXPECT_EQ(platform.lines, expected);
+  EXPECT_EQ(platform.lines,
+            SixAttempts(StatusExchange(answer)) + std::vector<Line>{kEgsWarning, kSuccessOn253});
 }
 
 TEST_F(Construction, AnswerIsDecodedButCountsKeepTheirDefaultsWhenTheCompletionCodeIsNotZero) {
@@ -147,6 +156,15 @@ TEST_F(Construction, SuccessLineIsWrittenAtThreshold4Alone) {
               threshold == 4 ? 1 : 0)
         << "threshold " << threshold;
   }
+}
+
+TEST_F(Construction, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  const Bytes answer = StatusAnswer(0xFD, 0x04);
+  platform.ExpectStatusReads(6, answer);
+  const SMMInventoryImpl inventory(TestSettings());
+  EXPECT_EQ(platform.lines,
+            (SixAttempts(StatusExchange(answer)) + std::vector<Line>{kEgsWarning, kSuccessOn253}));
 }
 
 TEST_F(Construction, ExceptionOfTheTypeQueryReachesTheCallerAndReleasesTheInformation) {
@@ -304,6 +322,15 @@ TEST_F(StatusRead, UnknownSmmTypeIsWrittenInHexadecimal) {
   platform.ExpectStatusReads(6, {0xFD, 0x12});
   inventory.GetSMMStatusImp(status);
   EXPECT_THAT(platform.lines, ElementsAre(Line{2, "SMM Type is 0xffffffffuse default value"}));
+}
+
+TEST_F(StatusRead, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  inventory.smmType = static_cast<SMMIype>(-1);
+  platform.ExpectStatusReads(6, {0xFD, 0x12});
+  EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
+  EXPECT_EQ(platform.lines, (SixAttempts(StatusExchange({0xFD, 0x12})) +
+                             std::vector<Line>{{2, "SMM Type is 0xffffffffuse default value"}}));
 }
 
 TEST_F(StatusRead, EmptyAnswerReturns4AndWritesBothWarnings) {

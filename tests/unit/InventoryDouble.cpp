@@ -17,6 +17,24 @@ class DotBetweenDigits : public std::numpunct<char> {
   std::string do_grouping() const override { return "\1"; }
 };
 
+// A number of one digit has nothing to group, and would look the same in any locale.
+class DotBehindNumbers : public std::num_put<char> {
+ protected:
+  iter_type do_put(iter_type out, std::ios_base& format, char fill, long number) const override {
+    return PutDot(std::num_put<char>::do_put(out, format, fill, number));
+  }
+  iter_type do_put(iter_type out, std::ios_base& format, char fill,
+                   unsigned long number) const override {
+    return PutDot(std::num_put<char>::do_put(out, format, fill, number));
+  }
+
+ private:
+  static iter_type PutDot(iter_type out) {
+    *out = '.';
+    return ++out;
+  }
+};
+
 std::string Raw(const Bytes& bytes) {
   std::string text;
   for (const std::uint8_t byte : bytes) {
@@ -71,7 +89,8 @@ std::vector<Line> operator+(std::vector<Line> first, const std::vector<Line>& se
 }
 
 GroupedDigits::GroupedDigits()
-    : before_(std::locale::global(std::locale(std::locale::classic(), new DotBetweenDigits))) {}
+    : before_(std::locale::global(std::locale(
+          std::locale(std::locale::classic(), new DotBetweenDigits), new DotBehindNumbers))) {}
 
 void InventoryTest::ExpectOutcomes(const std::vector<LengthRow>& rows, const Bytes& answer,
                                    const std::function<int(const Bytes&, std::uint8_t)>& run,

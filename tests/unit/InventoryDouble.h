@@ -44,7 +44,7 @@ std::vector<Line> TrimLines(const Bytes& shortened);
 
 std::vector<Line> operator+(std::vector<Line> first, const std::vector<Line>& second);
 
-/// While it lives, the global locale puts a dot between any two digits of a number.
+/// While it lives, the global locale puts a dot behind each digit of a number.
 class GroupedDigits {
  public:
   GroupedDigits();

@@ -336,6 +336,19 @@ TEST_F(PsuRegisters, RefusedConnectionKindIsLoggedForVersionAndManufacturerAlone
   EXPECT_EQ(Output(), kAsPassed);
 }
 
+TEST_F(PsuRegisters, FailedExchangeIsLoggedAlikeInAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  for (const Register& psuRegister : {kVersion, kManufacturer}) {
+    inventory.connectionKind = 1;
+    platform.ExpectConnectFailures({5});
+    EXPECT_EQ(Run(psuRegister), NotConnected);
+    EXPECT_EQ(platform.lines.back(), (Line{1, "Failed to send IPMI command with returns 2"}));
+    inventory.connectionKind = 3;
+    EXPECT_EQ(Run(psuRegister), ConnectionKindNotAdmitted);
+    EXPECT_EQ(platform.lines.back(), (Line{1, "Failed to send IPMI command with returns 1"}));
+  }
+}
+
 TEST_F(PsuRegisters, FailedExchangeAtALaterSlotKeepsTheEarlierEntries) {
   inventory.psuSlotCount = 3;
   for (const Register& psuRegister : kRegisters) {

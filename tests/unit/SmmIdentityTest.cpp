@@ -173,6 +173,12 @@ TEST_F(MachineType, UnconnectedSecondGenerationIsNotTrimmed) {
   EXPECT_THAT(platform.lines, ElementsAre(Line{1, "connect failed with error:5"}));
 }
 
+TEST_F(MachineType, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  EXPECT_EQ(Get({}, 0xC1), StatusCode::UnusableAnswer);
+  EXPECT_EQ(platform.lines.back(), (Line{1, "Get smm mt failed with error code:193"}));
+}
+
 TEST_F(SerialNumber, OuterBlanksAndWhatFollowsTheRunAreCutOff) {
   EXPECT_EQ(Get({' ', ' ', 'J', '3', '0', '0', 'T', 'A', 'V', '1', ' ', ' ', 0, 0, 'Z'}),
             StatusCode::Success);
@@ -275,6 +281,12 @@ TEST_F(SerialNumber, StatusOfTheExchangeIsHandedOnWithoutALine) {
   EXPECT_EQ(inventory.GetSmmSN(text), StatusCode::NotConnected);
   EXPECT_THAT(platform.lines, ElementsAre(Line{1, "connect failed with error:8"}));
   EXPECT_EQ(text, "as passed");
+}
+
+TEST_F(SerialNumber, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  EXPECT_EQ(Get({}, 0xC1), StatusCode::UnusableAnswer);
+  EXPECT_EQ(platform.lines.back(), (Line{1, "Get smm sn failed with error code:193"}));
 }
 
 class FirmwareVersion : public Double::InventoryTest {
