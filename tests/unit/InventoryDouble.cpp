@@ -1,7 +1,5 @@
 #include "tests/unit/InventoryDouble.h"
 
-#include <algorithm>
-#include <iterator>
 #include <map>
 #include <new>
 #include <sstream>
@@ -114,19 +112,6 @@ void InventoryTest::ExpectOutcomes(const std::vector<LengthRow>& rows, const Byt
             << int{completionCode};
       }
     }
-  }
-}
-
-void InventoryTest::ExpectLines(const std::vector<Line>& linesAtThreshold4,
-                                const std::function<void()>& operation) {
-  for (unsigned int threshold = 0; threshold <= 4; ++threshold) {
-    platform.ForgetWhatHappened();
-    platform.logThreshold = threshold;
-    operation();
-    std::vector<Line> expected;
-    std::copy_if(linesAtThreshold4.begin(), linesAtThreshold4.end(), std::back_inserter(expected),
-                 [=](const Line& line) { return line.level <= threshold; });
-    EXPECT_THAT(platform.lines, ::testing::ElementsAreArray(expected)) << "threshold " << threshold;
   }
 }
 

@@ -70,11 +70,6 @@ class InventoryTest : public PlatformTest {
                       const std::function<int(const Bytes&, std::uint8_t)>& run,
                       const std::function<std::string()>& describeOutput);
 
-  /// Runs the operation at each threshold from 0 to 4 and compares the lines it writes with those
-  /// of `linesAtThreshold4` that the threshold lets through.
-  void ExpectLines(const std::vector<Line>& linesAtThreshold4,
-                   const std::function<void()>& operation);
-
   /// Expects that the operation hands on the status of an exchange that was not admitted, then that
   /// of one that did not connect, and that it writes no line of its own.
   void ExpectExchangeStatusesHandedOn(const std::function<int()>& operation);

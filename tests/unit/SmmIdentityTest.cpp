@@ -136,22 +136,34 @@ TEST_F(MachineType, SecondGenerationAnswerOfFiveBytesIsTooShort) {
   EXPECT_EQ(text, "as passed");
 }
 
-TEST_F(MachineType, SuccessLogsNothingBelowThreshold4) {
-  platform.logThreshold = 3;
-  EXPECT_EQ(Get(AsBytes("7X06")), StatusCode::Success);
-  EXPECT_THAT(platform.lines, IsEmpty());
+TEST_F(MachineType, SuccessHasNoLineOfItsOwn) {
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", AsBytes("7X06")),
+              [&] { EXPECT_EQ(Get(AsBytes("7X06")), StatusCode::Success); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", AsBytes("AB7X06")) +
+                  TrimLines(AsBytes("7X06")),
+              [&] { EXPECT_EQ(Get(AsBytes("AB7X06")), StatusCode::Success); });
 }
 
-TEST_F(MachineType, WarningIsSilentBelowThreshold2) {
-  platform.logThreshold = 1;
-  EXPECT_EQ(Get(AsBytes("7X0-")), StatusCode::NoUsableResult);
-  EXPECT_THAT(platform.lines, IsEmpty());
+TEST_F(MachineType, FailureIsLoggedWithTheCompletionCode) {
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", {}) +
+                  std::vector<Line>{{1, "Get smm mt failed with error code:0"}},
+              [&] { EXPECT_EQ(Get({}), StatusCode::UnusableAnswer); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", AsBytes("AB7X06")) +
+                  TrimLines(AsBytes("7X06")) +
+                  std::vector<Line>{{1, "Get smm mt failed with error code:193"}},
+              [&] { EXPECT_EQ(Get(AsBytes("AB7X06"), 0xC1), StatusCode::UnusableAnswer); });
 }
 
-TEST_F(MachineType, FailureIsSilentAtThreshold0) {
-  platform.logThreshold = 0;
-  EXPECT_EQ(Get({}), StatusCode::UnusableAnswer);
-  EXPECT_THAT(platform.lines, IsEmpty());
+TEST_F(MachineType, HyphenIsLoggedAsAWarning) {
+  const std::vector<Line> warning = {{2, "[WARN]: SMM machine type is empty"}};
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", AsBytes("7X0-")) + warning,
+              [&] { EXPECT_EQ(Get(AsBytes("7X0-")), StatusCode::NoUsableResult); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", AsBytes("AB7X0-")) +
+                  TrimLines(AsBytes("7X0-")) + warning,
+              [&] { EXPECT_EQ(Get(AsBytes("AB7X0-")), StatusCode::NoUsableResult); });
 }
 
 TEST_F(MachineType, StatusOfTheExchangeIsHandedOnWithoutALine) {
@@ -259,16 +271,24 @@ TEST_F(SerialNumber, SecondGenerationPositionsCountBehindTheFirstTwoBytes) {
   EXPECT_EQ(text, "J3");
 }
 
-TEST_F(SerialNumber, SuccessLogsNothingBelowThreshold4) {
-  platform.logThreshold = 3;
-  EXPECT_EQ(Get(AsBytes("J300TAV1")), StatusCode::Success);
-  EXPECT_THAT(platform.lines, IsEmpty());
+TEST_F(SerialNumber, SuccessHasNoLineOfItsOwn) {
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x1 ", AsBytes("7X06")),
+              [&] { EXPECT_EQ(Get(AsBytes("7X06")), StatusCode::Success); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x1 ", AsBytes("AB7X06")) +
+                  TrimLines(AsBytes("7X06")),
+              [&] { EXPECT_EQ(Get(AsBytes("AB7X06")), StatusCode::Success); });
 }
 
-TEST_F(SerialNumber, FailureIsSilentAtThreshold0) {
-  platform.logThreshold = 0;
-  EXPECT_EQ(Get({}), StatusCode::UnusableAnswer);
-  EXPECT_THAT(platform.lines, IsEmpty());
+TEST_F(SerialNumber, FailureIsLoggedWithTheCompletionCode) {
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x1 ", {}) +
+                  std::vector<Line>{{1, "Get smm sn failed with error code:0"}},
+              [&] { EXPECT_EQ(Get({}), StatusCode::UnusableAnswer); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x1 ", AsBytes("AB7X06")) +
+                  TrimLines(AsBytes("7X06")) +
+                  std::vector<Line>{{1, "Get smm sn failed with error code:193"}},
+              [&] { EXPECT_EQ(Get(AsBytes("AB7X06"), 0xC1), StatusCode::UnusableAnswer); });
 }
 
 TEST_F(SerialNumber, StatusOfTheExchangeIsHandedOnWithoutALine) {
