@@ -3,64 +3,18 @@
 #include <gmock/gmock.h>
 
 #include <new>
-#include <sstream>
 #include <stdexcept>
 
-#include "platform/Log.h"
-#include "tests/cli/InventoryDouble.h"
+#include "tests/cli/ScriptedEnclosure.h"
 
 namespace Tavrin {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::SizeIs;
 
-constexpr const char* kLibrary = "module/smm/smm_inventory/impl/SMMInventoryImpl";
-constexpr const char* kClient = "platform/standalone/ipmi_client/IpmiClient";
-
-void WriteLine(unsigned int level, const std::string& source, const std::string& text) {
-  Log(level, source, 1).Stream() << text;
-}
-
-/// A whole enclosure of platform 254; each test changes what it is about.
-class EnclosureTest : public testing::Test {
- protected:
-  EnclosureTest() : console_(out_, false), progress_(console_, 0) {
-    Standalone::SetLogLineHandler(
-        [this](const Standalone::LogLine& line) { progress_.Take(line); });
-    info_.password = "sesame";
-    TheScript() = InventoryScript();
-    TheScript().machineType = [](std::string& text) { return Give(text, std::string("M1X2")); };
-    TheScript().serialNumber = [](std::string& text) { return Give(text, std::string("J123")); };
-    TheScript().generation = [](SMMIype& type) { return Give(type, SMM_FIRST_GENERATION); };
-    TheScript().status = StatusOf(254, 2);
-  }
-  ~EnclosureTest() override { Standalone::SetLogLineHandler({}); }
-
-  template <typename Value>
-  static int Give(Value& out, const Value& value) {
-    out = value;
-    return StatusCode::Success;
-  }
-  static std::function<int(SMMStatus&)> StatusOf(std::int32_t platformId, std::int32_t psuSlots) {
-    return [=](SMMStatus& status) {
-      status.platformId = platformId;
-      status.psuSlotCount = psuSlots;
-      return StatusCode::Success;
-    };
-  }
-  static void FailConstruction() {
-    TheScript().construct = [] {
-      WriteLine(3, kLibrary, "Try to get SMM status, retry 6 times");
-      WriteLine(2, kClient, "no answer");
-      WriteLine(2, kLibrary, "response is empty or completeCode: \xff");
-    };
-  }
-
-  std::ostringstream out_;
-  Console console_;
-  Progress progress_;
-  TavrinConnection::ConnectionInfo info_;
-};
+using EnclosureTest = ScriptedEnclosure;
 
 TEST_F(EnclosureTest, PasswordIsWipedOnceHandedOver) {
   Enclosure enclosure(info_, progress_);
@@ -68,30 +22,56 @@ TEST_F(EnclosureTest, PasswordIsWipedOnceHandedOver) {
   EXPECT_EQ(info_.password, "");
 }
 
-TEST_F(EnclosureTest, PlatformOfFourNodesNeedsNoSecondStatusRead) {
+TEST_F(EnclosureTest, PlatformOfFourNodesIsDetected) {
   Enclosure enclosure(info_, progress_);
   const Detection detection = enclosure.ReadDetection();
   EXPECT_EQ(detection.generation.value, SMM_FIRST_GENERATION);
-  EXPECT_EQ(detection.status.value.platformId, 254);
-  EXPECT_EQ(detection.status.value.psuSlotCount, 2);
+  EXPECT_EQ(detection.platformId.value, 254);
+  EXPECT_EQ(detection.psuSlotCount.value, 2U);
   EXPECT_EQ(detection.nodeCount.value, 4U);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation"));
 }
 
-TEST_F(EnclosureTest, PlatformOfTwelveNodesHasItsSlotsCounted) {
+TEST_F(EnclosureTest, PlatformOfTwelveNodesIsDetectedWithItsSlots) {
   TheScript().nodeCount = 12;
-  TheScript().status = StatusOf(253, 9);
+  TheScript().psuStatus = PsuSlots(9);
   Enclosure enclosure(info_, progress_);
   const Detection detection = enclosure.ReadDetection();
-  EXPECT_EQ(detection.status.value.platformId, 253);
-  EXPECT_EQ(detection.status.value.psuSlotCount, 9);
+  EXPECT_EQ(detection.platformId.value, 253);
+  EXPECT_EQ(detection.psuSlotCount.value, 9U);
   EXPECT_EQ(detection.nodeCount.value, 12U);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "status"));
+}
+
+TEST_F(EnclosureTest, DetectionAsksOnceAndNeverForTheStatusAgain) {
+  Enclosure enclosure(info_, progress_);
+  enclosure.ReadDetection();
+  enclosure.ReadDetection();
+  enclosure.ReadPsuStatus();
+  EXPECT_THAT(TheScript().asked, ElementsAre("PSU status", "generation"));
+}
+
+TEST_F(EnclosureTest, RefusedPsuStatusStillCountsTheSlots) {
+  TheScript().nodeCount = 12;
+  TheScript().psuStatus = PsuSlots(6, StatusCode::UnusableAnswer);
+  Enclosure enclosure(info_, progress_);
+  const Detection detection = enclosure.ReadDetection();
+  EXPECT_EQ(detection.psuSlotCount.status, StatusCode::Success);
+  EXPECT_EQ(detection.psuSlotCount.value, 6U);
+}
+
+TEST_F(EnclosureTest, FailedExchangeLeavesTheSlotsUncounted) {
+  TheScript().psuStatus = [](std::vector<PSUStatus>&) {
+    WriteLine(2, kClient, "gone");
+    return StatusCode::NotConnected;
+  };
+  Enclosure enclosure(info_, progress_);
+  const Detection detection = enclosure.ReadDetection();
+  EXPECT_EQ(detection.psuSlotCount.status, StatusCode::NotConnected);
+  EXPECT_EQ(detection.psuSlotCount.cause, "gone");
+  EXPECT_EQ(detection.nodeCount.status, StatusCode::Success);
 }
 
 TEST_F(EnclosureTest, WarningAboutTwelveNodesDoesNotHideThem) {
   TheScript().nodeCount = 12;
-  TheScript().status = StatusOf(253, 6);
   TheScript().construct = [] { WriteLine(2, kLibrary, "set default value 6"); };
   Enclosure enclosure(info_, progress_);
   EXPECT_EQ(enclosure.ReadDetection().nodeCount.value, 12U);
@@ -104,74 +84,37 @@ TEST_F(EnclosureTest, FailureBeforeTheLastAttemptIsForgotten) {
   };
   Enclosure enclosure(info_, progress_);
   EXPECT_EQ(enclosure.ReadDetection().nodeCount.status, StatusCode::Success);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation"));
 }
 
-TEST_F(EnclosureTest, FailedConstructionHasTheStatusReadAgain) {
+TEST_F(EnclosureTest, FailedConstructionLeavesWhatTheLibraryAssumesUnread) {
   FailConstruction();
   Enclosure enclosure(info_, progress_);
   const Detection detection = enclosure.ReadDetection();
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "status"));
-  EXPECT_EQ(detection.status.value.psuSlotCount, 2);
-  EXPECT_EQ(detection.nodeCount.value, 4U);
-}
-
-TEST_F(EnclosureTest, AssumedNodesAreNotReportedWhenTheSecondReadContradicts) {
-  FailConstruction();
-  TheScript().status = StatusOf(253, 9);
-  Enclosure enclosure(info_, progress_);
-  const Detection detection = enclosure.ReadDetection();
-  EXPECT_EQ(detection.status.value.psuSlotCount, 9);
+  EXPECT_EQ(detection.generation.status, StatusCode::Success);
+  EXPECT_EQ(detection.platformId.status, StatusCode::NoUsableResult);
+  EXPECT_EQ(detection.platformId.cause, "no answer");
+  EXPECT_EQ(detection.psuSlotCount.status, StatusCode::NoUsableResult);
   EXPECT_EQ(detection.nodeCount.status, StatusCode::NoUsableResult);
-  EXPECT_EQ(detection.nodeCount.cause, "the first status read failed");
-}
-
-TEST_F(EnclosureTest, FailedStatusReadsLeaveSlotsAndNodesUnread) {
-  FailConstruction();
-  TheScript().status = [](SMMStatus&) {
-    WriteLine(2, kClient, "gone");
-    return StatusCode::NoUsableResult;
-  };
-  Enclosure enclosure(info_, progress_);
-  const Detection detection = enclosure.ReadDetection();
-  EXPECT_EQ(detection.status.status, StatusCode::NoUsableResult);
-  EXPECT_EQ(detection.status.cause, "gone");
-  EXPECT_EQ(detection.nodeCount.status, StatusCode::NoUsableResult);
-  EXPECT_EQ(detection.nodeCount.cause, "gone");
-}
-
-TEST_F(EnclosureTest, CutStatusAnswerIsNotReportedAsRead) {
-  FailConstruction();
-  TheScript().status = [](SMMStatus&) { return StatusCode::Success; };
-  Enclosure enclosure(info_, progress_);
-  EXPECT_EQ(enclosure.ReadDetection().status.status, StatusCode::NoUsableResult);
-}
-
-TEST_F(EnclosureTest, FailedStatusThatFilledTheRecordStaysFailed) {
-  FailConstruction();
-  TheScript().status = [](SMMStatus& status) {
-    status.psuSlotCount = 9;
-    return StatusCode::NoUsableResult;
-  };
-  Enclosure enclosure(info_, progress_);
-  EXPECT_EQ(enclosure.ReadDetection().status.status, StatusCode::NoUsableResult);
 }
 
 TEST_F(EnclosureTest, UnreachableSmmIsAskedOnlyOnce) {
   FailConstruction();
-  TheScript().machineType = [](std::string&) {
+  TheScript().psuStatus = [](std::vector<PSUStatus>&) {
     WriteLine(2, kClient, "no answer from it");
     return StatusCode::NotConnected;
   };
   Enclosure enclosure(info_, progress_);
-  const Identity identity = enclosure.ReadIdentity();
   const Detection detection = enclosure.ReadDetection();
-  EXPECT_THAT(TheScript().asked, ElementsAre("machine type"));
+  const Identity identity = enclosure.ReadIdentity();
+  const QueryResult<PsuSelection> selection = enclosure.SelectPsu(1);
+  EXPECT_THAT(TheScript().asked, ElementsAre("PSU status"));
+  EXPECT_EQ(detection.generation.status, StatusCode::NotConnected);
+  EXPECT_EQ(detection.platformId.status, StatusCode::NotConnected);
+  EXPECT_EQ(detection.psuSlotCount.status, StatusCode::NotConnected);
+  EXPECT_EQ(detection.nodeCount.cause, "no answer from it");
   EXPECT_EQ(identity.serialNumber.status, StatusCode::NotConnected);
   EXPECT_EQ(identity.serialNumber.cause, "no answer from it");
-  EXPECT_EQ(detection.generation.status, StatusCode::NotConnected);
-  EXPECT_EQ(detection.status.status, StatusCode::NotConnected);
-  EXPECT_EQ(detection.nodeCount.status, StatusCode::NotConnected);
+  EXPECT_EQ(selection.status, StatusCode::NotConnected);
 }
 
 TEST_F(EnclosureTest, FailedQueryDoesNotHideTheOthers) {
@@ -179,6 +122,7 @@ TEST_F(EnclosureTest, FailedQueryDoesNotHideTheOthers) {
     WriteLine(1, kLibrary, "Get smm mt failed with error code:193");
     return StatusCode::UnusableAnswer;
   };
+  TheScript().serialNumber = [](std::string& text) { return Give(text, std::string("J123")); };
   Enclosure enclosure(info_, progress_);
   const Identity identity = enclosure.ReadIdentity();
   EXPECT_EQ(identity.machineType.status, StatusCode::UnusableAnswer);
@@ -192,9 +136,10 @@ TEST_F(EnclosureTest, ShortAnswerThatThrowsIsToldInWords) {
   Enclosure enclosure(info_, progress_);
   const Identity identity = enclosure.ReadIdentity();
   EXPECT_EQ(identity.machineType.status, kExceptionStatus);
-  EXPECT_EQ(identity.machineType.cause,
-            "the answer was shorter than the bytes that lead it, or memory ran out");
-  EXPECT_EQ(identity.serialNumber.value, "J123");
+  EXPECT_EQ(
+      identity.machineType.cause,
+      "the answer was shorter than the bytes that lead it, as a refusal is, or memory ran out");
+  EXPECT_EQ(identity.serialNumber.status, StatusCode::Success);
 }
 
 TEST_F(EnclosureTest, OtherExceptionIsToldInItsOwnWordsEscaped) {
@@ -215,6 +160,79 @@ TEST_F(EnclosureTest, ExceptionOfTheConstructionPassesAndEndsTheProgress) {
     throw std::runtime_error("out of order");
   };
   EXPECT_THROW(Enclosure(info_, progress_), std::runtime_error);
+}
+
+TEST_F(EnclosureTest, EachNodeHasItsOwnResult) {
+  TheScript().nodeStatus = [](unsigned long node, NodeStatus& status) {
+    status.permissionState = static_cast<int>(node);
+    return node == 2 ? throw std::runtime_error("lost") : StatusCode::Success;
+  };
+  Enclosure enclosure(info_, progress_);
+  const std::vector<QueryResult<NodeStatus>> nodes = enclosure.ReadNodeStatus();
+  ASSERT_THAT(nodes, SizeIs(4));
+  EXPECT_EQ(nodes[0].value.permissionState, 1);
+  EXPECT_EQ(nodes[1].status, kExceptionStatus);
+  EXPECT_EQ(nodes[3].value.permissionState, 4);
+}
+
+TEST_F(EnclosureTest, TwelveNodesAreAskedForTheirPower) {
+  TheScript().nodeCount = 12;
+  Enclosure enclosure(info_, progress_);
+  EXPECT_THAT(enclosure.ReadNodePower(), SizeIs(12));
+  EXPECT_EQ(TheScript().asked.front(), "power of node 1");
+  EXPECT_EQ(TheScript().asked.back(), "power of node 12");
+}
+
+TEST_F(EnclosureTest, RecordsOfEarlierSlotsStayWhenALaterOneFails) {
+  TheScript().fans = [](std::vector<PSUFanSpeed>& fans) {
+    fans.emplace_back();
+    return StatusCode::NotConnected;
+  };
+  Enclosure enclosure(info_, progress_);
+  const QueryResult<std::vector<PSUFanSpeed>> fans = enclosure.ReadPsuFans();
+  EXPECT_EQ(fans.status, StatusCode::NotConnected);
+  EXPECT_THAT(fans.value, SizeIs(1));
+}
+
+TEST_F(EnclosureTest, SelectionTellsWhatWasSentOnTheFirstGeneration) {
+  Enclosure enclosure(info_, progress_);
+  const QueryResult<PsuSelection> selection = enclosure.SelectPsu(7);
+  EXPECT_EQ(selection.status, StatusCode::Success);
+  EXPECT_EQ(selection.value.asked, 7);
+  EXPECT_EQ(selection.value.sent, 3);
+  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "selection of PSU 7"));
+}
+
+TEST_F(EnclosureTest, SelectionGoesByThePlatformOnTheSecondGeneration) {
+  TheScript().generation = [](SMMIype& type) { return Give(type, SMM_SECOND_GENERATION); };
+  TheScript().nodeCount = 12;
+  Enclosure enclosure(info_, progress_);
+  EXPECT_EQ(enclosure.SelectPsu(9).value.sent, 9);
+  TheScript().nodeCount = 4;
+  EXPECT_EQ(enclosure.SelectPsu(9).value.sent, std::nullopt);
+}
+
+TEST_F(EnclosureTest, SelectionWithoutAcknowledgementStillTellsWhatWasSent) {
+  TheScript().selectPsu = [](int) {
+    WriteLine(3, kLibrary, "Try to get PSU status, start retry 6 times");
+    WriteLine(2, kLibrary, "response is empty or completionCode: \xc1");
+    return StatusCode::NoUsableResult;
+  };
+  Enclosure enclosure(info_, progress_);
+  const QueryResult<PsuSelection> selection = enclosure.SelectPsu(2);
+  EXPECT_EQ(selection.status, StatusCode::NoUsableResult);
+  EXPECT_EQ(selection.cause, "response is empty or completionCode: \\xc1");
+  EXPECT_EQ(selection.value.sent, 2);
+  EXPECT_THAT(out_.str(), HasSubstr("selecting the PSU: attempt 6 of 6, 3 seconds apart"));
+}
+
+TEST_F(EnclosureTest, SelectionByAnUndetectedGenerationIsSentAllTheSame) {
+  TheScript().generation = [](SMMIype&) { return 3; };
+  Enclosure enclosure(info_, progress_);
+  const QueryResult<PsuSelection> selection = enclosure.SelectPsu(1);
+  EXPECT_EQ(selection.status, StatusCode::Success);
+  EXPECT_EQ(selection.value.sent, std::nullopt);
+  EXPECT_THAT(selection.value.remark, HasSubstr("not known"));
 }
 
 }  // namespace

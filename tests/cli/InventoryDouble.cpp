@@ -26,9 +26,54 @@ int SMMInventory::GetSmmSN(std::string& serialNumber) {
   return TheScript().serialNumber(serialNumber);
 }
 
-int SMMInventory::GetSMMStatus(SMMStatus& status) {
-  TheScript().asked.emplace_back("status");
-  return TheScript().status(status);
+int SMMInventory::GetSmmVersion(std::string& version) {
+  TheScript().asked.emplace_back("firmware version");
+  return TheScript().firmwareVersion(version);
+}
+
+int SMMInventory::GetSmmName(std::string& name) {
+  TheScript().asked.emplace_back("name");
+  return TheScript().name(name);
+}
+
+int SMMInventory::GetChassisPowerConsumption(ChassisPowerCon& power) {
+  TheScript().asked.emplace_back("chassis power");
+  return TheScript().chassisPower(power);
+}
+
+int SMMInventory::GetChassisPowerCap(ChassisPowerCap& cap) {
+  TheScript().asked.emplace_back("power caps");
+  return TheScript().powerCaps(cap);
+}
+
+int SMMInventory::GetNodePowerConsumption(unsigned long node, ChassisPowerCon& power) {
+  TheScript().asked.push_back("power of node " + std::to_string(node));
+  return TheScript().nodePower(node, power);
+}
+
+int SMMInventory::GetNodeStatus(unsigned long node, NodeStatus& status) {
+  TheScript().asked.push_back("status of node " + std::to_string(node));
+  return TheScript().nodeStatus(node, status);
+}
+
+int SMMInventory::GetPSUFanSpeed(std::vector<PSUFanSpeed>& fans) {
+  TheScript().asked.emplace_back("fans");
+  return TheScript().fans(fans);
+}
+
+int SMMInventory::GetPSUFwInfo(std::vector<PSUFwInfo>& firmware) {
+  TheScript().asked.emplace_back("firmware");
+  return TheScript().firmware(firmware);
+}
+
+int SMMInventory::GetPSUStatus(std::vector<PSUStatus>& status) {
+  TheScript().asked.emplace_back("PSU status");
+  return TheScript().psuStatus(status);
+}
+
+int SMMInventory::SelectPSU(int psu) {
+  TheScript().asked.push_back("selection of PSU " + std::to_string(psu));
+  return TheScript().selectPsu(psu);
 }
 
 unsigned long SMMInventory::GetNodeNub() { return TheScript().nodeCount; }

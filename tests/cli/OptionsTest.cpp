@@ -34,6 +34,8 @@ TEST(Options, HostAndUserAloneLeaveTheDefaults) {
   EXPECT_EQ(options.privilegeLevel, std::nullopt);
   EXPECT_EQ(options.workaroundFlags, std::nullopt);
   EXPECT_EQ(options.verbosity, 0U);
+  EXPECT_EQ(options.task.command, Command::All);
+  EXPECT_FALSE(options.isJson);
 }
 
 TEST(Options, LongFormsAreTaken) {
@@ -47,6 +49,61 @@ TEST(Options, LongFormsAreTaken) {
   EXPECT_EQ(options.privilegeLevel, 3);
   EXPECT_EQ(options.workaroundFlags, 0x50);
   EXPECT_EQ(options.verbosity, 1U);
+}
+
+struct CommandRow {
+  Arguments words;
+  Command command;
+  int psu;
+};
+
+TEST(Options, CommandIsTakenBeforeAndAfterTheOptions) {
+  const std::vector<CommandRow> table = {
+      {{}, Command::All, 0},
+      {{"all"}, Command::All, 0},
+      {{"identity"}, Command::Identity, 0},
+      {{"power"}, Command::Power, 0},
+      {{"caps"}, Command::Caps, 0},
+      {{"nodes"}, Command::Nodes, 0},
+      {{"fans"}, Command::Fans, 0},
+      {{"psus"}, Command::Psus, 0},
+      {{"select-psu", "2"}, Command::SelectPsu, 2},
+      {{"select-psu", "0"}, Command::SelectPsu, 0},
+      {{"select-psu", "-1"}, Command::SelectPsu, -1},
+      {{"select-psu", "-12"}, Command::SelectPsu, -12},
+      {{"select-psu", "2147483647"}, Command::SelectPsu, 2147483647},
+      {{"select-psu", "-2147483648"}, Command::SelectPsu, -2147483647 - 1},
+  };
+  const Arguments rest = {"-H", "a", "--json", "-U", "u", "-W", "no-checksum-check"};
+  for (const CommandRow& row : table) {
+    Arguments before = row.words;
+    before.insert(before.end(), rest.begin(), rest.end());
+    Arguments after = rest;
+    after.insert(after.end(), row.words.begin(), row.words.end());
+    for (const Arguments& arguments : {before, after}) {
+      const Options options = ParseOptions(arguments);
+      EXPECT_EQ(options.task.command, row.command);
+      EXPECT_EQ(options.task.psu, row.psu);
+      EXPECT_EQ(options.workaroundFlags, 0x40);
+      EXPECT_TRUE(options.isJson);
+    }
+  }
+}
+
+TEST(Options, OptionsMayStandBetweenTheCommandAndItsNumber) {
+  const Options options = ParseOptions({"select-psu", "-H", "a", "-U", "u", "-v", "-3"});
+  EXPECT_EQ(options.task.psu, -3);
+  EXPECT_EQ(options.verbosity, 1U);
+}
+
+TEST(Options, NumberOfThePsuIsReadStrictly) {
+  const Arguments table = {"x",   "",   "1x", "+1",  " 1",  "1 ",         "0x1",
+                           "1.0", "-x", "--", "1e1", "- 1", "2147483648", "-2147483649"};
+  for (const char* text : table) {
+    EXPECT_EQ(Refusal({"-H", "a", "-U", "u", "select-psu", text}),
+              std::string("PSU \"") + text +
+                  "\" is not valid; expected a whole number from -2147483648 to 2147483647");
+  }
 }
 
 TEST(Options, RepeatedVerboseIsCounted) {
@@ -93,6 +150,13 @@ TEST(Options, WrongUseIsRefusedByName) {
       {{"-H", "a", "-U", "u", "-W", "no-checksum-check", "stray"}, "argument \"stray\""},
       {{"-H", "a", "-U", "u", "--frob"}, "argument \"--frob\""},
       {{"-H", "a", "-U", "u", "\x1b[2J"}, "argument \"\\x1b[2J\""},
+      {{"-H", "a", "-U", "u", "-7"}, "argument \"-7\""},
+      {{"-H", "a", "-U", "u", "Power"}, "argument \"Power\""},
+      {{"-H", "a", "-U", "u", "power", "caps"}, "argument \"caps\""},
+      {{"-H", "a", "-U", "u", "power", "1"}, "argument \"1\""},
+      {{"-H", "a", "-U", "u", "--frob", "power"}, "argument \"--frob\""},
+      {{"-H", "a", "-U", "u", "select-psu"}, "no PSU given"},
+      {{"-H", "a", "-U", "u", "select-psu", "1", "2"}, "argument \"2\""},
       {{"-H", "a", "-U"}, "--user"},
       {{"-H", "a", "-H", "b", "-U", "u"}, "--host"},
   };
@@ -124,8 +188,11 @@ TEST(Options, PasswordOnTheCommandLineIsRefusedWithoutShowingIt) {
   }
 }
 
-TEST(Options, HelpShowsExamplesAndExitCodes) {
+TEST(Options, HelpShowsCommandsExamplesAndExitCodes) {
   const std::string help = std::get<Notice>(Parse({"--help"})).text;
+  EXPECT_THAT(help, HasSubstr("Usage: smm-inventory [OPTIONS] [COMMAND]\n"));
+  EXPECT_THAT(help, HasSubstr("Commands:"));
+  EXPECT_THAT(help, HasSubstr("  select-psu N "));
   EXPECT_THAT(help, HasSubstr("Examples:"));
   EXPECT_THAT(help, HasSubstr("Exit codes:"));
   EXPECT_THAT(help, Not(HasSubstr("-P,")));

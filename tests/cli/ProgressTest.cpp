@@ -37,6 +37,20 @@ TEST(Progress, AttemptsAreLinesWhereNoTerminalIs) {
             "reading: attempt 2 of 6, 3 seconds apart ...\n");
 }
 
+TEST(Progress, AttemptsOfThePsuSelectionAreShownTheSameWay) {
+  Shown shown;
+  shown.progress.BeginWait("selecting");
+  shown.Log(3, kLibrary, "Try to get PSU status, start retry 1 time");
+  shown.Log(2, kClient, "no answer");
+  shown.Log(3, kLibrary, "Try to get PSU status, start retry 6 times");
+  shown.progress.EndWait();
+  EXPECT_EQ(shown.out.str(),
+            "selecting: attempt 1 of 6, 3 seconds apart ...\n"
+            "no answer; still trying\n"
+            "selecting: attempt 6 of 6, 3 seconds apart ...\n");
+  EXPECT_EQ(shown.progress.Cause(), "");
+}
+
 TEST(Progress, AttemptsReplaceOneAnotherOnATerminal) {
   Shown shown(0, true);
   shown.progress.BeginWait("reading");

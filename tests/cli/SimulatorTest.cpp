@@ -1,22 +1,40 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <list>
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/Schema.h"
 #include "tests/cli/Tool.h"
 #include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin {
 namespace {
 
+using nlohmann::json;
 using testing::HasSubstr;
 using testing::Not;
 using Texts = std::vector<std::string>;
 
-Finished Read(const SimulatedSmm& simulator, const std::string& password = "sesame",
-              const Texts& options = {}) {
+Texts Arguments(const SimulatedSmm& simulator, const Texts& options) {
   Texts arguments = {
       "-H", simulator.Address(), "-U", "admin", "-W", "open-session-privilege", "--password-file",
       "-"};
   arguments.insert(arguments.end(), options.begin(), options.end());
-  return RunTool(arguments, {}, password + "\n");
+  return arguments;
+}
+
+Finished Read(const SimulatedSmm& simulator, const std::string& password = "sesame",
+              const Texts& options = {}) {
+  return RunTool(Arguments(simulator, options), {}, password + "\n");
+}
+
+/// The document that a run with --json printed, after it was found to keep to the schema.
+json DocumentOf(const Finished& finished) {
+  EXPECT_EQ(SchemaErrors(finished.output), "") << finished.error;
+  return json::parse(finished.output);
 }
 
 TEST(ToolOnSimulator, FirstGenerationIsShownWhole) {
@@ -25,28 +43,211 @@ TEST(ToolOnSimulator, FirstGenerationIsShownWhole) {
   EXPECT_EQ(finished.exitCode, 0) << finished.error;
   EXPECT_EQ(finished.output, simulator.Address() +
                                  "\n"
-                                 "  machine type   1QA4\n"
-                                 "  serial number  SIM10001\n"
-                                 "  generation     first\n"
-                                 "  platform id    254 (0xFE)\n"
-                                 "  PSU slots      2\n"
-                                 "  nodes          4\n");
+                                 "\n"
+                                 "enclosure\n"
+                                 "  generation   first\n"
+                                 "  platform id  254\n"
+                                 "  PSU slots    2\n"
+                                 "  nodes        4\n"
+                                 "\n"
+                                 "identity\n"
+                                 "  machine type      1QA4\n"
+                                 "  serial number     SIM10001\n"
+                                 "  firmware version  FGEN7-1.05\n"
+                                 "  name              simulated-first\n"
+                                 "\n"
+                                 "chassis power\n"
+                                 "  minimum  625\n"
+                                 "  average  1610\n"
+                                 "  maximum  2790\n"
+                                 "\n"
+                                 "power caps\n"
+                                 "  range minimum   610\n"
+                                 "  range maximum   3400\n"
+                                 "  protective cap  2950\n"
+                                 "  user cap        2100\n"
+                                 "  thermal cap     2500\n"
+                                 "\n"
+                                 "node status\n"
+                                 "  node  power state  width  height  permission\n"
+                                 "  1     Power ON     Half   2       17\n"
+                                 "  2     Power ON     Full   1       18\n"
+                                 "  3     Power ON     Half   2       19\n"
+                                 "  4     Power ON     Full   1       20\n"
+                                 "\n"
+                                 "node power\n"
+                                 "  node  minimum  average  maximum\n"
+                                 "  1     119      341      613\n"
+                                 "  2     128      352      626\n"
+                                 "  3     137      363      639\n"
+                                 "  4     146      374      652\n"
+                                 "\n"
+                                 "PSU fans\n"
+                                 "  slot  name  speed A  Pat A  speed B  Pat B  status\n"
+                                 "  1     PSU1  5490     61     -        -      Normal\n"
+                                 "  2     PSU2  5780     62     -        -      Normal\n"
+                                 "\n"
+                                 "PSU firmware\n"
+                                 "  slot  name  identifier   version  description\n"
+                                 "  1     PSU1  PSUPAS1a.01  1.08     Power Supply 1\n"
+                                 "  2     PSU2  PSUPAS2b.02  2.09     Power Supply 2\n"
+                                 "\n"
+                                 "PSU status\n"
+                                 "  slot  EPOW         throttle     presence  power good\n"
+                                 "  1     not trigger  not trigger  present   power good\n"
+                                 "  2     not trigger  not trigger  present   power good\n");
   EXPECT_THAT(finished.error, HasSubstr("attempt 2 of 6"));
   EXPECT_THAT(finished.error, Not(HasSubstr("still trying")));
 }
 
-TEST(ToolOnSimulator, SecondGenerationOfPlatform253IsShownWhole) {
-  const SimulatedSmm simulator({"--generation", "2", "--platform", "253"});
-  const Finished finished = Read(simulator);
+struct Kind {
+  const char* name;
+  Texts options;
+  std::string serialNumber;
+  std::size_t slots;
+  std::size_t nodes;
+  json secondFanOfSlot2;
+};
+
+void PrintTo(const Kind& kind, std::ostream* out) { *out << kind.name; }
+
+class ToolOnEveryKind : public testing::TestWithParam<Kind> {};
+
+TEST_P(ToolOnEveryKind, DocumentHoldsTheWholeEnclosure) {
+  const SimulatedSmm simulator(GetParam().options);
+  const Finished finished = Read(simulator, "sesame", {"--json", "all"});
   EXPECT_EQ(finished.exitCode, 0) << finished.error;
-  EXPECT_EQ(finished.output, simulator.Address() +
-                                 "\n"
-                                 "  machine type   2QC9\n"
-                                 "  serial number  SIM25301\n"
-                                 "  generation     second\n"
-                                 "  platform id    253 (0xFD)\n"
-                                 "  PSU slots      9\n"
-                                 "  nodes          12\n");
+  const json document = DocumentOf(finished);
+  EXPECT_EQ(document.at("address"), simulator.Address());
+  const json& queries = document.at("queries");
+  EXPECT_EQ(queries.size(), 15U);
+  EXPECT_EQ(queries.at("serialNumber").at("value"), GetParam().serialNumber);
+  EXPECT_EQ(queries.at("nodeStatus").size(), GetParam().nodes);
+  EXPECT_EQ(queries.at("nodePower").size(), GetParam().nodes);
+  EXPECT_EQ(queries.at("psuFirmware").at("slots").size(), GetParam().slots);
+  EXPECT_EQ(queries.at("psuStatus").at("slots").size(), GetParam().slots);
+  EXPECT_EQ(queries.at("psuFans").at("slots").at(1).at("fields").at("speedB").at("value"),
+            GetParam().secondFanOfSlot2);
+}
+
+/// A run with --json on an enclosure of its own; many can go on at once.
+class DocumentRun {
+ public:
+  DocumentRun(const Texts& options, const std::filesystem::path& scenario)
+      : name_(scenario.stem().string()),
+        simulator_(options, ContentOf(scenario)),
+        tool_(Call(simulator_), {}, "sesame\n") {}
+
+  const std::string& Name() const { return name_; }
+  Finished Wait() { return tool_.Wait(); }
+
+ private:
+  static std::string ContentOf(const std::filesystem::path& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  static Texts Call(const SimulatedSmm& simulator) {
+    Texts arguments = Arguments(simulator, {"--json"});
+    arguments.insert(arguments.begin(), SMM_INVENTORY);
+    return arguments;
+  }
+
+  std::string name_;
+  SimulatedSmm simulator_;
+  Child tool_;
+};
+
+TEST_P(ToolOnEveryKind, EveryReadyScenarioGivesADocumentOfTheSchema) {
+  std::list<DocumentRun> runs;
+  for (const auto& entry : std::filesystem::directory_iterator(SMM_SCENARIOS)) {
+    runs.emplace_back(GetParam().options, entry.path());
+  }
+  EXPECT_FALSE(runs.empty());
+  for (DocumentRun& run : runs) {
+    SCOPED_TRACE(run.Name());
+    const Finished finished = run.Wait();
+    EXPECT_EQ(finished.exitCode, 0) << finished.error;
+    EXPECT_EQ(DocumentOf(finished).at("queries").size(), 15U);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, ToolOnEveryKind,
+    testing::Values(
+        Kind{"First", {"--generation", "1"}, "SIM10001", 2, 4, nullptr},
+        Kind{"Second253", {"--generation", "2", "--platform", "253"}, "SIM25301", 9, 12, 8910},
+        Kind{"Second254", {"--generation", "2", "--platform", "254"}, "SIM25401", 2, 4, 8950}),
+    [](const testing::TestParamInfo<Kind>& kind) { return kind.param.name; });
+
+TEST(ToolOnSimulator, OddAnswersOfManyQueriesKeepTheDocumentWhole) {
+  const SimulatedSmm simulator({"--generation", "2", "--platform", "254"}, R"({"overrides": [
+    {"command": "0x92", "data": "01 05 99", "response": "ff 00 1b 80 00"},
+    {"command": "0x92", "data": "02 02 fc", "completionCode": "0xC1"},
+    {"command": "0x98", "data": "03", "response": "00 ff ff 00 00 01 00"},
+    {"command": "0x9D", "response": "00 01"},
+    {"command": "0xA5", "data": "02", "completionCode": "0xC1"},
+    {"command": "0xA7", "data": "04", "response": "00 99 03 ff 20"},
+    {"command": "0xB0", "data": "05 00", "response": "00"}
+  ]})");
+  const Finished finished = Read(simulator, "sesame", {"--json"});
+  EXPECT_EQ(finished.exitCode, 3) << finished.error;
+  const json queries = DocumentOf(finished).at("queries");
+  EXPECT_EQ(queries.at("machineType").at("statusName"), "Exception");
+  EXPECT_EQ(queries.at("serialNumber").at("value"), "SIM25401");
+  EXPECT_EQ(queries.at("powerCaps").at("statusName"), "UnusableAnswer");
+  EXPECT_EQ(queries.at("nodePower").at(2).at("fields").at("minPower").at("text"), "N/A");
+  EXPECT_EQ(queries.at("nodePower").at(2).at("fields").at("maxPower").at("value"), 1);
+  const json node4 = queries.at("nodeStatus").at(3).at("fields");
+  EXPECT_EQ(node4.at("powerState").at("value"), "Fault");
+  EXPECT_EQ(node4.at("width").at("value"), 3);
+  EXPECT_EQ(node4.at("height").at("value"), nullptr);
+  const json fans = queries.at("psuFans").at("slots");
+  EXPECT_EQ(fans.at(0).at("fields").at("name").at("value"), "PSU1");
+  EXPECT_EQ(fans.at(1).at("fields").at("name").at("value"), nullptr);
+  const json firmware = queries.at("psuFirmware").at("slots");
+  const json bytes = firmware.at(0).at("fields").at("identifier").at("bytes");
+  EXPECT_EQ(bytes.at(3), 0xFF);
+  EXPECT_EQ(bytes.at(6), 0x80);
+  EXPECT_EQ(firmware.at(1).at("fields").at("version").at("value"), nullptr);
+}
+
+TEST(ToolOnSimulator, MissingPsuIsShownInItsPlace) {
+  const SimulatedSmm simulator({"--generation", "1"},
+                               R"({"enclosure": {"psus": {"2": {"present": false}}}})");
+  const Finished finished = Read(simulator, "sesame", {"psus"});
+  EXPECT_EQ(finished.exitCode, 0) << finished.error;
+  EXPECT_THAT(finished.output, HasSubstr("\n  2     not read  not read     not read  not read\n"));
+  EXPECT_THAT(finished.output,
+              HasSubstr("\n  2     not trigger  not trigger  not present  not power good\n"));
+}
+
+TEST(ToolOnSimulator, SelectionTellsWhatWasSentAndAcknowledged) {
+  const SimulatedSmm simulator({"--generation", "1"});
+  const Finished finished = Read(simulator, "sesame", {"select-psu", "7", "-vvv"});
+  EXPECT_EQ(finished.exitCode, 0) << finished.error;
+  EXPECT_THAT(finished.error, HasSubstr("cmd=0xf4 data=0x0 0x3"));
+  EXPECT_THAT(finished.output, HasSubstr("\nPSU selection\n"
+                                         "  asked for        7\n"
+                                         "  sent             3\n"
+                                         "  remark           clamped: "));
+  EXPECT_THAT(finished.output, HasSubstr("  acknowledgement  received\n"));
+}
+
+TEST(ToolOnSimulator, RefusedSelectionIsTriedSixTimesAndTold) {
+  const SimulatedSmm simulator(
+      {"--generation", "2", "--platform", "254"},
+      R"({"overrides": [{"command": "0xF4", "data": "00", "completionCode": "0xC1"}]})");
+  const Finished finished = Read(simulator, "sesame", {"--json", "select-psu", "3"});
+  EXPECT_EQ(finished.exitCode, 1) << finished.error;
+  EXPECT_THAT(finished.error, HasSubstr("selecting the PSU: attempt 6 of 6"));
+  EXPECT_THAT(
+      finished.error,
+      HasSubstr("smm-inventory: acknowledgement of the PSU selection not read: the SMM gave "
+                "no usable answer (response is empty or completionCode: \\xc1); next: "));
+  const json selection = DocumentOf(finished).at("queries").at("psuSelection");
+  EXPECT_EQ(selection.at("statusName"), "NoUsableResult");
+  EXPECT_EQ(selection.at("fields").at("sent").at("text"), "none");
+  EXPECT_EQ(selection.at("fields").at("acknowledgement").at("value"), "missing");
 }
 
 TEST(ToolOnSimulator, RefusedQueryIsToldAndDoesNotHideTheOthers) {
@@ -55,35 +256,35 @@ TEST(ToolOnSimulator, RefusedQueryIsToldAndDoesNotHideTheOthers) {
   ]})");
   const Finished finished = Read(simulator);
   EXPECT_EQ(finished.exitCode, 1) << finished.error;
-  EXPECT_THAT(finished.output, HasSubstr("  machine type   not read\n"
-                                         "  serial number  SIM10001\n"));
-  EXPECT_THAT(finished.error,
-              HasSubstr("smm-inventory: machine type not read: the SMM refused the request or gave "
-                        "too short an answer (Get smm mt failed with error code:193); next: "));
+  EXPECT_THAT(finished.output, HasSubstr("  machine type      not read\n"
+                                         "  serial number     SIM10001\n"));
+  EXPECT_THAT(
+      finished.error,
+      HasSubstr("smm-inventory: machine type not read: the SMM refused the request or gave "
+                "an answer of unfit length (Get smm mt failed with error code:193); next: "));
 }
 
 TEST(ToolOnSimulator, AnswerShorterThanItsLeadingBytesIsToldInWords) {
   const SimulatedSmm simulator({"--generation", "2", "--platform", "254"}, R"({"overrides": [
     {"command": "0xB0", "data": "05 00", "response": "00"}
   ]})");
-  const Finished finished = Read(simulator);
+  const Finished finished = Read(simulator, "sesame", {"identity"});
   EXPECT_EQ(finished.exitCode, 3) << finished.error;
-  EXPECT_THAT(finished.output, HasSubstr("  machine type   not read\n"
-                                         "  serial number  SIM25401\n"
-                                         "  generation     second\n"));
+  EXPECT_THAT(finished.output, HasSubstr("  machine type      not read\n"
+                                         "  serial number     SIM25401\n"));
   EXPECT_THAT(finished.error,
               HasSubstr("smm-inventory: machine type not read: the library gave up with an "
                         "exception (the answer was shorter than the bytes that lead it"));
 }
 
-TEST(ToolOnSimulator, RefusedStatusLeavesDetectionUnread) {
+TEST(ToolOnSimulator, RefusedStatusLeavesWhatTheLibraryAssumesUnread) {
   const SimulatedSmm simulator({"--generation", "1"}, R"({"overrides": [
     {"command": "0xA8", "completionCode": "0xC1"}
   ]})");
-  const Finished finished = Read(simulator);
+  const Finished finished = Read(simulator, "sesame", {"nodes"});
   EXPECT_EQ(finished.exitCode, 1) << finished.error;
-  EXPECT_THAT(finished.output, HasSubstr("  machine type   1QA4\n"));
-  EXPECT_THAT(finished.output, HasSubstr("  nodes          not read\n"));
+  EXPECT_THAT(finished.output, HasSubstr("  nodes        not read\n"));
+  EXPECT_THAT(finished.output, HasSubstr("  4     Power ON"));
   EXPECT_THAT(finished.error,
               HasSubstr("platform id, PSU slots, nodes not read: the SMM gave no "
                         "usable answer (response is empty or completeCode: \\xc1)"));
@@ -91,19 +292,22 @@ TEST(ToolOnSimulator, RefusedStatusLeavesDetectionUnread) {
 
 TEST(ToolOnSimulator, WrongPasswordIsNamedAtOnceAndInTheEnd) {
   const SimulatedSmm simulator({"--generation", "1"});
-  const Finished finished = Read(simulator, "guess");
+  const Finished finished = Read(simulator, "guess", {"--json"});
   EXPECT_EQ(finished.exitCode, 1);
   EXPECT_LT(finished.error.find("still trying"), finished.error.find("attempt 2 of 6"));
   EXPECT_THAT(finished.error, HasSubstr("no IPMI connection could be opened (connect failed: "));
   EXPECT_THAT(finished.error, HasSubstr("password"));
-  EXPECT_THAT(finished.error, Not(HasSubstr("guess")));
+  const json queries = DocumentOf(finished).at("queries");
+  EXPECT_EQ(queries.at("machineType").at("statusName"), "NotConnected");
+  EXPECT_EQ(queries.at("psuFirmware").at("statusName"), "NotConnected");
+  EXPECT_THAT(finished.error + finished.output, Not(HasSubstr("guess")));
 }
 
 TEST(ToolOnSimulator, MostVerboseRunShowsRequestsAndAnswersEscaped) {
   const SimulatedSmm simulator(
       {"--generation", "1"},
       R"({"overrides": [{"command": "0xB0", "data": "05 01", "response": "1b 5b 32 4a"}]})");
-  const Finished finished = Read(simulator, "sesame", {"-vvv"});
+  const Finished finished = Read(simulator, "sesame", {"identity", "-vvv"});
   EXPECT_EQ(finished.exitCode, 0) << finished.error;
   EXPECT_THAT(finished.error, HasSubstr("FN=0x32 cmd=0xb0 data=0x5 0x1"));
   EXPECT_THAT(finished.error, HasSubstr("Response=\\x1b [ 2 J"));

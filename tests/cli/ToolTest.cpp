@@ -32,6 +32,9 @@ TEST(Tool, BadInputGetsOneSentenceAndCodeTwo) {
       {{"-H", "a", "-U", "u", "-L", "king"}, {}, "", "privilege level \"king\""},
       {{"-H", "a", "-U", "u", "-W", "magic"}, {}, "", "workaround \"magic\""},
       {{"-H", "a", "-U", "u", "--nope"}, {}, "", "argument \"--nope\""},
+      {{"-H", "a", "-U", "u", "powers"}, {}, "", "argument \"powers\""},
+      {{"-H", "a", "-U", "u", "select-psu"}, {}, "", "no PSU given"},
+      {{"-H", "a", "-U", "u", "select-psu", "1a"}, {}, "", "PSU \"1a\""},
       {{"-H", "a", "-U", "u", "-P", "sesame"}, {}, "", "option -P"},
       {{"-H", "a", "-U", "u"}, {}, "", "no password given"},
       {{"-H", "a", "-U", "u"}, {"IPMI_PASSWORD="}, "", "IPMI_PASSWORD is empty"},
@@ -91,9 +94,11 @@ TEST(Tool, DeadHostIsToldAfterTheFirstAttemptAndInTheEnd) {
   EXPECT_LT(firstComplaint, finished.error.find("attempt 2 of 6"));
   EXPECT_EQ(finished.error.find("; still trying\n", firstComplaint + 1), std::string::npos);
   EXPECT_THAT(finished.error,
-              HasSubstr("smm-inventory: machine type, serial number, generation, platform id, PSU "
-                        "slots, nodes not read: no IPMI connection could be opened (connect "
-                        "failed: host 127.0.0.1, port 9, user \"u\": "));
+              HasSubstr("smm-inventory: generation, platform id, PSU slots, nodes, machine type, "
+                        "serial number, firmware version, name, chassis power, power caps, node "
+                        "status (1, 2, 3, 4), node power (1, 2, 3, 4), PSU fans, PSU firmware, PSU "
+                        "status not read: no IPMI connection could be opened (connect failed: host "
+                        "127.0.0.1, port 9, user \"u\": "));
   EXPECT_THAT(finished.error, HasSubstr("; next: check host, port, user and password"));
   EXPECT_THAT(finished.error, Not(HasSubstr("sesame")));
 }

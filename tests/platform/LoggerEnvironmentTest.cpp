@@ -65,6 +65,11 @@ TEST(LoggerThreshold, MalformedValueIsReportedOnlyOnce) {
   EXPECT_EQ(output.find("expected 0 (off)", first + 1), std::string::npos);
 }
 
+TEST(LoggerThreshold, HandlerMayAskForItBeforeAMalformedValueWasReported) {
+  EXPECT_THAT(RunShell("TAVRIN_LOG_LEVEL=loud timeout 10 " LOGGER_PROBE " handler"),
+              MatchesRegex("1: TAVRIN_LOG_LEVEL is \"loud\"; [^\n]*\n1: handled\n"));
+}
+
 TEST(LoggerSink, LineShowsTimeLevelSourceAndEscapedTextWithoutColours) {
   EXPECT_THAT(RunProbe("TAVRIN_LOG_LEVEL=0"),
               MatchesRegex("threshold 0\nagain 0\n"

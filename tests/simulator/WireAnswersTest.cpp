@@ -5,21 +5,51 @@
 #include <sstream>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include "simulator/AnswerEncoders.h"
 #include "tests/simulator/LauncherProcess.h"
 #include "tests/simulator/RawSession.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Ipv6Test.h"
+#include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin::Simulator {
 namespace {
 
 /// What the enclosure answers without a wire in between: the completion code followed by the data.
-Bytes Expected(EnclosureKind kind, std::uint8_t command, const Bytes& data) {
-  const Answer answer = EncodeAnswer(MakeEnclosure(kind), {0x32, command, data});
+Bytes Expected(EnclosureKind kind, const Request& request) {
+  const Answer answer = EncodeAnswer(MakeEnclosure(kind), request);
   Bytes bytes = {answer.completionCode};
   bytes.insert(bytes.end(), answer.data.begin(), answer.data.end());
   return bytes;
+}
+
+/// Requests for every answer, and some that are refused: each generation refuses those of the
+/// other.
+const std::vector<Request>& EveryRequest() {
+  static const std::vector<Request> requests = {
+      {0x32, 0xA8, {}},
+      {0x32, 0xB0, {0x05, 0x00}},
+      {0x32, 0xB0, {0x05, 0x01}},
+      {0x32, 0xB0, {0x05, 0x0B}},
+      {0x32, 0xB0, {0x05, 0x7F}},
+      {0x32, 0x98, {0x01}},
+      {0x32, 0x98, {0x05}},
+      {0x32, 0x98, {0x0D}},
+      {0x32, 0x9D, {0x05}},
+      {0x32, 0x9D, {0x0D}},
+      {0x32, 0xA7, {0x04}},
+      {0x32, 0xA5, {0x02}},
+      {0x32, 0x91, {}},
+      {0x32, 0x92, {0x02, 0x02, 0xFC}},
+      {0x32, 0x92, {0x02, 0x05, 0x99}},
+      {0x32, 0x92, {0x02, 0x20, 0xF0}},
+      {0x06, 0x52, {0x0D, 0xD0, 0x02, 0xFC}},
+      {0x06, 0x52, {0x0F, 0xD0, 0x05, 0x99}},
+      {0x06, 0x52, {0x0D, 0xD0, 0x20, 0xF0}},
+      {0x32, 0xF4, {0x00, 0x02}},
+  };
+  return requests;
 }
 
 struct KindCase {
@@ -30,15 +60,32 @@ struct KindCase {
 
 class OverTheWire : public testing::TestWithParam<KindCase> {};
 
-TEST_P(OverTheWire, EveryAnswerArrivesWhole) {
-  const LauncherProcess launcher(GetParam().arguments);
-  RawSession session(launcher.ReadAddress(), "admin", "simulated");
-  const EnclosureKind kind = GetParam().kind;
-  EXPECT_EQ(session.Send(0x32, 0xA8), Expected(kind, 0xA8, {}));
-  EXPECT_EQ(session.Send(0x32, 0xB0, {0x05, 0x00}), Expected(kind, 0xB0, {0x05, 0x00}));
-  EXPECT_EQ(session.Send(0x32, 0xB0, {0x05, 0x01}), Expected(kind, 0xB0, {0x05, 0x01}));
-  EXPECT_EQ(session.Send(0x32, 0xB0, {0x05, 0x0B}), Expected(kind, 0xB0, {0x05, 0x0B}));
-  EXPECT_EQ(session.Send(0x32, 0xB0, {0x05, 0x7F}), Bytes{0xC9});
+void ExpectEveryAnswerWhole(const KindCase& row) {
+  const LauncherProcess launcher(row.arguments);
+  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
+  for (const Request& request : EveryRequest()) {
+    EXPECT_EQ(session.Send(request.netFn, request.command, request.data),
+              Expected(row.kind, request))
+        << "command " << int{request.command} << " with " << testing::PrintToString(request.data);
+  }
+}
+
+TEST_P(OverTheWire, EveryAnswerArrivesWhole) { ExpectEveryAnswerWhole(GetParam()); }
+
+using OverIpv6 = Ipv6Test<>;
+
+TEST_F(OverIpv6, EveryAnswerArrivesWhole) {
+  ExpectEveryAnswerWhole(
+      {"First", {"--generation", "1", "--address", "::1"}, EnclosureKind::FirstGeneration});
+}
+
+TEST(PsuSelectionOverTheWire, StaysFromSessionToSession) {
+  const LauncherProcess launcher({"--generation", "1"});
+  const std::string address = ReadReadyAddress(launcher);
+  EXPECT_EQ(RawSession(address, "admin", "simulated").Send(0x32, 0xF4, {0x00, 0x02}),
+            (Bytes{0x00, 0x02}));
+  EXPECT_EQ(RawSession(address, "admin", "simulated").Send(0x32, 0xF4, {0x00}),
+            (Bytes{0x00, 0x02}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -49,15 +96,12 @@ INSTANTIATE_TEST_SUITE_P(
                              EnclosureKind::SecondGeneration253},
                     KindCase{"Second254",
                              {"--generation", "2", "--platform", "254"},
-                             EnclosureKind::SecondGeneration254},
-                    KindCase{"FirstOnIpv6",
-                             {"--generation", "1", "--address", "::1"},
-                             EnclosureKind::FirstGeneration}),
+                             EnclosureKind::SecondGeneration254}),
     [](const auto& instance) { return instance.param.name; });
 
 TEST(UnknownCommand, GetsInvalidCommandAcrossTheWholeOemFunction) {
   const LauncherProcess launcher({"--generation", "1"});
-  RawSession session(launcher.ReadAddress(), "admin", "simulated");
+  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
   EXPECT_EQ(session.Send(0x32, 0x00), Bytes{0xC1});
   EXPECT_EQ(session.Send(0x32, 0xFF, {0x01, 0x02}), Bytes{0xC1});
 }
@@ -70,20 +114,20 @@ TEST(Credentials, LongestNameAndPasswordOfAnyBytesAreAccepted) {
   const TemporaryFile file(password + "\n");
   const LauncherProcess launcher(
       {"--generation", "1", "--user", user, "--password-file", file.Path()});
-  RawSession session(launcher.ReadAddress(), user, password);
+  RawSession session(ReadReadyAddress(launcher), user, password);
   EXPECT_EQ(session.Send(0x32, 0x01), Bytes{0xC1});
 }
 
 TEST(Credentials, WrongOnesAreRefused) {
   const LauncherProcess launcher({"--generation", "1"});
-  const std::string address = launcher.ReadAddress();
+  const std::string address = ReadReadyAddress(launcher);
   EXPECT_THROW(RawSession(address, "admin", "simulate"), std::runtime_error);
   EXPECT_THROW(RawSession(address, "unset", "unset"), std::runtime_error);
 }
 
 TEST(Sessions, OneUserCanHold63AtOnce) {
   const LauncherProcess launcher({"--generation", "1"});
-  const std::string address = launcher.ReadAddress();
+  const std::string address = ReadReadyAddress(launcher);
   std::vector<std::unique_ptr<RawSession>> sessions;
   for (int count = 0; count < 63; ++count) {
     sessions.push_back(std::make_unique<RawSession>(address, "admin", "simulated"));
@@ -98,7 +142,7 @@ class Faulty {
   explicit Faulty(const std::string& entries)
       : file_(R"({"overrides": [)" + entries + "]}"),
         launcher_({"--generation", "1", "--scenario", file_.Path()}),
-        address_(launcher_.ReadAddress()) {}
+        address_(ReadReadyAddress(launcher_)) {}
 
   RawSession Connect() const { return {address_, "admin", "simulated"}; }
 
@@ -108,12 +152,19 @@ class Faulty {
   std::string address_;
 };
 
+TEST(ScenarioOverTheWire, ChangedEnclosureAnswersChanged) {
+  const TemporaryFile file(R"({"enclosure": {"nodes": {"1": {"powerState": "off"}}}})");
+  const LauncherProcess launcher({"--generation", "1", "--scenario", file.Path()});
+  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
+  EXPECT_EQ(session.Send(0x32, 0xA7, {0x01}), (Bytes{0x00, 0x00, 0x01, 0x02, 0x11}));
+}
+
 TEST(ScenarioOverTheWire, CompletionCodeAndBytesReplaceTheAnswer) {
   const Faulty faulty(
       R"({"command": "0xA8", "completionCode": "0xD5", "response": "01 02", "times": 1})");
   RawSession session = faulty.Connect();
   EXPECT_EQ(session.Send(0x32, 0xA8), (Bytes{0xD5, 0x01, 0x02}));
-  EXPECT_EQ(session.Send(0x32, 0xA8), Expected(EnclosureKind::FirstGeneration, 0xA8, {}));
+  EXPECT_EQ(session.Send(0x32, 0xA8), Expected(EnclosureKind::FirstGeneration, {0x32, 0xA8, {}}));
 }
 
 TEST(ScenarioOverTheWire, EveryAllowedAnswerLengthArrives) {
@@ -146,7 +197,7 @@ TEST(ScenarioOverTheWire, SilenceLeavesTheRequestUnansweredAndTheControllerWorki
 TEST(ScenarioOverTheWire, RequestRepeatedAfterOneSilenceIsAnswered) {
   const Faulty faulty(R"({"command": "0xA8", "silent": true, "times": 1})");
   RawSession session = faulty.Connect();
-  EXPECT_EQ(session.Send(0x32, 0xA8), Expected(EnclosureKind::FirstGeneration, 0xA8, {}));
+  EXPECT_EQ(session.Send(0x32, 0xA8), Expected(EnclosureKind::FirstGeneration, {0x32, 0xA8, {}}));
 }
 
 TEST(ScenarioOverTheWire, DelayedAnswerDoesNotHoldUpAnotherSession) {
@@ -166,7 +217,7 @@ TEST(ScenarioOverTheWire, DelayedAnswerDoesNotHoldUpAnotherSession) {
   waiting.join();
   EXPECT_LT(quickTook, 300);
   EXPECT_GE(passed(), 300);
-  EXPECT_EQ(answer, Expected(EnclosureKind::FirstGeneration, 0xA8, {}));
+  EXPECT_EQ(answer, Expected(EnclosureKind::FirstGeneration, {0x32, 0xA8, {}}));
 }
 
 TEST(ScenarioOverTheWire, DelayedAnswerOfAClosedSessionIsDroppedWithoutHarm) {

@@ -92,6 +92,22 @@ TEST_F(Construction, FullAnswerOfPlatform253TakesSixAttemptsAndSixPauses) {
   EXPECT_EQ(platform.lines.back(), kSuccessOn253);
 }
 
+TEST_F(Construction, WholeConversationIsLoggedLineByLine) {
+  const Bytes answer = StatusAnswer(0xFD, 0x04);
+  platform.ExpectStatusReads(6, answer);
+  const SMMInventoryImpl inventory(TestSettings());
+  const std::vector<std::string> times = {"1 time",  "2 times", "3 times",
+                                          "4 times", "5 times", "6 times"};
+  std::vector<Line> expected;
+  for (const std::string& time : times) {
+    expected.push_back({3, "Try to get SMM status, retry " + time});
+    expected = expected + Double::ExchangeLines("FN=0x32 cmd=0xa8 data=", answer);
+  }
+  expected.push_back({2, "checked SMM2 Type is EGS, For EGS, set default value 6"});
+  expected.push_back(kSuccessOn253);
+  EXPECT_EQ(platform.lines, expected);
+}
+
 TEST_F(Construction, AnswerIsDecodedButCountsKeepTheirDefaultsWhenTheCompletionCodeIsNotZero) {
   platform.ExpectStatusReads(6, StatusAnswer(0xFD, 0x03), 0xC1);
   const SMMInventoryImpl inventory(TestSettings());
@@ -298,6 +314,14 @@ TEST_F(StatusRead, EmptyAnswerReturns4AndWritesBothWarnings) {
   EXPECT_THAT(platform.lines,
               ElementsAre(Line{2, std::string("response is empty or completeCode: \0", 36)},
                           Line{2, "SMM Type is 0x0use default value"}));
+}
+
+TEST_F(StatusRead, ConnectionKindThatIsNotAdmittedCostsSixPausesAndReturns4) {
+  inventory.connectionKind = 3;
+  EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::NoUsableResult);
+  EXPECT_EQ(status.platformId, -71);
+  EXPECT_THAT(platform.pauses, ElementsAre(3, 3, 3, 3, 3, 3));
+  EXPECT_THAT(platform.events, ::testing::Each("pause"));
 }
 
 TEST_F(StatusRead, UnreachableSmmCostsSixAttemptsAndReturns4) {

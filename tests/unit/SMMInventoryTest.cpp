@@ -58,11 +58,11 @@ TEST_F(Facade, MachineTypeAndSerialNumberAreForwarded) {
   SMMInventory inventory(TestSettings());
   std::string machineType;
   std::string serialNumber;
-  platform.Expect(0x32, 0xB0, {0x05, 0x00}, {'7', 'X', '0', '6'});
+  platform.Expect(0x32, 0xB0, {0x05, 0x00}, {'1', 'A', 'B', '2'});
   platform.Expect(0x32, 0xB0, {0x05, 0x01}, {'J', '3'});
   EXPECT_EQ(inventory.GetSmmMT(machineType), StatusCode::Success);
   EXPECT_EQ(inventory.GetSmmSN(serialNumber), StatusCode::Success);
-  EXPECT_EQ(machineType, "7X06");
+  EXPECT_EQ(machineType, "1AB2");
   EXPECT_EQ(serialNumber, "J3");
 }
 

@@ -105,6 +105,25 @@ TEST_F(MachineType, EveryShortAnswerLeavesTheText) {
   }
 }
 
+TEST_F(MachineType, EveryLengthAndCompletionCodeHasItsOutcome) {
+  const Outcome failure = {StatusCode::UnusableAnswer, "as passed"};
+  const Outcome badAlloc = {kRaisesBadAlloc, "as passed"};
+  ExpectOutcomes(
+      {{0, 0, 3, failure, failure},
+       {0, 4, 8, {StatusCode::Success, "A1b2"}, failure},
+       {7, 0, 3, failure, failure},
+       {7, 4, 8, {StatusCode::Success, "A1b2"}, failure},
+       {1, 0, 1, badAlloc, badAlloc},
+       {1, 2, 5, failure, failure},
+       {1, 6, 8, {StatusCode::Success, "b2C3"}, failure}},
+      {'A', '1', 'b', '2', 'C', '3', 'd', '4'},
+      [this](const Bytes& answer, std::uint8_t code) {
+        text = "as passed";
+        return Get(answer, code);
+      },
+      [this] { return text; });
+}
+
 TEST_F(MachineType, SecondGenerationPositionsCountBehindTheFirstTwoBytes) {
   inventory.smmType = SMM_SECOND_GENERATION;
   EXPECT_EQ(Get({'-', '-', '7', 'X', '0', '6'}), StatusCode::Success);
@@ -200,6 +219,29 @@ TEST_F(SerialNumber, CompletionCodeOtherThan0Returns3AndLogsItInDecimal) {
   EXPECT_EQ(Get(AsBytes("J300TAV1"), 0xFF), StatusCode::UnusableAnswer);
   EXPECT_EQ(text, "as passed");
   EXPECT_THAT(platform.lines, ElementsAre(Line{1, "Get smm sn failed with error code:255"}));
+}
+
+TEST_F(SerialNumber, EveryLengthAndCompletionCodeHasItsOutcome) {
+  const Outcome failure = {StatusCode::UnusableAnswer, "as passed"};
+  const Outcome badAlloc = {kRaisesBadAlloc, "as passed"};
+  ExpectOutcomes(
+      {{0, 0, 0, failure, failure},
+       {0, 1, 1, {StatusCode::Success, "J"}, failure},
+       {0, 2, 2, {StatusCode::Success, "J3"}, failure},
+       {0, 3, 3, {StatusCode::Success, "J30"}, failure},
+       {0, 4, 6, {StatusCode::Success, "J30T"}, failure},
+       {7, 0, 0, failure, failure},
+       {7, 4, 6, {StatusCode::Success, "J30T"}, failure},
+       {1, 0, 1, badAlloc, badAlloc},
+       {1, 2, 2, failure, failure},
+       {1, 3, 3, {StatusCode::Success, "0"}, failure},
+       {1, 4, 6, {StatusCode::Success, "0T"}, failure}},
+      {'J', '3', '0', 'T', 0x00, 'Z'},
+      [this](const Bytes& answer, std::uint8_t code) {
+        text = "as passed";
+        return Get(answer, code);
+      },
+      [this] { return text; });
 }
 
 TEST_F(SerialNumber, SecondGenerationPositionsCountBehindTheFirstTwoBytes) {

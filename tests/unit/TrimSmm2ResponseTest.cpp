@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <functional>
 #include <new>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -160,6 +161,23 @@ TEST_F(TrimSmm2Response, NodeAnswersWithACompletionCodeAreNotShortened) {
   platform.Expect(0x32, 0x98, {0x01}, Bytes(7, 0x01), 0xC1);
   EXPECT_EQ(inventory.GetNodePowerConsumption(1, power), StatusCode::UnusableAnswer);
   EXPECT_FALSE(HasTrimLines());
+}
+
+TEST_F(TrimSmm2Response, LinesOfDifferentPlacesCarryDifferentNumbers) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  const Bytes answer = {0x12, 0x00, '-', '-', '-', '-'};
+  platform.Expect(0x32, 0xB0, {0x05, 0x00}, answer);
+  inventory.GetSmmMT(text);
+  platform.Expect(0x32, 0xB0, {0x05, 0x01}, answer, 0xC1);
+  inventory.GetSmmSN(text);
+  const std::vector<unsigned int>& numbers = platform.lineNumbers;
+  ASSERT_EQ(numbers.size(), 14U);
+  const std::set<unsigned int> places(numbers.begin(), numbers.end());
+  EXPECT_EQ(places.size(), 8U) << "exchange and trimming write three lines each, both times the "
+                                  "same, and each query one of its own";
+  EXPECT_THAT(std::vector<unsigned int>(numbers.begin() + 7, numbers.begin() + 13),
+              ::testing::ElementsAreArray(numbers.begin(), numbers.begin() + 6));
+  EXPECT_NE(numbers[6], numbers[13]);
 }
 
 TEST_F(TrimSmm2Response, BytesAreRemovedWithoutALineBelowThreshold4) {

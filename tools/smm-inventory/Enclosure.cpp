@@ -9,10 +9,10 @@ namespace Tavrin {
 namespace {
 
 constexpr unsigned long kNodesOfPlatform253 = 12;
+constexpr std::int32_t kPlatform253 = 253;
 constexpr std::int32_t kPlatform254 = 254;
-constexpr std::int32_t kPsuSlotsOfPlatform254 = 2;
 
-/// Shows the progress of the status read while the object lives, on whichever way it ends.
+/// Shows the progress of repeated attempts while the object lives, on whichever way it ends.
 class ShownWait {
  public:
   ShownWait(Progress& progress, const std::string& name) : progress_(progress) {
@@ -31,15 +31,20 @@ SMMInventory Construct(const TavrinConnection::ConnectionInfo& info, Progress& p
   return SMMInventory(info);
 }
 
+/// Why construction read no status; empty when it did. Construction does not say so itself. Twelve
+/// nodes are never assumed; otherwise a failed read is one whose last attempt the log complains
+/// about.
+std::string StatusFailure(SMMInventory& inventory, const Progress& progress) {
+  return inventory.GetNodeNub() == kNodesOfPlatform253 ? "" : progress.Cause();
+}
+
 }  // namespace
 
 Enclosure::Enclosure(TavrinConnection::ConnectionInfo& info, Progress& progress)
     : progress_(progress),
       smmInfo_(info),
       inventory_(Construct(info, progress)),
-      // Construction does not say whether its status read succeeded. Twelve nodes are never
-      // assumed; otherwise a failed read is one whose last attempt the log complains about.
-      statusWasRead_(inventory_.GetNodeNub() == kNodesOfPlatform253 || progress.Cause().empty()) {
+      statusFailure_(StatusFailure(inventory_, progress)) {
   WipeText(info.password);
 }
 
@@ -57,16 +62,68 @@ QueryResult<Value> Enclosure::Ask(Query query) {
     result.cause = progress_.Cause();
   } catch (const std::bad_alloc&) {
     result.status = kExceptionStatus;
-    result.cause = "the answer was shorter than the bytes that lead it, or memory ran out";
+    result.cause =
+        "the answer was shorter than the bytes that lead it, as a refusal is, or memory ran out";
   } catch (const std::exception& exception) {
     result.status = kExceptionStatus;
     result.cause = Standalone::EscapeControlBytes(exception.what());
   }
-  if (result.status == StatusCode::NotConnected && !statusWasRead_) {
+  if (result.status == StatusCode::NotConnected && !statusFailure_.empty()) {
     isUnreachable_ = true;
     unreachableCause_ = result.cause;
   }
   return result;
+}
+
+template <typename Value, typename Query>
+std::vector<QueryResult<Value>> Enclosure::AskEachNode(Query query) {
+  std::vector<QueryResult<Value>> results;
+  for (unsigned long node = 1; node <= inventory_.GetNodeNub(); ++node) {
+    results.push_back(Ask<Value>([&](Value& value) { return query(node, value); }));
+  }
+  return results;
+}
+
+template <typename Value>
+QueryResult<Value> Enclosure::Detected(Value value) const {
+  // Without a status the library assumes platform 254, which is then nothing to report as read.
+  if (statusFailure_.empty()) {
+    return {value, StatusCode::Success, ""};
+  }
+  if (isUnreachable_) {
+    return {{}, StatusCode::NotConnected, unreachableCause_};
+  }
+  return {{}, StatusCode::NoUsableResult, statusFailure_};
+}
+
+std::int32_t Enclosure::PlatformId() {
+  return inventory_.GetNodeNub() == kNodesOfPlatform253 ? kPlatform253 : kPlatform254;
+}
+
+const QueryResult<SMMIype>& Enclosure::ReadGeneration() {
+  if (!generation_) {
+    generation_ = Ask<SMMIype>([this](SMMIype& type) {
+      return smmInfo_.GetSmmType(type) == 0 ? StatusCode::Success : StatusCode::NoUsableResult;
+    });
+  }
+  return *generation_;
+}
+
+QueryResult<std::size_t> Enclosure::ReadPsuSlotCount() {
+  const QueryResult<std::vector<PSUStatus>>& psuStatus = ReadPsuStatus();
+  if (psuStatus.value.empty()) {
+    return {0, psuStatus.status, psuStatus.cause};
+  }
+  return Detected(psuStatus.value.size());
+}
+
+Detection Enclosure::ReadDetection() {
+  Detection detection;
+  detection.psuSlotCount = ReadPsuSlotCount();
+  detection.generation = ReadGeneration();
+  detection.platformId = Detected(PlatformId());
+  detection.nodeCount = Detected(inventory_.GetNodeNub());
+  return detection;
 }
 
 Identity Enclosure::ReadIdentity() {
@@ -75,43 +132,65 @@ Identity Enclosure::ReadIdentity() {
       Ask<std::string>([this](std::string& text) { return inventory_.GetSmmMT(text); });
   identity.serialNumber =
       Ask<std::string>([this](std::string& text) { return inventory_.GetSmmSN(text); });
+  identity.firmwareVersion =
+      Ask<std::string>([this](std::string& text) { return inventory_.GetSmmVersion(text); });
+  identity.name =
+      Ask<std::string>([this](std::string& text) { return inventory_.GetSmmName(text); });
   return identity;
 }
 
-Detection Enclosure::ReadDetection() {
-  Detection detection;
-  detection.generation = Ask<SMMIype>([this](SMMIype& type) {
-    return smmInfo_.GetSmmType(type) == 0 ? StatusCode::Success : StatusCode::NoUsableResult;
-  });
-  detection.status = ReadStatus();
-  detection.nodeCount = ReadNodeCount(detection.status);
-  return detection;
+QueryResult<ChassisPowerCon> Enclosure::ReadChassisPower() {
+  return Ask<ChassisPowerCon>(
+      [this](ChassisPowerCon& power) { return inventory_.GetChassisPowerConsumption(power); });
 }
 
-QueryResult<SMMStatus> Enclosure::ReadStatus() {
-  return Ask<SMMStatus>([this](SMMStatus& status) {
-    if (statusWasRead_ && inventory_.GetNodeNub() != kNodesOfPlatform253) {
-      status.platformId = kPlatform254;
-      status.psuSlotCount = kPsuSlotsOfPlatform254;
-      return StatusCode::Success;
-    }
-    const ShownWait wait(progress_, "counting the PSU slots");
-    const int result = inventory_.GetSMMStatus(status);
-    // A success that leaves the record as passed is one of a cut answer.
-    return status.psuSlotCount == 0 ? StatusCode::NoUsableResult : result;
+QueryResult<ChassisPowerCap> Enclosure::ReadPowerCaps() {
+  return Ask<ChassisPowerCap>(
+      [this](ChassisPowerCap& caps) { return inventory_.GetChassisPowerCap(caps); });
+}
+
+std::vector<QueryResult<NodeStatus>> Enclosure::ReadNodeStatus() {
+  return AskEachNode<NodeStatus>([this](unsigned long node, NodeStatus& status) {
+    return inventory_.GetNodeStatus(node, status);
   });
 }
 
-QueryResult<unsigned long> Enclosure::ReadNodeCount(const QueryResult<SMMStatus>& status) {
-  // Without a status the library assumes the nodes of platform 254, which is then nothing to report
-  // as read.
-  if (statusWasRead_ ||
-      (status.status == StatusCode::Success && status.value.platformId == kPlatform254)) {
-    return {inventory_.GetNodeNub(), StatusCode::Success, ""};
+std::vector<QueryResult<ChassisPowerCon>> Enclosure::ReadNodePower() {
+  return AskEachNode<ChassisPowerCon>([this](unsigned long node, ChassisPowerCon& power) {
+    return inventory_.GetNodePowerConsumption(node, power);
+  });
+}
+
+QueryResult<std::vector<PSUFanSpeed>> Enclosure::ReadPsuFans() {
+  return Ask<std::vector<PSUFanSpeed>>(
+      [this](std::vector<PSUFanSpeed>& fans) { return inventory_.GetPSUFanSpeed(fans); });
+}
+
+QueryResult<std::vector<PSUFwInfo>> Enclosure::ReadPsuFirmware() {
+  return Ask<std::vector<PSUFwInfo>>(
+      [this](std::vector<PSUFwInfo>& firmware) { return inventory_.GetPSUFwInfo(firmware); });
+}
+
+const QueryResult<std::vector<PSUStatus>>& Enclosure::ReadPsuStatus() {
+  if (!psuStatus_) {
+    psuStatus_ = Ask<std::vector<PSUStatus>>(
+        [this](std::vector<PSUStatus>& status) { return inventory_.GetPSUStatus(status); });
   }
-  const bool changed = status.status == StatusCode::Success;
-  return {0, changed ? StatusCode::NoUsableResult : status.status,
-          changed ? "the first status read failed" : status.cause};
+  return *psuStatus_;
+}
+
+QueryResult<PsuSelection> Enclosure::SelectPsu(int psu) {
+  const QueryResult<SMMIype>& generation = ReadGeneration();
+  const PsuSelection selection =
+      generation.status == StatusCode::Success
+          ? PredictPsuSelection(psu, generation.value, PlatformId())
+          : PsuSelection{psu, std::nullopt, "not known: the SMM's generation was not detected"};
+  QueryResult<PsuSelection> result = Ask<PsuSelection>([&](PsuSelection&) {
+    const ShownWait wait(progress_, "selecting the PSU");
+    return inventory_.SelectPSU(psu);
+  });
+  result.value = selection;
+  return result;
 }
 
 }  // namespace Tavrin

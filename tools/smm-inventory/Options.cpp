@@ -3,8 +3,14 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <memory>
+#include <string_view>
 #include <vector>
 
+#include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tools/smm-inventory/Host.h"
 #include "tools/smm-inventory/Password.h"
@@ -15,21 +21,32 @@ namespace Tavrin {
 namespace {
 
 constexpr const char* kDescription =
-    "Reads the identity of a multi-node enclosure from its SMM over IPMI 2.0.";
+    "Reads a multi-node enclosure from its SMM over IPMI 2.0: identity, power, nodes and PSUs.";
 
 constexpr const char* kFooter = R"(
+Commands:
+  all                         Everything below but select-psu; the default
+  identity                    Machine type, serial number, firmware version and name
+  power                       Power readings of the chassis and of each node
+  caps                        Power caps of the chassis
+  nodes                       Status and power readings of each node
+  fans                        Fan readings of each PSU slot
+  psus                        Firmware and status flags of each PSU slot
+  select-psu N                Selects PSU N; says what was sent for N, and whether the SMM
+                              acknowledged
+
 Password: the first of --password-file, the environment variable IPMI_PASSWORD and a prompt on the
 terminal. It is never taken from the command line, where every user of the machine can read it.
 
-The SMM's status is read six times, three seconds apart: a run takes at least 18 seconds, and 36
-with an enclosure of 12 nodes, whose PSU slots take a second status read.
+The SMM's status is read six times, three seconds apart: a run takes at least 18 seconds. So does
+select-psu in addition where the SMM does not acknowledge.
 
 Log: -v shows warnings and errors, -vv also progress, -vvv also every request and answer.
 
 Examples:
   smm-inventory -H 192.0.2.10 -U admin
-  smm-inventory -H [2001:db8::10]:6230 -U admin --password-file ~/.smm-password
-  pass show smm | smm-inventory -H smm1.example -U admin --password-file - -L operator -v
+  smm-inventory -H [2001:db8::10]:6230 -U admin --password-file ~/.smm-password psus
+  pass show smm | smm-inventory -H smm1.example -U admin --password-file - --json power
 
 Exit codes:
   0  everything was read
@@ -48,7 +65,31 @@ struct RawOptions {
   std::optional<std::string> cipherSuite;
   std::optional<std::string> privilegeLevel;
   std::vector<std::string> workarounds;
+  bool isJson = false;
   std::size_t verbosity = 0;
+};
+
+struct NamedCommand {
+  std::string_view name;
+  Command command;
+};
+
+constexpr std::array<NamedCommand, 8> kCommands = {{
+    {"identity", Command::Identity},
+    {"power", Command::Power},
+    {"caps", Command::Caps},
+    {"nodes", Command::Nodes},
+    {"fans", Command::Fans},
+    {"psus", Command::Psus},
+    {"all", Command::All},
+    {"select-psu", Command::SelectPsu},
+}};
+
+class UsageFormatter : public CLI::Formatter {
+ public:
+  std::string make_usage(const CLI::App* /*app*/, std::string name) const override {
+    return fmt::format("Usage: {} [OPTIONS] [COMMAND]\n", name);
+  }
 };
 
 [[noreturn]] void RefusePasswordOption(const std::string& /*value*/) {
@@ -81,6 +122,7 @@ void Declare(CLI::App& app, RawOptions& raw) {
                  "For controllers that deviate from IPMI 2.0, repeatable; of\n" + WorkaroundNames())
       ->option_text("NAME")
       ->allow_extra_args(false);
+  app.add_flag("--json", raw.isJson, "Print one JSON document instead of tables");
   app.add_flag("-v,--verbose", raw.verbosity, "Show more of the log; repeatable");
 }
 
@@ -119,6 +161,7 @@ Options Interpret(const RawOptions& raw) {
   options.port = ChoosePort(place.port, raw);
   options.userName = raw.userName;
   options.passwordFile = raw.passwordFile;
+  options.isJson = raw.isJson;
   options.verbosity = static_cast<unsigned int>(raw.verbosity);
   if (raw.cipherSuite) {
     options.cipherSuite = ParseCipherSuite(*raw.cipherSuite);
@@ -132,13 +175,43 @@ Options Interpret(const RawOptions& raw) {
   return options;
 }
 
-void RefuseUnknown(const CLI::App& app) {
-  const std::vector<std::string> unknown = app.remaining();
-  if (!unknown.empty()) {
-    throw UsageError(
-        fmt::format("argument \"{}\" is not known; expected the options that --help lists",
-                    Standalone::EscapeControlBytes(unknown.front())));
+int ParsePsu(const std::string& text) {
+  const std::optional<int> psu = Standalone::ParseStrictly(text);
+  if (!psu) {
+    throw UsageError(fmt::format("PSU \"{}\" is not valid; expected a whole number from {} to {}",
+                                 Standalone::EscapeControlBytes(text),
+                                 std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
   }
+  return *psu;
+}
+
+/// Reads the command and what belongs to it from the words that are no options. A negative number
+/// is among them, too.
+Task ParseTask(const std::vector<std::string>& words) {
+  Task task;
+  std::size_t known = 0;
+  if (!words.empty()) {
+    const auto* const named =
+        std::find_if(kCommands.begin(), kCommands.end(),
+                     [&](const NamedCommand& candidate) { return candidate.name == words[0]; });
+    if (named != kCommands.end()) {
+      task.command = named->command;
+      known = 1;
+    }
+  }
+  if (task.command == Command::SelectPsu) {
+    if (words.size() == known) {
+      throw UsageError("no PSU given; expected select-psu with a whole number");
+    }
+    task.psu = ParsePsu(words[known]);
+    ++known;
+  }
+  if (words.size() > known) {
+    throw UsageError(fmt::format(
+        "argument \"{}\" is not known; expected one command, and the options that --help lists",
+        Standalone::EscapeControlBytes(words[known])));
+  }
+  return task;
 }
 
 }  // namespace
@@ -147,6 +220,7 @@ std::variant<Options, Notice> ParseCommandLine(int argc, const char* const* argv
   CLI::App app(kDescription, "smm-inventory");
   app.footer(kFooter);
   app.set_version_flag("--version", "smm-inventory " SMM_INVENTORY_VERSION);
+  app.formatter(std::make_shared<UsageFormatter>());
   app.allow_extras();
   RawOptions raw;
   Declare(app, raw);
@@ -162,8 +236,10 @@ std::variant<Options, Notice> ParseCommandLine(int argc, const char* const* argv
                     "--help lists them",
                     Standalone::EscapeControlBytes(error.what())));
   }
-  RefuseUnknown(app);
-  return Interpret(raw);
+  const Task task = ParseTask(app.remaining());
+  Options options = Interpret(raw);
+  options.task = task;
+  return options;
 }
 
 }  // namespace Tavrin

@@ -9,9 +9,19 @@ namespace Tavrin {
 
 constexpr std::uint16_t kDefaultPort = 623;
 
+enum class Command { Identity, Power, Caps, Nodes, Fans, Psus, All, SelectPsu };
+
+/// What the tool is to do with the enclosure.
+struct Task {
+  Command command = Command::All;
+  int psu = 0;  ///< The PSU that SelectPsu selects.
+};
+
 /// What the command line asks for. An empty setting leaves the IPMI client's own default, or what
 /// the environment says.
 struct Options {
+  Task task;
+  bool isJson = false;
   std::string host;
   std::uint16_t port = kDefaultPort;
   std::string userName;

@@ -10,8 +10,10 @@ namespace Tavrin {
 namespace {
 
 constexpr unsigned int kWarning = 2;
-constexpr int kStatusAttempts = 6;
-constexpr std::string_view kAttemptText = "Try to get SMM status, retry ";
+constexpr int kAttempts = 6;
+// What begins an attempt of the status read and one of the PSU selection; its number follows.
+constexpr std::array<std::string_view, 2> kAttemptTexts = {"Try to get SMM status, retry ",
+                                                           "Try to get PSU status, start retry "};
 constexpr std::string_view kClientSource = "platform/standalone/ipmi_client/";
 // What these complain about is the user's environment.
 constexpr std::array<std::string_view, 2> kEnvironmentSources = {
@@ -26,6 +28,16 @@ bool StartsWith(std::string_view text, std::string_view start) {
 bool IsAboutEnvironment(const Standalone::LogLine& line) {
   return std::any_of(kEnvironmentSources.begin(), kEnvironmentSources.end(),
                      [&](std::string_view source) { return StartsWith(line.source, source); });
+}
+
+/// The number of the attempt that the line begins; empty when it begins none.
+std::string AttemptNumber(const std::string& text) {
+  for (const std::string_view start : kAttemptTexts) {
+    if (StartsWith(text, start)) {
+      return text.substr(start.size(), text.find(' ', start.size()) - start.size());
+    }
+  }
+  return "";
 }
 
 std::string LogText(const Standalone::LogLine& line) {
@@ -44,9 +56,13 @@ void Progress::Take(const Standalone::LogLine& line) {
   }
   if (line.level <= kWarning) {
     TakeCause(line);
-  } else if (StartsWith(line.text, kAttemptText)) {
+    return;
+  }
+  const std::string attempt = AttemptNumber(line.text);
+  if (!attempt.empty()) {
     ForgetCause();
-    TakeAttempt(line.text);
+    console_.ShowStatus(
+        fmt::format("{}: attempt {} of {}, 3 seconds apart ...", waitName_, attempt, kAttempts));
   }
 }
 
@@ -79,13 +95,6 @@ void Progress::TakeCause(const Standalone::LogLine& line) {
     console_.ShowLine(cause + "; still trying");
     shownCause_ = cause;
   }
-}
-
-void Progress::TakeAttempt(const std::string& text) {
-  const std::string_view number = std::string_view(text).substr(
-      kAttemptText.size(), text.find(' ', kAttemptText.size()) - kAttemptText.size());
-  console_.ShowStatus(
-      fmt::format("{}: attempt {} of {}, 3 seconds apart ...", waitName_, number, kStatusAttempts));
 }
 
 }  // namespace Tavrin

@@ -18,13 +18,13 @@ class Progress {
   /// Takes one line, as the handler that SetLogLineHandler calls.
   void Take(const Standalone::LogLine& line);
 
-  /// Between these the status read of the library runs: its attempts are shown under the wait's
-  /// name, and the first failure at once.
+  /// Between these the library repeats a request until the SMM acknowledges it: its attempts are
+  /// shown under the wait's name, and the first failure at once.
   void BeginWait(const std::string& name);
   void EndWait();
 
   /// What the log complains about, escaped; empty when there was none since ForgetCause
-  /// or, later, since the last attempt of a status read began. The IPMI client's own
+  /// or, later, since the last such attempt began. The IPMI client's own
   /// words are preferred to the library's, which only has numbers.
   [[nodiscard]] const std::string& Cause() const {
     return clientCause_.empty() ? otherCause_ : clientCause_;
@@ -33,7 +33,6 @@ class Progress {
 
  private:
   void TakeCause(const Standalone::LogLine& line);
-  void TakeAttempt(const std::string& text);
 
   Console& console_;
   unsigned int shownLevel_;

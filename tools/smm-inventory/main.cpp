@@ -8,14 +8,18 @@
 #include <iostream>
 #include <stdexcept>
 #include <string_view>
+#include <vector>
 
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tools/smm-inventory/Enclosure.h"
+#include "tools/smm-inventory/Failure.h"
 #include "tools/smm-inventory/Host.h"
+#include "tools/smm-inventory/JsonReport.h"
 #include "tools/smm-inventory/Options.h"
 #include "tools/smm-inventory/Password.h"
-#include "tools/smm-inventory/Report.h"
+#include "tools/smm-inventory/Reading.h"
+#include "tools/smm-inventory/TextReport.h"
 #include "tools/smm-inventory/UsageError.h"
 
 namespace Tavrin {
@@ -74,9 +78,29 @@ TavrinConnection::ConnectionInfo MakeConnectionInfo(const Options& options) {
   return info;
 }
 
+/// Tables are printed as they are read, the document when all is.
+std::vector<Section> ReadAndPrint(Enclosure& enclosure, const Options& options,
+                                  const std::string& address) {
+  std::vector<Section> sections;
+  if (options.isJson) {
+    ReadSections(enclosure, options.task,
+                 [&](const Section& section) { sections.push_back(section); });
+    PrintJson(std::cout, address, sections);
+    return sections;
+  }
+  std::cout << address << '\n';
+  ReadSections(enclosure, options.task, [&](const Section& section) {
+    sections.push_back(section);
+    PrintSection(std::cout, section);
+  });
+  return sections;
+}
+
 int Run(const Options& options) {
   ApplySettings(options);
-  const std::string address = AddressText(options.host, options.port);
+  // The zone of an IPv6 address may hold any byte.
+  const std::string address =
+      Standalone::EscapeControlBytes(AddressText(options.host, options.port));
   TavrinConnection::ConnectionInfo info = MakeConnectionInfo(options);
   ObtainPassword(options.passwordFile,
                  fmt::format("Password of {} at {}: ",
@@ -91,17 +115,12 @@ int Run(const Options& options) {
   console.ShowLine(fmt::format("connecting to {}; this takes at least 18 seconds", address));
   Enclosure enclosure(info, progress);
 
-  std::cout << address << '\n';
-  std::vector<Field> fields = IdentityFields(enclosure.ReadIdentity());
-  PrintFields(std::cout, fields);
-  const std::vector<Field> detection = DetectionFields(enclosure.ReadDetection());
-  PrintFields(std::cout, detection);
-  fields.insert(fields.end(), detection.begin(), detection.end());
-  PrintFailures(std::cerr, fields);
+  const std::vector<Section> sections = ReadAndPrint(enclosure, options, address);
+  PrintFailures(std::cerr, sections);
   if (!std::cout) {
     throw std::runtime_error("standard output cannot be written");
   }
-  return ExitCodeOf(fields);
+  return ExitCodeOf(sections);
 }
 
 int RunCommandLine(int argc, const char* const* argv) {

@@ -8,7 +8,8 @@ namespace Standalone {
 /// or stayed unused for longer than IPMI_SESSION_TIMEOUT_MS, has to be connected again first.
 namespace ConnectResult {
 constexpr int Connected = 0;
-constexpr int WorthRetrying = 3;    ///< Time-out, controller busy, no free session, refused suite.
+constexpr int WorthRetrying = 3;    ///< Time-out, controller busy, no free session, refused suite,
+                                    ///< damaged or unexpected datagram.
 constexpr int BadHostName = 4;      ///< The host name does not resolve, or is not a valid name.
 constexpr int UserNameRefused = 5;  ///< The controller does not know the user.
 constexpr int PasswordRefused = 6;  ///< The controller's proof of the password does not match ours.
@@ -16,7 +17,7 @@ constexpr int PrivilegeRefused = 7;  ///< The user may not have the privilege le
 constexpr int ArgumentTooLong = 8;   ///< User name over 16 bytes or password over 20 bytes.
 constexpr int InvalidSetting = 9;  ///< A port, cipher suite or configuration value out of range, or
                                    ///< a zero byte in user name or password.
-constexpr int Failed = 10;  ///< Anything else; the client's log line names the cause.
+constexpr int Failed = 10;         ///< Anything else; the client's log line names the cause.
 }  // namespace ConnectResult
 
 }  // namespace Standalone

@@ -80,7 +80,9 @@ struct IpmiClient::State {
   std::string password;
   std::string port;
   unsigned long cipherSuite = 0;
-  std::string numericAddress;
+  std::vector<std::string> addresses;
+  std::size_t attempts = 0;
+  std::string numericAddress;  ///< The one of the last attempt.
   Context context;
 };
 
@@ -91,11 +93,14 @@ Failure IpmiClient::State::Open() {
     failure = Standalone::ReadConnectSettings(port, cipherSuite, settings);
   }
   if (failure.result == 0) {
-    failure = Standalone::ResolveHost(address, numericAddress);
+    failure = Standalone::ResolveHost(address, addresses);
   }
   if (failure.result != 0) {
     return failure;
   }
+  // A name may stand for several addresses, of which some lead nowhere: each attempt takes the
+  // next.
+  numericAddress = addresses[attempts++ % addresses.size()];
   PrepareCryptography();
   // A context that failed to open is not fit for another attempt: it may hold a closed socket.
   Context opened(ipmi_ctx_create());

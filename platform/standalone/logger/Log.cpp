@@ -117,7 +117,10 @@ struct Log::State {
 };
 
 Log::Log(unsigned int level, const std::string& sourcePath, unsigned int line)
-    : state_(std::make_unique<State>(level, sourcePath, line)) {}
+    : state_(std::make_unique<State>(level, sourcePath, line)) {
+  // Before any line is handed on: a handler that asks for the threshold must not make another one.
+  ReportRejectedLevel(TheThreshold());
+}
 
 Log::~Log() {
   try {

@@ -5,6 +5,7 @@
 namespace Tavrin {
 namespace {
 
+constexpr const char* kUnknownPowerState = "Fault";
 constexpr std::uint8_t kNotApplicable = 255;
 
 std::string PowerStateText(std::uint8_t powerState) {
@@ -58,6 +59,10 @@ std::string NodeStatusCodesText(const NodeStatusCodes& codes) {
   return "\nNode Power State " + std::to_string(codes.powerState) + "\nWidth " +
          std::to_string(codes.width) + "\nHeight " + std::to_string(codes.height) +
          "\nPermission state " + std::to_string(codes.permissionState);
+}
+
+bool IsKnownPowerState(std::uint8_t powerState) {
+  return PowerStateText(powerState) != kUnknownPowerState;
 }
 
 NodeStatus ToNodeStatus(const NodeStatusCodes& codes) {

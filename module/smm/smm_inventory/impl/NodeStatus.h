@@ -26,8 +26,8 @@ NodeStatusCodes DecodeNodeStatus(const std::vector<std::uint8_t>& answer);
 /// The rows that show the codes in decimal.
 std::string NodeStatusCodesText(const NodeStatusCodes& codes);
 
-/// What NodeStatus::powerState holds for a code that has no text of its own.
-constexpr const char* kUnknownPowerState = "Fault";
+/// Whether the code has a text of its own; "Fault" stands for all others.
+bool IsKnownPowerState(std::uint8_t powerState);
 
 /// The codes as texts.
 NodeStatus ToNodeStatus(const NodeStatusCodes& codes);

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <map>
 #include <new>
 #include <string>
@@ -30,7 +31,8 @@ constexpr unsigned int kDebug = 4;
 constexpr const char* kSourcePath = "module/smm/smm_inventory/impl/SMMInventoryImpl";
 
 // A macro, so that each line carries the number of the place that writes it, and so that nothing
-// behind it is composed for a line that is not written.
+// behind it is composed for a line that is not written. Numbers go into it as text, since the
+// stream may follow the process's locale.
 #define SMM_LOG(level)                   \
   if (Log::GetMinLogLevel() < (level)) { \
   } else                                 \
@@ -87,6 +89,12 @@ constexpr std::size_t kVersionPrefixLength = 1;
 constexpr std::size_t kPowerPrefixLength = 1;
 constexpr std::size_t kNodeStatusPrefixLength = 1;
 
+// The highest PSU that can be selected. It does not follow the number of slots.
+constexpr int kHighestPsuFirstGeneration = 3;
+constexpr int kHighestPsuPlatform253 = 9;
+constexpr int kHighestPsuPlatform254 = 2;
+constexpr std::uint8_t kSelectPsuLead = 0x00;
+
 bool AdmitsIpmi(std::int32_t connectionKind) { return connectionKind == 1 || connectionKind == 7; }
 
 // Connects with as many attempts as the configuration allows, without a pause between them. Returns
@@ -111,31 +119,13 @@ IPMICOMMAND OemRequest(std::uint8_t command, std::vector<std::uint8_t> data) {
 // "1 time", "2 times", and so on.
 std::string Times(int count) { return std::to_string(count) + (count == 1 ? " time" : " times"); }
 
-// Sends the request up to six times, with a pause after each, until the SMM acknowledges it with an
-// answer of exactly one byte and completion code 0. Returns whether it did; the outputs hold the
-// last answer in either case.
-template <typename Announce>
-bool SendUntilAcknowledged(SMMInventoryImpl& smm, const IPMICOMMAND& request,
-                           std::vector<std::uint8_t>& response, std::uint8_t& completionCode,
-                           Announce announce) {
-  for (int attempt = 1; attempt <= kAcknowledgeAttempts; ++attempt) {
-    announce(attempt);
-    static_cast<void>(smm.SendIpmiCmd(request, response, completionCode));
-    if (completionCode == 0 && response.size() == 1) {
-      return true;
-    }
-    sleep(kSecondsBetweenAttempts);
-  }
-  return false;
-}
-
 }  // namespace
 
 struct SMMInventoryImpl::Answer {
   std::vector<std::uint8_t> bytes;
   std::uint8_t completionCode = 0;
 
-  [[nodiscard]] bool IsGood(std::size_t minimumLength) const {
+  [[nodiscard]] bool IsUsable(std::size_t minimumLength) const {
     return completionCode == 0 && bytes.size() >= minimumLength;
   }
 };
@@ -144,7 +134,7 @@ SMMInventoryImpl::SMMInventoryImpl(const TavrinConnection::ConnectionInfo& info)
     : TavrinConnection::ConnectionInfo(info) {
   // An SMM whose generation cannot be found out is taken for what smmType holds already.
   SMMInfo smmInfo(*this);
-  static_cast<void>(smmInfo.GetSmmType(smmType));
+  smmInfo.GetSmmType(smmType);
 
   if (GetSMMStatusImp(smmStatus) == StatusCode::Success) {
     SMM_LOG(kDebug) << " GetSMMStatus success, platformId =0x"
@@ -170,8 +160,8 @@ int SMMInventoryImpl::SendIpmiCmd(const IPMICOMMAND& request, std::vector<std::u
   }
 
   // Whether the answer is of use, or came at all, is for the query to judge.
-  static_cast<void>(client.send(request, response, completionCode));
-  static_cast<void>(client.disconnect());
+  client.send(request, response, completionCode);
+  client.disconnect();
 
   SMM_LOG(kDebug) << "Send impi cmd suceess: FN=0x" << Hex(request.netFn) << " cmd=0x"
                   << Hex(request.cmd) << " data=" << HexRendering(request.data);
@@ -200,6 +190,20 @@ int SMMInventoryImpl::SendAndTrim(const IPMICOMMAND& request, std::size_t prefix
   return status;
 }
 
+template <typename Announce>
+bool SMMInventoryImpl::SendUntilAcknowledged(const IPMICOMMAND& request, Answer& answer,
+                                             Announce announce) {
+  for (int attempt = 1; attempt <= kAcknowledgeAttempts; ++attempt) {
+    announce(attempt);
+    SendIpmiCmd(request, answer.bytes, answer.completionCode);
+    if (answer.completionCode == 0 && answer.bytes.size() == 1) {
+      return true;
+    }
+    sleep(kSecondsBetweenAttempts);
+  }
+  return false;
+}
+
 int SMMInventoryImpl::GetSmmMT(std::string& machineType) {
   const IPMICOMMAND request = OemRequest(kIdentityCommand, {kIdentitySelector, kMachineTypeItem});
   Answer answer;
@@ -207,7 +211,7 @@ int SMMInventoryImpl::GetSmmMT(std::string& machineType) {
   if (status != StatusCode::Success) {
     return status;
   }
-  if (!answer.IsGood(kMachineTypeLength)) {
+  if (!answer.IsUsable(kMachineTypeLength)) {
     SMM_LOG(kError) << "Get smm mt failed with error code:"
                     << std::to_string(answer.completionCode);
     return StatusCode::UnusableAnswer;
@@ -229,7 +233,7 @@ int SMMInventoryImpl::GetSmmSN(std::string& serialNumber) {
   if (status != StatusCode::Success) {
     return status;
   }
-  if (!answer.IsGood(kSerialNumberMinimumLength)) {
+  if (!answer.IsUsable(kSerialNumberMinimumLength)) {
     SMM_LOG(kError) << "Get smm sn failed with error code:"
                     << std::to_string(answer.completionCode);
     return StatusCode::UnusableAnswer;
@@ -245,7 +249,7 @@ int SMMInventoryImpl::GetSmmVersion(std::string& version) {
   if (status != StatusCode::Success) {
     return status;
   }
-  if (!answer.IsGood(kVersionMinimumLength)) {
+  if (!answer.IsUsable(kVersionMinimumLength)) {
     SMM_LOG(kError) << "Get smm version failed with error code:"
                     << std::to_string(answer.completionCode);
     return StatusCode::UnusableAnswer;
@@ -262,7 +266,7 @@ int SMMInventoryImpl::GetSmmName(std::string& name) {
   if (status != StatusCode::Success) {
     return status;
   }
-  if (!answer.IsGood(kNameMinimumLength)) {
+  if (!answer.IsUsable(kNameMinimumLength)) {
     SMM_LOG(kError) << "Get smm name failed with error code:"
                     << std::to_string(answer.completionCode);
     return StatusCode::UnusableAnswer;
@@ -283,7 +287,7 @@ int SMMInventoryImpl::GetChassisPowerConsumption(ChassisPowerCon& out) {
   if (status != StatusCode::Success) {
     return status;
   }
-  if (!answer.IsGood(kPowerLength)) {
+  if (!answer.IsUsable(kPowerLength)) {
     SMM_LOG(kError) << "Get smm chassis power consumption failed with error code:"
                     << std::to_string(answer.completionCode);
     return StatusCode::UnusableAnswer;
@@ -302,7 +306,7 @@ int SMMInventoryImpl::GetChassisPowerCap(ChassisPowerCap& out) {
   if (status != StatusCode::Success) {
     return status;
   }
-  if (!answer.IsGood(kPowerCapLength)) {
+  if (!answer.IsUsable(kPowerCapLength)) {
     SMM_LOG(kError) << "Get smm chassis power cap failed with error code:"
                     << std::to_string(answer.completionCode);
     return StatusCode::UnusableAnswer;
@@ -328,10 +332,10 @@ int SMMInventoryImpl::GetNodePowerConsumption(unsigned long node, ChassisPowerCo
     return status;
   }
   // An answer that has no byte to spare is taken as it is, unlike the chassis's.
-  if (IsSecondGeneration() && answer.IsGood(kPowerPrefixLength + kPowerLength)) {
+  if (IsSecondGeneration() && answer.IsUsable(kPowerPrefixLength + kPowerLength)) {
     TrimSmm2Response(answer.bytes, kPowerPrefixLength);
   }
-  if (!answer.IsGood(kPowerLength)) {
+  if (!answer.IsUsable(kPowerLength)) {
     SMM_LOG(kError) << "Get smm chassis power consumption failed with error code:"
                     << std::to_string(answer.completionCode);
     return StatusCode::UnusableAnswer;
@@ -356,7 +360,7 @@ int SMMInventoryImpl::GetPSUFanSpeed(std::vector<PSUFanSpeed>& out) {
     PSUFanSpeed fans;
     // The failure lines speak of the power cap; readers of these logs have come to know them so.
     if (IsSecondGeneration()) {
-      if (!answer.IsGood(kSecondGenerationFanLength)) {
+      if (!answer.IsUsable(kSecondGenerationFanLength)) {
         SMM_LOG(kError) << "Get smm2 chassis power cap failed with error code:"
                         << std::to_string(answer.completionCode);
         continue;
@@ -364,7 +368,7 @@ int SMMInventoryImpl::GetPSUFanSpeed(std::vector<PSUFanSpeed>& out) {
       fans = DecodeSecondGenerationFans(name, answer.bytes);
       SMM_LOG(kDebug) << SecondGenerationFansText(fans);
     } else {
-      if (!answer.IsGood(kFirstGenerationFanLength)) {
+      if (!answer.IsUsable(kFirstGenerationFanLength)) {
         SMM_LOG(kError) << "Get smm chassis power cap failed with error code:"
                         << std::to_string(answer.completionCode);
         continue;
@@ -391,6 +395,10 @@ IPMICOMMAND SMMInventoryImpl::PsuRegisterRead(std::uint64_t slot, std::uint8_t r
   return request;
 }
 
+// The three register queries differ in what they log, and readers of the log rely on it: only the
+// version and the manufacturer write a line for a failed exchange, and only the version and the
+// position one for an unusable answer.
+
 int SMMInventoryImpl::GetPSUVersion(std::map<int, std::string>& versions) {
   for (std::uint64_t slot = 1; slot <= psuSlotCount; ++slot) {
     Answer answer;
@@ -400,13 +408,14 @@ int SMMInventoryImpl::GetPSUVersion(std::map<int, std::string>& versions) {
       SMM_LOG(kError) << "Failed to send IPMI command with returns " << std::to_string(status);
       return status;
     }
-    if (!answer.IsGood(kPsuVersionMinimumLength)) {
+    if (!answer.IsUsable(kPsuVersionMinimumLength)) {
       SMM_LOG(kError) << "Get psu firmware version failed with error code:"
                       << std::to_string(answer.completionCode);
       continue;
     }
 
-    const std::string& version = versions[static_cast<int>(slot)] = DecodePsuVersion(answer.bytes);
+    const std::string version = DecodePsuVersion(answer.bytes);
+    versions[static_cast<int>(slot)] = version;
     SMM_LOG(kDebug) << "PSU slot " << std::to_string(slot) << " version:" << version;
   }
   return StatusCode::Success;
@@ -423,7 +432,7 @@ int SMMInventoryImpl::GetPSUManufacture(std::map<int, std::string>& manufacturer
       SMM_LOG(kError) << "Failed to send IPMI command with returns " << std::to_string(status);
       return status;
     }
-    if (!answer.IsGood(kPsuManufacturerMinimumLength)) {
+    if (!answer.IsUsable(kPsuManufacturerMinimumLength)) {
       continue;
     }
     if (smmType != SMM_FIRST_GENERATION && smmType != SMM_SECOND_GENERATION) {
@@ -432,9 +441,10 @@ int SMMInventoryImpl::GetPSUManufacture(std::map<int, std::string>& manufacturer
       continue;
     }
 
-    const std::string& manufacturer = manufacturers[static_cast<int>(slot)] =
-        IsSecondGeneration() ? DecodeSecondGenerationPsuManufacturer(answer.bytes)
-                             : DecodeFirstGenerationPsuManufacturer(answer.bytes);
+    const std::string manufacturer = IsSecondGeneration()
+                                         ? DecodeSecondGenerationPsuManufacturer(answer.bytes)
+                                         : DecodeFirstGenerationPsuManufacturer(answer.bytes);
+    manufacturers[static_cast<int>(slot)] = manufacturer;
     SMM_LOG(kDebug) << "PSU slot " << std::to_string(slot) << " manufacture:" << manufacturer;
   }
   return status;
@@ -449,14 +459,14 @@ int SMMInventoryImpl::GetPSUPosition(std::map<int, std::string>& positions) {
     if (status != StatusCode::Success) {
       return status;
     }
-    if (!answer.IsGood(kPsuPositionMinimumLength)) {
+    if (!answer.IsUsable(kPsuPositionMinimumLength)) {
       SMM_LOG(kError) << "Get psu position id failed with error code:"
                       << std::to_string(answer.completionCode);
       continue;
     }
 
-    const std::string& position = positions[static_cast<int>(slot)] =
-        DecodePsuPosition(answer.bytes);
+    const std::string position = DecodePsuPosition(answer.bytes);
+    positions[static_cast<int>(slot)] = position;
     SMM_LOG(kDebug) << "PSU slot " << std::to_string(slot) << " position:" << position;
   }
   return StatusCode::Success;
@@ -503,7 +513,7 @@ int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
 
   // The caller finds one record a PSU, empty when the answer turns out to be of no use.
   out.assign(psuSlotCount, PSUStatus{});
-  if (!answer.IsGood(kPsuStatusMinimumLength)) {
+  if (!answer.IsUsable(kPsuStatusMinimumLength)) {
     SMM_LOG(kDebug) << "The gotted PSU status is :\n"
                     << "\nGet PSU statue failed with completionCode is "
                     << std::to_string(answer.completionCode) << ", response.size() is "
@@ -520,29 +530,33 @@ int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
   return StatusCode::Success;
 }
 
+// A selector out of range is not refused: the first generation gets the highest, the second none.
+// Negative ones count as in range and travel as their low eight bits.
 std::vector<std::uint8_t> SMMInventoryImpl::PsuSelectorData(int psu) const {
-  const auto selector = static_cast<std::uint8_t>(psu);
   if (!IsSecondGeneration()) {
-    return {0x00, psu <= 3 ? selector : std::uint8_t{3}};
+    return {kSelectPsuLead, static_cast<std::uint8_t>(std::min(psu, kHighestPsuFirstGeneration))};
   }
-  const bool isInRange = (smmStatus.platformId == kPlatform253 && psu <= 9) ||
-                         (smmStatus.platformId == kPlatform254 && psu <= 2);
+  const bool isInRange = (smmStatus.platformId == kPlatform253 && psu <= kHighestPsuPlatform253) ||
+                         (smmStatus.platformId == kPlatform254 && psu <= kHighestPsuPlatform254);
   if (isInRange) {
-    return {0x00, selector};
+    return {kSelectPsuLead, static_cast<std::uint8_t>(psu)};
   }
-  return {0x00};
+  return {kSelectPsuLead};
 }
 
 int SMMInventoryImpl::SelectPSUImpl(int psu) {
   const IPMICOMMAND request = OemRequest(kSelectPsuCommand, PsuSelectorData(psu));
   Answer answer;
   // The line speaks of the PSU's status; readers of these logs have come to know it so.
-  if (SendUntilAcknowledged(*this, request, answer.bytes, answer.completionCode, [](int attempt) {
-        SMM_LOG(kProgress) << "Try to get PSU status, start retry " << Times(attempt);
-      })) {
+  const bool isAcknowledged = SendUntilAcknowledged(request, answer, [](int attempt) {
+    SMM_LOG(kProgress) << "Try to get PSU status, start retry " << Times(attempt);
+  });
+  if (isAcknowledged) {
     SMM_LOG(kProgress) << "Succeeded select PSU ";
   }
 
+  // Less than an acknowledgement will do in the end: an answer of any length with completion code
+  // 0.
   if (answer.bytes.empty() || answer.completionCode != 0) {
     SMM_LOG(kWarning) << "response is empty or completionCode: "
                       << static_cast<char>(answer.completionCode);
@@ -579,12 +593,11 @@ int SMMInventoryImpl::GetNodeStatus(unsigned long node, NodeStatus& out) {
   }
 
   const NodeStatusCodes codes = DecodeNodeStatus(answer.bytes);
-  NodeStatus nodeStatus = ToNodeStatus(codes);
-  if (nodeStatus.powerState == kUnknownPowerState) {
+  if (!IsKnownPowerState(codes.powerState)) {
     SMM_LOG(kError) << "Wrong result";
   }
   SMM_LOG(kDebug) << "The Node status is :" << NodeStatusCodesText(codes);
-  out = std::move(nodeStatus);
+  out = ToNodeStatus(codes);
   return StatusCode::Success;
 }
 
@@ -593,14 +606,16 @@ int SMMInventoryImpl::GetSMMStatusImp(SMMStatus& out) {
   Answer answer;
   // A full status answer is no acknowledgement, so that an SMM which gives one is asked six times
   // and the last of its answers counts.
-  if (SendUntilAcknowledged(*this, request, answer.bytes, answer.completionCode, [](int attempt) {
-        SMM_LOG(kProgress) << "Try to get SMM status, retry " << Times(attempt);
-      })) {
+  const bool isAcknowledged = SendUntilAcknowledged(request, answer, [](int attempt) {
+    SMM_LOG(kProgress) << "Try to get SMM status, retry " << Times(attempt);
+  });
+  if (isAcknowledged) {
     SMM_LOG(kProgress) << "Succeeded get SMM Status";
   }
 
   int status = StatusCode::Success;
   if (answer.bytes.empty() || answer.completionCode != 0) {
+    // Here, and in the PSU selection, the code goes out as the byte that it is, not as a number.
     SMM_LOG(kWarning) << "response is empty or completeCode: "
                       << static_cast<char>(answer.completionCode);
     status = StatusCode::NoUsableResult;

@@ -62,8 +62,15 @@ class SMMInventoryImpl : public TavrinConnection::ConnectionInfo {
   [[nodiscard]] bool IsSecondGeneration() const { return smmType == SMM_SECOND_GENERATION; }
 
   /// Sends the request and, on a second-generation SMM, removes the first `prefixLength` bytes of
-  /// the answer, whatever its completion code. Returns the status of the exchange.
+  /// the answer before anybody judges it. Throws std::bad_alloc when it holds fewer, as a refusal
+  /// without data does. Returns the status of the exchange.
   int SendAndTrim(const IPMICOMMAND& request, std::size_t prefixLength, Answer& answer);
+
+  /// Sends the request up to six times, with a pause after each, until the SMM acknowledges it with
+  /// an answer of exactly one byte and completion code 0. Calls `announce` with the number of each
+  /// attempt. Returns whether it was acknowledged; `answer` holds the last answer in either case.
+  template <typename Announce>
+  bool SendUntilAcknowledged(const IPMICOMMAND& request, Answer& answer, Announce announce);
 
   [[nodiscard]] bool HasNode(unsigned long node) const { return node >= 1 && node <= nodeCount; }
   [[nodiscard]] std::uint8_t ChassisSelector() const;
