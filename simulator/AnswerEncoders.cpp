@@ -119,12 +119,14 @@ std::uint16_t FlagBits(const Enclosure& enclosure, bool Psu::*flag) {
   return static_cast<std::uint16_t>(bits);
 }
 
-}  // namespace
+// One function per command: the enclosure and the request's data bytes, of a length that the
+// command takes, in; the answer out. Bytes that a second-generation controller puts in front are
+// part of the answer.
 
-Answer EncodeStatus(const Enclosure& enclosure, const Bytes& requestData) {
-  if (!requestData.empty()) {
-    return Refusal(CompletionCode::kInvalidDataLength);
-  }
+/// 0x32/0xA8, no data: revision and firmware build name. On a second-generation controller byte 0
+/// is the platform id and byte 13 the enclosure type, which falls into the padding behind the build
+/// name; that is why build names have at most 6 characters.
+Answer EncodeStatus(const Enclosure& enclosure, const Bytes& /*requestData*/) {
   Bytes data;
   if (enclosure.secondGeneration) {
     data.push_back(enclosure.platformId);
@@ -140,10 +142,9 @@ Answer EncodeStatus(const Enclosure& enclosure, const Bytes& requestData) {
   return {CompletionCode::kNormal, data};
 }
 
+/// 0x32/0xB0, data 05 and an item selector: 00 machine type, 01 serial number, 0B name. A
+/// second-generation controller repeats the two request bytes in front of the text.
 Answer EncodeIdentity(const Enclosure& enclosure, const Bytes& requestData) {
-  if (requestData.size() != 2) {
-    return Refusal(CompletionCode::kInvalidDataLength);
-  }
   if (requestData[0] != kIdentityGroup) {
     return Refusal(CompletionCode::kInvalidDataField);
   }
@@ -168,10 +169,10 @@ Answer EncodeIdentity(const Enclosure& enclosure, const Bytes& requestData) {
   return {CompletionCode::kNormal, text};
 }
 
+/// 0x32/0x98: minimum, average and maximum power, each of 16 bits, low byte first. The data byte is
+/// a node number, or 05 for the whole enclosure (0D on platform 253, which has a node 5). A
+/// second-generation controller repeats it in front.
 Answer EncodePower(const Enclosure& enclosure, const Bytes& requestData) {
-  if (requestData.size() != 1) {
-    return Refusal(CompletionCode::kInvalidDataLength);
-  }
   const Node* const node = Find(enclosure.nodes, requestData[0]);
   if (node == nullptr && requestData[0] != WholeEnclosure(enclosure)) {
     return Refusal(CompletionCode::kParameterOutOfRange);
@@ -184,10 +185,9 @@ Answer EncodePower(const Enclosure& enclosure, const Bytes& requestData) {
   return {CompletionCode::kNormal, data};
 }
 
+/// 0x32/0x9D, data 05 (0D on platform 253): the five caps, each of 16 bits, low byte first. A
+/// second-generation controller repeats the data byte in front.
 Answer EncodeCaps(const Enclosure& enclosure, const Bytes& requestData) {
-  if (requestData.size() != 1) {
-    return Refusal(CompletionCode::kInvalidDataLength);
-  }
   if (requestData[0] != WholeEnclosure(enclosure)) {
     return Refusal(CompletionCode::kParameterOutOfRange);
   }
@@ -200,10 +200,9 @@ Answer EncodeCaps(const Enclosure& enclosure, const Bytes& requestData) {
   return {CompletionCode::kNormal, data};
 }
 
+/// 0x32/0xA7, data a node number: power state, width, height and permission. A second-generation
+/// controller repeats the node number in front.
 Answer EncodeNodeStatus(const Enclosure& enclosure, const Bytes& requestData) {
-  if (requestData.size() != 1) {
-    return Refusal(CompletionCode::kInvalidDataLength);
-  }
   const Node* const node = Find(enclosure.nodes, requestData[0]);
   if (node == nullptr) {
     return Refusal(CompletionCode::kParameterOutOfRange);
@@ -213,10 +212,9 @@ Answer EncodeNodeStatus(const Enclosure& enclosure, const Bytes& requestData) {
   return {CompletionCode::kNormal, data};
 }
 
+/// 0x32/0xA5, data a PSU slot: the fan's speed of 16 bits, low byte first, and Pat value, then the
+/// fan status. A second-generation controller repeats the slot in front and tells of two fans.
 Answer EncodePsuFans(const Enclosure& enclosure, const Bytes& requestData) {
-  if (requestData.size() != 1) {
-    return Refusal(CompletionCode::kInvalidDataLength);
-  }
   const Psu* const psu = Find(enclosure.psus, requestData[0]);
   if (psu == nullptr) {
     return Refusal(CompletionCode::kParameterOutOfRange);
@@ -232,10 +230,9 @@ Answer EncodePsuFans(const Enclosure& enclosure, const Bytes& requestData) {
   return {CompletionCode::kNormal, data};
 }
 
-Answer EncodePsuFlags(const Enclosure& enclosure, const Bytes& requestData) {
-  if (!requestData.empty()) {
-    return Refusal(CompletionCode::kInvalidDataLength);
-  }
+/// 0x32/0x91, no data: the PSUs' flags, the lowest bit for slot 1. One byte a flag on a
+/// first-generation controller, 16 bits on a second-generation one.
+Answer EncodePsuFlags(const Enclosure& enclosure, const Bytes& /*requestData*/) {
   const std::uint16_t epow = FlagBits(enclosure, &Psu::earlyPowerOffWarning);
   const std::uint16_t throttle = FlagBits(enclosure, &Psu::throttle);
   const std::uint16_t present = FlagBits(enclosure, &Psu::present);
@@ -256,13 +253,9 @@ Answer EncodePsuFlags(const Enclosure& enclosure, const Bytes& requestData) {
   return {CompletionCode::kNormal, data};
 }
 
+/// 0x32/0x92, data slot, read count and register: a PSU's register through a second-generation
+/// controller, which leaves out the length in front of a block.
 Answer EncodePsuRegister(const Enclosure& enclosure, const Bytes& requestData) {
-  if (!enclosure.secondGeneration) {
-    return Refusal(CompletionCode::kInvalidCommand);
-  }
-  if (requestData.size() != 3) {
-    return Refusal(CompletionCode::kInvalidDataLength);
-  }
   const Psu* const psu = Find(enclosure.psus, requestData[0]);
   if (psu == nullptr) {
     return Refusal(CompletionCode::kParameterOutOfRange);
@@ -275,13 +268,9 @@ Answer EncodePsuRegister(const Enclosure& enclosure, const Bytes& requestData) {
                        : FirstBytes(bytes, requestData[1]);
 }
 
+/// 0x06/0x52, data bus, address, read count and register: Master Write-Read, by which a PSU's
+/// register is read through a first-generation controller.
 Answer EncodeMasterWriteRead(const Enclosure& enclosure, const Bytes& requestData) {
-  if (enclosure.secondGeneration) {
-    return Refusal(CompletionCode::kInvalidCommand);
-  }
-  if (requestData.size() != 4) {
-    return Refusal(CompletionCode::kInvalidDataLength);
-  }
   const std::uint8_t bus = requestData[0];
   if (bus != kBusOfSlot1 && bus != kBusOfOtherSlots) {
     return Refusal(CompletionCode::kParameterOutOfRange);
@@ -295,10 +284,9 @@ Answer EncodeMasterWriteRead(const Enclosure& enclosure, const Bytes& requestDat
   return FirstBytes(bytes, requestData[2]);
 }
 
+/// 0x32/0xF4, data 00 and a PSU to select: the PSU that is selected then. Without a PSU in the
+/// request the selection stays.
 Answer EncodePsuSelection(const Enclosure& enclosure, const Bytes& requestData) {
-  if (requestData.empty() || requestData.size() > 2) {
-    return Refusal(CompletionCode::kInvalidDataLength);
-  }
   if (requestData[0] != 0) {
     return Refusal(CompletionCode::kInvalidDataField);
   }
@@ -306,28 +294,47 @@ Answer EncodePsuSelection(const Enclosure& enclosure, const Bytes& requestData) 
           {requestData.size() == 2 ? requestData[1] : enclosure.selectedPsu}};
 }
 
+enum class Generations { Both, First, Second };
+
+struct Command {
+  std::uint8_t netFn;
+  std::uint8_t command;
+  Generations servedBy;
+  std::size_t fewestBytes;
+  std::size_t mostBytes;
+  Answer (*encode)(const Enclosure& enclosure, const Bytes& requestData);
+};
+
+constexpr std::array<Command, 10> kCommands = {{
+    {kNetFnOem, kGetStatus, Generations::Both, 0, 0, EncodeStatus},
+    {kNetFnOem, kGetIdentity, Generations::Both, 2, 2, EncodeIdentity},
+    {kNetFnOem, kGetPower, Generations::Both, 1, 1, EncodePower},
+    {kNetFnOem, kGetCaps, Generations::Both, 1, 1, EncodeCaps},
+    {kNetFnOem, kGetNodeStatus, Generations::Both, 1, 1, EncodeNodeStatus},
+    {kNetFnOem, kGetPsuFans, Generations::Both, 1, 1, EncodePsuFans},
+    {kNetFnOem, kGetPsuFlags, Generations::Both, 0, 0, EncodePsuFlags},
+    {kNetFnOem, kReadPsuRegister, Generations::Second, 3, 3, EncodePsuRegister},
+    {kNetFnOem, kSelectPsu, Generations::Both, 1, 2, EncodePsuSelection},
+    {kNetFnApplication, kMasterWriteRead, Generations::First, 4, 4, EncodeMasterWriteRead},
+}};
+
+bool Serves(const Enclosure& enclosure, const Command& command) {
+  return command.servedBy == Generations::Both ||
+         (command.servedBy == Generations::Second) == enclosure.secondGeneration;
+}
+
+}  // namespace
+
 Answer EncodeAnswer(const Enclosure& enclosure, const Request& request) {
-  struct Entry {
-    std::uint8_t netFn;
-    std::uint8_t command;
-    Answer (*encode)(const Enclosure&, const Bytes&);
-  };
-  static constexpr std::array<Entry, 10> kEntries = {{
-      {kNetFnOem, 0xA8, EncodeStatus},
-      {kNetFnOem, 0xB0, EncodeIdentity},
-      {kNetFnOem, 0x98, EncodePower},
-      {kNetFnOem, 0x9D, EncodeCaps},
-      {kNetFnOem, 0xA7, EncodeNodeStatus},
-      {kNetFnOem, 0xA5, EncodePsuFans},
-      {kNetFnOem, 0x91, EncodePsuFlags},
-      {kNetFnOem, 0x92, EncodePsuRegister},
-      {kNetFnOem, kSelectPsu, EncodePsuSelection},
-      {kNetFnApplication, kMasterWriteRead, EncodeMasterWriteRead},
-  }};
-  for (const Entry& entry : kEntries) {
-    if (entry.netFn == request.netFn && entry.command == request.command) {
-      return entry.encode(enclosure, request.data);
+  for (const Command& command : kCommands) {
+    if (command.netFn != request.netFn || command.command != request.command ||
+        !Serves(enclosure, command)) {
+      continue;
     }
+    const std::size_t length = request.data.size();
+    return length < command.fewestBytes || length > command.mostBytes
+               ? Refusal(CompletionCode::kInvalidDataLength)
+               : command.encode(enclosure, request.data);
   }
   return Refusal(CompletionCode::kInvalidCommand);
 }

@@ -7,10 +7,9 @@
 namespace Tavrin::Simulator {
 namespace {
 
-bool Matches(const Override& override, const Request& request) {
-  return override.netFn == request.netFn && override.command == request.command &&
-         override.requestData.value_or(request.data) == request.data &&
-         override.times.value_or(1) > 0;
+bool Matches(const Override& entry, const Request& request) {
+  return entry.netFn == request.netFn && entry.command == request.command &&
+         entry.requestData.value_or(request.data) == request.data && entry.times.value_or(1) > 0;
 }
 
 }  // namespace
@@ -18,18 +17,16 @@ bool Matches(const Override& override, const Request& request) {
 Controller::Controller(Scenario scenario) : scenario_(std::move(scenario)) {}
 
 Reply Controller::Handle(const Request& request) {
-  for (Override& override : scenario_.overrides) {
-    if (!Matches(override, request)) {
+  for (Override& entry : scenario_.overrides) {
+    if (!Matches(entry, request)) {
       continue;
     }
-    if (override.times) {
-      --*override.times;
+    if (entry.times) {
+      --*entry.times;
     }
     // The enclosure does not see a request whose answer is overridden.
-    Answer answer = override.answer   ? *override.answer
-                    : override.silent ? Answer{}
-                                      : AnswerItself(request);
-    return {std::move(answer), override.delay, override.silent};
+    Answer answer = entry.answer ? *entry.answer : entry.silent ? Answer{} : AnswerItself(request);
+    return {std::move(answer), entry.delay, entry.silent};
   }
   return {AnswerItself(request), {}, false};
 }

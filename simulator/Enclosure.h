@@ -86,7 +86,7 @@ struct Psu {
 constexpr std::size_t kMaxMachineType = 8;
 constexpr std::size_t kMaxSerialNumber = 12;
 constexpr std::size_t kMaxName = 24;
-constexpr std::size_t kMaxBuildName = 6;  ///< See EncodeStatus.
+constexpr std::size_t kMaxBuildName = 6;  ///< The enclosure type follows in the status.
 
 /// What one simulated enclosure is and measures. Every answer is encoded from this record. All
 /// texts and numbers are invented; within an answer no two bytes of the readings are alike.

@@ -42,7 +42,7 @@ struct Module {
 };
 
 // ipmi_sim knows the module only by its C functions, and one process simulates one enclosure.
-std::unique_ptr<Module> module;
+std::unique_ptr<Module> theModule;
 
 Bytes WireBytes(const Answer& answer) {
   Bytes bytes = {answer.completionCode};
@@ -63,7 +63,7 @@ void SendDelayed(void* callbackData) {
   const std::unique_ptr<DelayedAnswer> delayed(static_cast<DelayedAnswer*>(callbackData));
   delayed->channel->return_rsp(delayed->channel, delayed->message, &delayed->response);
   delayed->channel->free(delayed->channel, delayed->message);
-  module->system->free_timer(delayed->timer);
+  theModule->system->free_timer(delayed->timer);
 }
 
 /// Takes the message over and sends the answer later; false when ipmi_sim gives no timer.
@@ -71,16 +71,16 @@ bool Delay(channel_t* channel, msg_t* message, const rsp_msg_t& response) {
   auto delayed = std::make_unique<DelayedAnswer>();
   delayed->channel = channel;
   delayed->message = message;
-  delayed->bytes = module->replyBytes;
+  delayed->bytes = theModule->replyBytes;
   delayed->response = response;
   delayed->response.data = delayed->bytes.data();
-  if (module->system->alloc_timer(module->system, SendDelayed, delayed.get(), &delayed->timer) !=
-      0) {
+  if (theModule->system->alloc_timer(theModule->system, SendDelayed, delayed.get(),
+                                     &delayed->timer) != 0) {
     return false;
   }
-  const auto milliseconds = module->reply.delay.count();
+  const auto milliseconds = theModule->reply.delay.count();
   timeval timeout = {milliseconds / 1000, (milliseconds % 1000) * 1000};
-  module->system->start_timer(delayed->timer, &timeout);
+  theModule->system->start_timer(delayed->timer, &timeout);
   // The timer's callback owns the record from here on.
   static_cast<void>(delayed.release());
   return true;
@@ -93,13 +93,13 @@ int HandleResponse(channel_t* channel, msg_t* message, rsp_msg_t* response) {
     return 0;
   }
   // Command handlers get a buffer of 36 bytes; here answers of any length can be put in place.
-  response->data = module->replyBytes.data();
-  response->data_len = static_cast<unsigned short>(module->replyBytes.size());
-  if (module->reply.silent) {
+  response->data = theModule->replyBytes.data();
+  response->data_len = static_cast<unsigned short>(theModule->replyBytes.size());
+  if (theModule->reply.silent) {
     channel->free(channel, message);
     return 1;
   }
-  const bool delayed = module->reply.delay.count() > 0 && Delay(channel, message, *response);
+  const bool delayed = theModule->reply.delay.count() > 0 && Delay(channel, message, *response);
   return delayed ? 1 : 0;
 }
 
@@ -107,10 +107,10 @@ void HandleCommand(lmc_data_t* /*controller*/, msg_t* message, unsigned char* re
                    unsigned int* responseLength, void* /*callbackData*/) {
   const Request request = {message->netfn, message->cmd,
                            Bytes(message->data, message->data + message->len)};
-  module->reply = module->controller.Handle(request);
-  module->replyBytes = WireBytes(module->reply.answer);
+  theModule->reply = theModule->controller.Handle(request);
+  theModule->replyBytes = WireBytes(theModule->reply.answer);
   message->oem_data = kRepliedHere;
-  responseData[0] = module->reply.answer.completionCode;
+  responseData[0] = theModule->reply.answer.completionCode;
   *responseLength = 1;
 }
 
@@ -146,7 +146,7 @@ __attribute__((visibility("default"))) int ipmi_sim_module_init(sys_data_t* syst
                                                                 const char* options) {
   using namespace Tavrin::Simulator;
   try {
-    module = std::make_unique<Module>(system, ReadModuleSettings(options));
+    theModule = std::make_unique<Module>(system, ReadModuleSettings(options));
     return RegisterHandlers();
   } catch (const std::exception& error) {
     std::cerr << "simulated enclosure: " << error.what() << "\n";
@@ -158,8 +158,8 @@ __attribute__((visibility("default"))) int ipmi_sim_module_post_init(sys_data_t*
   using namespace Tavrin::Simulator;
   system->chan_set[kLanChannel]->oem.oem_handle_rsp = HandleResponse;
   user_t& user = system->mc_get_users(system->mc)[kUserNumber];
-  SetField(user.username, sizeof user.username, module->settings.userName);
-  SetField(user.pw, sizeof user.pw, module->settings.password);
+  SetField(user.username, sizeof user.username, theModule->settings.userName);
+  SetField(user.pw, sizeof user.pw, theModule->settings.password);
   return 0;
 }
 

@@ -1,15 +1,16 @@
 #include "simulator/LauncherOptions.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
+#include <system_error>
 
+#include "simulator/FileDescriptor.h"
 #include "simulator/LoopbackPort.h"
 #include "simulator/Scenario.h"
 
@@ -18,6 +19,7 @@ namespace {
 
 constexpr std::size_t kMaxUserName = 16;
 constexpr std::size_t kMaxPassword = 20;
+constexpr std::size_t kMaxFileSize = std::size_t{1} << 20U;
 
 /// The options as typed.
 struct Texts {
@@ -68,22 +70,39 @@ std::uint16_t ReadPort(const std::string& text) {
   return port;
 }
 
+[[noreturn]] void RefuseUnreadable(const std::string& option, const std::string& path) {
+  Refuse(option, path, "a readable file (" + std::generic_category().message(errno) + ")");
+}
+
+/// By the system's own calls, since a stream does not tell why it failed.
 std::string ReadFile(const std::string& option, const std::string& path) {
-  if (std::filesystem::is_directory(path)) {
-    Refuse(option, path, "a file, not a directory");
+  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  if (file.Get() < 0) {
+    RefuseUnreadable(option, path);
   }
-  std::ifstream file(path, std::ios::binary);
-  std::string content{std::istreambuf_iterator<char>(file), {}};
-  if (!file) {
-    Refuse(option, path, std::string("a readable file, but: ") + std::strerror(errno));
+  std::string content;
+  std::array<char, 4096> chunk{};
+  ssize_t count = 0;
+  while ((count = read(file.Get(), chunk.data(), chunk.size())) > 0) {
+    content.append(chunk.data(), static_cast<std::size_t>(count));
+    if (content.size() > kMaxFileSize) {
+      Refuse(option, path, "a file of at most " + std::to_string(kMaxFileSize) + " bytes");
+    }
+  }
+  if (count < 0) {
+    RefuseUnreadable(option, path);
   }
   return content;
 }
 
+std::string LengthsUpTo(std::size_t longest) {
+  return "1 to " + std::to_string(longest) + " bytes";
+}
+
 std::string CheckedUserName(const std::string& name) {
   if (name.empty() || name.size() > kMaxUserName) {
-    throw UsageError("--user is " + std::to_string(name.size()) +
-                     " bytes long; expected 1 to 16 bytes");
+    throw UsageError("--user is " + std::to_string(name.size()) + " bytes long; expected " +
+                     LengthsUpTo(kMaxUserName));
   }
   return name;
 }
@@ -95,8 +114,11 @@ std::string ReadPassword(const std::optional<std::string>& path) {
   }
   const std::string content = ReadFile("--password-file", *path);
   std::string password = content.substr(0, content.find('\n'));
-  if (password.size() > kMaxPassword) {
-    Refuse("--password-file", *path, "a first line of at most 20 bytes");
+  if (!password.empty() && password.back() == '\r') {
+    password.pop_back();
+  }
+  if (password.empty() || password.size() > kMaxPassword) {
+    Refuse("--password-file", *path, "a first line of " + LengthsUpTo(kMaxPassword));
   }
   if (password.find('\0') != std::string::npos) {
     Refuse("--password-file", *path, "a first line without 0x00 bytes");

@@ -14,8 +14,24 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kBadUsage = 2;
 
-int Complain(const char* what, int exitCode) {
-  std::cerr << "smm-simulator: " << what << "\n";
+/// The text with every byte outside printable ASCII as \xNN: complaints show arguments and
+/// ipmi_sim's output, neither of which may drive the terminal.
+std::string Printable(const std::string& text) {
+  constexpr const char* hexDigits = "0123456789abcdef";
+  std::string printable;
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte >= ' ' && byte <= '~') {
+      printable += character;
+    } else {
+      printable += {'\\', 'x', hexDigits[byte >> 4U], hexDigits[byte & 0xFU]};
+    }
+  }
+  return printable;
+}
+
+int Complain(const std::string& what, int exitCode) {
+  std::cerr << "smm-simulator: " << Printable(what) << "\n";
   return exitCode;
 }
 
@@ -24,7 +40,7 @@ int Complain(const char* what, int exitCode) {
 sigset_t BlockSignals() {
   sigset_t signals;
   sigemptyset(&signals);
-  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD}) {
+  for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD}) {
     sigaddset(&signals, number);
   }
   sigprocmask(SIG_BLOCK, &signals, nullptr);
@@ -46,7 +62,7 @@ int RunUntilStopped(const LauncherOptions& options) {
       return 0;
     }
     if (const auto reason = enclosure->Ended()) {
-      return Complain(reason->c_str(), kFailed);
+      return Complain(*reason, kFailed);
     }
   }
 }

@@ -24,70 +24,70 @@ Bytes ReadAnswerBytes(const ScenarioValue& value) {
 }
 
 /// Only commands that the module serves; the session's own commands never reach it.
-void CheckCommand(const Override& override, const ScenarioValue& entry) {
-  const bool served = override.netFn == kNetFnOem ||
-                      (override.netFn == kNetFnApplication && override.command == kMasterWriteRead);
+void CheckCommand(const Override& entry, const ScenarioValue& object) {
+  const bool served = entry.netFn == kNetFnOem ||
+                      (entry.netFn == kNetFnApplication && entry.command == kMasterWriteRead);
   if (!served) {
-    const auto netFn = entry.Find("netFn");
-    entry.Fail("for netFn " + (netFn ? netFn->Shown() : R"("0x32")") + " and command " +
-                   entry.Find("command")->Shown(),
-               R"(netFn "0x32", or netFn "0x06" with command "0x52")");
+    const auto netFn = object.Find("netFn");
+    object.Fail("for netFn " + (netFn ? netFn->Shown() : R"("0x32")") + " and command " +
+                    object.Find("command")->Shown(),
+                R"(netFn "0x32", or netFn "0x06" with command "0x52")");
   }
 }
 
-void ReadMatch(const ScenarioValue& entry, Override& override) {
-  if (const auto netFn = entry.Find("netFn")) {
-    override.netFn = netFn->Byte();
+void ReadMatch(const ScenarioValue& object, Override& entry) {
+  if (const auto netFn = object.Find("netFn")) {
+    entry.netFn = netFn->Byte();
   }
-  override.command = entry.RequiredByte("command");
-  CheckCommand(override, entry);
-  if (const auto data = entry.Find("data")) {
-    override.requestData = ReadAnswerBytes(*data);
+  entry.command = object.RequiredByte("command");
+  CheckCommand(entry, object);
+  if (const auto data = object.Find("data")) {
+    entry.requestData = ReadAnswerBytes(*data);
   }
-  if (const auto times = entry.Find("times")) {
-    override.times = times->Number(1, kMaxTimes);
+  if (const auto times = object.Find("times")) {
+    entry.times = times->Number(1, kMaxTimes);
   }
 }
 
-void ReadAction(const ScenarioValue& entry, Override& override) {
-  const auto completionCode = entry.Find("completionCode");
-  const auto response = entry.Find("response");
+void ReadAction(const ScenarioValue& object, Override& entry) {
+  const auto completionCode = object.Find("completionCode");
+  const auto response = object.Find("response");
   if (completionCode || response) {
-    override.answer.emplace();
+    entry.answer.emplace();
   }
   if (completionCode) {
-    override.answer->completionCode = completionCode->Byte();
+    entry.answer->completionCode = completionCode->Byte();
   }
   if (response) {
-    override.answer->data = ReadAnswerBytes(*response);
+    entry.answer->data = ReadAnswerBytes(*response);
   }
-  if (const auto delay = entry.Find("delayMs")) {
-    override.delay = std::chrono::milliseconds(delay->Number(1, kMaxDelayMilliseconds));
+  if (const auto delay = object.Find("delayMs")) {
+    entry.delay = std::chrono::milliseconds(delay->Number(1, kMaxDelayMilliseconds));
   }
-  if (const auto silent = entry.Find("silent")) {
-    override.silent = silent->Truth();
-  }
-}
-
-void CheckAction(const ScenarioValue& entry, const Override& override) {
-  const bool answers = override.answer || override.delay.count() > 0;
-  if (override.silent && answers) {
-    entry.Fail("silent and has an answer or a delay",
-               "silent alone, or completionCode, response and delayMs without it");
-  }
-  if (!override.silent && !answers) {
-    entry.Fail("without an effect", "at least one of completionCode, response, delayMs, silent");
+  if (const auto silent = object.Find("silent")) {
+    entry.silent = silent->Truth();
   }
 }
 
-Override ReadOverride(const ScenarioValue& entry) {
-  entry.CheckKeys(
+void CheckAction(const ScenarioValue& object, const Override& entry) {
+  const bool answers = entry.answer || entry.delay.count() > 0;
+  if (entry.silent && answers) {
+    object.Fail("silent and has an answer or a delay",
+                "silent alone, or completionCode, response and delayMs without it");
+  }
+  if (!entry.silent && !answers) {
+    object.Fail("without an effect", "at least one of completionCode, response, delayMs, silent");
+  }
+}
+
+Override ReadOverride(const ScenarioValue& object) {
+  object.CheckKeys(
       {"netFn", "command", "data", "times", "completionCode", "response", "delayMs", "silent"});
-  Override override;
-  ReadMatch(entry, override);
-  ReadAction(entry, override);
-  CheckAction(entry, override);
-  return override;
+  Override entry;
+  ReadMatch(object, entry);
+  ReadAction(object, entry);
+  CheckAction(object, entry);
+  return entry;
 }
 
 }  // namespace
@@ -105,8 +105,8 @@ Scenario ParseScenario(const std::string& text, const std::string& source, Enclo
     ChangeEnclosure(*changes, scenario.enclosure);
   }
   if (overrides) {
-    for (const ScenarioValue& entry : overrides->Elements()) {
-      scenario.overrides.push_back(ReadOverride(entry));
+    for (const ScenarioValue& object : overrides->Elements()) {
+      scenario.overrides.push_back(ReadOverride(object));
     }
   }
   return scenario;

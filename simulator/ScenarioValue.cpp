@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <sstream>
 #include <utility>
 
 namespace Tavrin::Simulator {
@@ -13,6 +14,7 @@ using Json = nlohmann::json;
 
 constexpr const char* kByteExpected = R"(a byte as text, "0x00" to "0xFF")";
 constexpr const char* kWholeDocument = "the document";
+constexpr int kMaxNesting = 16;
 
 std::string ShownJson(const Json& value) {
   constexpr std::size_t kMaxShown = 60;
@@ -47,12 +49,38 @@ std::string LineAndColumn(const std::string& text, std::size_t position) {
   return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-/// Refuses a key that an object holds twice; of two values the parser would keep the last silently.
-class RepeatedKeyCheck {
+/// A scenario's text on its way into the parser, which tells the place of some errors only.
+class TextReader {
  public:
-  explicit RepeatedKeyCheck(const std::string& source) : source_(source) {}
+  explicit TextReader(const std::string& text) : text_(text), stream_(text) {}
 
-  bool operator()(int /*depth*/, Json::parse_event_t event, const Json& parsed) {
+  std::istream& Stream() { return stream_; }
+
+  /// How many bytes the parser has taken. Of a number it takes one more than belongs to it.
+  [[nodiscard]] std::size_t Taken() const {
+    return static_cast<std::size_t>(stream_.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in));
+  }
+  [[nodiscard]] std::string LastTaken() const { return LineAndColumn(text_, Taken()); }
+  [[nodiscard]] std::string EndOfNumber() const {
+    return LineAndColumn(text_, text_.find_last_of("0123456789", Taken() - 1) + 1);
+  }
+
+ private:
+  const std::string& text_;
+  std::istringstream stream_;
+};
+
+/// Refuses what the parser would let pass: a key that an object holds twice, of whose values it
+/// would keep the last silently, and nesting that would exhaust the stack when it is shown.
+class DocumentCheck {
+ public:
+  DocumentCheck(const std::string& source, const TextReader& reader)
+      : source_(source), reader_(reader) {}
+
+  bool operator()(int depth, Json::parse_event_t event, const Json& parsed) {
+    if (event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start) {
+      CheckNesting(depth + 1);
+    }
     if (event == Json::parse_event_t::object_start) {
       keysOfOpenObjects_.emplace_back();
     } else if (event == Json::parse_event_t::object_end) {
@@ -66,7 +94,16 @@ class RepeatedKeyCheck {
   }
 
  private:
+  void CheckNesting(int level) const {
+    if (level > kMaxNesting) {
+      throw ScenarioError(source_ + ": " + reader_.LastTaken() + " opens level " +
+                          std::to_string(level) + " of nesting; expected at most " +
+                          std::to_string(kMaxNesting) + " levels");
+    }
+  }
+
   const std::string& source_;
+  const TextReader& reader_;
   std::vector<std::set<std::string>> keysOfOpenObjects_;
 };
 
@@ -82,11 +119,18 @@ ScenarioValue::ScenarioValue(Content content)
     : content_(std::make_shared<Content>(std::move(content))) {}
 
 ScenarioValue ScenarioValue::Parse(const std::string& text, const std::string& source) {
+  TextReader reader(text);
   try {
-    return ScenarioValue({Json::parse(text, RepeatedKeyCheck(source)), source, kWholeDocument});
+    Json document = Json::parse(reader.Stream(), DocumentCheck(source, reader));
+    return ScenarioValue({std::move(document), source, kWholeDocument});
   } catch (const Json::parse_error& error) {
     throw ScenarioError(source + ": " + LineAndColumn(text, error.byte) +
                         " is where the text stops being valid; expected JSON");
+  } catch (const Json::exception&) {
+    // The parser's only other error.
+    throw ScenarioError(source + ": " + reader.EndOfNumber() +
+                        " ends a number that is out of range; expected one that fits into a "
+                        "double");
   }
 }
 

@@ -28,6 +28,9 @@ constexpr std::chrono::seconds kStartPatience{10};
 constexpr int kPingMilliseconds = 100;
 constexpr std::chrono::milliseconds kPingPause{10};
 constexpr int kPortAttempts = 20;
+/// ipmi_sim ends with "Unable to bind to LAN port: Address already in use" and an exit status that
+/// stands for other failures as well.
+constexpr const char* kWordsForTakenPort = "in use";
 
 std::string FindIpmiSim() {
   const char* const path = std::getenv("PATH");
@@ -114,11 +117,12 @@ void SimulatedEnclosure::WaitUntilItAnswers() {
   const auto giveUp = std::chrono::steady_clock::now() + kStartPatience;
   while (!AnswersPing(endpoint, kPingMilliseconds)) {
     if (const auto reason = Ended()) {
-      const bool taken = reason->find("in use") != std::string::npos;
+      const bool taken = reason->find(kWordsForTakenPort) != std::string::npos;
       throw taken ? PortTaken(*reason) : StartError(*reason);
     }
     if (std::chrono::steady_clock::now() > giveUp) {
-      throw StartError("ipmi_sim did not answer at " + Endpoint() + " within 10 seconds");
+      throw StartError("ipmi_sim did not answer at " + Endpoint() + " within " +
+                       std::to_string(kStartPatience.count()) + " seconds");
     }
     // A closed port is reported at once, not after the ping's time.
     std::this_thread::sleep_for(kPingPause);
@@ -154,6 +158,7 @@ std::unique_ptr<SimulatedEnclosure> StartEnclosure(const LauncherOptions& option
       try {
         return std::make_unique<SimulatedEnclosure>(options, std::move(*reservation));
       } catch (const PortTaken&) {
+        // The same as no reservation: the next attempt gets another port, if any will do.
       }
     }
     if (options.port != 0) {

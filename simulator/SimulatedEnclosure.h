@@ -21,8 +21,8 @@ class StartError : public std::runtime_error {
 /// An `ipmi_sim` that simulates the enclosure; it runs as long as the object lives.
 class SimulatedEnclosure {
  public:
-  /// Starts it and waits until it answers. Throws StartError, or PortTaken when another program
-  /// took the port meanwhile.
+  /// Starts it and waits until it answers. Throws StartError, also when another program took the
+  /// port meanwhile.
   SimulatedEnclosure(LauncherOptions options, PortReservation port);
 
   /// Where it listens, as a user writes it.
@@ -42,7 +42,7 @@ class SimulatedEnclosure {
   std::unique_ptr<ChildProcess> process_;
 };
 
-/// Starts the simulation on the port that the options ask for.
+/// Starts the simulation on the port that the options ask for. Throws StartError.
 std::unique_ptr<SimulatedEnclosure> StartEnclosure(const LauncherOptions& options);
 
 }  // namespace Tavrin::Simulator

@@ -63,6 +63,15 @@ TEST(Host, InvalidTextIsRefusedByName) {
   }
 }
 
+TEST(Host, ZoneThatNamesNoInterfaceIsRefused) {
+  const std::vector<std::string> table = {"fe80::1%",  "fe80::1%a b", "fe80::1%a\x1b[2J",
+                                          "fe80::1%]", "fe80::1%a:1", "[fe80::1%\n]:1"};
+  for (const std::string& text : table) {
+    SCOPED_TRACE(text);
+    EXPECT_THAT(RefusalOf([&] { ParseHost(text); }), HasSubstr("host \""));
+  }
+}
+
 TEST(Host, NulByteIsRefused) {
   EXPECT_THAT(RefusalOf([] { ParseHost(std::string("a\0b", 3)); }), HasSubstr("host \"a\\x00b\""));
 }

@@ -362,6 +362,48 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusalCase{"SelectionOfAnotherKind", 0x32, 0xF4, {0x01, 0x01}, 0xCC}),
     [](const auto& instance) { return instance.param.name; });
 
+struct LengthCase {
+  std::string name;
+  EnclosureKind kind;
+  std::uint8_t netFn;
+  std::uint8_t command;
+  std::size_t fewest;
+  std::size_t most;
+};
+
+class RequestLength : public testing::TestWithParam<LengthCase> {};
+
+TEST_P(RequestLength, OtherThanTheCommandsGetsInvalidLength) {
+  const Enclosure enclosure = MakeEnclosure(GetParam().kind);
+  for (std::size_t length = 0; length <= 6; ++length) {
+    const Answer answer =
+        EncodeAnswer(enclosure, {GetParam().netFn, GetParam().command, Bytes(length)});
+    const bool wrong = length < GetParam().fewest || length > GetParam().most;
+    EXPECT_EQ(answer.completionCode == 0xC7, wrong) << length;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RequestLength,
+                         testing::Values(LengthCase{"Status", kSecond254, 0x32, 0xA8, 0, 0},
+                                         LengthCase{"Identity", kFirst, 0x32, 0xB0, 2, 2},
+                                         LengthCase{"Power", kFirst, 0x32, 0x98, 1, 1},
+                                         LengthCase{"Caps", kFirst, 0x32, 0x9D, 1, 1},
+                                         LengthCase{"NodeStatus", kFirst, 0x32, 0xA7, 1, 1},
+                                         LengthCase{"PsuFans", kFirst, 0x32, 0xA5, 1, 1},
+                                         LengthCase{"PsuFlags", kFirst, 0x32, 0x91, 0, 0},
+                                         LengthCase{"PsuRegister", kSecond254, 0x32, 0x92, 3, 3},
+                                         LengthCase{"PsuSelection", kFirst, 0x32, 0xF4, 1, 2},
+                                         LengthCase{"MasterWriteRead", kFirst, 0x06, 0x52, 4, 4}),
+                         [](const auto& instance) { return instance.param.name; });
+
+TEST(CommandOfTheOtherGeneration, IsInvalidWhateverItsLength) {
+  for (std::size_t length = 0; length <= 6; ++length) {
+    EXPECT_EQ(Ask(kFirst, 0x92, Bytes(length)).completionCode, 0xC1);
+    EXPECT_EQ(EncodeAnswer(MakeEnclosure(kSecond253), {0x06, 0x52, Bytes(length)}).completionCode,
+              0xC1);
+  }
+}
+
 struct KindRefusalCase {
   std::string name;
   EnclosureKind kind;

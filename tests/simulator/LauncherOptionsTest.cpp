@@ -74,14 +74,19 @@ TEST(LauncherOptions, GivenValuesAreTaken) {
 TEST(LauncherOptions, PasswordIsTheFilesFirstLine) {
   EXPECT_EQ(PasswordOf("sesame\nsecond\n"), "sesame");
   EXPECT_EQ(PasswordOf("0123456789\"$ '\x01\xFF..."), "0123456789\"$ '\x01\xFF...");
-  EXPECT_EQ(PasswordOf(""), "");
 }
 
-TEST(LauncherOptions, PasswordOver20BytesIsRefusedWithoutShowingIt) {
-  const TemporaryFile file("0123456789abcdefghijk\n");
-  EXPECT_EQ(
-      Complaint({"--generation", "1", "--password-file", file.Path()}),
-      "--password-file is \"" + file.Path() + "\"; expected a first line of at most 20 bytes");
+TEST(LauncherOptions, CarriageReturnBehindThePasswordDoesNotBelongToIt) {
+  EXPECT_EQ(PasswordOf("0123456789abcdefghij\r\nsecond\r\n"), "0123456789abcdefghij");
+  EXPECT_EQ(PasswordOf("ses\rame\r"), "ses\rame");
+}
+
+TEST(LauncherOptions, PasswordWithoutBytesOrOver20BytesIsRefusedWithoutShowingIt) {
+  for (const char* const content : {"", "\nsesame\n", "\r\n", "0123456789abcdefghijk\n"}) {
+    const TemporaryFile file(content);
+    EXPECT_EQ(Complaint({"--generation", "1", "--password-file", file.Path()}),
+              "--password-file is \"" + file.Path() + "\"; expected a first line of 1 to 20 bytes");
+  }
 }
 
 TEST(LauncherOptions, PasswordWithAZeroByteIsRefused) {
@@ -102,6 +107,16 @@ TEST(LauncherOptions, BadScenarioFileIsNamed) {
   }
 }
 
+TEST(LauncherOptions, FileOfOneMebibyteIsReadAndAGreaterOneRefused) {
+  std::string content = R"({"overrides": []})";
+  content.resize(1048576, ' ');
+  const TemporaryFile greatest(content);
+  const TemporaryFile tooGreat(content + " ");
+  EXPECT_EQ(Parse({"--generation", "1", "--scenario", greatest.Path()}).scenario, content);
+  EXPECT_EQ(Complaint({"--generation", "1", "--scenario", tooGreat.Path()}),
+            "--scenario is \"" + tooGreat.Path() + "\"; expected a file of at most 1048576 bytes");
+}
+
 TEST(LauncherOptions, HelpIsToldApartFromAnError) { EXPECT_THROW(Parse({"--help"}), HelpWanted); }
 
 struct BadCase {
@@ -117,6 +132,7 @@ TEST_P(BadOption, GetsOneSentenceWithValueAndExpectation) {
 }
 
 const std::string kPort = "; expected a number from 0 (any free one) to 65535";
+const std::string kLongPath = "/" + std::string(5000, 'a');
 const std::string kLoopback = "; expected a loopback address such as 127.0.0.1 or ::1";
 
 INSTANTIATE_TEST_SUITE_P(
@@ -153,11 +169,22 @@ INSTANTIATE_TEST_SUITE_P(
                 "--user is 17 bytes long; expected 1 to 16 bytes"},
         BadCase{"NoPasswordFile",
                 {"--generation", "1", "--password-file", "/none"},
-                "--password-file is \"/none\"; expected a readable file, but: No such file or "
-                "directory"},
+                R"(--password-file is "/none"; expected a readable file (No such file or )"
+                "directory)"},
         BadCase{"ScenarioIsADirectory",
                 {"--generation", "1", "--scenario", "/tmp"},
-                "--scenario is \"/tmp\"; expected a file, not a directory"},
+                R"(--scenario is "/tmp"; expected a readable file (Is a directory))"},
+        BadCase{
+            "PathTooLong",
+            {"--generation", "1", "--scenario", kLongPath},
+            "--scenario is \"" + kLongPath + "\"; expected a readable file (File name too long)"},
+        BadCase{"FileThatCannotBeRead",
+                {"--generation", "1", "--password-file", "/proc/self/mem"},
+                R"(--password-file is "/proc/self/mem"; expected a readable file (Input/output )"
+                "error)"},
+        BadCase{"FileWithoutEnd",
+                {"--generation", "1", "--scenario", "/dev/zero"},
+                R"(--scenario is "/dev/zero"; expected a file of at most 1048576 bytes)"},
         BadCase{"UnknownOption",
                 {"--generation", "1", "--speed"},
                 "The following argument was not expected: --speed; --help lists what is "

@@ -7,7 +7,8 @@
 
 #include "simulator/LoopbackPort.h"
 #include "tests/simulator/LauncherProcess.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Ipv6Test.h"
+#include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -23,7 +24,9 @@ TEST(Launcher, PrintsItsAddressInOneLineWhenReady) {
   EXPECT_EQ(launcher.ReadLine(), "");
 }
 
-TEST(Launcher, Ipv6AddressStandsInBrackets) {
+using LauncherOnIpv6 = Ipv6Test<>;
+
+TEST_F(LauncherOnIpv6, AddressStandsInBrackets) {
   const LauncherProcess launcher({"--generation", "1", "--address", "::1"});
   const std::string line = launcher.ReadLine();
   EXPECT_TRUE(std::regex_match(line, std::regex(R"(smm-simulator ready at \[::1\]:[0-9]+)")))
@@ -34,7 +37,7 @@ TEST(Launcher, KeepsItsFilesToItsUser) {
   const LauncherProcess launcher({"--generation", "1"});
   launcher.ReadLine();
   ASSERT_EQ(launcher.FilesLeft(), 1U);
-  const fs::directory_entry directory = *fs::directory_iterator(launcher.TemporaryDirectory());
+  const fs::directory_entry directory = *fs::directory_iterator(launcher.Directory());
   EXPECT_EQ(directory.status().permissions(), fs::perms::owner_all);
   const fs::perms onlyOwner = fs::perms::owner_read | fs::perms::owner_write;
   EXPECT_EQ(fs::status(directory.path() / "lan.conf").permissions(), onlyOwner);
@@ -56,7 +59,7 @@ TEST_P(EndingSignal, LeavesNoProcessAndNoFile) {
   EXPECT_TRUE(EndsSoon(children[0]));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, EndingSignal, testing::Values(SIGINT, SIGTERM, SIGHUP),
+INSTANTIATE_TEST_SUITE_P(All, EndingSignal, testing::Values(SIGINT, SIGTERM, SIGHUP, SIGQUIT),
                          [](const auto& instance) {
                            return "Signal" + std::to_string(instance.param);
                          });
@@ -95,7 +98,7 @@ TEST(Launcher, DeathOfTheChildIsToldAndFails) {
 
 TEST(Launcher, PortOfAnotherSimulatorIsRefused) {
   const LauncherProcess first({"--generation", "1"});
-  const std::string address = first.ReadAddress();
+  const std::string address = ReadReadyAddress(first);
   const std::string port = address.substr(address.find(':') + 1);
   LauncherProcess second({"--generation", "1", "--port", port});
   const Finished finished = second.Wait();
@@ -128,6 +131,21 @@ TEST(Launcher, BadOptionGivesOneLineAndExitCode2) {
   EXPECT_EQ(finished.exitCode, 2);
   EXPECT_EQ(finished.error, "smm-simulator: --generation is \"3\"; expected 1 or 2\n");
   EXPECT_EQ(launcher.FilesLeft(), 0U);
+}
+
+TEST(Launcher, ComplaintCannotDriveTheTerminal) {
+  LauncherProcess launcher({"--generation", "\x1b[2J\n\x7f\xc2\x9b\\"});
+  EXPECT_EQ(launcher.Wait().error,
+            "smm-simulator: --generation is \"\\x1b[2J\\x0a\\x7f\\xc2\\x9b\\\"; expected 1 or 2\n");
+}
+
+TEST(Launcher, UnreadableScenarioGivesOneLineAndExitCode2) {
+  LauncherProcess launcher({"--generation", "1", "--scenario", "/proc/self/mem"});
+  const Finished finished = launcher.Wait();
+  EXPECT_EQ(finished.exitCode, 2);
+  EXPECT_EQ(finished.error,
+            "smm-simulator: --scenario is \"/proc/self/mem\"; expected a readable file "
+            "(Input/output error)\n");
 }
 
 TEST(Launcher, BadScenarioGivesOneLineAndExitCode2BeforeAnythingStarts) {

@@ -94,6 +94,10 @@ const std::string kBytes =
 const std::string kKeys =
     "; expected one of netFn, command, data, times, completionCode, response, delayMs, silent";
 
+std::string Nested(std::size_t depth) {
+  return R"({"overrides": )" + std::string(depth - 1, '[') + std::string(depth - 1, ']') + "}";
+}
+
 class BadScenario : public testing::TestWithParam<BadCase> {};
 
 TEST_P(BadScenario, GetsOneSentenceWithPlaceValueAndExpectation) {
@@ -116,6 +120,22 @@ INSTANTIATE_TEST_SUITE_P(
                 "overrides is 5; expected a list of objects"},
         BadCase{"RepeatedKey", R"({"overrides": [], "overrides": []})",
                 R"(the key "overrides" stands twice in one object; expected it once)"},
+        BadCase{"DeepestNesting", Nested(16),
+                "overrides[0] is [[[[[[[[[[[[[[]]]]]]]]]]]]]]; expected an object with the keys "
+                "netFn, command, data, times, completionCode, response, delayMs, silent"},
+        BadCase{"NestedTooDeep", Nested(17),
+                "line 1, column 30 opens level 17 of nesting; expected at most 16 levels"},
+        BadCase{"NestedWithoutMeasure", Nested(20000),
+                "line 1, column 30 opens level 17 of nesting; expected at most 16 levels"},
+        BadCase{"ObjectsNestedTooDeep", R"({"a":{"a":{"a":{"a":{"a":{"a":{"a":{"a":)" + Nested(9),
+                "line 1, column 62 opens level 17 of nesting; expected at most 16 levels"},
+        BadCase{"NumberOutOfRange", "{\n  \"overrides\": 1e999}",
+                "line 2, column 20 ends a number that is out of range; expected one that fits into "
+                "a double"},
+        BadCase{
+            "NumberOutOfRangeAtTheEnd", "-1e999",
+            "line 1, column 6 ends a number that is out of range; expected one that fits into a "
+            "double"},
         BadCase{"EntryNoObject", R"({"overrides": [true]})",
                 "overrides[0] is true; expected an object with the keys netFn, command, data, "
                 "times, completionCode, response, delayMs, silent"},

@@ -10,7 +10,8 @@
 #include "simulator/AnswerEncoders.h"
 #include "tests/simulator/LauncherProcess.h"
 #include "tests/simulator/RawSession.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Ipv6Test.h"
+#include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -59,19 +60,28 @@ struct KindCase {
 
 class OverTheWire : public testing::TestWithParam<KindCase> {};
 
-TEST_P(OverTheWire, EveryAnswerArrivesWhole) {
-  const LauncherProcess launcher(GetParam().arguments);
-  RawSession session(launcher.ReadAddress(), "admin", "simulated");
+void ExpectEveryAnswerWhole(const KindCase& row) {
+  const LauncherProcess launcher(row.arguments);
+  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
   for (const Request& request : EveryRequest()) {
     EXPECT_EQ(session.Send(request.netFn, request.command, request.data),
-              Expected(GetParam().kind, request))
+              Expected(row.kind, request))
         << "command " << int{request.command} << " with " << testing::PrintToString(request.data);
   }
 }
 
+TEST_P(OverTheWire, EveryAnswerArrivesWhole) { ExpectEveryAnswerWhole(GetParam()); }
+
+using OverIpv6 = Ipv6Test<>;
+
+TEST_F(OverIpv6, EveryAnswerArrivesWhole) {
+  ExpectEveryAnswerWhole(
+      {"First", {"--generation", "1", "--address", "::1"}, EnclosureKind::FirstGeneration});
+}
+
 TEST(PsuSelectionOverTheWire, StaysFromSessionToSession) {
   const LauncherProcess launcher({"--generation", "1"});
-  const std::string address = launcher.ReadAddress();
+  const std::string address = ReadReadyAddress(launcher);
   EXPECT_EQ(RawSession(address, "admin", "simulated").Send(0x32, 0xF4, {0x00, 0x02}),
             (Bytes{0x00, 0x02}));
   EXPECT_EQ(RawSession(address, "admin", "simulated").Send(0x32, 0xF4, {0x00}),
@@ -86,15 +96,12 @@ INSTANTIATE_TEST_SUITE_P(
                              EnclosureKind::SecondGeneration253},
                     KindCase{"Second254",
                              {"--generation", "2", "--platform", "254"},
-                             EnclosureKind::SecondGeneration254},
-                    KindCase{"FirstOnIpv6",
-                             {"--generation", "1", "--address", "::1"},
-                             EnclosureKind::FirstGeneration}),
+                             EnclosureKind::SecondGeneration254}),
     [](const auto& instance) { return instance.param.name; });
 
 TEST(UnknownCommand, GetsInvalidCommandAcrossTheWholeOemFunction) {
   const LauncherProcess launcher({"--generation", "1"});
-  RawSession session(launcher.ReadAddress(), "admin", "simulated");
+  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
   EXPECT_EQ(session.Send(0x32, 0x00), Bytes{0xC1});
   EXPECT_EQ(session.Send(0x32, 0xFF, {0x01, 0x02}), Bytes{0xC1});
 }
@@ -107,20 +114,20 @@ TEST(Credentials, LongestNameAndPasswordOfAnyBytesAreAccepted) {
   const TemporaryFile file(password + "\n");
   const LauncherProcess launcher(
       {"--generation", "1", "--user", user, "--password-file", file.Path()});
-  RawSession session(launcher.ReadAddress(), user, password);
+  RawSession session(ReadReadyAddress(launcher), user, password);
   EXPECT_EQ(session.Send(0x32, 0x01), Bytes{0xC1});
 }
 
 TEST(Credentials, WrongOnesAreRefused) {
   const LauncherProcess launcher({"--generation", "1"});
-  const std::string address = launcher.ReadAddress();
+  const std::string address = ReadReadyAddress(launcher);
   EXPECT_THROW(RawSession(address, "admin", "simulate"), std::runtime_error);
   EXPECT_THROW(RawSession(address, "unset", "unset"), std::runtime_error);
 }
 
 TEST(Sessions, OneUserCanHold63AtOnce) {
   const LauncherProcess launcher({"--generation", "1"});
-  const std::string address = launcher.ReadAddress();
+  const std::string address = ReadReadyAddress(launcher);
   std::vector<std::unique_ptr<RawSession>> sessions;
   for (int count = 0; count < 63; ++count) {
     sessions.push_back(std::make_unique<RawSession>(address, "admin", "simulated"));
@@ -135,7 +142,7 @@ class Faulty {
   explicit Faulty(const std::string& entries)
       : file_(R"({"overrides": [)" + entries + "]}"),
         launcher_({"--generation", "1", "--scenario", file_.Path()}),
-        address_(launcher_.ReadAddress()) {}
+        address_(ReadReadyAddress(launcher_)) {}
 
   RawSession Connect() const { return {address_, "admin", "simulated"}; }
 
@@ -148,7 +155,7 @@ class Faulty {
 TEST(ScenarioOverTheWire, ChangedEnclosureAnswersChanged) {
   const TemporaryFile file(R"({"enclosure": {"nodes": {"1": {"powerState": "off"}}}})");
   const LauncherProcess launcher({"--generation", "1", "--scenario", file.Path()});
-  RawSession session(launcher.ReadAddress(), "admin", "simulated");
+  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
   EXPECT_EQ(session.Send(0x32, 0xA7, {0x01}), (Bytes{0x00, 0x00, 0x01, 0x02, 0x11}));
 }
 

@@ -97,6 +97,8 @@ std::string Child::ReadLine() const {
   return line;
 }
 
+void Child::Signal(int number) const { kill(process_, number); }
+
 Finished Child::Wait() {
   Finished finished;
   std::array<pollfd, 2> sources = {{{output_, POLLIN, 0}, {error_, POLLIN, 0}}};

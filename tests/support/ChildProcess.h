@@ -30,8 +30,13 @@ class Child {
   /// The next line of standard output, without its end; empty at the end of output.
   std::string ReadLine() const;
 
+  void Signal(int number) const;
+
   /// Takes all output until the process ends.
   Finished Wait();
+
+ protected:
+  pid_t Process() const { return process_; }
 
  private:
   pid_t process_ = -1;

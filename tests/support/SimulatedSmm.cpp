@@ -16,13 +16,17 @@ std::vector<std::string> Arguments(const std::vector<std::string>& options,
 
 }  // namespace
 
+std::string ReadReadyAddress(const Child& launcher) {
+  const std::string line = launcher.ReadLine();
+  return line.substr(line.rfind(' ') + 1);
+}
+
 SimulatedSmm::SimulatedSmm(const std::vector<std::string>& options, const std::string& scenario)
     : password_("sesame\n"),
       scenario_(scenario),
       child_(Arguments(options, password_.Path(), scenario_.Path()),
-             {"PATH=/usr/bin:/bin:/usr/sbin"}) {
-  const std::string ready = child_.ReadLine();
-  address_ = ready.substr(ready.rfind(' ') + 1);
+             {"PATH=/usr/bin:/bin:/usr/sbin"}),
+      address_(ReadReadyAddress(child_)) {
   if (address_.empty()) {
     throw std::runtime_error("the simulator did not start: " + child_.Wait().error);
   }

@@ -8,6 +8,10 @@
 
 namespace Tavrin {
 
+/// The address from the line that tells that the launcher is ready, which this reads; empty when
+/// the launcher ended without it.
+std::string ReadReadyAddress(const Child& launcher);
+
 /// A simulated enclosure on loopback, whose user is "admin" with the password "sesame". It is ended
 /// with the object.
 class SimulatedSmm {

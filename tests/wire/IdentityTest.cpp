@@ -9,6 +9,7 @@
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/SMMInfo.h"
 #include "simulator/Enclosure.h"
+#include "tests/support/Ipv6Test.h"
 #include "tests/wire/WireTest.h"
 
 namespace Tavrin {
@@ -134,7 +135,9 @@ TEST_F(Identity, SilenceToOneRequestIsAFailedQueryAndNoMore) {
   EXPECT_EQ(inventory.GetSmmSN(text), StatusCode::Success);
 }
 
-TEST_F(Identity, EnclosureIsReadOverIpv6) {
+using IdentityOverIpv6 = Ipv6Test<WireTest>;
+
+TEST_F(IdentityOverIpv6, EnclosureIsRead) {
   const SimulatedSmm simulator({"--generation", "1", "--address", "::1"});
   SMMInventory inventory(SettingsOf(simulator));
   std::string text;

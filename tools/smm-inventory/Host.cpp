@@ -26,10 +26,14 @@ bool IsIpv4Address(const std::string& text) {
   return inet_pton(AF_INET, text.c_str(), &address) == 1;
 }
 
+bool IsZone(const std::string& text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), IsHostNameCharacter);
+}
+
 /// The address may carry a zone, as link-local ones do: fe80::1%eth0.
 bool IsIpv6Address(const std::string& text) {
   const std::size_t percent = text.find('%');
-  if (percent != std::string::npos && percent + 1 == text.size()) {
+  if (percent != std::string::npos && !IsZone(text.substr(percent + 1))) {
     return false;
   }
   in6_addr address{};

@@ -24,7 +24,7 @@ struct SMMStatus {
 
 /// Power readings of the chassis or of one node: network function 0x32, command 0x98. For the
 /// chassis each text is a number from "0" to "65535"; for a node the readings 0 and 65535 are
-/// "N/A".
+/// "N/A". No unit is stated.
 struct ChassisPowerCon {
   std::string minPower;  ///< Lowest reading, bytes 0 and 1.
   std::string avgPower;  ///< Average reading, bytes 2 and 3.
@@ -32,7 +32,7 @@ struct ChassisPowerCon {
 };
 
 /// Power caps of the chassis: network function 0x32, command 0x9D. Each text is a number from "1"
-/// to "65535", or "N/A" for 0.
+/// to "65535", or "N/A" for 0. No unit is stated.
 struct ChassisPowerCap {
   std::string minCap;         ///< Lower bound of the cap range, bytes 0 and 1.
   std::string maxCap;         ///< Upper bound of the cap range, bytes 2 and 3.
@@ -42,7 +42,8 @@ struct ChassisPowerCap {
 };
 
 /// Fan readings of one PSU: network function 0x32, command 0xA5, data: the slot. A speed is a
-/// number from "1" to "65535" and a Pat value one from "1" to "255"; either is "N/A" for 0.
+/// number from "1" to "65535" and a Pat value one from "1" to "255"; either is "N/A" for 0. No unit
+/// is stated.
 struct PSUFanSpeed {
   std::string name;    ///< "PSU" and the slot number, for example "PSU2".
   std::string speedA;  ///< Speed of fan A, the only fan of the first generation, bytes 0 and 1.
@@ -56,9 +57,10 @@ struct PSUFanSpeed {
 };
 
 /// Firmware data of one PSU, from three of its registers. The second generation reads them with
-/// network function 0x32, command 0x92 (data: slot, read count, register); the first with Master
-/// Write-Read, network function 0x06, command 0x52 (data: bus, slave address 0xD0, read count,
-/// register).
+/// network function 0x32, command 0x92 (data: slot, read count, register); every other SMM type
+/// with Master Write-Read, network function 0x06, command 0x52 (data: bus, slave address 0xD0, read
+/// count, register). The bus is 0x0F for slot 1 and 0x0D for every other; the read counts are 2 for
+/// the version, 5 for the manufacturer and 32 for the position.
 struct PSUFwInfo {
   std::string name;  ///< "PSU" and the slot number, for example "PSU1".
 

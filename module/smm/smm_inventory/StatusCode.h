@@ -2,11 +2,12 @@
 
 namespace Tavrin {
 
-/// The statuses that the operations of SMMInventory return. The header of each operation says which
-/// of them it can return, and when.
+/// The statuses that the operations of SMMInventory return. The comment of each operation says
+/// which of them it can return, and when.
 namespace StatusCode {
 
-/// The operation did what it is for; its output argument is filled.
+/// The operation did what it is for; its output argument is filled unless its comment says
+/// otherwise.
 constexpr int Success = 0;
 
 /// ConnectionInfo::connectionKind admits no IPMI exchange (only 1 and 7 do); nothing was sent.

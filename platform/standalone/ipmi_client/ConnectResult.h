@@ -8,7 +8,8 @@ namespace Standalone {
 /// or stayed unused for longer than IPMI_SESSION_TIMEOUT_MS, has to be connected again first.
 namespace ConnectResult {
 constexpr int Connected = 0;
-constexpr int WorthRetrying = 3;    ///< Time-out, controller busy, no free session, refused suite.
+constexpr int WorthRetrying = 3;    ///< Time-out, controller busy, no free session, refused suite,
+                                    ///< damaged or unexpected datagram.
 constexpr int BadHostName = 4;      ///< The host name does not resolve, or is not a valid name.
 constexpr int UserNameRefused = 5;  ///< The controller does not know the user.
 constexpr int PasswordRefused = 6;  ///< The controller's proof of the password does not match ours.

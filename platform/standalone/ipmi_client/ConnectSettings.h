@@ -13,6 +13,8 @@ struct ConnectSettings {
   int port = 0;
   std::uint8_t cipherSuite = 0;
   std::uint8_t privilegeLevel = 0;
+  /// How long one step of a conversation may go without a usable answer. Opening has five steps, a
+  /// request is one; closing waits for one retransmission interval at most.
   unsigned int sessionTimeoutMs = 0;
   unsigned int retransmissionTimeoutMs = 0;
   unsigned int workaroundFlags = 0;

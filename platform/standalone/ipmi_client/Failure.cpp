@@ -25,8 +25,10 @@ constexpr const char* kUnreachable =
     "the controller cannot be reached; check the address and this machine's network";
 constexpr const char* kForbidden =
     "this machine does not permit sending there; check the address and the local firewall";
-constexpr const char* kNotIpmi = "what answers does not follow IPMI 2.0; check address and port";
 constexpr const char* kMemory = "memory is short on this machine";
+constexpr const char* kStray =
+    "a damaged datagram came, or one that was not expected, such as a second copy; try again, and "
+    "should it stay so, check the network, and that IPMI 2.0 is what answers at address and port";
 constexpr const char* kPrivilege =
     "the controller does not grant the privilege level; ask for a lower one "
     "(IPMI_PRIVILEGE_LEVEL: 2 user, 3 operator, 4 administrator), or set "
@@ -48,6 +50,10 @@ constexpr std::array kOpeningMeanings = {
     Meaning{IPMI_ERR_IPMI_ERROR, ConnectResult::WorthRetrying,
             "the controller refused the session: either it does not allow the cipher suite (try "
             "another with IPMI_CIPHER_SUITE) or it has no free session (try again later)"},
+    // FreeIPMI's words for a datagram that is cut off, contradicts itself or belongs to another
+    // step.
+    Meaning{IPMI_ERR_SUCCESS, ConnectResult::WorthRetrying, kStray},
+    Meaning{IPMI_ERR_PARAMETERS, ConnectResult::WorthRetrying, kStray},
     Meaning{IPMI_ERR_USERNAME_INVALID, ConnectResult::UserNameRefused,
             "the controller does not know the user; check the user name"},
     Meaning{IPMI_ERR_PASSWORD_INVALID, ConnectResult::PasswordRefused,
@@ -63,9 +69,6 @@ constexpr std::array kOpeningMeanings = {
     Meaning{IPMI_ERR_K_G_INVALID, ConnectResult::Failed,
             "the controller asks for a key besides the password (K_g), which this client does not "
             "use; clear it on the controller"},
-    // FreeIPMI's words for answers that contradict themselves.
-    Meaning{IPMI_ERR_SUCCESS, ConnectResult::Failed, kNotIpmi},
-    Meaning{IPMI_ERR_PARAMETERS, ConnectResult::Failed, kNotIpmi},
     Meaning{IPMI_ERR_PERMISSION, ConnectResult::Failed, kForbidden},
     Meaning{IPMI_ERR_OUT_OF_MEMORY, ConnectResult::Failed, kMemory},
 };
@@ -76,6 +79,7 @@ constexpr std::array kExchangeMeanings = {
             "(IPMI_SESSION_TIMEOUT_MS)"},
     Meaning{IPMI_ERR_MESSAGE_TIMEOUT, ConnectResult::WorthRetrying,
             "no answer within the session time-out; send the request again"},
+    Meaning{IPMI_ERR_SUCCESS, ConnectResult::WorthRetrying, kStray},
     Meaning{IPMI_ERR_BMC_BUSY, ConnectResult::WorthRetrying, kBusy},
     Meaning{IPMI_ERR_DRIVER_BUSY, ConnectResult::WorthRetrying, kBusy},
     Meaning{IPMI_ERR_SYSTEM_ERROR, ConnectResult::WorthRetrying, kUnreachable},

@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/standalone/globalconfig/ConfigControl.h"
+#include "tests/faults/FaultTest.h"
+#include "tests/simulator/RawSession.h"
+
+namespace Tavrin {
+namespace {
+
+using ControllerFault = FaultTest;
+
+TEST_F(ControllerFault, KilledInTheMiddleOfASessionIsAnUnusableAnswerUntilItIsBack) {
+  const std::string port = std::to_string(simulator->Port());
+  relay.Break(SilenceAfter(5, [this] { simulator.reset(); }));
+  ExpectQuery({StatusCode::UnusableAnswer, 0, kSilentSend});
+  relay.Heal();
+  ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  simulator =
+      std::make_unique<SimulatedSmm>(std::vector<std::string>{"--generation", "1", "--port", port});
+  ExpectRecovery();
+  ExpectNoSession();
+}
+
+TEST_F(ControllerFault, KilledWhileTheSessionOpensIsNotConnectedUntilItIsBack) {
+  const std::string port = std::to_string(simulator->Port());
+  relay.Break(SilenceAfter(3, [this] { simulator.reset(); }));
+  ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  simulator =
+      std::make_unique<SimulatedSmm>(std::vector<std::string>{"--generation", "1", "--port", port});
+  ExpectRecovery();
+  ExpectNoSession();
+}
+
+TEST_F(ControllerFault, CompletionCodeWithoutDataIsAnUnusableAnswer) {
+  ExpectQuery({StatusCode::UnusableAnswer, 0, kSessionTimeout}, &SMMInventory::GetSmmSN);
+  ExpectRecovery();
+  ExpectNoSession();
+}
+
+TEST_F(ControllerFault, SilenceToOneRequestIsAnUnusableAnswer) {
+  ExpectQuery({StatusCode::UnusableAnswer, 0, kSilentSend}, &SMMInventory::GetSmmName);
+  ExpectRecovery();
+  ExpectNoSession();
+}
+
+TEST_F(ControllerFault, AllSessionsTakenIsNotConnectedUntilOneIsFree) {
+  constexpr int kRoom = 63;
+  std::vector<std::unique_ptr<Simulator::RawSession>> sessions;
+  for (int i = 0; i < kRoom; ++i) {
+    sessions.push_back(
+        std::make_unique<Simulator::RawSession>(simulator->Address(), "admin", "sesame"));
+  }
+  ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  sessions.pop_back();
+  ExpectRecovery();
+  sessions.clear();
+  ExpectNoSession();
+}
+
+TEST_F(ControllerFault, WrongUserIsTriedOnce) {
+  TavrinConnection::ConnectionInfo settings = Direct();
+  settings.userName = "nobody";
+  SMMInventory wrong = Unread(settings);
+  ExpectQuery(wrong, {StatusCode::NotConnected, 1, kSessionTimeout});
+  ExpectRecovery();
+}
+
+TEST_F(ControllerFault, WrongPasswordIsTriedOnce) {
+  TavrinConnection::ConnectionInfo settings = Direct();
+  settings.password = "sesame2";
+  SMMInventory wrong = Unread(settings);
+  ExpectQuery(wrong, {StatusCode::NotConnected, 1, kSessionTimeout});
+  ExpectRecovery();
+}
+
+TEST_F(ControllerFault, RefusedSuiteIsTriedAgainSinceItLooksLikeABusyController) {
+  Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 17);
+  const std::size_t before = relay.SessionsAskedFor();
+  ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  EXPECT_EQ(relay.SessionsAskedFor() - before, std::size_t{kAttempts});
+  Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 3);
+  ExpectRecovery();
+  ExpectNoSession();
+}
+
+TEST_F(ControllerFault, NameThatDoesNotResolveIsTriedOnce) {
+  TavrinConnection::ConnectionInfo settings = Direct();
+  settings.address = "two words";
+  SMMInventory unresolved = Unread(settings);
+  ExpectQuery(unresolved, {StatusCode::NotConnected, 1, kSessionTimeout});
+  ExpectRecovery();
+  ExpectNoSession();
+}
+
+/// A port that nobody listens on.
+std::uint16_t ClosedPort() { return Relay(0).Port(); }
+
+TEST_F(ControllerFault, ClosedPortIsNotConnectedAfterEveryAttempt) {
+  TavrinConnection::ConnectionInfo settings = Direct();
+  settings.port = ClosedPort();
+  SMMInventory unheard = Unread(settings);
+  ExpectQuery(unheard, {StatusCode::NotConnected, kAttempts, kSilentConnect});
+  ExpectRecovery();
+  ExpectNoSession();
+}
+
+TEST_F(ControllerFault, ClosedPortOnIpv6IsNotConnectedAfterEveryAttempt) {
+  TavrinConnection::ConnectionInfo settings = Direct();
+  settings.address = "::1";
+  settings.port = ClosedPort();
+  SMMInventory unheard = Unread(settings);
+  ExpectQuery(unheard, {StatusCode::NotConnected, kAttempts, kSilentConnect});
+  ExpectRecovery();
+}
+
+TEST_F(ControllerFault, Ipv6IsReadAtTheFirstAttempt) {
+  const SimulatedSmm onIpv6({"--generation", "1", "--address", "::1"});
+  SMMInventory object(SettingsOf(onIpv6));
+  ExpectQuery(object, {StatusCode::Success, 0, kSessionTimeout});
+  EXPECT_EQ(OpenSessions(onIpv6), 0);
+}
+
+}  // namespace
+}  // namespace Tavrin

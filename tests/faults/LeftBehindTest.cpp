@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <new>
+#include <string>
+#include <thread>
+
+#include "platform/standalone/globalconfig/ConfigControl.h"
+#include "tests/faults/FaultTest.h"
+
+namespace Tavrin {
+namespace {
+
+/// Waits until the controller counts no open session, for as long as it may keep one that nobody
+/// uses and a little longer; ipmi_sim keeps it for 30 seconds.
+int OpenSessionsInTheEnd(const SimulatedSmm& simulator) {
+  const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(45);
+  int open = OpenSessions(simulator);
+  while (open > 0 && std::chrono::steady_clock::now() < giveUp) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    open = OpenSessions(simulator);
+  }
+  return open;
+}
+
+using LeftBehind = FaultTest;
+
+TEST_F(LeftBehind, ExceptionLeavesNeitherSessionNorDescriptor) {
+  const SimulatedSmm second({"--generation", "2"},
+                            R"({"overrides": [{"command": "0xB0", "response": "4A"}]})");
+  SMMInventory object(SettingsOf(second));
+  const std::size_t descriptors = OpenDescriptors();
+  std::string text;
+  EXPECT_THROW(object.GetSmmSN(text), std::bad_alloc);
+  EXPECT_EQ(OpenSessions(second), 0);
+  EXPECT_EQ(OpenDescriptors(), descriptors);
+}
+
+TEST_F(LeftBehind, ConstructionLeavesNothing) {
+  const std::size_t descriptors = OpenDescriptors();
+  const std::size_t threads = Threads();
+  const SMMInventory object(Direct());
+  ExpectNoSession();
+  EXPECT_EQ(OpenDescriptors(), descriptors);
+  EXPECT_EQ(Threads(), threads);
+}
+
+// Nothing that a client could send ends a session before it is open, and FreeIPMI drops one whose
+// privilege level is refused; the controller forgets them by itself.
+
+TEST_F(LeftBehind, SessionWithAWrongPasswordOrUserIsForgottenByTheController) {
+  TavrinConnection::ConnectionInfo settings = Direct();
+  settings.password = "sesame2";
+  SMMInventory wrongPassword = Unread(settings);
+  ExpectQuery(wrongPassword, {StatusCode::NotConnected, 1, kSessionTimeout});
+  settings.userName = "nobody";
+  SMMInventory wrongUser = Unread(settings);
+  ExpectQuery(wrongUser, {StatusCode::NotConnected, 1, kSessionTimeout});
+  EXPECT_GT(OpenSessions(*simulator), 0);
+  EXPECT_EQ(OpenSessionsInTheEnd(*simulator), 0);
+}
+
+TEST_F(LeftBehind, SessionWithARefusedPrivilegeIsForgottenByTheController) {
+  Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 0);
+  relay.Break(RefusedPrivilege());
+  ExpectQuery({StatusCode::NotConnected, 1, kSessionTimeout});
+  EXPECT_NE(LogText().find("does not grant the privilege level"), std::string::npos);
+  EXPECT_EQ(OpenSessions(*simulator), 1);
+  ExpectRecovery();
+  Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 3);
+  EXPECT_EQ(OpenSessionsInTheEnd(*simulator), 0);
+}
+
+TEST_F(LeftBehind, SessionsOfABrokenWireAreForgottenByTheController) {
+  for (const unsigned int requests : {2U, 3U, 4U, 5U, 6U}) {
+    relay.Break(SilenceAfter(requests));
+    std::string text;
+    inventory.GetSmmMT(text);
+  }
+  relay.Heal();
+  EXPECT_GT(OpenSessions(*simulator), 0);
+  EXPECT_EQ(OpenSessionsInTheEnd(*simulator), 0);
+}
+
+}  // namespace
+}  // namespace Tavrin
