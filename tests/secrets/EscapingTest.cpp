@@ -31,7 +31,7 @@ constexpr const char* kHostileAnswers = R"({"overrides": [
   {"command": "0xA5", "data": "01", "response": "1b 5b 32 4a 07 0d"},
   {"command": "0x91", "response": "1b 5b 32 4a 0d 0a"},
   {"command": "0xF4", "completionCode": "0x1B", "response": "1b 5b 32 4a"},
-  {"netFn": "0x06", "command": "0x52", "data": "0F D0 05 99", "response": "1b 5b 32 4a 0a"},
+  {"netFn": "0x06", "command": "0x52", "data": "0F D0 05 99", "response": "04 1b 0a 9b 4a"},
   {"netFn": "0x06", "command": "0x52", "data": "0F D0 02 FC", "response": "1b 9b"}
 ]})";
 

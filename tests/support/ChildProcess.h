@@ -37,9 +37,6 @@ class Child {
   /// Takes all output until the process ends.
   Finished Wait();
 
- protected:
-  pid_t Process() const { return process_; }
-
  private:
   pid_t process_ = -1;
   int output_ = -1;

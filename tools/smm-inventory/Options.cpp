@@ -157,9 +157,9 @@ std::uint16_t ChoosePort(const std::optional<std::uint16_t>& besideHost, const R
   }
   const std::uint16_t port = ParsePort(*raw.port);
   if (besideHost && *besideHost != port) {
-    throw UsageError(fmt::format(
-        "port is \"{}\" and host is \"{}\"; expected the port in one place",
-        Standalone::EscapeControlBytes(*raw.port), Standalone::EscapeControlBytes(raw.host)));
+    throw UsageError(fmt::format(R"(port is "{}" and host is "{}"; expected the port in one place)",
+                                 Standalone::EscapeControlBytes(*raw.port),
+                                 Standalone::EscapeControlBytes(raw.host)));
   }
   return port;
 }
