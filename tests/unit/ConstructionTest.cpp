@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -61,6 +62,14 @@ TEST_F(Construction, SmmTypeIsTakenAsReportedWhateverTheResult) {
     EXPECT_EQ(static_cast<int>(inventory.smmType), type);
     Double::ExpectScriptPlayed();
   }
+}
+
+TEST_F(Construction, SmmWhoseTypeIsNotFoundOutIsOfTheFirstGeneration) {
+  platform.smmType = std::nullopt;
+  platform.smmTypeResult = 5;
+  platform.ExpectStatusReads(1, {0x01});
+  const SMMInventoryImpl inventory(TestSettings());
+  EXPECT_EQ(inventory.smmType, SMM_FIRST_GENERATION);
 }
 
 TEST_F(Construction, OneByteAnswerEndsTheAttemptsAfterTheFirst) {
