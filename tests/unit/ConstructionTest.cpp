@@ -84,6 +84,14 @@ TEST_F(Construction, SmmTypeIsTakenAsReportedWhateverTheResult) {
   }
 }
 
+TEST_F(Construction, SmmWhoseTypeIsNotFoundOutIsOfTheFirstGeneration) {
+  platform.smmType = std::nullopt;
+  platform.smmTypeResult = 5;
+  platform.ExpectStatusReads(1, {0x01});
+  const SMMInventoryImpl inventory(TestSettings());
+  EXPECT_EQ(inventory.smmType, SMM_FIRST_GENERATION);
+}
+
 TEST_F(Construction, OneByteAnswerEndsTheAttemptsAfterTheFirst) {
   platform.ExpectStatusReads(1, {0xFD});
   const SMMInventoryImpl inventory(TestSettings());

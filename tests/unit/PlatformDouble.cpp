@@ -247,7 +247,7 @@ SMMInfo::~SMMInfo() { ThePlatform().events.emplace_back("SMM information destroy
 int SMMInfo::GetSmmType(SMMIype& type) {
   ThePlatform().events.emplace_back("SMM type asked");
   Double::ThrowIfAny(ThePlatform().smmTypeException);
-  type = static_cast<SMMIype>(ThePlatform().smmType);
+  type = static_cast<SMMIype>(ThePlatform().smmType.value_or(type));
   return ThePlatform().smmTypeResult;
 }
 

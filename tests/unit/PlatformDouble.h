@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -53,7 +54,7 @@ struct Platform {
   unsigned int logThreshold = 4;
   std::vector<unsigned int> laterThresholds;  ///< Taken by GetMinLogLevel() one by one, if any.
   int connectAttempts = 3;
-  std::int32_t smmType = 0;
+  std::optional<std::int32_t> smmType = 0;  ///< Without one, the caller's is left as passed.
   int smmTypeResult = 0;
   std::exception_ptr smmTypeException = nullptr;
 

@@ -162,6 +162,32 @@ TEST_F(Facade, NodeQueriesReachNode12OnPlatform253AndNotNode13) {
   EXPECT_EQ(inventory.GetNodePowerConsumption(13, power), StatusCode::UnusableAnswer);
 }
 
+TEST_F(Facade, StatusOfARefusedExchangeIsHandedOnByEveryQuery) {
+  platform.expectedSettings.connectionKind = 3;
+  SMMInventory inventory(platform.expectedSettings);
+  std::string text;
+  ChassisPowerCon power;
+  ChassisPowerCap cap;
+  std::vector<PSUFanSpeed> fans;
+  std::vector<PSUFwInfo> firmware;
+  std::vector<PSUStatus> psus;
+  NodeStatus node;
+  SMMStatus status;
+  EXPECT_EQ(inventory.GetSmmMT(text), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.GetSmmSN(text), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.GetSmmVersion(text), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.GetSmmName(text), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.GetChassisPowerConsumption(power), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.GetChassisPowerCap(cap), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.GetNodePowerConsumption(1, power), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.GetPSUFanSpeed(fans), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.GetPSUFwInfo(firmware), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.GetPSUStatus(psus), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.GetNodeStatus(1, node), StatusCode::ConnectionKindNotAdmitted);
+  EXPECT_EQ(inventory.SelectPSU(1), StatusCode::NoUsableResult);
+  EXPECT_EQ(inventory.GetSMMStatus(status), StatusCode::NoUsableResult);
+}
+
 TEST_F(Facade, CopiesShareOneImplementationBeyondTheFirst) {
   platform.ExpectStatusReads(1, {0x01});
   auto first = std::make_unique<SMMInventory>(TestSettings());
@@ -183,6 +209,21 @@ TEST_F(Facade, DestructionSendsNothing) {
 TEST_F(Facade, ExceptionOfConstructionReachesTheCaller) {
   platform.smmTypeException = std::make_exception_ptr(std::runtime_error("no type"));
   EXPECT_THROW(SMMInventory{TestSettings()}, std::runtime_error);
+}
+
+// Callers were compiled with these numbers, or compare with them without the names.
+TEST(StatusCode, NumbersStayWhatTheyAre) {
+  EXPECT_EQ(StatusCode::Success, 0);
+  EXPECT_EQ(StatusCode::ConnectionKindNotAdmitted, 1);
+  EXPECT_EQ(StatusCode::NotConnected, 2);
+  EXPECT_EQ(StatusCode::UnusableAnswer, 3);
+  EXPECT_EQ(StatusCode::NoUsableResult, 4);
+}
+
+TEST(InventoryRecords, NumbersStartAt0) {
+  EXPECT_EQ(SMMStatus{}.platformId, 0);
+  EXPECT_EQ(SMMStatus{}.psuSlotCount, 0);
+  EXPECT_EQ(NodeStatus{}.permissionState, 0);
 }
 
 }  // namespace
