@@ -12,6 +12,7 @@ set(public_headers ${facade_headers} platform/ConnectionInfo.h)
 set(installed_libraries poveixme)
 if(POVEIXME_PLATFORM STREQUAL standalone)
   list(APPEND public_headers
+    platform/SMMInfo.h
     platform/standalone/globalconfig/ConfigControl.h
     platform/standalone/ipmi_client/ConnectResult.h
     platform/standalone/logger/LogControl.h)

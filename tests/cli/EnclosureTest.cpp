@@ -5,6 +5,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "platform/GlobalConfig.h"
 #include "tests/cli/ScriptedEnclosure.h"
 
 namespace Tavrin {
@@ -46,7 +47,7 @@ TEST_F(EnclosureTest, DetectionAsksOnceAndNeverForTheStatusAgain) {
   enclosure.ReadDetection();
   enclosure.ReadDetection();
   enclosure.ReadPsuStatus();
-  EXPECT_THAT(TheScript().asked, ElementsAre("PSU status", "generation"));
+  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
 }
 
 TEST_F(EnclosureTest, RefusedPsuStatusStillCountsTheSlots) {
@@ -99,22 +100,25 @@ TEST_F(EnclosureTest, FailedConstructionLeavesWhatTheLibraryAssumesUnread) {
 
 TEST_F(EnclosureTest, UnreachableSmmIsAskedOnlyOnce) {
   FailConstruction();
+  TheScript().generation = [](SMMIype&) { return 3; };
   TheScript().psuStatus = [](std::vector<PSUStatus>&) {
-    WriteLine(2, kClient, "no answer from it");
+    WriteLine(2, kClient, "connect failed: no answer from it");
     return StatusCode::NotConnected;
   };
   Enclosure enclosure(info_, progress_);
   const Detection detection = enclosure.ReadDetection();
   const Identity identity = enclosure.ReadIdentity();
   const QueryResult<PsuSelection> selection = enclosure.SelectPsu(1);
-  EXPECT_THAT(TheScript().asked, ElementsAre("PSU status"));
+  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
   EXPECT_EQ(detection.generation.status, StatusCode::NotConnected);
   EXPECT_EQ(detection.platformId.status, StatusCode::NotConnected);
   EXPECT_EQ(detection.psuSlotCount.status, StatusCode::NotConnected);
-  EXPECT_EQ(detection.nodeCount.cause, "no answer from it");
+  EXPECT_EQ(detection.nodeCount.cause, "connect failed: no answer from it");
   EXPECT_EQ(identity.serialNumber.status, StatusCode::NotConnected);
-  EXPECT_EQ(identity.serialNumber.cause, "no answer from it");
+  EXPECT_EQ(identity.serialNumber.cause, "connect failed: no answer from it");
   EXPECT_EQ(selection.status, StatusCode::NotConnected);
+  EXPECT_EQ(selection.value.sent, std::nullopt);
+  EXPECT_EQ(selection.value.remark, "not sent: no connection could be opened");
 }
 
 TEST_F(EnclosureTest, FailedQueryDoesNotHideTheOthers) {
@@ -148,10 +152,52 @@ TEST_F(EnclosureTest, OtherExceptionIsToldInItsOwnWordsEscaped) {
   EXPECT_EQ(enclosure.ReadIdentity().serialNumber.cause, "no\\x1bway");
 }
 
-TEST_F(EnclosureTest, UndetectedGenerationIsAFailedField) {
-  TheScript().generation = [](SMMIype&) { return 3; };
+TEST_F(EnclosureTest, LibraryIsConstructedWithTheGenerationThatIsShown) {
+  int given = kDetect;
+  TheScript().generation = [](SMMIype& type) { return Give(type, SMM_SECOND_GENERATION); };
+  TheScript().construct = [&given] { given = GetGlobalConfigValue("SMM_TYPE", kDetect); };
   Enclosure enclosure(info_, progress_);
-  EXPECT_EQ(enclosure.ReadDetection().generation.status, StatusCode::NoUsableResult);
+  // A second detection could give something else.
+  TheScript().generation = [](SMMIype& type) { return Give(type, SMM_FIRST_GENERATION); };
+  EXPECT_EQ(given, SMM_SECOND_GENERATION);
+  EXPECT_EQ(enclosure.ReadDetection().generation.value, SMM_SECOND_GENERATION);
+}
+
+TEST_F(EnclosureTest, UndetectedGenerationIsAFailedFieldAndLeftToTheLibrary) {
+  int given = 7;
+  TheScript().generation = [](SMMIype&) {
+    WriteLine(2, kClient, "no answer");
+    return 3;
+  };
+  TheScript().construct = [&given] { given = GetGlobalConfigValue("SMM_TYPE", kDetect); };
+  Enclosure enclosure(info_, progress_);
+  const Detection detection = enclosure.ReadDetection();
+  EXPECT_EQ(given, kDetect);
+  EXPECT_EQ(detection.generation.status, StatusCode::NoUsableResult);
+  EXPECT_EQ(detection.generation.cause,
+            "no answer; the library tried again by itself and does not tell with what result");
+  EXPECT_EQ(detection.nodeCount.status, StatusCode::Success);
+}
+
+TEST_F(EnclosureTest, ExceptionOfTheDetectionIsAFailedField) {
+  TheScript().generation = [](SMMIype&) -> int { throw std::runtime_error("out of order"); };
+  Enclosure enclosure(info_, progress_);
+  const Detection detection = enclosure.ReadDetection();
+  EXPECT_EQ(detection.generation.status, kExceptionStatus);
+  EXPECT_THAT(detection.generation.cause, HasSubstr("out of order; the library tried again"));
+  EXPECT_EQ(detection.nodeCount.value, 4U);
+}
+
+TEST_F(EnclosureTest, HostThatIsSilentDuringBothStepsIsComplainedAboutOnce) {
+  TheScript().generation = [](SMMIype&) {
+    WriteLine(2, kClient, "no answer");
+    return 3;
+  };
+  FailConstruction();
+  Enclosure enclosure(info_, progress_);
+  EXPECT_EQ(out_.str(),
+            "no answer; still trying\n"
+            "reading the SMM's status: attempt 6 of 6, 3 seconds apart ...\n");
 }
 
 TEST_F(EnclosureTest, ExceptionOfTheConstructionPassesAndEndsTheProgress) {
@@ -160,6 +206,7 @@ TEST_F(EnclosureTest, ExceptionOfTheConstructionPassesAndEndsTheProgress) {
     throw std::runtime_error("out of order");
   };
   EXPECT_THROW(Enclosure(info_, progress_), std::runtime_error);
+  EXPECT_EQ(info_.password, "");
 }
 
 TEST_F(EnclosureTest, EachNodeHasItsOwnResult) {
@@ -178,6 +225,7 @@ TEST_F(EnclosureTest, EachNodeHasItsOwnResult) {
 TEST_F(EnclosureTest, TwelveNodesAreAskedForTheirPower) {
   TheScript().nodeCount = 12;
   Enclosure enclosure(info_, progress_);
+  TheScript().asked.clear();
   EXPECT_THAT(enclosure.ReadNodePower(), SizeIs(12));
   EXPECT_EQ(TheScript().asked.front(), "power of node 1");
   EXPECT_EQ(TheScript().asked.back(), "power of node 12");
@@ -200,7 +248,7 @@ TEST_F(EnclosureTest, SelectionTellsWhatWasSentOnTheFirstGeneration) {
   EXPECT_EQ(selection.status, StatusCode::Success);
   EXPECT_EQ(selection.value.asked, 7);
   EXPECT_EQ(selection.value.sent, 3);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "selection of PSU 7"));
+  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "selection of PSU 7"));
 }
 
 TEST_F(EnclosureTest, SelectionGoesByThePlatformOnTheSecondGeneration) {
@@ -224,6 +272,24 @@ TEST_F(EnclosureTest, SelectionWithoutAcknowledgementStillTellsWhatWasSent) {
   EXPECT_EQ(selection.cause, "response is empty or completionCode: \\xc1");
   EXPECT_EQ(selection.value.sent, 2);
   EXPECT_THAT(out_.str(), HasSubstr("selecting the PSU: attempt 6 of 6, 3 seconds apart"));
+}
+
+TEST_F(EnclosureTest, SelectionThatNeverGotAConnectionSentNothing) {
+  TheScript().selectPsu = [](int) {
+    WriteLine(2, kClient, "connect failed: no answer");
+    return StatusCode::NoUsableResult;
+  };
+  Enclosure enclosure(info_, progress_);
+  EXPECT_EQ(enclosure.SelectPsu(1).value.sent, std::nullopt);
+}
+
+TEST_F(EnclosureTest, SelectionBetweenThePlatformsLimitsIsNotKnownWithoutAStatus) {
+  FailConstruction();
+  TheScript().generation = [](SMMIype& type) { return Give(type, SMM_SECOND_GENERATION); };
+  Enclosure enclosure(info_, progress_);
+  EXPECT_EQ(enclosure.SelectPsu(2).value.sent, 2);
+  EXPECT_EQ(enclosure.SelectPsu(3).value.sent, std::nullopt);
+  EXPECT_EQ(enclosure.SelectPsu(3).value.remark, "not known: the SMM's status was not read");
 }
 
 TEST_F(EnclosureTest, SelectionByAnUndetectedGenerationIsSentAllTheSame) {

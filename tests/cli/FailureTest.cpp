@@ -12,11 +12,11 @@ namespace {
 using testing::HasSubstr;
 
 Query Asked(const std::string& name, int status, const std::string& cause) {
-  return {"key", name, Query::Shape::OneField, status, cause, {{0, {Field()}}}};
+  return {"key", name, Query::Shape::OneField, status, cause, {{0, {Field()}}}, ""};
 }
 
 Query AskedOfNode(const std::string& name, std::size_t node, int status) {
-  return {"key", name, Query::Shape::RecordOfNode, status, "", {{node, {}}}};
+  return {"key", name, Query::Shape::RecordOfNode, status, "", {{node, {}}}, ""};
 }
 
 std::string Failures(const std::vector<Query>& queries) {

@@ -27,6 +27,7 @@ TEST(Host, ValidTextGivesHostAndPort) {
       {"::1", "::1", {}},
       {"2001:db8::623", "2001:db8::623", {}},
       {"fe80::1%eth0", "fe80::1%eth0", {}},
+      {"fe80::1%br-0_a.10", "fe80::1%br-0_a.10", {}},
       {"[::1]", "::1", {}},
       {"[::1]:6230", "::1", 6230},
       {"[fe80::1%eth0]:6230", "fe80::1%eth0", 6230},
@@ -58,7 +59,7 @@ TEST(Host, InvalidTextIsRefusedByName) {
   for (const std::string& text : table) {
     SCOPED_TRACE(text);
     const std::string refusal = RefusalOf([&] { ParseHost(text); });
-    EXPECT_THAT(refusal, HasSubstr("host \""));
+    EXPECT_THAT(refusal, HasSubstr("host is \""));
     EXPECT_THAT(refusal, HasSubstr("expected a host name"));
   }
 }
@@ -68,16 +69,17 @@ TEST(Host, ZoneThatNamesNoInterfaceIsRefused) {
                                           "fe80::1%]", "fe80::1%a:1", "[fe80::1%\n]:1"};
   for (const std::string& text : table) {
     SCOPED_TRACE(text);
-    EXPECT_THAT(RefusalOf([&] { ParseHost(text); }), HasSubstr("host \""));
+    EXPECT_THAT(RefusalOf([&] { ParseHost(text); }), HasSubstr("host is \""));
   }
 }
 
 TEST(Host, NulByteIsRefused) {
-  EXPECT_THAT(RefusalOf([] { ParseHost(std::string("a\0b", 3)); }), HasSubstr("host \"a\\x00b\""));
+  EXPECT_THAT(RefusalOf([] { ParseHost(std::string("a\0b", 3)); }),
+              HasSubstr("host is \"a\\x00b\""));
 }
 
 TEST(Host, ControlBytesAreEscapedInTheRefusal) {
-  EXPECT_THAT(RefusalOf([] { ParseHost("a\x1b[2J"); }), HasSubstr("host \"a\\x1b[2J\""));
+  EXPECT_THAT(RefusalOf([] { ParseHost("a\x1b[2J"); }), HasSubstr("host is \"a\\x1b[2J\""));
 }
 
 TEST(Port, InvalidTextIsRefusedByName) {
@@ -86,7 +88,7 @@ TEST(Port, InvalidTextIsRefusedByName) {
   for (const std::string& text : table) {
     SCOPED_TRACE(text);
     EXPECT_EQ(RefusalOf([&] { ParsePort(text); }),
-              "port \"" + text + "\" is not valid; expected a number from 1 to 65535");
+              "port is \"" + text + "\"; expected a number from 1 to 65535");
   }
 }
 
@@ -94,7 +96,7 @@ TEST(Port, InvalidPortBesideHostIsRefused) {
   const std::vector<std::string> table = {"a:", "a:0", "a:x", "[::1]:", "[::1]:65536"};
   for (const std::string& text : table) {
     SCOPED_TRACE(text);
-    EXPECT_THAT(RefusalOf([&] { ParseHost(text); }), HasSubstr("port \""));
+    EXPECT_THAT(RefusalOf([&] { ParseHost(text); }), HasSubstr("port is \""));
   }
 }
 

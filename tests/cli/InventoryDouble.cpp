@@ -12,6 +12,7 @@ InventoryScript& TheScript() {
 class SMMInventoryImpl {};
 
 SMMInventory::SMMInventory(const TavrinConnection::ConnectionInfo& info) {
+  TheScript().asked.emplace_back("construction");
   TheScript().password = info.password;
   TheScript().construct();
 }

@@ -226,6 +226,14 @@ TEST(JsonReport, PsuFlagsAreTexts) {
                                          {"powerGood", Read("power good", "power good")}}}}})));
 }
 
+TEST(JsonReport, SlotsBeyondTheFlagsAreNoted) {
+  const auto query = [](std::size_t slotCount) {
+    return QueryOf(DescribePsuStatus(Good(std::vector<PSUStatus>(slotCount))), "psuStatus");
+  };
+  EXPECT_THAT(query(9).at("note"), HasSubstr("flags of 8 PSUs only"));
+  EXPECT_EQ(query(8).count("note"), 0U);
+}
+
 TEST(JsonReport, SlotsThatWereNotCountedAreAnEmptyList) {
   const json query =
       QueryOf(DescribePsuStatus({{}, StatusCode::NotConnected, "no answer"}), "psuStatus");

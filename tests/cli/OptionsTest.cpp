@@ -101,14 +101,33 @@ TEST(Options, NumberOfThePsuIsReadStrictly) {
                            "1.0", "-x", "--", "1e1", "- 1", "2147483648", "-2147483649"};
   for (const char* text : table) {
     EXPECT_EQ(Refusal({"-H", "a", "-U", "u", "select-psu", text}),
-              std::string("PSU \"") + text +
-                  "\" is not valid; expected a whole number from -2147483648 to 2147483647");
+              std::string("PSU is \"") + text +
+                  "\"; expected a whole number from -2147483648 to 2147483647");
   }
 }
 
 TEST(Options, RepeatedVerboseIsCounted) {
   EXPECT_EQ(ParseOptions({"-H", "a", "-U", "u", "-vvv"}).verbosity, 3U);
   EXPECT_EQ(ParseOptions({"-v", "-H", "a", "-v", "-U", "u"}).verbosity, 2U);
+}
+
+TEST(Options, FlagWithAValueIsRefused) {
+  const Arguments table = {"--verbose=",
+                           "--verbose=-1",
+                           "--verbose=0",
+                           "--verbose=1",
+                           "--verbose=1.5",
+                           "--verbose=true",
+                           "--verbose=x",
+                           "--json=false",
+                           "--json=true",
+                           "--json=1",
+                           "--verbose=99999999999999999999"};
+  for (const char* argument : table) {
+    SCOPED_TRACE(argument);
+    EXPECT_EQ(Refusal({"-H", "a", "-U", "u", argument}),
+              "argument is \"" + std::string(argument) + "\"; expected the option without a value");
+  }
 }
 
 TEST(Options, PortIsTakenFromEitherPlace) {
@@ -120,13 +139,13 @@ TEST(Options, PortIsTakenFromEitherPlace) {
 
 TEST(Options, ContradictingPortsAreRefused) {
   EXPECT_EQ(Refusal({"-H", "a:1", "-p", "2", "-U", "u"}),
-            "port 2 contradicts port 1 in host \"a:1\"; expected the port in one place");
+            "port is \"2\" and host is \"a:1\"; expected the port in one place");
 }
 
 TEST(Options, UserNameOfSixteenBytesIsTheLongest) {
   EXPECT_EQ(ParseOptions({"-H", "a", "-U", "0123456789abcdef"}).userName, "0123456789abcdef");
   EXPECT_EQ(Refusal({"-H", "a", "-U", "0123456789abcdefg"}),
-            "user name \"0123456789abcdefg\" is 17 bytes long; expected at most 16 bytes");
+            "user name is \"0123456789abcdefg\", 17 bytes long; expected at most 16 bytes");
 }
 
 struct BadLine {
@@ -141,22 +160,22 @@ TEST(Options, WrongUseIsRefusedByName) {
       {{"-H", "", "-U", "u"}, "no host given"},
       {{"-H", "a"}, "no user name given"},
       {{"-H", "a", "-U", ""}, "no user name given"},
-      {{"-H", "a b", "-U", "u"}, "host \"a b\""},
-      {{"-H", "a", "-U", "u", "-p", "x"}, "port \"x\""},
-      {{"-H", "a", "-U", "u", "-C", "4"}, "cipher suite \"4\""},
-      {{"-H", "a", "-U", "u", "-L", "root"}, "privilege level \"root\""},
-      {{"-H", "a", "-U", "u", "-W", "all"}, "workaround \"all\""},
-      {{"-H", "a", "-U", "u", "stray"}, "argument \"stray\""},
-      {{"-H", "a", "-U", "u", "-W", "no-checksum-check", "stray"}, "argument \"stray\""},
-      {{"-H", "a", "-U", "u", "--frob"}, "argument \"--frob\""},
-      {{"-H", "a", "-U", "u", "\x1b[2J"}, "argument \"\\x1b[2J\""},
-      {{"-H", "a", "-U", "u", "-7"}, "argument \"-7\""},
-      {{"-H", "a", "-U", "u", "Power"}, "argument \"Power\""},
-      {{"-H", "a", "-U", "u", "power", "caps"}, "argument \"caps\""},
-      {{"-H", "a", "-U", "u", "power", "1"}, "argument \"1\""},
-      {{"-H", "a", "-U", "u", "--frob", "power"}, "argument \"--frob\""},
+      {{"-H", "a b", "-U", "u"}, "host is \"a b\""},
+      {{"-H", "a", "-U", "u", "-p", "x"}, "port is \"x\""},
+      {{"-H", "a", "-U", "u", "-C", "4"}, "cipher suite is \"4\""},
+      {{"-H", "a", "-U", "u", "-L", "root"}, "privilege level is \"root\""},
+      {{"-H", "a", "-U", "u", "-W", "all"}, "workaround is \"all\""},
+      {{"-H", "a", "-U", "u", "stray"}, "argument is \"stray\""},
+      {{"-H", "a", "-U", "u", "-W", "no-checksum-check", "stray"}, "argument is \"stray\""},
+      {{"-H", "a", "-U", "u", "--frob"}, "argument is \"--frob\""},
+      {{"-H", "a", "-U", "u", "\x1b[2J"}, "argument is \"\\x1b[2J\""},
+      {{"-H", "a", "-U", "u", "-7"}, "argument is \"-7\""},
+      {{"-H", "a", "-U", "u", "Power"}, "argument is \"Power\""},
+      {{"-H", "a", "-U", "u", "power", "caps"}, "argument is \"caps\""},
+      {{"-H", "a", "-U", "u", "power", "1"}, "argument is \"1\""},
+      {{"-H", "a", "-U", "u", "--frob", "power"}, "argument is \"--frob\""},
       {{"-H", "a", "-U", "u", "select-psu"}, "no PSU given"},
-      {{"-H", "a", "-U", "u", "select-psu", "1", "2"}, "argument \"2\""},
+      {{"-H", "a", "-U", "u", "select-psu", "1", "2"}, "argument is \"2\""},
       {{"-H", "a", "-U"}, "--user"},
       {{"-H", "a", "-H", "b", "-U", "u"}, "--host"},
   };

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/Log.h"
+#include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tests/cli/InventoryDouble.h"
 #include "tools/smm-inventory/Enclosure.h"
@@ -16,6 +17,9 @@ namespace Tavrin {
 
 constexpr const char* kLibrary = "module/smm/smm_inventory/impl/SMMInventoryImpl";
 constexpr const char* kClient = "platform/standalone/ipmi_client/IpmiClient";
+
+/// The value of SMM_TYPE that leaves the generation to the detection.
+constexpr int kDetect = -1;
 
 inline void WriteLine(unsigned int level, const std::string& source, const std::string& text) {
   Log(level, source, 1).Stream() << text;
@@ -29,6 +33,7 @@ class ScriptedEnclosure : public testing::Test {
     Standalone::SetLogLineHandler(
         [this](const Standalone::LogLine& line) { progress_.Take(line); });
     info_.password = "sesame";
+    Standalone::SetGlobalConfigValue("SMM_TYPE", kDetect);
     TheScript() = InventoryScript();
     TheScript().generation = [](SMMIype& type) { return Give(type, SMM_FIRST_GENERATION); };
     TheScript().psuStatus = PsuSlots(2);

@@ -156,6 +156,23 @@ TEST(TextReport, PsuFlagsAreATable) {
             "  2     not trigger  trigger      not present  not power good\n");
 }
 
+TEST(TextReport, SlotsBeyondTheFlagsAreExplainedBelowTheTable) {
+  const std::string note =
+      "\n  The SMM's answer holds flags of 8 PSUs only; any later slot always reads \"not "
+      "present\" "
+      "and \"not power good\".\n";
+  const auto printed = [](std::size_t slotCount) {
+    return Printed(DescribePsuStatus(Good(std::vector<PSUStatus>(slotCount))));
+  };
+  EXPECT_THAT(printed(9), testing::EndsWith(note));
+  EXPECT_THAT(printed(8), Not(HasSubstr("The SMM")));
+}
+
+TEST(TextReport, RefusedFlagsOfManySlotsNeedNoExplanation) {
+  EXPECT_THAT(Printed(DescribePsuStatus(Refused(std::vector<PSUStatus>(9)))),
+              Not(HasSubstr("The SMM")));
+}
+
 TEST(TextReport, RefusedPsuFlagsAreNotReadInEverySlot) {
   const std::string text =
       Printed(DescribePsuStatus(Refused(std::vector<PSUStatus>(2, PSUStatus{}))));

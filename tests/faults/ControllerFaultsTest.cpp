@@ -7,11 +7,13 @@
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "tests/faults/FaultTest.h"
 #include "tests/simulator/RawSession.h"
+#include "tests/support/Ipv6Test.h"
 
 namespace Tavrin {
 namespace {
 
 using ControllerFault = FaultTest;
+using ControllerFaultOnIpv6 = Ipv6Test<FaultTest>;
 
 TEST_F(ControllerFault, KilledInTheMiddleOfASessionIsAnUnusableAnswerUntilItIsBack) {
   const std::string port = std::to_string(simulator->Port());
@@ -108,7 +110,7 @@ TEST_F(ControllerFault, ClosedPortIsNotConnectedAfterEveryAttempt) {
   ExpectNoSession();
 }
 
-TEST_F(ControllerFault, ClosedPortOnIpv6IsNotConnectedAfterEveryAttempt) {
+TEST_F(ControllerFaultOnIpv6, ClosedPortIsNotConnectedAfterEveryAttempt) {
   TavrinConnection::ConnectionInfo settings = Direct();
   settings.address = "::1";
   settings.port = ClosedPort();
@@ -117,7 +119,7 @@ TEST_F(ControllerFault, ClosedPortOnIpv6IsNotConnectedAfterEveryAttempt) {
   ExpectRecovery();
 }
 
-TEST_F(ControllerFault, Ipv6IsReadAtTheFirstAttempt) {
+TEST_F(ControllerFaultOnIpv6, SoundControllerIsReadAtTheFirstAttempt) {
   const SimulatedSmm onIpv6({"--generation", "1", "--address", "::1"});
   SMMInventory object(SettingsOf(onIpv6));
   ExpectQuery(object, {StatusCode::Success, 0, kSessionTimeout});

@@ -124,8 +124,8 @@ constexpr bool kMemoryCounts = true;
 
 /// Says what is wrong, if anything.
 int Judge(const Count& count, const Held& before, const Held& after) {
-  // The allocator's own leftovers; a single kilobyte a query would be far above it.
-  constexpr std::size_t kToleratedKilobytes = 1024;
+  // What the allocator keeps; twenty bytes a query would be above it.
+  constexpr std::size_t kToleratedKilobytes = 256;
   int failures = 0;
   const auto require = [&failures](bool holds, const char* sentence) {
     if (!holds) {
@@ -138,7 +138,7 @@ int Judge(const Count& count, const Held& before, const Held& after) {
   require(after.descriptors <= before.descriptors, "descriptors were left open");
   require(after.threads <= before.threads, "threads were left running");
   require(after.kilobytes <= before.kilobytes + kToleratedKilobytes || !kMemoryCounts,
-          "resident memory grew by more than 1024 kB");
+          "resident memory grew by more than 256 kB");
   return failures == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

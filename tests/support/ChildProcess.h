@@ -27,6 +27,8 @@ class Child {
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
 
+  pid_t Process() const { return process_; }
+
   /// The next line of standard output, without its end; empty at the end of output.
   std::string ReadLine() const;
 

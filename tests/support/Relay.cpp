@@ -77,7 +77,7 @@ void Relay::Break(Fault fault) {
 
 std::size_t Relay::SessionsAskedFor() const {
   const std::lock_guard<std::mutex> lock(mutex_);
-  return sessions_.size();
+  return sessionCount_;
 }
 
 void Relay::Run() {
@@ -151,7 +151,20 @@ void Relay::CountSession(const Datagram& datagram) {
     for (std::size_t i = 0; i < 4; ++i) {
       number = number << 8 | bytes[kSessionNumberAt + i];
     }
-    sessions_.insert(number);
+    RememberSession(number);
+  }
+}
+
+/// Counts a number that is not among the latest; repetitions follow each other closely.
+void Relay::RememberSession(std::uint32_t number) {
+  constexpr std::size_t kMemory = 16;
+  if (std::find(latestSessions_.begin(), latestSessions_.end(), number) != latestSessions_.end()) {
+    return;
+  }
+  ++sessionCount_;
+  latestSessions_.push_back(number);
+  if (latestSessions_.size() > kMemory) {
+    latestSessions_.pop_front();
   }
 }
 

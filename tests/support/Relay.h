@@ -7,7 +7,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <thread>
 #include <vector>
 
@@ -64,6 +63,7 @@ class Relay {
   std::shared_ptr<Client> ClientAt(std::uint16_t port);
   void Pass(const std::shared_ptr<Client>& client, const Datagram& datagram);
   void CountSession(const Datagram& datagram);
+  void RememberSession(std::uint32_t number);
   void SendDue();
   int MillisecondsToNext() const;
   void Send(const Client& client, const Datagram& datagram) const;
@@ -72,9 +72,10 @@ class Relay {
   Simulator::FileDescriptor front_;
   std::uint16_t port_;
   mutable std::mutex mutex_;
-  Fault fault_;  // Guarded by mutex_, as are the two below.
+  Fault fault_;  // Guarded by mutex_, as are the three below.
   std::vector<Queued> queue_;
-  std::set<std::uint32_t> sessions_;
+  std::deque<std::uint32_t> latestSessions_;
+  std::size_t sessionCount_ = 0;
   std::deque<std::shared_ptr<Client>> clients_;  // The relay's thread's own.
   std::atomic<std::size_t> clientCount_{0};
   std::atomic<bool> ends_{false};

@@ -21,8 +21,9 @@ std::string ReadReadyAddress(const Child& launcher) {
   return line.substr(line.rfind(' ') + 1);
 }
 
-SimulatedSmm::SimulatedSmm(const std::vector<std::string>& options, const std::string& scenario)
-    : password_("sesame\n"),
+SimulatedSmm::SimulatedSmm(const std::vector<std::string>& options, const std::string& scenario,
+                           const std::string& password)
+    : password_(password + "\n"),
       scenario_(scenario),
       child_(Arguments(options, password_.Path(), scenario_.Path()),
              {"PATH=/usr/bin:/bin:/usr/sbin"}),

@@ -12,14 +12,14 @@ namespace Tavrin {
 /// the launcher ended without it.
 std::string ReadReadyAddress(const Child& launcher);
 
-/// A simulated enclosure on loopback, whose user is "admin" with the password "sesame". It is ended
-/// with the object.
+/// A simulated enclosure on loopback, whose user is "admin". It is ended with the object.
 class SimulatedSmm {
  public:
   /// `options` as the launcher takes them, for example {"--generation", "1"}; `scenario` is the
   /// content of a scenario file.
   explicit SimulatedSmm(const std::vector<std::string>& options,
-                        const std::string& scenario = R"({"overrides": []})");
+                        const std::string& scenario = R"({"overrides": []})",
+                        const std::string& password = "sesame");
 
   /// Host and port as one text, for example "127.0.0.1:50123".
   const std::string& Address() const { return address_; }

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -17,7 +16,6 @@ using Double::Line;
 using Double::StatusAnswer;
 using Double::TestSettings;
 using ::testing::Contains;
-using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -26,6 +24,29 @@ using ::testing::SizeIs;
 using Construction = Double::PlatformTest;
 
 const Line kSuccessOn253 = {4, " GetSMMStatus success, platformId =0xfd"};
+const Line kDefaultValueWarning = {2, "SMM Type is 0x0use default value"};
+const Line kEgsWarning = {2, "checked SMM2 Type is EGS, For EGS, set default value 6"};
+
+Line RefusedWarning(std::uint8_t completionCode) {
+  return {
+      2, "response is empty or completeCode: " + std::string(1, static_cast<char>(completionCode))};
+}
+
+std::vector<Line> StatusExchange(const Bytes& answer) {
+  return Double::ExchangeLines("FN=0x32 cmd=0xa8 data=", answer);
+}
+
+/// The lines of six attempts to read the status, each of which writes those of its exchange.
+std::vector<Line> SixAttempts(const std::vector<Line>& exchange) {
+  const std::vector<std::string> times = {"1 time",  "2 times", "3 times",
+                                          "4 times", "5 times", "6 times"};
+  std::vector<Line> lines;
+  for (const std::string& time : times) {
+    lines.push_back({3, "Try to get SMM status, retry " + time});
+    lines = lines + exchange;
+  }
+  return lines;
+}
 
 TEST_F(Construction, EveryConnectionSettingIsCopied) {
   platform.ExpectStatusReads(1, {0x01});
@@ -74,8 +95,7 @@ TEST_F(Construction, OneByteAnswerEndsTheAttemptsAfterTheFirst) {
   EXPECT_THAT(platform.lines, ElementsAre(Line{3, "Try to get SMM status, retry 1 time"},
                                           Line{4, "Send impi cmd suceess: FN=0x32 cmd=0xa8 data="},
                                           Line{4, "Response=\xFD "}, Line{4, "Response=0xfd "},
-                                          Line{3, "Succeeded get SMM Status"},
-                                          Line{2, "SMM Type is 0x0use default value"},
+                                          Line{3, "Succeeded get SMM Status"}, kDefaultValueWarning,
                                           Line{4, " GetSMMStatus success, platformId =0xfe"}));
 }
 
@@ -90,22 +110,6 @@ TEST_F(Construction, FullAnswerOfPlatform253TakesSixAttemptsAndSixPauses) {
   EXPECT_EQ(inventory.nodeCount, 12U);
   EXPECT_THAT(platform.pauses, ElementsAre(3, 3, 3, 3, 3, 3));
   EXPECT_EQ(platform.lines.back(), kSuccessOn253);
-}
-
-TEST_F(Construction, WholeConversationIsLoggedLineByLine) {
-  const Bytes answer = StatusAnswer(0xFD, 0x04);
-  platform.ExpectStatusReads(6, answer);
-  const SMMInventoryImpl inventory(TestSettings());
-  const std::vector<std::string> times = {"1 time",  "2 times", "3 times",
-                                          "4 times", "5 times", "6 times"};
-  std::vector<Line> expected;
-  for (const std::string& time : times) {
-    expected.push_back({3, "Try to get SMM status, retry " + time});
-    expected = expected + Double::ExchangeLines("FN=0x32 cmd=0xa8 data=", answer);
-  }
-  expected.push_back({2, "checked SMM2 Type is EGS, For EGS, set default value 6"});
-  expected.push_back(kSuccessOn253);
-  EXPECT_EQ(platform.lines, expected);
 }
 
 TEST_F(Construction, AnswerIsDecodedButCountsKeepTheirDefaultsWhenTheCompletionCodeIsNotZero) {
@@ -133,20 +137,33 @@ TEST_F(Construction, ConnectionKindThatAdmitsNoIpmiStillPausesSixTimes) {
                           Line{3, "Try to get SMM status, retry 5 times"},
                           Line{3, "Try to get SMM status, retry 6 times"},
                           Line{2, std::string("response is empty or completeCode: \0", 36)},
-                          Line{2, "SMM Type is 0x0use default value"}));
+                          kDefaultValueWarning));
 }
 
-TEST_F(Construction, SuccessLineIsWrittenAtThreshold4Alone) {
-  for (const unsigned int threshold : {0U, 1U, 2U, 3U, 4U}) {
-    Double::ResetPlatform();
-    platform.expectedSettings = TestSettings();
-    platform.logThreshold = threshold;
-    platform.ExpectStatusReads(6, StatusAnswer(0xFD, 0x03));
-    const SMMInventoryImpl inventory(TestSettings());
-    EXPECT_EQ(std::count(platform.lines.begin(), platform.lines.end(), kSuccessOn253),
-              threshold == 4 ? 1 : 0)
-        << "threshold " << threshold;
+TEST_F(Construction, WholeConversationIsLoggedLineByLine) {
+  struct Row {
+    Bytes answer;
+    std::uint8_t completionCode;
+    std::vector<Line> verdict;
+  };
+  for (const Row& row :
+       std::vector<Row>{{StatusAnswer(0xFD, 0x03), 0x00, {kSuccessOn253}},
+                        {StatusAnswer(0xFD, 0x04), 0x00, {kEgsWarning, kSuccessOn253}},
+                        {StatusAnswer(0xFD, 0x03), 0xC1, {RefusedWarning(0xC1)}}}) {
+    ExpectLines(SixAttempts(StatusExchange(row.answer)) + row.verdict, [&] {
+      platform.ExpectStatusReads(6, row.answer, row.completionCode);
+      const SMMInventoryImpl inventory(TestSettings());
+    });
   }
+}
+
+TEST_F(Construction, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  const Bytes answer = StatusAnswer(0xFD, 0x04);
+  platform.ExpectStatusReads(6, answer);
+  const SMMInventoryImpl inventory(TestSettings());
+  EXPECT_EQ(platform.lines,
+            (SixAttempts(StatusExchange(answer)) + std::vector<Line>{kEgsWarning, kSuccessOn253}));
 }
 
 TEST_F(Construction, ExceptionOfTheTypeQueryReachesTheCallerAndReleasesTheInformation) {
@@ -243,11 +260,11 @@ TEST_F(StatusRead, OneByteAnswerAtALaterAttemptEndsTheAttemptsThere) {
   platform.ExpectStatusReads(1, {0xFD});
   EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
   EXPECT_THAT(platform.pauses, ElementsAre(3, 3));
-  EXPECT_THAT(platform.lines, ElementsAre(Line{3, "Try to get SMM status, retry 1 time"},
-                                          Line{3, "Try to get SMM status, retry 2 times"},
-                                          Line{3, "Try to get SMM status, retry 3 times"},
-                                          Line{3, "Succeeded get SMM Status"},
-                                          Line{2, "SMM Type is 0x0use default value"}));
+  EXPECT_THAT(platform.lines,
+              ElementsAre(Line{3, "Try to get SMM status, retry 1 time"},
+                          Line{3, "Try to get SMM status, retry 2 times"},
+                          Line{3, "Try to get SMM status, retry 3 times"},
+                          Line{3, "Succeeded get SMM Status"}, kDefaultValueWarning));
 }
 
 TEST_F(StatusRead, LastAnswerIsTheOneThatIsDecoded) {
@@ -274,8 +291,7 @@ TEST_F(StatusRead, RefusedFullAnswerIsDecodedAndReturns4) {
   EXPECT_EQ(status.platformId, 253);
   EXPECT_EQ(status.psuSlotCount, 6);
   EXPECT_THAT(platform.lines,
-              ElementsAre(Line{2, "response is empty or completeCode: \xC1"},
-                          Line{2, "checked SMM2 Type is EGS, For EGS, set default value 6"}));
+              ElementsAre(Line{2, "response is empty or completeCode: \xC1"}, kEgsWarning));
 }
 
 TEST_F(StatusRead, EgsLineIsWrittenForTheEgsTypeAlone) {
@@ -286,8 +302,7 @@ TEST_F(StatusRead, EgsLineIsWrittenForTheEgsTypeAlone) {
   EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
   EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
   EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
-  EXPECT_THAT(platform.lines,
-              ElementsAre(Line{2, "checked SMM2 Type is EGS, For EGS, set default value 6"}));
+  EXPECT_THAT(platform.lines, ElementsAre(kEgsWarning));
 }
 
 TEST_F(StatusRead, SmmTypeOf1WithAShortAnswerIsNamedInTheDefaultLine) {
@@ -306,6 +321,15 @@ TEST_F(StatusRead, UnknownSmmTypeIsWrittenInHexadecimal) {
   EXPECT_THAT(platform.lines, ElementsAre(Line{2, "SMM Type is 0xffffffffuse default value"}));
 }
 
+TEST_F(StatusRead, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  inventory.smmType = static_cast<SMMIype>(-1);
+  platform.ExpectStatusReads(6, {0xFD, 0x12});
+  EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
+  EXPECT_EQ(platform.lines, (SixAttempts(StatusExchange({0xFD, 0x12})) +
+                             std::vector<Line>{{2, "SMM Type is 0xffffffffuse default value"}}));
+}
+
 TEST_F(StatusRead, EmptyAnswerReturns4AndWritesBothWarnings) {
   platform.logThreshold = 2;
   platform.ExpectStatusReads(6, {});
@@ -313,7 +337,7 @@ TEST_F(StatusRead, EmptyAnswerReturns4AndWritesBothWarnings) {
   EXPECT_EQ(status.platformId, -71);
   EXPECT_THAT(platform.lines,
               ElementsAre(Line{2, std::string("response is empty or completeCode: \0", 36)},
-                          Line{2, "SMM Type is 0x0use default value"}));
+                          kDefaultValueWarning));
 }
 
 TEST_F(StatusRead, ConnectionKindThatIsNotAdmittedCostsSixPausesAndReturns4) {
@@ -334,10 +358,10 @@ TEST_F(StatusRead, UnreachableSmmCostsSixAttemptsAndReturns4) {
   EXPECT_EQ(status.psuSlotCount, -72);
   EXPECT_THAT(platform.pauses, SizeIs(6));
   const Line connectLine = {1, "connect failed with error:3"};
-  EXPECT_THAT(platform.lines,
-              ElementsAre(connectLine, connectLine, connectLine, connectLine, connectLine,
-                          connectLine, Line{2, "response is empty or completeCode: \xFF"},
-                          Line{2, "SMM Type is 0x0use default value"}));
+  EXPECT_THAT(
+      platform.lines,
+      ElementsAre(connectLine, connectLine, connectLine, connectLine, connectLine, connectLine,
+                  Line{2, "response is empty or completeCode: \xFF"}, kDefaultValueWarning));
 }
 
 TEST_F(StatusRead, AnswerAfterConnectionFailuresCounts) {
@@ -361,37 +385,42 @@ TEST_F(StatusRead, EveryAnswerLengthBelow14LeavesTheRecord) {
   }
 }
 
-TEST_F(StatusRead, NothingIsWrittenAboveTheThreshold) {
-  for (const unsigned int threshold : {0U, 1U, 2U, 3U, 4U}) {
-    platform.ForgetWhatHappened();
-    platform.logThreshold = threshold;
-    platform.ExpectStatusReads(6, {0x01, 0x02}, 0xC1);
-    inventory.GetSMMStatusImp(status);
-    const std::vector<std::size_t> expectedLines = {0, 0, 2, 8, 26};
-    EXPECT_THAT(platform.lines, SizeIs(expectedLines[threshold])) << "threshold " << threshold;
-    EXPECT_THAT(platform.lines, Each(::testing::Field(&Line::level, ::testing::Le(threshold))));
-  }
+TEST_F(StatusRead, RefusedShortAnswerIsLoggedWithBothWarnings) {
+  ExpectLines(SixAttempts(StatusExchange({0x01, 0x02})) +
+                  std::vector<Line>{RefusedWarning(0xC1), kDefaultValueWarning},
+              [&] {
+                platform.ExpectStatusReads(6, {0x01, 0x02}, 0xC1);
+                EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::NoUsableResult);
+              });
+}
+
+TEST_F(StatusRead, UnreachableSmmIsLoggedAttemptByAttempt) {
+  ExpectLines(SixAttempts({{1, "connect failed with error:5"}}) +
+                  std::vector<Line>{RefusedWarning(0xFF), kDefaultValueWarning},
+              [&] {
+                for (int attempt = 0; attempt < 6; ++attempt) {
+                  platform.ExpectConnectFailures({5});
+                }
+                EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::NoUsableResult);
+              });
+}
+
+TEST_F(StatusRead, EgsIsLoggedBehindTheSixAttempts) {
+  const Bytes answer = StatusAnswer(0xFD, 0x04);
+  ExpectLines(SixAttempts(StatusExchange(answer)) + std::vector<Line>{kEgsWarning}, [&] {
+    platform.ExpectStatusReads(6, answer);
+    EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
+  });
 }
 
 TEST_F(StatusRead, AcknowledgementIsLoggedFromThreshold3On) {
   ExpectLines(std::vector<Line>{{3, "Try to get SMM status, retry 1 time"}} +
                   Double::ExchangeLines("FN=0x32 cmd=0xa8 data=", {0x01}) +
-                  std::vector<Line>{{3, "Succeeded get SMM Status"},
-                                    {2, "SMM Type is 0x0use default value"}},
+                  std::vector<Line>{{3, "Succeeded get SMM Status"}, kDefaultValueWarning},
               [&] {
                 platform.ExpectStatusReads(1, {0x01});
                 EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
               });
-}
-
-TEST_F(StatusRead, EgsLineIsWrittenFromThreshold2On) {
-  for (const unsigned int threshold : {0U, 1U, 2U}) {
-    platform.ForgetWhatHappened();
-    platform.logThreshold = threshold;
-    platform.ExpectStatusReads(6, StatusAnswer(0xFD, 0x04));
-    EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
-    EXPECT_THAT(platform.lines, SizeIs(threshold >= 2 ? 1U : 0U)) << "threshold " << threshold;
-  }
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "tests/unit/InventoryDouble.h"
 
-#include <algorithm>
-#include <iterator>
+#include <map>
 #include <new>
 #include <sstream>
 
@@ -14,6 +13,24 @@ class DotBetweenDigits : public std::numpunct<char> {
  protected:
   char do_thousands_sep() const override { return '.'; }
   std::string do_grouping() const override { return "\1"; }
+};
+
+// A number of one digit has nothing to group, and would look the same in any locale.
+class DotBehindNumbers : public std::num_put<char> {
+ protected:
+  iter_type do_put(iter_type out, std::ios_base& format, char fill, long number) const override {
+    return PutDot(std::num_put<char>::do_put(out, format, fill, number));
+  }
+  iter_type do_put(iter_type out, std::ios_base& format, char fill,
+                   unsigned long number) const override {
+    return PutDot(std::num_put<char>::do_put(out, format, fill, number));
+  }
+
+ private:
+  static iter_type PutDot(iter_type out) {
+    *out = '.';
+    return ++out;
+  }
 };
 
 std::string Raw(const Bytes& bytes) {
@@ -31,6 +48,19 @@ std::string Hexadecimal(const Bytes& bytes) {
     text << "0x" << std::hex << int{byte} << ' ';
   }
   return text.str();
+}
+
+// A length that no row speaks of would go untried without a word.
+void ExpectNoLengthLeftOut(const std::vector<LengthRow>& rows, std::size_t answerLength) {
+  std::map<std::int32_t, std::size_t> next;
+  for (const LengthRow& row : rows) {
+    EXPECT_EQ(row.shortest, next[row.smmType]) << "start of a row of SMM type " << row.smmType;
+    EXPECT_LE(row.shortest, row.longest) << "a row of SMM type " << row.smmType;
+    next[row.smmType] = row.longest + 1;
+  }
+  for (const auto& [smmType, end] : next) {
+    EXPECT_EQ(end, answerLength + 1) << "length behind the last row of SMM type " << smmType;
+  }
 }
 
 }  // namespace
@@ -57,11 +87,13 @@ std::vector<Line> operator+(std::vector<Line> first, const std::vector<Line>& se
 }
 
 GroupedDigits::GroupedDigits()
-    : before_(std::locale::global(std::locale(std::locale::classic(), new DotBetweenDigits))) {}
+    : before_(std::locale::global(std::locale(
+          std::locale(std::locale::classic(), new DotBetweenDigits), new DotBehindNumbers))) {}
 
 void InventoryTest::ExpectOutcomes(const std::vector<LengthRow>& rows, const Bytes& answer,
                                    const std::function<int(const Bytes&, std::uint8_t)>& run,
                                    const std::function<std::string()>& describeOutput) {
+  ExpectNoLengthLeftOut(rows, answer.size());
   for (const LengthRow& row : rows) {
     inventory.smmType = static_cast<SMMIype>(row.smmType);
     for (std::size_t length = row.shortest; length <= row.longest; ++length) {
@@ -80,19 +112,6 @@ void InventoryTest::ExpectOutcomes(const std::vector<LengthRow>& rows, const Byt
             << int{completionCode};
       }
     }
-  }
-}
-
-void InventoryTest::ExpectLines(const std::vector<Line>& linesAtThreshold4,
-                                const std::function<void()>& operation) {
-  for (unsigned int threshold = 0; threshold <= 4; ++threshold) {
-    platform.ForgetWhatHappened();
-    platform.logThreshold = threshold;
-    operation();
-    std::vector<Line> expected;
-    std::copy_if(linesAtThreshold4.begin(), linesAtThreshold4.end(), std::back_inserter(expected),
-                 [=](const Line& line) { return line.level <= threshold; });
-    EXPECT_THAT(platform.lines, ::testing::ElementsAreArray(expected)) << "threshold " << threshold;
   }
 }
 

@@ -44,7 +44,7 @@ std::vector<Line> TrimLines(const Bytes& shortened);
 
 std::vector<Line> operator+(std::vector<Line> first, const std::vector<Line>& second);
 
-/// While it lives, the global locale puts a dot between any two digits of a number.
+/// While it lives, the global locale puts a dot behind each digit of a number.
 class GroupedDigits {
  public:
   GroupedDigits();
@@ -65,15 +65,10 @@ class InventoryTest : public PlatformTest {
 
   /// Plays an answer of every length that the rows speak of, which is the beginning of `answer`,
   /// with completion codes 0, 0xC1 and 0xFF. `run` hands one to the operation and returns its
-  /// status.
+  /// status. The rows of each SMM type must run from length 0 to the whole answer, in order.
   void ExpectOutcomes(const std::vector<LengthRow>& rows, const Bytes& answer,
                       const std::function<int(const Bytes&, std::uint8_t)>& run,
                       const std::function<std::string()>& describeOutput);
-
-  /// Runs the operation at each threshold from 0 to 4 and compares the lines it writes with those
-  /// of `linesAtThreshold4` that the threshold lets through.
-  void ExpectLines(const std::vector<Line>& linesAtThreshold4,
-                   const std::function<void()>& operation);
 
   /// Expects that the operation hands on the status of an exchange that was not admitted, then that
   /// of one that did not connect, and that it writes no line of its own.

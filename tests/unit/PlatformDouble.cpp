@@ -1,6 +1,8 @@
 #include "tests/unit/PlatformDouble.h"
 
+#include <algorithm>
 #include <iomanip>
+#include <iterator>
 #include <sstream>
 #include <utility>
 
@@ -98,6 +100,19 @@ TavrinConnection::ConnectionInfo TestSettings() {
 Bytes StatusAnswer(std::uint8_t platformId, std::uint8_t enclosureType) {
   return {platformId, 0x12, 0x23, 0x34, 0x45, 0x56, 0x67,
           0x78,       0x89, 0x9A, 0xAB, 0xBC, 0xCD, enclosureType};
+}
+
+void PlatformTest::ExpectLines(const std::vector<Line>& linesAtThreshold4,
+                               const std::function<void()>& operation) {
+  for (unsigned int threshold = 0; threshold <= 4; ++threshold) {
+    platform.ForgetWhatHappened();
+    platform.logThreshold = threshold;
+    operation();
+    std::vector<Line> expected;
+    std::copy_if(linesAtThreshold4.begin(), linesAtThreshold4.end(), std::back_inserter(expected),
+                 [=](const Line& line) { return line.level <= threshold; });
+    EXPECT_THAT(platform.lines, ::testing::ElementsAreArray(expected)) << "threshold " << threshold;
+  }
 }
 
 }  // namespace Tavrin::Double

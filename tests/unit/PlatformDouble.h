@@ -100,6 +100,11 @@ class PlatformTest : public ::testing::Test {
   }
   void TearDown() override { ExpectScriptPlayed(); }
 
+  /// Runs the operation at each threshold from 0 to 4 and compares the lines it writes with those
+  /// of `linesAtThreshold4` that the threshold lets through.
+  void ExpectLines(const std::vector<Line>& linesAtThreshold4,
+                   const std::function<void()>& operation);
+
   Platform& platform = ThePlatform();
 };
 

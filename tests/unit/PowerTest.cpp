@@ -59,12 +59,12 @@ class ChassisPower : public Double::InventoryTest {
 TEST_F(ChassisPower, EveryLengthAndCompletionCodeHasItsOutcome) {
   ExpectOutcomes(
       {{0, 0, 5, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {0, 6, 8, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
+       {0, 6, 13, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
        {7, 0, 5, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {7, 6, 8, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
+       {7, 6, 13, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
        {1, 0, 0, {kRaisesBadAlloc, kAsPassed}, {kRaisesBadAlloc, kAsPassed}},
        {1, 1, 6, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {1, 7, 9, {Success, "20272|36206|52140"}, {UnusableAnswer, kAsPassed}}},
+       {1, 7, 13, {Success, "20272|36206|52140"}, {UnusableAnswer, kAsPassed}}},
       kReadings, [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
       [this] { return Describe(out); });
 }
@@ -162,9 +162,9 @@ TEST_F(ChassisCap, EveryLengthAndCompletionCodeHasItsOutcome) {
   const std::string secondGeneration = "20272|36206|52140|2538|18216";
   ExpectOutcomes(
       {{0, 0, 9, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {0, 10, 12, {Success, firstGeneration}, {UnusableAnswer, kAsPassed}},
+       {0, 10, 13, {Success, firstGeneration}, {UnusableAnswer, kAsPassed}},
        {7, 0, 9, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {7, 10, 12, {Success, firstGeneration}, {UnusableAnswer, kAsPassed}},
+       {7, 10, 13, {Success, firstGeneration}, {UnusableAnswer, kAsPassed}},
        {1, 0, 0, {kRaisesBadAlloc, kAsPassed}, {kRaisesBadAlloc, kAsPassed}},
        {1, 1, 10, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
        {1, 11, 13, {Success, secondGeneration}, {UnusableAnswer, kAsPassed}}},
@@ -273,12 +273,12 @@ class NodePower : public Double::InventoryTest {
 TEST_F(NodePower, EveryLengthAndCompletionCodeHasItsOutcome) {
   ExpectOutcomes(
       {{0, 0, 5, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {0, 6, 9, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
+       {0, 6, 13, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
        {7, 0, 5, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {7, 6, 9, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
+       {7, 6, 13, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
        {1, 0, 5, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
        {1, 6, 6, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
-       {1, 7, 9, {Success, "20272|36206|52140"}, {UnusableAnswer, kAsPassed}}},
+       {1, 7, 13, {Success, "20272|36206|52140"}, {UnusableAnswer, kAsPassed}}},
       kReadings, [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
       [this] { return Describe(out); });
 }

@@ -21,6 +21,7 @@ using StatusCode::NotConnected;
 using StatusCode::Success;
 using ::testing::IsEmpty;
 
+const Bytes kSlotCounts = {0, 1, 2, 6, 9, 33, 40};
 const Bytes kSecondGenerationAnswer = {0xAA, 0x10, 0x27, 0x32, 0x00, 0x00, 0x00, 0x02};
 const Bytes kFirstGenerationAnswer = {0xE8, 0x03, 0x00, 0x01};
 
@@ -44,6 +45,15 @@ class PsuFan : public Double::InventoryTest {
     return inventory.GetPSUFanSpeed(out);
   }
 
+  /// Asks so many slots, whose answers are expected already.
+  void ExpectOutput(std::uint64_t slotCount, const std::string& expected) {
+    Reset();
+    inventory.psuSlotCount = slotCount;
+    EXPECT_EQ(inventory.GetPSUFanSpeed(out), Success);
+    EXPECT_EQ(Output(), expected) << "SMM type " << static_cast<int>(inventory.smmType) << ", "
+                                  << slotCount << " slots";
+  }
+
   std::string Output() const {
     std::string text;
     for (const PSUFanSpeed& fans : out) {
@@ -61,9 +71,9 @@ TEST_F(PsuFan, EveryLengthAndCompletionCodeHasItsOutcome) {
   const std::string secondGeneration = std::string(kAsPassed) + "PSU1|20272|2|44173|203|Abnormal;";
   ExpectOutcomes(
       {{0, 0, 3, {Success, kAsPassed}, {Success, kAsPassed}},
-       {0, 4, 6, {Success, firstGeneration}, {Success, kAsPassed}},
+       {0, 4, 10, {Success, firstGeneration}, {Success, kAsPassed}},
        {7, 0, 3, {Success, kAsPassed}, {Success, kAsPassed}},
-       {7, 4, 6, {Success, firstGeneration}, {Success, kAsPassed}},
+       {7, 4, 10, {Success, firstGeneration}, {Success, kAsPassed}},
        {1, 0, 7, {Success, kAsPassed}, {Success, kAsPassed}},
        {1, 8, 10, {Success, secondGeneration}, {Success, kAsPassed}}},
       {0x11, 0x30, 0x4F, 0x02, 0x8D, 0xAC, 0xCB, 0x01, 0x09, 0x28},
@@ -72,17 +82,32 @@ TEST_F(PsuFan, EveryLengthAndCompletionCodeHasItsOutcome) {
 }
 
 TEST_F(PsuFan, EverySlotIsAskedInOrderAndAppended) {
-  for (const std::uint8_t count : Bytes{0, 1, 2, 6, 9, 33, 40}) {
-    inventory.psuSlotCount = count;
+  for (const int smmType : {0, 7}) {
+    inventory.smmType = static_cast<SMMIype>(smmType);
+    for (const std::uint8_t count : kSlotCounts) {
+      std::string expected = kAsPassed;
+      for (std::uint8_t slot = 1; slot <= count; ++slot) {
+        Expect(slot, {slot, 0x01, slot, 0x02});
+        expected += "PSU" + std::to_string(slot) + '|' + std::to_string(256 + slot) + '|' +
+                    std::to_string(slot) + "|||Normal;";
+      }
+      ExpectOutput(count, expected);
+    }
+  }
+}
+
+TEST_F(PsuFan, EverySecondGenerationSlotIsAskedInOrderAndAppended) {
+  inventory.smmType = SMM_SECOND_GENERATION;
+  for (const std::uint8_t count : kSlotCounts) {
     std::string expected = kAsPassed;
     for (std::uint8_t slot = 1; slot <= count; ++slot) {
-      Expect(slot, {slot, 0x01, slot, 0x02});
+      const auto patB = static_cast<std::uint8_t>(100 + slot);
+      Expect(slot, {0xAA, slot, 0x01, slot, slot, 0x02, patB, 0x02});
       expected += "PSU" + std::to_string(slot) + '|' + std::to_string(256 + slot) + '|' +
-                  std::to_string(slot) + "|||Normal;";
+                  std::to_string(slot) + '|' + std::to_string(512 + slot) + '|' +
+                  std::to_string(patB) + "|Normal;";
     }
-    Reset();
-    EXPECT_EQ(inventory.GetPSUFanSpeed(out), Success) << int{count} << " slots";
-    EXPECT_EQ(Output(), expected);
+    ExpectOutput(count, expected);
   }
 }
 

@@ -336,6 +336,19 @@ TEST_F(PsuRegisters, RefusedConnectionKindIsLoggedForVersionAndManufacturerAlone
   EXPECT_EQ(Output(), kAsPassed);
 }
 
+TEST_F(PsuRegisters, FailedExchangeIsLoggedAlikeInAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  for (const Register& psuRegister : {kVersion, kManufacturer}) {
+    inventory.connectionKind = 1;
+    platform.ExpectConnectFailures({5});
+    EXPECT_EQ(Run(psuRegister), NotConnected);
+    EXPECT_EQ(platform.lines.back(), (Line{1, "Failed to send IPMI command with returns 2"}));
+    inventory.connectionKind = 3;
+    EXPECT_EQ(Run(psuRegister), ConnectionKindNotAdmitted);
+    EXPECT_EQ(platform.lines.back(), (Line{1, "Failed to send IPMI command with returns 1"}));
+  }
+}
+
 TEST_F(PsuRegisters, FailedExchangeAtALaterSlotKeepsTheEarlierEntries) {
   inventory.psuSlotCount = 3;
   for (const Register& psuRegister : kRegisters) {
@@ -410,11 +423,13 @@ class PsuFirmware : public PsuRegisters {
     ExpectReads(kPosition, slots, goodPosition);
   }
 
-  /// What GetPSUFwInfo makes of one slot, whose answers may differ from the good ones.
-  int GetOne(const std::vector<Bytes>& answers, const Bytes& completionCodes) {
+  /// What GetPSUFwInfo makes of one slot, whose answers may differ from the good ones. Only the
+  /// first `reads` of them are asked for.
+  int GetOne(const std::vector<Bytes>& answers, const Bytes& completionCodes,
+             std::size_t reads = 3) {
     ResetInventory();
     inventory.psuSlotCount = 1;
-    for (std::size_t index = 0; index < kRegisters.size(); ++index) {
+    for (std::size_t index = 0; index < reads; ++index) {
       ExpectRead(kRegisters[index], 1, answers[index], completionCodes[index]);
     }
     return inventory.GetPSUFwInfo(firmware);
@@ -493,6 +508,31 @@ TEST_F(PsuFirmware, EveryLengthAndCompletionCodeOfEachRegisterHasItsOutcome) {
         },
         [this] { return Inventory(); });
   }
+}
+
+TEST_F(PsuFirmware, EveryLengthAndCompletionCodeOfAnUnknownSmmTypeHasItsOutcome) {
+  const Double::Outcome skipped = {Success, kHeldBefore};
+  const Double::Outcome ended = {NoUsableResult, kHeldBefore};
+  const auto output = [this] { return Inventory(); };
+  ExpectOutcomes(
+      {{7, 0, 4, ended, ended}}, {0x0A, 0x01, 0x22, 0x33},
+      [this](const Bytes& part, std::uint8_t code) {
+        return GetOne({part, goodManufacturer}, {code, 0}, 2);
+      },
+      output);
+  ExpectOutcomes(
+      {{7, 0, 4, skipped, skipped}, {7, 5, 7, ended, skipped}}, {'A', 'B', 'C', 'D', 'E', 'F', 'G'},
+      [this](const Bytes& part, std::uint8_t code) {
+        const std::size_t reads = code == 0 && part.size() >= 5 ? 2 : 3;
+        return GetOne({goodVersion, part, goodPosition}, {0, code, 0}, reads);
+      },
+      output);
+  ExpectOutcomes(
+      {{7, 0, 34, skipped, skipped}}, Bytes(34, 0x22),
+      [this](const Bytes& part, std::uint8_t code) {
+        return GetOne({goodVersion, {}, part}, {0, 0, code});
+      },
+      output);
 }
 
 TEST_F(PsuFirmware, AnySlotThatLacksOneTextIsLoggedAsEmpty) {

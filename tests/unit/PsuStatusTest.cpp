@@ -19,6 +19,7 @@ using Double::Line;
 using StatusCode::Success;
 using StatusCode::UnusableAnswer;
 
+const std::vector<std::size_t> kSlotCounts = {0, 1, 2, 6, 9, 33, 40};
 const std::string kHeading = "The gotted PSU status is :\n";
 
 // The words of each flag as a digit, PSU 1 first; '-' for a record that was not filled.
@@ -57,6 +58,28 @@ class PsuStatusQuery : public Double::InventoryTest {
     Reset();
     platform.Expect(0x32, 0x91, {}, response, completionCode);
     return inventory.GetPSUStatus(out);
+  }
+
+  /// Expects the flags of the bytes 0xB1, 0x4E, 0xFF and 0xE8 in the output and in the last line.
+  void ExpectRepeatingBits(std::size_t count) const {
+    const std::string zeros(24, '0');
+    const std::string epow = "10001101" + zeros + "10001101";
+    const std::string throttle = "01110010" + zeros + "01110010";
+    const std::string present = "11111111" + zeros + "11111111";
+    const std::string powerGood = "00010111" + zeros + "00010111";
+    const std::string circumstance = "SMM type " +
+                                     std::to_string(static_cast<int>(inventory.smmType)) + ", " +
+                                     std::to_string(count) + " slots";
+    EXPECT_EQ(Describe(out), epow.substr(0, count) + '|' + throttle.substr(0, count) + '|' +
+                                 present.substr(0, count) + '|' + powerGood.substr(0, count))
+        << circumstance;
+    std::string text = kHeading;
+    for (std::size_t index = 0; index < count; ++index) {
+      text += "PSU" + std::to_string(index + 1) + ":\n\tPSU EPOW " + epow[index] +
+              "\n\tPSU THROTTLE " + throttle[index] + "\n\tPSU PRESENT " + present[index] +
+              "\n\tPSU PWR GOOD " + powerGood[index];
+    }
+    EXPECT_EQ(platform.lines.back(), (Line{4, text})) << circumstance;
   }
 
   std::vector<PSUStatus> out;
@@ -100,33 +123,34 @@ TEST_F(PsuStatusQuery, FlagsOfEitherValueHaveTheirWords) {
 }
 
 TEST_F(PsuStatusQuery, BitsRepeatFromPsu33OnAndAre0Between) {
-  const std::string zeros(24, '0');
-  const std::string epow = "10001101" + zeros + "10001101";
-  const std::string throttle = "01110010" + zeros + "01110010";
-  const std::string present = "11111111" + zeros + "11111111";
-  const std::string powerGood = "00010111" + zeros + "00010111";
-  for (const std::size_t count : {0U, 1U, 2U, 6U, 9U, 33U, 40U}) {
-    inventory.psuSlotCount = count;
-    EXPECT_EQ(Get({0xB1, 0x4E, 0xFF, 0xE8, 0x00, 0x00}), Success);
-    EXPECT_EQ(Describe(out), epow.substr(0, count) + '|' + throttle.substr(0, count) + '|' +
-                                 present.substr(0, count) + '|' + powerGood.substr(0, count))
-        << count << " slots";
-    std::string text = kHeading;
-    for (std::size_t index = 0; index < count; ++index) {
-      text += "PSU" + std::to_string(index + 1) + ":\n\tPSU EPOW " + epow[index] +
-              "\n\tPSU THROTTLE " + throttle[index] + "\n\tPSU PRESENT " + present[index] +
-              "\n\tPSU PWR GOOD " + powerGood[index];
+  struct Row {
+    int smmType;
+    Bytes answer;
+  };
+  for (const Row& row :
+       std::vector<Row>{{0, {0xB1, 0x4E, 0xFF, 0xE8, 0x00, 0x00}},
+                        {7, {0xB1, 0x4E, 0xFF, 0xE8, 0x00, 0x00}},
+                        {1, {0xB1, 0x55, 0x4E, 0x55, 0xFF, 0x55, 0xE8}},
+                        {1, {0xB1, 0x55, 0x55, 0x55, 0x4E, 0x55, 0xE8, 0x55, 0xFF, 0x55}}}) {
+    inventory.smmType = static_cast<SMMIype>(row.smmType);
+    for (const std::size_t count : kSlotCounts) {
+      inventory.psuSlotCount = count;
+      EXPECT_EQ(Get(row.answer), Success);
+      ExpectRepeatingBits(count);
     }
-    EXPECT_EQ(platform.lines.back(), (Line{4, text})) << count << " slots";
   }
 }
 
 TEST_F(PsuStatusQuery, FailureLeavesOneEmptyRecordASlot) {
-  for (const std::size_t count : {0U, 1U, 2U, 6U, 9U, 33U, 40U}) {
-    inventory.psuSlotCount = count;
-    EXPECT_EQ(Get({1, 2, 3, 4, 5}), UnusableAnswer);
-    const std::string empty(count, '-');
-    EXPECT_EQ(Describe(out), empty + '|' + empty + '|' + empty + '|' + empty) << count;
+  for (const int smmType : {0, 1, 7}) {
+    inventory.smmType = static_cast<SMMIype>(smmType);
+    for (const std::size_t count : kSlotCounts) {
+      inventory.psuSlotCount = count;
+      EXPECT_EQ(Get({1, 2, 3, 4, 5}), UnusableAnswer);
+      const std::string empty(count, '-');
+      EXPECT_EQ(Describe(out), empty + '|' + empty + '|' + empty + '|' + empty)
+          << "SMM type " << smmType << ", " << count << " slots";
+    }
   }
 }
 

@@ -136,22 +136,34 @@ TEST_F(MachineType, SecondGenerationAnswerOfFiveBytesIsTooShort) {
   EXPECT_EQ(text, "as passed");
 }
 
-TEST_F(MachineType, SuccessLogsNothingBelowThreshold4) {
-  platform.logThreshold = 3;
-  EXPECT_EQ(Get(AsBytes("7X06")), StatusCode::Success);
-  EXPECT_THAT(platform.lines, IsEmpty());
+TEST_F(MachineType, SuccessHasNoLineOfItsOwn) {
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", AsBytes("7X06")),
+              [&] { EXPECT_EQ(Get(AsBytes("7X06")), StatusCode::Success); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", AsBytes("AB7X06")) +
+                  TrimLines(AsBytes("7X06")),
+              [&] { EXPECT_EQ(Get(AsBytes("AB7X06")), StatusCode::Success); });
 }
 
-TEST_F(MachineType, WarningIsSilentBelowThreshold2) {
-  platform.logThreshold = 1;
-  EXPECT_EQ(Get(AsBytes("7X0-")), StatusCode::NoUsableResult);
-  EXPECT_THAT(platform.lines, IsEmpty());
+TEST_F(MachineType, FailureIsLoggedWithTheCompletionCode) {
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", {}) +
+                  std::vector<Line>{{1, "Get smm mt failed with error code:0"}},
+              [&] { EXPECT_EQ(Get({}), StatusCode::UnusableAnswer); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", AsBytes("AB7X06")) +
+                  TrimLines(AsBytes("7X06")) +
+                  std::vector<Line>{{1, "Get smm mt failed with error code:193"}},
+              [&] { EXPECT_EQ(Get(AsBytes("AB7X06"), 0xC1), StatusCode::UnusableAnswer); });
 }
 
-TEST_F(MachineType, FailureIsSilentAtThreshold0) {
-  platform.logThreshold = 0;
-  EXPECT_EQ(Get({}), StatusCode::UnusableAnswer);
-  EXPECT_THAT(platform.lines, IsEmpty());
+TEST_F(MachineType, HyphenIsLoggedAsAWarning) {
+  const std::vector<Line> warning = {{2, "[WARN]: SMM machine type is empty"}};
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", AsBytes("7X0-")) + warning,
+              [&] { EXPECT_EQ(Get(AsBytes("7X0-")), StatusCode::NoUsableResult); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x0 ", AsBytes("AB7X0-")) +
+                  TrimLines(AsBytes("7X0-")) + warning,
+              [&] { EXPECT_EQ(Get(AsBytes("AB7X0-")), StatusCode::NoUsableResult); });
 }
 
 TEST_F(MachineType, StatusOfTheExchangeIsHandedOnWithoutALine) {
@@ -171,6 +183,12 @@ TEST_F(MachineType, UnconnectedSecondGenerationIsNotTrimmed) {
   platform.ExpectConnectFailures({5});
   EXPECT_EQ(inventory.GetSmmMT(text), StatusCode::NotConnected);
   EXPECT_THAT(platform.lines, ElementsAre(Line{1, "connect failed with error:5"}));
+}
+
+TEST_F(MachineType, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  EXPECT_EQ(Get({}, 0xC1), StatusCode::UnusableAnswer);
+  EXPECT_EQ(platform.lines.back(), (Line{1, "Get smm mt failed with error code:193"}));
 }
 
 TEST_F(SerialNumber, OuterBlanksAndWhatFollowsTheRunAreCutOff) {
@@ -231,6 +249,9 @@ TEST_F(SerialNumber, EveryLengthAndCompletionCodeHasItsOutcome) {
        {0, 3, 3, {StatusCode::Success, "J30"}, failure},
        {0, 4, 6, {StatusCode::Success, "J30T"}, failure},
        {7, 0, 0, failure, failure},
+       {7, 1, 1, {StatusCode::Success, "J"}, failure},
+       {7, 2, 2, {StatusCode::Success, "J3"}, failure},
+       {7, 3, 3, {StatusCode::Success, "J30"}, failure},
        {7, 4, 6, {StatusCode::Success, "J30T"}, failure},
        {1, 0, 1, badAlloc, badAlloc},
        {1, 2, 2, failure, failure},
@@ -250,16 +271,24 @@ TEST_F(SerialNumber, SecondGenerationPositionsCountBehindTheFirstTwoBytes) {
   EXPECT_EQ(text, "J3");
 }
 
-TEST_F(SerialNumber, SuccessLogsNothingBelowThreshold4) {
-  platform.logThreshold = 3;
-  EXPECT_EQ(Get(AsBytes("J300TAV1")), StatusCode::Success);
-  EXPECT_THAT(platform.lines, IsEmpty());
+TEST_F(SerialNumber, SuccessHasNoLineOfItsOwn) {
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x1 ", AsBytes("7X06")),
+              [&] { EXPECT_EQ(Get(AsBytes("7X06")), StatusCode::Success); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x1 ", AsBytes("AB7X06")) +
+                  TrimLines(AsBytes("7X06")),
+              [&] { EXPECT_EQ(Get(AsBytes("AB7X06")), StatusCode::Success); });
 }
 
-TEST_F(SerialNumber, FailureIsSilentAtThreshold0) {
-  platform.logThreshold = 0;
-  EXPECT_EQ(Get({}), StatusCode::UnusableAnswer);
-  EXPECT_THAT(platform.lines, IsEmpty());
+TEST_F(SerialNumber, FailureIsLoggedWithTheCompletionCode) {
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x1 ", {}) +
+                  std::vector<Line>{{1, "Get smm sn failed with error code:0"}},
+              [&] { EXPECT_EQ(Get({}), StatusCode::UnusableAnswer); });
+  inventory.smmType = SMM_SECOND_GENERATION;
+  ExpectLines(ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x1 ", AsBytes("AB7X06")) +
+                  TrimLines(AsBytes("7X06")) +
+                  std::vector<Line>{{1, "Get smm sn failed with error code:193"}},
+              [&] { EXPECT_EQ(Get(AsBytes("AB7X06"), 0xC1), StatusCode::UnusableAnswer); });
 }
 
 TEST_F(SerialNumber, StatusOfTheExchangeIsHandedOnWithoutALine) {
@@ -272,6 +301,12 @@ TEST_F(SerialNumber, StatusOfTheExchangeIsHandedOnWithoutALine) {
   EXPECT_EQ(inventory.GetSmmSN(text), StatusCode::NotConnected);
   EXPECT_THAT(platform.lines, ElementsAre(Line{1, "connect failed with error:8"}));
   EXPECT_EQ(text, "as passed");
+}
+
+TEST_F(SerialNumber, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
+  const Double::GroupedDigits groupedDigits;
+  EXPECT_EQ(Get({}, 0xC1), StatusCode::UnusableAnswer);
+  EXPECT_EQ(platform.lines.back(), (Line{1, "Get smm sn failed with error code:193"}));
 }
 
 class FirmwareVersion : public Double::InventoryTest {
@@ -307,6 +342,9 @@ TEST_F(FirmwareVersion, EveryLengthAndCompletionCodeHasItsOutcome) {
        {0, 9, 9, {StatusCode::Success, "EFGH-1a.2b"}, failure},
        {7, 0, 5, failure, failure},
        {7, 6, 6, {StatusCode::Success, "E-1a.2b"}, failure},
+       {7, 7, 7, {StatusCode::Success, "EF-1a.2b"}, failure},
+       {7, 8, 8, {StatusCode::Success, "EFG-1a.2b"}, failure},
+       {7, 9, 9, {StatusCode::Success, "EFGH-1a.2b"}, failure},
        {1, 0, 0, badAlloc, badAlloc},
        {1, 1, 6, failure, failure},
        {1, 7, 7, {StatusCode::Success, "F-2b.42"}, failure},
@@ -409,6 +447,9 @@ TEST_F(Name, EveryLengthAndCompletionCodeHasItsOutcome) {
        {0, 4, 6, {StatusCode::Success, "ABCD"}, failure},
        {7, 0, 0, failure, failure},
        {7, 1, 1, {StatusCode::Success, "A"}, failure},
+       {7, 2, 2, {StatusCode::Success, "AB"}, failure},
+       {7, 3, 3, {StatusCode::Success, "ABC"}, failure},
+       {7, 4, 6, {StatusCode::Success, "ABCD"}, failure},
        {1, 0, 1, badAlloc, badAlloc},
        {1, 2, 2, failure, failure},
        {1, 3, 3, {StatusCode::Success, "C"}, failure},

@@ -16,6 +16,9 @@ using Fields = std::vector<Field>;
 
 constexpr std::string_view kPsuNamePrefix = "PSU";
 
+// The library takes one byte a flag from the answer to the status of the PSUs.
+constexpr std::size_t kSlotsWithFlags = 8;
+
 Field Text(const char* key, const char* label, const std::string& text) {
   return {key, label, Field::Kind::Text, text, ""};
 }
@@ -53,7 +56,7 @@ Query DescribeOne(const char* key, const char* name, Query::Shape shape, std::si
   if (result.status != StatusCode::Success) {
     fields = Unread(std::move(fields), ReasonOf(result));
   }
-  return {key, name, shape, result.status, result.cause, {{number, std::move(fields)}}};
+  return {key, name, shape, result.status, result.cause, {{number, std::move(fields)}}, ""};
 }
 
 template <typename Value, typename ToField>
@@ -105,7 +108,7 @@ Query DescribeSlots(const char* key, const char* name,
   const bool failed = result.status != StatusCode::Success;
   const std::string reason =
       failed ? ReasonOf(result) : "the SMM gave no usable answer for this slot";
-  Query query{key, name, Query::Shape::RecordPerSlot, result.status, result.cause, {}};
+  Query query{key, name, Query::Shape::RecordPerSlot, result.status, result.cause, {}, ""};
   const auto& records = result.value;
   const std::size_t last =
       records.empty() ? slotCount : std::max(slotCount, SlotOf(records.back()));
@@ -183,6 +186,17 @@ Fields DescribeSelection(const PsuSelection& selection, bool isAcknowledged) {
           Text("acknowledgement", "acknowledgement", isAcknowledged ? "received" : "missing")};
 }
 
+std::string PsuStatusNote(const QueryResult<std::vector<PSUStatus>>& status) {
+  const bool hasSlotsWithoutFlags =
+      status.status == StatusCode::Success && status.value.size() > kSlotsWithFlags;
+  return hasSlotsWithoutFlags
+             ? fmt::format(
+                   "The SMM's answer holds flags of {} PSUs only; any later slot always "
+                   "reads \"not present\" and \"not power good\".",
+                   kSlotsWithFlags)
+             : "";
+}
+
 }  // namespace
 
 Section DescribeDetection(const Detection& detection) {
@@ -231,8 +245,8 @@ Section DescribePsuFirmware(const QueryResult<std::vector<PSUFwInfo>>& firmware,
 }
 
 Section DescribePsuStatus(const QueryResult<std::vector<PSUStatus>>& status) {
-  Query query{"psuStatus",   "PSU status", Query::Shape::RecordPerSlot,
-              status.status, status.cause, {}};
+  Query query{"psuStatus",  "PSU status", Query::Shape::RecordPerSlot, status.status,
+              status.cause, {},           PsuStatusNote(status)};
   for (const PSUStatus& flags : status.value) {
     Fields fields = DescribeFlags(flags);
     if (status.status != StatusCode::Success) {
@@ -252,7 +266,8 @@ Section DescribePsuSelection(const QueryResult<PsuSelection>& selection) {
             Query::Shape::OneRecord,
             selection.status,
             selection.cause,
-            {{0, DescribeSelection(selection.value, isAcknowledged)}}}}};
+            {{0, DescribeSelection(selection.value, isAcknowledged)}},
+            ""}}};
 }
 
 }  // namespace Tavrin

@@ -2,12 +2,18 @@
 
 #include <exception>
 #include <new>
+#include <string>
+#include <vector>
 
+#include "module/smm/smm_inventory/StatusCode.h"
+#include "platform/standalone/globalconfig/ConfigControl.h"
+#include "platform/standalone/logger/LogControl.h"
 #include "tools/smm-inventory/Password.h"
 
 namespace Tavrin {
 namespace {
 
+constexpr int kSelectableOnEveryPlatform = 2;
 constexpr unsigned long kNodesOfPlatform253 = 12;
 constexpr std::int32_t kPlatform253 = 253;
 constexpr std::int32_t kPlatform254 = 254;
@@ -26,8 +32,48 @@ class ShownWait {
   Progress& progress_;
 };
 
-SMMInventory Construct(const TavrinConnection::ConnectionInfo& info, Progress& progress) {
+/// Asks the library, or its platform, once. An exception becomes a status, and what the log
+/// complains about meanwhile the cause.
+template <typename Value, typename Query>
+QueryResult<Value> AskOnce(Progress& progress, Query query) {
+  QueryResult<Value> result;
+  progress.ForgetCause();
+  try {
+    result.status = query(result.value);
+    result.cause = progress.Cause();
+  } catch (const std::bad_alloc&) {
+    result.status = kExceptionStatus;
+    result.cause =
+        "the answer was shorter than the bytes that lead it, as a refusal is, or memory ran out";
+  } catch (const std::exception& exception) {
+    result.status = kExceptionStatus;
+    result.cause = Standalone::EscapeControlBytes(exception.what());
+  }
+  return result;
+}
+
+QueryResult<SMMIype> DetectGeneration(const TavrinConnection::ConnectionInfo& info,
+                                      Progress& progress) {
+  QueryResult<SMMIype> generation = AskOnce<SMMIype>(progress, [&info](SMMIype& type) {
+    return SMMInfo(info).GetSmmType(type) == 0 ? StatusCode::Success : StatusCode::NoUsableResult;
+  });
+  if (generation.status != StatusCode::Success) {
+    generation.cause += generation.cause.empty() ? "" : "; ";
+    generation.cause += "the library tried again by itself and does not tell with what result";
+  }
+  return generation;
+}
+
+/// One wait for both steps, so that a host which answers neither is complained about once.
+SMMInventory DetectAndConstruct(TavrinConnection::ConnectionInfo& info, Progress& progress,
+                                QueryResult<SMMIype>& generation) {
+  const WipedAtEnd password(info.password);
   const ShownWait wait(progress, "reading the SMM's status");
+  generation = DetectGeneration(info, progress);
+  if (generation.status == StatusCode::Success) {
+    Standalone::SetGlobalConfigValue("SMM_TYPE", generation.value);
+  }
+  progress.ForgetCause();
   return SMMInventory(info);
 }
 
@@ -42,32 +88,15 @@ std::string StatusFailure(SMMInventory& inventory, const Progress& progress) {
 
 Enclosure::Enclosure(TavrinConnection::ConnectionInfo& info, Progress& progress)
     : progress_(progress),
-      smmInfo_(info),
-      inventory_(Construct(info, progress)),
-      statusFailure_(StatusFailure(inventory_, progress)) {
-  WipeText(info.password);
-}
+      inventory_(DetectAndConstruct(info, progress, generation_)),
+      statusFailure_(StatusFailure(inventory_, progress)) {}
 
 template <typename Value, typename Query>
 QueryResult<Value> Enclosure::Ask(Query query) {
-  QueryResult<Value> result;
   if (isUnreachable_) {
-    result.status = StatusCode::NotConnected;
-    result.cause = unreachableCause_;
-    return result;
+    return {{}, StatusCode::NotConnected, unreachableCause_};
   }
-  progress_.ForgetCause();
-  try {
-    result.status = query(result.value);
-    result.cause = progress_.Cause();
-  } catch (const std::bad_alloc&) {
-    result.status = kExceptionStatus;
-    result.cause =
-        "the answer was shorter than the bytes that lead it, as a refusal is, or memory ran out";
-  } catch (const std::exception& exception) {
-    result.status = kExceptionStatus;
-    result.cause = Standalone::EscapeControlBytes(exception.what());
-  }
+  QueryResult<Value> result = AskOnce<Value>(progress_, query);
   if (result.status == StatusCode::NotConnected && !statusFailure_.empty()) {
     isUnreachable_ = true;
     unreachableCause_ = result.cause;
@@ -100,13 +129,12 @@ std::int32_t Enclosure::PlatformId() {
   return inventory_.GetNodeNub() == kNodesOfPlatform253 ? kPlatform253 : kPlatform254;
 }
 
-const QueryResult<SMMIype>& Enclosure::ReadGeneration() {
-  if (!generation_) {
-    generation_ = Ask<SMMIype>([this](SMMIype& type) {
-      return smmInfo_.GetSmmType(type) == 0 ? StatusCode::Success : StatusCode::NoUsableResult;
-    });
+QueryResult<SMMIype> Enclosure::Generation() const {
+  // Where no query gets through, that is why the detection did not either.
+  if (generation_.status != StatusCode::Success && isUnreachable_) {
+    return {{}, StatusCode::NotConnected, unreachableCause_};
   }
-  return *generation_;
+  return generation_;
 }
 
 QueryResult<std::size_t> Enclosure::ReadPsuSlotCount() {
@@ -120,7 +148,7 @@ QueryResult<std::size_t> Enclosure::ReadPsuSlotCount() {
 Detection Enclosure::ReadDetection() {
   Detection detection;
   detection.psuSlotCount = ReadPsuSlotCount();
-  detection.generation = ReadGeneration();
+  detection.generation = Generation();
   detection.platformId = Detected(PlatformId());
   detection.nodeCount = Detected(inventory_.GetNodeNub());
   return detection;
@@ -179,17 +207,28 @@ const QueryResult<std::vector<PSUStatus>>& Enclosure::ReadPsuStatus() {
   return *psuStatus_;
 }
 
+PsuSelection Enclosure::PredictSelection(int psu) {
+  if (generation_.status != StatusCode::Success) {
+    return {psu, std::nullopt, "not known: the SMM's generation was not detected"};
+  }
+  // The library may know a platform from an answer that it could not use otherwise.
+  if (generation_.value == SMM_SECOND_GENERATION && psu > kSelectableOnEveryPlatform &&
+      !statusFailure_.empty()) {
+    return {psu, std::nullopt, "not known: the SMM's status was not read"};
+  }
+  return PredictPsuSelection(psu, generation_.value, PlatformId());
+}
+
 QueryResult<PsuSelection> Enclosure::SelectPsu(int psu) {
-  const QueryResult<SMMIype>& generation = ReadGeneration();
-  const PsuSelection selection =
-      generation.status == StatusCode::Success
-          ? PredictPsuSelection(psu, generation.value, PlatformId())
-          : PsuSelection{psu, std::nullopt, "not known: the SMM's generation was not detected"};
   QueryResult<PsuSelection> result = Ask<PsuSelection>([&](PsuSelection&) {
     const ShownWait wait(progress_, "selecting the PSU");
     return inventory_.SelectPSU(psu);
   });
-  result.value = selection;
+  const bool isWithoutConnection =
+      result.status != StatusCode::Success && result.cause.rfind("connect failed", 0) == 0;
+  result.value = isWithoutConnection
+                     ? PsuSelection{psu, std::nullopt, "not sent: no connection could be opened"}
+                     : PredictSelection(psu);
   return result;
 }
 

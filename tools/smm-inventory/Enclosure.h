@@ -44,8 +44,9 @@ struct Detection {
 /// tells what the first one met.
 class Enclosure {
  public:
-  /// Connects, which blocks for at least 18 seconds; the password in `info` is wiped afterwards.
-  /// `progress` outlives the enclosure.
+  /// Detects the SMM's generation, then constructs the library's object with it, so that both go by
+  /// the same one; that blocks for at least 18 seconds. The password in `info` is wiped afterwards,
+  /// also when the library throws. `progress` outlives the enclosure.
   Enclosure(TavrinConnection::ConnectionInfo& info, Progress& progress);
 
   /// Asked first, this is what notices that the SMM is not reachable.
@@ -78,15 +79,15 @@ class Enclosure {
   std::vector<QueryResult<Value>> AskEachNode(Query query);
   template <typename Value>
   QueryResult<Value> Detected(Value value) const;
-  const QueryResult<SMMIype>& ReadGeneration();
+  [[nodiscard]] QueryResult<SMMIype> Generation() const;
   QueryResult<std::size_t> ReadPsuSlotCount();
   std::int32_t PlatformId();
+  PsuSelection PredictSelection(int psu);
 
   Progress& progress_;
-  SMMInfo smmInfo_;
+  QueryResult<SMMIype> generation_;
   SMMInventory inventory_;
   std::string statusFailure_;  ///< Why construction read no status; empty when it did.
-  std::optional<QueryResult<SMMIype>> generation_;
   std::optional<QueryResult<std::vector<PSUStatus>>> psuStatus_;
   bool isUnreachable_ = false;
   std::string unreachableCause_;

@@ -108,14 +108,7 @@ void PrintFailures(std::ostream& out, const std::vector<Section>& sections) {
 }
 
 int ExitCodeOf(const std::vector<Section>& sections) {
-  const std::vector<Query> failed = FailedQueriesOf(sections);
-  const bool hasException = std::any_of(failed.begin(), failed.end(), [](const Query& query) {
-    return query.status == kExceptionStatus;
-  });
-  if (hasException) {
-    return ExitCode::Exception;
-  }
-  return failed.empty() ? ExitCode::Success : ExitCode::QueryFailed;
+  return FailedQueriesOf(sections).empty() ? ExitCode::Success : ExitCode::QueryFailed;
 }
 
 }  // namespace Tavrin

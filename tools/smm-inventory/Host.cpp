@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <system_error>
 
 #include "platform/standalone/logger/LogControl.h"
 #include "tools/smm-inventory/UsageError.h"
@@ -53,7 +54,7 @@ bool IsNameOrIpv4Address(const std::string& text) {
 
 [[noreturn]] void RefuseHost(const std::string& text) {
   throw UsageError(
-      fmt::format("host \"{}\" is not valid; expected a host name, an IPv4 address, either with "
+      fmt::format("host is \"{}\"; expected a host name, an IPv4 address, either with "
                   ":port, [IPv6 address]:port or an IPv6 address",
                   Standalone::EscapeControlBytes(text)));
 }
@@ -103,7 +104,7 @@ std::uint16_t ParsePort(const std::string& text) {
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, port);
   if (error != std::errc() || stop != end || port == 0) {
-    throw UsageError(fmt::format("port \"{}\" is not valid; expected a number from 1 to 65535",
+    throw UsageError(fmt::format("port is \"{}\"; expected a number from 1 to 65535",
                                  Standalone::EscapeControlBytes(text)));
   }
   return port;

@@ -78,6 +78,9 @@ Json ToJson(const Query& query) {
   if (query.status != StatusCode::Success) {
     json["reason"] = FailureReason(query.status, query.cause);
   }
+  if (!query.note.empty()) {
+    json["note"] = query.note;
+  }
   switch (query.shape) {
     case Query::Shape::OneField:
       json.update(ToJson(query.rows.front().fields.front()));

@@ -5,9 +5,15 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <exception>
+#include <iterator>
 #include <limits>
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "platform/standalone/StrictNumber.h"
@@ -49,10 +55,10 @@ Examples:
   pass show smm | smm-inventory -H smm1.example -U admin --password-file - --json power
 
 Exit codes:
-  0  everything was read
+  0  every query succeeded; a PSU slot that gave no usable answer is shown as not read
   1  a query failed; standard error says why and what to try next
   2  a wrong option, value or password source; nothing was sent
-  3  unexpected error inside the library or the tool
+  3  unexpected error outside the queries
 )";
 
 /// The options as they stand on the command line. Their values are read by parsers of our own,
@@ -126,15 +132,34 @@ void Declare(CLI::App& app, RawOptions& raw) {
   app.add_flag("-v,--verbose", raw.verbosity, "Show more of the log; repeatable");
 }
 
+/// The parser takes a flag's value for a count, "true" and negative numbers among them.
+void RefuseFlagValues(int argc, const char* const* argv) {
+  for (const std::string_view argument :
+       std::vector<std::string_view>(argv, std::next(argv, argc))) {
+    const std::string_view start = argument.substr(0, argument.find('=') + 1);
+    if (start == "--json=" || start == "--verbose=") {
+      throw UsageError(fmt::format("argument is \"{}\"; expected the option without a value",
+                                   Standalone::EscapeControlBytes(std::string(argument))));
+    }
+  }
+}
+
+[[noreturn]] void RefuseUse(const std::exception& error) {
+  throw UsageError(
+      fmt::format("wrong use of an option ({}); expected each option once, and with a value where "
+                  "--help lists one",
+                  Standalone::EscapeControlBytes(error.what())));
+}
+
 std::uint16_t ChoosePort(const std::optional<std::uint16_t>& besideHost, const RawOptions& raw) {
   if (!raw.port) {
     return besideHost.value_or(kDefaultPort);
   }
   const std::uint16_t port = ParsePort(*raw.port);
   if (besideHost && *besideHost != port) {
-    throw UsageError(
-        fmt::format("port {} contradicts port {} in host \"{}\"; expected the port in one place",
-                    port, *besideHost, raw.host));
+    throw UsageError(fmt::format(
+        "port is \"{}\" and host is \"{}\"; expected the port in one place",
+        Standalone::EscapeControlBytes(*raw.port), Standalone::EscapeControlBytes(raw.host)));
   }
   return port;
 }
@@ -144,7 +169,7 @@ void RequireUserName(const std::string& userName) {
     throw UsageError("no user name given; expected --user with an IPMI user name");
   }
   if (userName.size() > kMaxUserNameLength) {
-    throw UsageError(fmt::format("user name \"{}\" is {} bytes long; expected at most {} bytes",
+    throw UsageError(fmt::format("user name is \"{}\", {} bytes long; expected at most {} bytes",
                                  Standalone::EscapeControlBytes(userName), userName.size(),
                                  kMaxUserNameLength));
   }
@@ -178,7 +203,7 @@ Options Interpret(const RawOptions& raw) {
 int ParsePsu(const std::string& text) {
   const std::optional<int> psu = Standalone::ParseStrictly(text);
   if (!psu) {
-    throw UsageError(fmt::format("PSU \"{}\" is not valid; expected a whole number from {} to {}",
+    throw UsageError(fmt::format("PSU is \"{}\"; expected a whole number from {} to {}",
                                  Standalone::EscapeControlBytes(text),
                                  std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
   }
@@ -207,9 +232,9 @@ Task ParseTask(const std::vector<std::string>& words) {
     ++known;
   }
   if (words.size() > known) {
-    throw UsageError(fmt::format(
-        "argument \"{}\" is not known; expected one command, and the options that --help lists",
-        Standalone::EscapeControlBytes(words[known])));
+    throw UsageError(
+        fmt::format("argument is \"{}\"; expected one command, and the options that --help lists",
+                    Standalone::EscapeControlBytes(words[known])));
   }
   return task;
 }
@@ -224,17 +249,17 @@ std::variant<Options, Notice> ParseCommandLine(int argc, const char* const* argv
   app.allow_extras();
   RawOptions raw;
   Declare(app, raw);
+  RefuseFlagValues(argc, argv);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
     return Notice{app.help()};
   } catch (const CLI::CallForVersion& version) {
     return Notice{std::string(version.what()) + '\n'};
-  } catch (const CLI::ParseError& error) {
-    throw UsageError(
-        fmt::format("wrong use of an option ({}); expected each option once and with its value, as "
-                    "--help lists them",
-                    Standalone::EscapeControlBytes(error.what())));
+  } catch (const UsageError&) {
+    throw;
+  } catch (const std::exception& error) {
+    RefuseUse(error);
   }
   const Task task = ParseTask(app.remaining());
   Options options = Interpret(raw);

@@ -128,6 +128,11 @@ void TakeEnvironmentPassword(const char* value, std::string& password) {
 
 void ObtainPassword(const std::optional<std::string>& file, const std::string& prompt,
                     std::string& password) {
+  // Typed there, it would be shown.
+  if (file == "-" && isatty(STDIN_FILENO) == 1) {
+    PromptForPassword(prompt, password);
+    return;
+  }
   if (file == "-") {
     ReadPasswordLine(STDIN_FILENO, "standard input", password);
     return;
@@ -137,7 +142,7 @@ void ObtainPassword(const std::optional<std::string>& file, const std::string& p
     return;
   }
   // The tool has a single thread until the password is there, and nothing changes its environment.
-  const char* const value = std::getenv("IPMI_PASSWORD");  // NOLINT(concurrency-mt-unsafe)
+  const char* const value = std::getenv("IPMI_PASSWORD");
   if (value != nullptr) {
     TakeEnvironmentPassword(value, password);
     return;

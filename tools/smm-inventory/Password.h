@@ -26,12 +26,24 @@ void ReadPasswordLine(int descriptor, const std::string& source, std::string& pa
 /// Takes the password from the value of the environment variable IPMI_PASSWORD.
 void TakeEnvironmentPassword(const char* value, std::string& password);
 
-/// Takes the password from the first of these that is there: the file (`-` is standard input), the
-/// environment, a prompt on the terminal.
+/// Takes the password from the first of these that is there: the file (`-` is standard input, and
+/// the prompt where that is a terminal), the environment, a prompt on the terminal.
 void ObtainPassword(const std::optional<std::string>& file, const std::string& prompt,
                     std::string& password);
 
 /// Overwrites the text's bytes and empties it.
 void WipeText(std::string& text);
+
+/// Wipes the text when it is destroyed, on whichever way the scope ends.
+class WipedAtEnd {
+ public:
+  explicit WipedAtEnd(std::string& text) : text_(text) {}
+  ~WipedAtEnd() { WipeText(text_); }
+  WipedAtEnd(const WipedAtEnd&) = delete;
+  WipedAtEnd& operator=(const WipedAtEnd&) = delete;
+
+ private:
+  std::string& text_;
+};
 
 }  // namespace Tavrin

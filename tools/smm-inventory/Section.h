@@ -42,6 +42,7 @@ struct Query {
   int status = 0;
   std::string cause;  ///< As in QueryResult.
   std::vector<Row> rows;
+  std::string note;  ///< A sentence on how to take the rows; mostly empty.
 };
 
 /// Queries that are shown together.

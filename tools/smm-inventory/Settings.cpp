@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <optional>
 #include <string_view>
 
+#include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tools/smm-inventory/UsageError.h"
 
@@ -32,20 +34,13 @@ constexpr std::array<NamedValue, 4> kWorkarounds = {{
 }};
 
 // By id: the standard also numbers suites with xRC4, which the client does not speak.
-constexpr std::array<NamedValue, 12> kCipherSuites = {{
-    {"0", 0},
-    {"1", 1},
-    {"2", 2},
-    {"3", 3},
-    {"6", 6},
-    {"7", 7},
-    {"8", 8},
-    {"11", 11},
-    {"12", 12},
-    {"15", 15},
-    {"16", 16},
-    {"17", 17},
-}};
+constexpr std::array<int, 12> kCipherSuites = {0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17};
+
+[[noreturn]] void Refuse(const std::string& thing, const std::string& text,
+                         const std::string& expected) {
+  throw UsageError(fmt::format("{} is \"{}\"; expected one of {}", thing,
+                               Standalone::EscapeControlBytes(text), expected));
+}
 
 template <typename Table>
 std::string Names(const Table& table) {
@@ -63,8 +58,7 @@ int ValueOf(const Table& table, const std::string& thing, const std::string& tex
       std::find_if(std::begin(table), std::end(table),
                    [&](const NamedValue& candidate) { return candidate.name == text; });
   if (entry == std::end(table)) {
-    throw UsageError(fmt::format("{} \"{}\" is not known; expected one of {}", thing,
-                                 Standalone::EscapeControlBytes(text), Names(table)));
+    Refuse(thing, text, Names(table));
   }
   return entry->value;
 }
@@ -76,7 +70,11 @@ int ParsePrivilege(const std::string& text) {
 }
 
 int ParseCipherSuite(const std::string& text) {
-  return ValueOf(kCipherSuites, "cipher suite", text);
+  const std::optional<int> id = Standalone::ParseStrictly(text);
+  if (!id || std::find(kCipherSuites.begin(), kCipherSuites.end(), *id) == kCipherSuites.end()) {
+    Refuse("cipher suite", text, CipherSuiteIds());
+  }
+  return *id;
 }
 
 int ParseWorkarounds(const std::vector<std::string>& names) {
@@ -89,7 +87,7 @@ int ParseWorkarounds(const std::vector<std::string>& names) {
 
 std::string PrivilegeNames() { return Names(kPrivileges); }
 
-std::string CipherSuiteIds() { return Names(kCipherSuites); }
+std::string CipherSuiteIds() { return fmt::format("{}", fmt::join(kCipherSuites, ", ")); }
 
 std::string WorkaroundNames() { return Names(kWorkarounds); }
 

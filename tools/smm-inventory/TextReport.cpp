@@ -3,7 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/standalone/logger/LogControl.h"
 
@@ -72,6 +75,12 @@ std::vector<std::size_t> Widths(const std::vector<Cells>& lines) {
   return widths;
 }
 
+void PrintNote(std::ostream& out, const Query& query) {
+  if (!query.note.empty()) {
+    out << kColumnGap << query.note << '\n';
+  }
+}
+
 }  // namespace
 
 void PrintSection(std::ostream& out, const Section& section) {
@@ -88,6 +97,9 @@ void PrintSection(std::ostream& out, const Section& section) {
       out << fmt::format("{}{:<{}}", kColumnGap, cells[column], widths[column]);
     }
     out << kColumnGap << cells.back() << '\n';
+  }
+  for (const Query& query : section.queries) {
+    PrintNote(out, query);
   }
   out << std::flush;
 }

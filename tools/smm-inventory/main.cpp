@@ -1,24 +1,32 @@
 #include <fmt/format.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
+#include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
+#include "platform/ConnectionInfo.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
+#include "tools/smm-inventory/Console.h"
 #include "tools/smm-inventory/Enclosure.h"
 #include "tools/smm-inventory/Failure.h"
 #include "tools/smm-inventory/Host.h"
 #include "tools/smm-inventory/JsonReport.h"
+#include "tools/smm-inventory/MemoryImage.h"
 #include "tools/smm-inventory/Options.h"
 #include "tools/smm-inventory/Password.h"
+#include "tools/smm-inventory/Progress.h"
 #include "tools/smm-inventory/Reading.h"
+#include "tools/smm-inventory/Section.h"
 #include "tools/smm-inventory/TextReport.h"
 #include "tools/smm-inventory/UsageError.h"
 
@@ -45,16 +53,8 @@ class LogRoute {
   LogRoute& operator=(const LogRoute&) = delete;
 };
 
-/// A memory image of the tool would hold the password.
-void ForbidCoreFiles() {
-  const rlimit none{0, 0};
-  if (setrlimit(RLIMIT_CORE, &none) != 0) {
-    throw std::runtime_error("core files cannot be switched off");
-  }
-}
-
 bool CanMoveCursor() {
-  const char* const terminal = std::getenv("TERM");  // NOLINT(concurrency-mt-unsafe)
+  const char* const terminal = std::getenv("TERM");
   return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
@@ -78,48 +78,59 @@ TavrinConnection::ConnectionInfo MakeConnectionInfo(const Options& options) {
   return info;
 }
 
-/// Tables are printed as they are read, the document when all is.
-std::vector<Section> ReadAndPrint(Enclosure& enclosure, const Options& options,
-                                  const std::string& address) {
+void AskForPassword(const Options& options, const std::string& address, std::string& password) {
+  const std::string prompt = fmt::format(
+      "Password of {} at {}: ", Standalone::EscapeControlBytes(options.userName), address);
+  ObtainPassword(options.passwordFile, prompt, password);
+}
+
+/// Up to which level log lines are shown as they are. The first -v shows warnings beside errors,
+/// since errors alone say no more than the tool does in its own words.
+unsigned int ShownLogLevel(unsigned int verbosity) {
+  return verbosity == 0 ? 0 : std::min(verbosity + 1, kDebug);
+}
+
+std::vector<Section> ReadAndPrintTables(Enclosure& enclosure, const Task& task,
+                                        const std::string& address) {
   std::vector<Section> sections;
-  if (options.isJson) {
-    ReadSections(enclosure, options.task,
-                 [&](const Section& section) { sections.push_back(section); });
-    PrintJson(std::cout, address, sections);
-    return sections;
-  }
   std::cout << address << '\n';
-  ReadSections(enclosure, options.task, [&](const Section& section) {
+  ReadSections(enclosure, task, [&](const Section& section) {
     sections.push_back(section);
     PrintSection(std::cout, section);
   });
   return sections;
 }
 
-int Run(const Options& options) {
-  ApplySettings(options);
-  // The zone of an IPv6 address may hold any byte.
-  const std::string address =
-      Standalone::EscapeControlBytes(AddressText(options.host, options.port));
-  TavrinConnection::ConnectionInfo info = MakeConnectionInfo(options);
-  ObtainPassword(options.passwordFile,
-                 fmt::format("Password of {} at {}: ",
-                             Standalone::EscapeControlBytes(options.userName), address),
-                 info.password);
+std::vector<Section> ReadAndPrintDocument(Enclosure& enclosure, const Task& task,
+                                          const std::string& address) {
+  std::vector<Section> sections;
+  ReadSections(enclosure, task, [&](const Section& section) { sections.push_back(section); });
+  PrintJson(std::cout, address, sections);
+  return sections;
+}
 
-  Console console(std::cerr, CanMoveCursor());
-  const unsigned int shownLevel =
-      options.verbosity == 0 ? 0 : std::min(options.verbosity + 1, kDebug);
-  Progress progress(console, shownLevel);
-  const LogRoute route(progress, std::max(shownLevel, kInfo));
-  console.ShowLine(fmt::format("connecting to {}; this takes at least 18 seconds", address));
-  Enclosure enclosure(info, progress);
-
-  const std::vector<Section> sections = ReadAndPrint(enclosure, options, address);
-  PrintFailures(std::cerr, sections);
+void RequireWholeOutput() {
   if (!std::cout) {
     throw std::runtime_error("standard output cannot be written");
   }
+}
+
+int Run(const Options& options) {
+  ApplySettings(options);
+  const std::string address = AddressText(options.host, options.port);
+  TavrinConnection::ConnectionInfo info = MakeConnectionInfo(options);
+  AskForPassword(options, address, info.password);
+
+  Console console(std::cerr, CanMoveCursor());
+  Progress progress(console, ShownLogLevel(options.verbosity));
+  const LogRoute route(progress, std::max(ShownLogLevel(options.verbosity), kInfo));
+  console.ShowLine(fmt::format("connecting to {}; this takes at least 18 seconds", address));
+  Enclosure enclosure(info, progress);
+
+  const auto readAndPrint = options.isJson ? ReadAndPrintDocument : ReadAndPrintTables;
+  const std::vector<Section> sections = readAndPrint(enclosure, options.task, address);
+  PrintFailures(std::cerr, sections);
+  RequireWholeOutput();
   return ExitCodeOf(sections);
 }
 
@@ -137,7 +148,7 @@ int RunCommandLine(int argc, const char* const* argv) {
 
 int main(int argc, char** argv) {
   try {
-    Tavrin::ForbidCoreFiles();
+    Tavrin::ForbidMemoryImages();
     return Tavrin::RunCommandLine(argc, argv);
   } catch (const Tavrin::UsageError& error) {
     std::cerr << "smm-inventory: " << error.what() << '\n';

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "module/smm/smm_inventory/SMMInventory.h"
+#include "platform/SMMInfo.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/logger/LogControl.h"

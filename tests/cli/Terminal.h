@@ -1,0 +1,76 @@
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <string>
+
+namespace Tavrin {
+
+/// A terminal for a program to run on, and what a person at it sees and types.
+class Terminal {
+ public:
+  Terminal() {
+    std::array<char, 128> name{};
+    EXPECT_EQ(openpty(&person_, &program_, name.data(), nullptr, nullptr), 0);
+    // What the test holds must not reach the program, or end of file would never come.
+    fcntl(person_, F_SETFD, FD_CLOEXEC);
+    fcntl(program_, F_SETFD, FD_CLOEXEC);
+    name_ = name.data();
+  }
+  ~Terminal() {
+    close(person_);
+    close(program_);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  const std::string& Name() const { return name_; }
+  const std::string& Seen() const { return seen_; }
+
+  void ReadUntil(const std::string& text) {
+    while (seen_.find(text) == std::string::npos) {
+      ASSERT_TRUE(Read()) << seen_;
+    }
+  }
+  /// Reads until the program is gone. Its side of the terminal cannot be looked at afterwards.
+  void ReadToEnd() {
+    close(program_);
+    program_ = -1;
+    while (Read()) {
+    }
+  }
+  void Type(const std::string& keys) const {
+    EXPECT_EQ(write(person_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+  }
+  termios Settings() const {
+    termios settings{};
+    EXPECT_EQ(tcgetattr(program_, &settings), 0);
+    return settings;
+  }
+  bool Echoes() const { return (Settings().c_lflag & ECHO) != 0; }
+  bool HasInput() const {
+    fcntl(program_, F_SETFL, O_NONBLOCK);
+    char byte = 0;
+    return read(program_, &byte, 1) == 1;
+  }
+
+ private:
+  bool Read() {
+    std::array<char, 256> buffer{};
+    const ssize_t count = read(person_, buffer.data(), buffer.size());
+    seen_.append(buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+    return count > 0;
+  }
+
+  std::string name_;
+  std::string seen_;
+  int person_ = -1;
+  int program_ = -1;
+};
+
+}  // namespace Tavrin

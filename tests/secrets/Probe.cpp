@@ -1,0 +1,61 @@
+// A program as any user of the library: asks an SMM everything, then speaks to it through the
+// client alone. Its log goes where the standalone logger puts it; nothing else is printed.
+// usage: secrets_probe HOST PORT USER < password
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "module/smm/smm_inventory/SMMInventory.h"
+#include "platform/IpmiClient.h"
+
+// Takes the place of the C library's, so that the pauses of construction take no time.
+extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }
+
+namespace Tavrin {
+namespace {
+
+void AskEverything(const TavrinConnection::ConnectionInfo& info) {
+  SMMInventory inventory(info);
+  std::string text;
+  inventory.GetSmmMT(text);
+  inventory.GetSmmSN(text);
+  inventory.GetSmmVersion(text);
+  inventory.GetSmmName(text);
+  ChassisPowerCon power;
+  inventory.GetChassisPowerConsumption(power);
+  inventory.GetNodePowerConsumption(1, power);
+  ChassisPowerCap caps;
+  inventory.GetChassisPowerCap(caps);
+  NodeStatus node;
+  inventory.GetNodeStatus(1, node);
+  std::vector<PSUFanSpeed> fans;
+  inventory.GetPSUFanSpeed(fans);
+  std::vector<PSUFwInfo> firmware;
+  inventory.GetPSUFwInfo(firmware);
+  std::vector<PSUStatus> flags;
+  inventory.GetPSUStatus(flags);
+  inventory.SelectPSU(1);
+}
+
+void AskThroughClient(const TavrinConnection::ConnectionInfo& info) {
+  IpmiClient client(info.address, info.userName, info.password, std::to_string(info.port), 3);
+  client.connect();
+  std::vector<std::uint8_t> response;
+  std::uint8_t completionCode = 0;
+  client.send({0xA8, {}, 0x32}, response, completionCode);
+  client.disconnect();
+}
+
+}  // namespace
+}  // namespace Tavrin
+
+int main(int /*argc*/, char** argv) {
+  Tavrin::TavrinConnection::ConnectionInfo info;
+  info.address = argv[1];
+  info.port = static_cast<std::uint16_t>(std::stoul(argv[2]));
+  info.userName = argv[3];
+  std::getline(std::cin, info.password);
+  info.connectionKind = 7;
+  Tavrin::AskEverything(info);
+  Tavrin::AskThroughClient(info);
+}
