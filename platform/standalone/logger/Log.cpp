@@ -51,7 +51,7 @@ spdlog::level::level_enum Severity(unsigned int level) {
   return severities.at(std::min(level, kHighestLevel));
 }
 
-void Write(const LogLine& line) {
+void HandOn(const LogLine& line) {
   Output& output = TheOutput();
   const std::lock_guard<std::mutex> lock(output.mutex);
   if (output.handler) {
@@ -60,6 +60,14 @@ void Write(const LogLine& line) {
   }
   const std::string whole = line.source + ":" + std::to_string(line.line) + ": " + line.text;
   output.console.log(Severity(line.level), Standalone::EscapeControlBytes(whole));
+}
+
+void Write(const LogLine& line) {
+  try {
+    HandOn(line);
+  } catch (...) {
+    // The line is lost: it comes from a destructor, and throwing out of one would end the program.
+  }
 }
 
 /// The threshold, and what is still to be said about the environment's.
@@ -95,10 +103,10 @@ void ReportRejectedLevel(Threshold& threshold) {
   if (!threshold.reportDue.exchange(false)) {
     return;
   }
-  Log(1, "platform/standalone/logger/Log", __LINE__).Stream()
-      << kLevelKey << " is \"" << threshold.rejected
-      << "\"; expected 0 (off), 1 (error), 2 (warning), 3 (info) or 4 (debug); " << kDefaultLevel
-      << " holds";
+  Write({1, "platform/standalone/logger/Log", __LINE__,
+         std::string(kLevelKey) + " is \"" + threshold.rejected +
+             "\"; expected 0 (off), 1 (error), 2 (warning), 3 (info) or 4 (debug); " +
+             std::to_string(kDefaultLevel) + " holds"});
 }
 
 }  // namespace
@@ -122,13 +130,7 @@ Log::Log(unsigned int level, const std::string& sourcePath, unsigned int line)
   ReportRejectedLevel(TheThreshold());
 }
 
-Log::~Log() {
-  try {
-    Write({state_->level, state_->source, state_->line, state_->text.str()});
-  } catch (...) {
-    // The line is lost: throwing out of here would end the program.
-  }
-}
+Log::~Log() { Write({state_->level, state_->source, state_->line, state_->text.str()}); }
 
 std::ostream& Log::Stream() { return state_->text; }
 
