@@ -30,8 +30,8 @@ TEST(CipherSuite, IdsThatTheClientSpeaksAreTaken) {
 }
 
 TEST(CipherSuite, OtherTextIsRefusedByName) {
-  for (const std::string text :
-       {"", "4", "5", "9", "10", "13", "14", "18", "-1", "+3", "x", "3 ", "3.0", "99999999999"}) {
+  for (const std::string text : {"", "4", "5", "9", "10", "13", "14", "18", "-1", "+3", "x", "3 ",
+                                 "03", "3.0", "99999999999"}) {
     SCOPED_TRACE(text);
     EXPECT_EQ(RefusalOf([&] { ParseCipherSuite(text); }),
               "cipher suite is \"" + text +

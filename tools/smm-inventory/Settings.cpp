@@ -5,10 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
-#include <optional>
+#include <string>
 #include <string_view>
 
-#include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tools/smm-inventory/UsageError.h"
 
@@ -70,8 +69,9 @@ int ParsePrivilege(const std::string& text) {
 }
 
 int ParseCipherSuite(const std::string& text) {
-  const std::optional<int> id = Standalone::ParseStrictly(text);
-  if (!id || std::find(kCipherSuites.begin(), kCipherSuites.end(), *id) == kCipherSuites.end()) {
+  const auto* const id = std::find_if(kCipherSuites.begin(), kCipherSuites.end(),
+                                      [&text](int known) { return std::to_string(known) == text; });
+  if (id == kCipherSuites.end()) {
     Refuse("cipher suite", text, CipherSuiteIds());
   }
   return *id;
