@@ -8,7 +8,6 @@
 namespace Tavrin::Simulator {
 namespace {
 
-constexpr unsigned int kSessionTimeoutMs = 1200;
 constexpr unsigned int kRetransmissionTimeoutMs = 500;
 
 }  // namespace
@@ -26,13 +25,14 @@ struct RawSession::State {
 };
 
 RawSession::RawSession(const std::string& address, const std::string& user,
-                       const std::string& password, unsigned int cipherSuite)
+                       const std::string& password, unsigned int cipherSuite,
+                       std::chrono::milliseconds timeout)
     : state_(std::make_unique<State>()) {
   if (ipmi_ctx_open_outofband_2_0(
           state_->context, address.c_str(), user.c_str(), password.c_str(), nullptr, 0,
-          IPMI_PRIVILEGE_LEVEL_ADMIN, static_cast<std::uint8_t>(cipherSuite), kSessionTimeoutMs,
-          kRetransmissionTimeoutMs, IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_OPEN_SESSION_PRIVILEGE,
-          IPMI_FLAGS_DEFAULT) != 0) {
+          IPMI_PRIVILEGE_LEVEL_ADMIN, static_cast<std::uint8_t>(cipherSuite),
+          static_cast<unsigned int>(timeout.count()), kRetransmissionTimeoutMs,
+          IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_OPEN_SESSION_PRIVILEGE, IPMI_FLAGS_DEFAULT) != 0) {
     throw std::runtime_error(ipmi_ctx_errormsg(state_->context));
   }
 }

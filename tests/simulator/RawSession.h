@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -11,13 +12,14 @@ namespace Tavrin::Simulator {
 class RawSession {
  public:
   /// Opens a session at `address` ("127.0.0.1:623"). Throws std::runtime_error with the cause when
-  /// it is refused.
+  /// it is refused. `timeout` is how long an answer may take, and how long the session may rest
+  /// before FreeIPMI takes it for gone; requests are repeated every 0.5 seconds.
   RawSession(const std::string& address, const std::string& user, const std::string& password,
-             unsigned int cipherSuite = 3);
+             unsigned int cipherSuite = 3,
+             std::chrono::milliseconds timeout = std::chrono::milliseconds(1200));
   ~RawSession();
 
-  /// The completion code followed by the data; empty when no answer came within the time-out of 1.2
-  /// seconds (requests are repeated every 0.5).
+  /// The completion code followed by the data; empty when no answer came within the time-out.
   Bytes Send(std::uint8_t netFn, std::uint8_t command, const Bytes& data = {});
 
  private:

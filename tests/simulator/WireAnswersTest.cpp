@@ -128,9 +128,11 @@ TEST(Credentials, WrongOnesAreRefused) {
 TEST(Sessions, OneUserCanHold63AtOnce) {
   const LauncherProcess launcher({"--generation", "1"});
   const std::string address = ReadReadyAddress(launcher);
+  // The first rests until the last is open, which takes seconds on a busy machine.
+  constexpr std::chrono::seconds kTimeout{20};
   std::vector<std::unique_ptr<RawSession>> sessions;
   for (int count = 0; count < 63; ++count) {
-    sessions.push_back(std::make_unique<RawSession>(address, "admin", "simulated"));
+    sessions.push_back(std::make_unique<RawSession>(address, "admin", "simulated", 3, kTimeout));
   }
   EXPECT_EQ(sessions.front()->Send(0x32, 0x01), Bytes{0xC1});
   EXPECT_EQ(sessions.back()->Send(0x32, 0x01), Bytes{0xC1});
