@@ -1,8 +1,11 @@
 // A program as any user of the library: asks an SMM everything, then speaks to it through the
-// client alone. Its log goes where the standalone logger puts it; nothing else is printed.
-// usage: secrets_probe HOST PORT USER < password
+// client alone. Its log goes where the standalone logger puts it; nothing else is printed. It stays
+// for a moment before it ends, so that whoever watches it gets to see it however quickly it was
+// refused. usage: secrets_probe HOST PORT USER < password
+#include <chrono>
 #include <iostream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "module/smm/smm_inventory/SMMInventory.h"
@@ -58,4 +61,5 @@ int main(int /*argc*/, char** argv) {
   info.connectionKind = 7;
   Tavrin::AskEverything(info);
   Tavrin::AskThroughClient(info);
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
 }
