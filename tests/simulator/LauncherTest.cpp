@@ -97,7 +97,7 @@ TEST(Launcher, DeathOfTheChildIsToldAndFails) {
 }
 
 TEST(Launcher, PortOfAnotherSimulatorIsRefused) {
-  const LauncherProcess first({"--generation", "1"});
+  LauncherProcess first({"--generation", "1"});
   const std::string address = ReadReadyAddress(first);
   const std::string port = address.substr(address.find(':') + 1);
   LauncherProcess second({"--generation", "1", "--port", port});

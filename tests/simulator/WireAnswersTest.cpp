@@ -61,7 +61,7 @@ struct KindCase {
 class OverTheWire : public testing::TestWithParam<KindCase> {};
 
 void ExpectEveryAnswerWhole(const KindCase& row) {
-  const LauncherProcess launcher(row.arguments);
+  LauncherProcess launcher(row.arguments);
   RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
   for (const Request& request : EveryRequest()) {
     EXPECT_EQ(session.Send(request.netFn, request.command, request.data),
@@ -80,7 +80,7 @@ TEST_F(OverIpv6, EveryAnswerArrivesWhole) {
 }
 
 TEST(PsuSelectionOverTheWire, StaysFromSessionToSession) {
-  const LauncherProcess launcher({"--generation", "1"});
+  LauncherProcess launcher({"--generation", "1"});
   const std::string address = ReadReadyAddress(launcher);
   EXPECT_EQ(RawSession(address, "admin", "simulated").Send(0x32, 0xF4, {0x00, 0x02}),
             (Bytes{0x00, 0x02}));
@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& instance) { return instance.param.name; });
 
 TEST(UnknownCommand, GetsInvalidCommandAcrossTheWholeOemFunction) {
-  const LauncherProcess launcher({"--generation", "1"});
+  LauncherProcess launcher({"--generation", "1"});
   RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
   EXPECT_EQ(session.Send(0x32, 0x00), Bytes{0xC1});
   EXPECT_EQ(session.Send(0x32, 0xFF, {0x01, 0x02}), Bytes{0xC1});
@@ -112,21 +112,20 @@ TEST(Credentials, LongestNameAndPasswordOfAnyBytesAreAccepted) {
   ASSERT_EQ(user.size(), 16U);
   ASSERT_EQ(password.size(), 20U);
   const TemporaryFile file(password + "\n");
-  const LauncherProcess launcher(
-      {"--generation", "1", "--user", user, "--password-file", file.Path()});
+  LauncherProcess launcher({"--generation", "1", "--user", user, "--password-file", file.Path()});
   RawSession session(ReadReadyAddress(launcher), user, password);
   EXPECT_EQ(session.Send(0x32, 0x01), Bytes{0xC1});
 }
 
 TEST(Credentials, WrongOnesAreRefused) {
-  const LauncherProcess launcher({"--generation", "1"});
+  LauncherProcess launcher({"--generation", "1"});
   const std::string address = ReadReadyAddress(launcher);
   EXPECT_THROW(RawSession(address, "admin", "simulate"), std::runtime_error);
   EXPECT_THROW(RawSession(address, "unset", "unset"), std::runtime_error);
 }
 
 TEST(Sessions, OneUserCanHold63AtOnce) {
-  const LauncherProcess launcher({"--generation", "1"});
+  LauncherProcess launcher({"--generation", "1"});
   const std::string address = ReadReadyAddress(launcher);
   // The first rests until the last is open, which takes seconds on a busy machine.
   constexpr std::chrono::seconds kTimeout{20};
@@ -156,7 +155,7 @@ class Faulty {
 
 TEST(ScenarioOverTheWire, ChangedEnclosureAnswersChanged) {
   const TemporaryFile file(R"({"enclosure": {"nodes": {"1": {"powerState": "off"}}}})");
-  const LauncherProcess launcher({"--generation", "1", "--scenario", file.Path()});
+  LauncherProcess launcher({"--generation", "1", "--scenario", file.Path()});
   RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
   EXPECT_EQ(session.Send(0x32, 0xA7, {0x01}), (Bytes{0x00, 0x00, 0x01, 0x02, 0x11}));
 }

@@ -16,8 +16,11 @@ std::vector<std::string> Arguments(const std::vector<std::string>& options,
 
 }  // namespace
 
-std::string ReadReadyAddress(const Child& launcher) {
+std::string ReadReadyAddress(Child& launcher) {
   const std::string line = launcher.ReadLine();
+  if (line.empty()) {
+    throw std::runtime_error("the simulator did not start: " + launcher.Wait().error);
+  }
   return line.substr(line.rfind(' ') + 1);
 }
 
@@ -27,11 +30,7 @@ SimulatedSmm::SimulatedSmm(const std::vector<std::string>& options, const std::s
       scenario_(scenario),
       child_(Arguments(options, password_.Path(), scenario_.Path()),
              {"PATH=/usr/bin:/bin:/usr/sbin"}),
-      address_(ReadReadyAddress(child_)) {
-  if (address_.empty()) {
-    throw std::runtime_error("the simulator did not start: " + child_.Wait().error);
-  }
-}
+      address_(ReadReadyAddress(child_)) {}
 
 std::string SimulatedSmm::Host() const {
   std::string host = address_.substr(0, address_.rfind(':'));

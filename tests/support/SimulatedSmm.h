@@ -8,9 +8,9 @@
 
 namespace Tavrin {
 
-/// The address from the line that tells that the launcher is ready, which this reads; empty when
-/// the launcher ended without it.
-std::string ReadReadyAddress(const Child& launcher);
+/// The address from the line that tells that the launcher is ready, which this reads. Throws
+/// std::runtime_error with what the launcher said when it ended without that line.
+std::string ReadReadyAddress(Child& launcher);
 
 /// A simulated enclosure on loopback, whose user is "admin". It is ended with the object.
 class SimulatedSmm {
