@@ -5,7 +5,7 @@
 // Beside the time of one query, each benchmark counts, per query:
 // - allocations, allocated_bytes: everything that was asked of `operator new` from the call of the
 //   operation to its end: by the library, by what the platform's signatures force (the vectors of
-//   request and answer, the strings for a key or a source path), by the output argument, which is
+//   request and answer, the string for a source path), by the output argument, which is
 //   a fresh one for each query, and by the logger, which keeps each line in a stream. The client
 //   and the configuration allocate nothing of their own.
 // - lines: log objects constructed. 0 at threshold 0, where nothing is to be composed either.
