@@ -1,5 +1,7 @@
 #include "module/smm/smm_inventory/impl/ByteReader.h"
 
+#include <algorithm>
+
 namespace Tavrin {
 namespace {
 
@@ -25,11 +27,9 @@ std::string ByteReader::Characters(std::size_t count) {
 }
 
 std::string ByteReader::PrintableRun() {
-  std::string text;
-  while (!failed_ && position_ < answer_.size() && IsPrintableAscii(answer_[position_])) {
-    text += static_cast<char>(answer_[position_++]);
-  }
-  return text;
+  const auto begin = answer_.begin() + static_cast<std::ptrdiff_t>(position_);
+  const auto end = std::find_if_not(begin, answer_.end(), IsPrintableAscii);
+  return Characters(static_cast<std::size_t>(end - begin));
 }
 
 void ByteReader::Skip(std::size_t count) { Take(count); }

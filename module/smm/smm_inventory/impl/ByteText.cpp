@@ -4,11 +4,20 @@
 #include <charconv>
 
 namespace Tavrin {
+namespace {
 
-std::string Hex(std::uint32_t number) {
+void AppendHex(std::string& text, std::uint32_t number) {
   std::array<char, 8> digits{};
   const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16);
-  return {digits.data(), result.ptr};
+  text.append(digits.data(), static_cast<std::size_t>(result.ptr - digits.data()));
+}
+
+}  // namespace
+
+std::string Hex(std::uint32_t number) {
+  std::string text;
+  AppendHex(text, number);
+  return text;
 }
 
 std::string DottedHex(std::uint8_t first, std::uint8_t second) {
@@ -36,8 +45,10 @@ std::string HexRendering(const std::vector<std::uint8_t>& bytes) {
   std::string text;
   text.reserve(5 * bytes.size());
   for (const std::uint8_t byte : bytes) {
-    text += "0x";
-    text += Hex(byte);
+    // One by one: appending a text is a call into the C++ library, appending a character is none.
+    text += '0';
+    text += 'x';
+    AppendHex(text, byte);
     text += ' ';
   }
   return text;

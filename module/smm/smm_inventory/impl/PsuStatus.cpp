@@ -58,12 +58,10 @@ PsuStatusFlags DecodeSecondGenerationPsuStatus(const std::vector<std::uint8_t>& 
 }
 
 PSUStatus ToPsuStatus(const PsuStatusFlags& flags, std::uint64_t psuIndex) {
-  PSUStatus status;
-  status.epow = IsSet(flags.epow, psuIndex) ? "trigger" : "not trigger";
-  status.throttle = IsSet(flags.throttle, psuIndex) ? "trigger" : "not trigger";
-  status.present = IsSet(flags.present, psuIndex) ? "present" : "not present";
-  status.powerGood = IsSet(flags.powerGood, psuIndex) ? "power good" : "not power good";
-  return status;
+  return {IsSet(flags.epow, psuIndex) ? "trigger" : "not trigger",
+          IsSet(flags.throttle, psuIndex) ? "trigger" : "not trigger",
+          IsSet(flags.present, psuIndex) ? "present" : "not present",
+          IsSet(flags.powerGood, psuIndex) ? "power good" : "not power good"};
 }
 
 std::string PsuStatusFlagsText(const PsuStatusFlags& flags, std::uint64_t psuCount) {

@@ -97,10 +97,9 @@ constexpr std::uint8_t kSelectPsuLead = 0x00;
 
 bool AdmitsIpmi(std::int32_t connectionKind) { return connectionKind == 1 || connectionKind == 7; }
 
-// Connects with as many attempts as the configuration allows, without a pause between them. Returns
-// what the last attempt returned, and counts no attempt at all as a failure worth retrying.
-int Connect(IpmiClient& client) {
-  const int attempts = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", kDefaultConnectAttempts);
+// Connects with as many attempts as are allowed, without a pause between them. Returns what the
+// last attempt returned, and counts no attempt at all as a failure worth retrying.
+int Connect(IpmiClient& client, int attempts) {
   int result = kWorthRetrying;
   for (int attempt = 0; attempt < attempts && result == kWorthRetrying; ++attempt) {
     result = client.connect();
@@ -151,7 +150,8 @@ int SMMInventoryImpl::SendIpmiCmd(const IPMICOMMAND& request, std::vector<std::u
   }
 
   IpmiClient client(address, userName, password, std::to_string(port), kCipherSuite);
-  const int error = Connect(client);
+  const int error =
+      Connect(client, GetGlobalConfigValue(connectAttemptsKey_, kDefaultConnectAttempts));
   if (error != kConnected) {
     response.clear();
     completionCode = kNoAnswer;
@@ -511,9 +511,9 @@ int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
     return status;
   }
 
-  // The caller finds one record a PSU, empty when the answer turns out to be of no use.
-  out.assign(psuSlotCount, PSUStatus{});
   if (!answer.IsUsable(kPsuStatusMinimumLength)) {
+    // The caller finds one record a PSU all the same, with empty texts.
+    out.assign(psuSlotCount, PSUStatus{});
     SMM_LOG(kDebug) << "The gotted PSU status is :\n"
                     << "\nGet PSU statue failed with completionCode is "
                     << std::to_string(answer.completionCode) << ", response.size() is "
@@ -523,8 +523,10 @@ int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
 
   const PsuStatusFlags flags = IsSecondGeneration() ? DecodeSecondGenerationPsuStatus(answer.bytes)
                                                     : DecodeFirstGenerationPsuStatus(answer.bytes);
+  out.clear();
+  out.reserve(psuSlotCount);
   for (std::uint64_t index = 0; index < psuSlotCount; ++index) {
-    out[index] = ToPsuStatus(flags, index);
+    out.push_back(ToPsuStatus(flags, index));
   }
   SMM_LOG(kDebug) << "The gotted PSU status is :\n" << PsuStatusFlagsText(flags, psuSlotCount);
   return StatusCode::Success;

@@ -81,6 +81,9 @@ class SMMInventoryImpl : public TavrinConnection::ConnectionInfo {
   /// Removes the bytes that a second-generation SMM puts in front of an answer. Throws
   /// std::bad_alloc when the response holds fewer than `count`.
   void TrimSmm2Response(std::vector<std::uint8_t>& response, std::size_t count);
+
+  /// Asked of the configuration in every exchange; kept, so that none allocates it anew.
+  const std::string connectAttemptsKey_ = "IPMI_CONNECT_RETRY_TIMES";
 };
 
 }  // namespace Tavrin

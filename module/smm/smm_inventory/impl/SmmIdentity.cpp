@@ -15,12 +15,10 @@ bool IsAlphanumericAscii(char character) {
 }
 
 // The blank is the only white space that a printable run can hold.
-std::string WithoutOuterBlanks(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string::npos) {
-    return {};
-  }
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+std::string WithoutOuterBlanks(std::string text) {
+  text.erase(text.find_last_not_of(' ') + 1);
+  text.erase(0, text.find_first_not_of(' '));
+  return text;
 }
 
 }  // namespace

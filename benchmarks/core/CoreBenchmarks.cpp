@@ -1,0 +1,216 @@
+// What each operation of SMMInventory costs besides the waiting for the SMM, for both generations
+// and with the log off (threshold 0) and at its most verbose (threshold 4). Doubles stand behind
+// the platform, and pauses take no time.
+//
+// Beside the time of one query, each benchmark counts, per query:
+// - allocations, allocated_bytes: everything that was asked of `operator new` from the call of the
+//   operation to its end: by the library, by what the platform's signatures force (the vectors of
+//   request and answer, the string for a source path), by the output argument, which is
+//   a fresh one for each query, and by the logger, which keeps each line in a stream. The client
+//   and the configuration allocate nothing of their own.
+// - lines: log objects constructed. 0 at threshold 0, where nothing is to be composed either.
+// - exchanges: requests sent.
+// - above_double_ns, for a query of a single exchange with the log off: how much longer it takes
+//   than the same calls of the client with the same arguments, made without the library.
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "benchmarks/core/AllocationCount.h"
+#include "benchmarks/core/PlatformDouble.h"
+#include "module/smm/smm_inventory/SMMInventory.h"
+
+namespace Tavrin {
+namespace {
+
+using Query = int (*)(SMMInventory& inventory);
+
+struct Operation {
+  const char* name;
+  Query query;
+};
+
+template <typename Output>
+using Getter = int (SMMInventory::*)(Output&);
+
+template <typename Output, Getter<Output> getter>
+int Get(SMMInventory& inventory) {
+  Output output;
+  return (inventory.*getter)(output);
+}
+
+template <typename Output>
+using NodeGetter = int (SMMInventory::*)(unsigned long, Output&);
+
+template <typename Output, NodeGetter<Output> getter>
+int GetOfNode(SMMInventory& inventory) {
+  Output output;
+  return (inventory.*getter)(2, output);
+}
+
+int Construct(SMMInventory& /*inventory*/) {
+  static const TavrinConnection::ConnectionInfo settings = Double::ConnectionSettings();
+  return SMMInventory(settings).GetNodeNub() > 0 ? StatusCode::Success : StatusCode::NoUsableResult;
+}
+
+int GetNodeNub(SMMInventory& inventory) {
+  return inventory.GetNodeNub() > 0 ? StatusCode::Success : StatusCode::NoUsableResult;
+}
+
+int SelectPsu(SMMInventory& inventory) { return inventory.SelectPSU(2); }
+
+constexpr std::array kOperations = {
+    Operation{"Construction", Construct},
+    Operation{"GetSmmMT", Get<std::string, &SMMInventory::GetSmmMT>},
+    Operation{"GetSmmSN", Get<std::string, &SMMInventory::GetSmmSN>},
+    Operation{"GetSmmVersion", Get<std::string, &SMMInventory::GetSmmVersion>},
+    Operation{"GetSmmName", Get<std::string, &SMMInventory::GetSmmName>},
+    Operation{"GetChassisPowerConsumption",
+              Get<ChassisPowerCon, &SMMInventory::GetChassisPowerConsumption>},
+    Operation{"GetChassisPowerCap", Get<ChassisPowerCap, &SMMInventory::GetChassisPowerCap>},
+    Operation{"GetNodePowerConsumption",
+              GetOfNode<ChassisPowerCon, &SMMInventory::GetNodePowerConsumption>},
+    Operation{"GetPSUFanSpeed", Get<std::vector<PSUFanSpeed>, &SMMInventory::GetPSUFanSpeed>},
+    Operation{"GetPSUFwInfo", Get<std::vector<PSUFwInfo>, &SMMInventory::GetPSUFwInfo>},
+    Operation{"GetPSUStatus", Get<std::vector<PSUStatus>, &SMMInventory::GetPSUStatus>},
+    Operation{"SelectPSU", SelectPsu},
+    Operation{"GetNodeStatus", GetOfNode<NodeStatus, &SMMInventory::GetNodeStatus>},
+    Operation{"GetSMMStatus", Get<SMMStatus, &SMMInventory::GetSMMStatus>},
+    Operation{"GetNodeNub", GetNodeNub},
+};
+
+/// The client's part of an exchange, with the arguments that the library gives it.
+class BareExchange {
+ public:
+  explicit BareExchange(IPMICOMMAND request) : request_(std::move(request)) {}
+
+  void operator()() const {
+    std::vector<std::uint8_t> response;
+    std::uint8_t completionCode = 0;
+    IpmiClient client(settings_.address, settings_.userName, settings_.password, port_, 3);
+    benchmark::DoNotOptimize(client.connect());
+    client.send(request_, response, completionCode);
+    client.disconnect();
+    benchmark::DoNotOptimize(response.data());
+  }
+
+ private:
+  TavrinConnection::ConnectionInfo settings_ = Double::ConnectionSettings();
+  std::string port_ = std::to_string(settings_.port);
+  IPMICOMMAND request_;
+};
+
+/// The time that one of many calls in a row takes.
+template <typename Call>
+double NanosecondsPerCall(Call call) {
+  constexpr int kCalls = 500;
+  const auto begin = std::chrono::steady_clock::now();
+  for (int i = 0; i < kCalls; ++i) {
+    call();
+  }
+  const std::chrono::duration<double, std::nano> elapsed = std::chrono::steady_clock::now() - begin;
+  return elapsed.count() / kCalls;
+}
+
+/// The median of many differences, each between two measurements right after one another, so that
+/// what else the machine does disturbs both alike or one difference among many.
+double NanosecondsAboveDouble(SMMInventory& inventory, Query query) {
+  IPMICOMMAND request;
+  Double::ThePlatform().lastRequest = &request;
+  query(inventory);
+  Double::ThePlatform().lastRequest = nullptr;
+  const BareExchange bareExchange(request);
+
+  constexpr std::size_t kPairs = 101;
+  std::array<double, kPairs> differences{};
+  for (double& difference : differences) {
+    const double whole = NanosecondsPerCall([&] { benchmark::DoNotOptimize(query(inventory)); });
+    difference = whole - NanosecondsPerCall(bareExchange);
+  }
+  std::nth_element(differences.begin(), differences.begin() + kPairs / 2, differences.end());
+  return differences[kPairs / 2];
+}
+
+void Measure(benchmark::State& state, Query query) {
+  SMMInventory inventory(Double::ConnectionSettings());
+
+  const Double::Tally tallyBefore = Double::TallyOfThisThread();
+  const AllocationCount allocationsBefore = AllocationsSoFar();
+  const int status = query(inventory);
+  const AllocationCount allocations = AllocationsSoFar();
+  const Double::Tally tally = Double::TallyOfThisThread();
+  if (status != StatusCode::Success) {
+    state.SkipWithError("the query failed");
+    return;
+  }
+
+  for ([[maybe_unused]] auto _ : state) {
+    benchmark::DoNotOptimize(query(inventory));
+  }
+
+  const auto exchanges = tally.exchanges - tallyBefore.exchanges;
+  state.counters["allocations"] =
+      static_cast<double>(allocations.allocations - allocationsBefore.allocations);
+  state.counters["allocated_bytes"] =
+      static_cast<double>(allocations.bytes - allocationsBefore.bytes);
+  state.counters["lines"] = static_cast<double>(tally.lines - tallyBefore.lines);
+  state.counters["exchanges"] = static_cast<double>(exchanges);
+  if (exchanges == 1 && Double::ThePlatform().logThreshold == 0) {
+    state.counters["above_double_ns"] = NanosecondsAboveDouble(inventory, query);
+  }
+}
+
+void MeasureOperation(benchmark::State& state, Query query) {
+  Double::ThePlatform() =
+      Double::PlatformOf(state.range(0) == 2 ? SMM_SECOND_GENERATION : SMM_FIRST_GENERATION);
+  Double::ThePlatform().logThreshold = static_cast<unsigned int>(state.range(1));
+  Measure(state, query);
+}
+
+/// The longest answer that is measured, where it is logged the most often: as it came and, on a
+/// second-generation SMM, once more without the bytes in front. All of it is one text.
+void MeasureLongAnswer(benchmark::State& state) {
+  constexpr std::size_t kLongest = 256;
+  Double::ThePlatform() = Double::PlatformOf(SMM_SECOND_GENERATION);
+  Double::ThePlatform().logThreshold = static_cast<unsigned int>(state.range(0));
+  Double::ThePlatform().answers.name.resize(kLongest, 'n');
+  Measure(state, Get<std::string, &SMMInventory::GetSmmName>);
+}
+
+void RegisterAll() {
+  for (const Operation& operation : kOperations) {
+    benchmark::RegisterBenchmark(operation.name, MeasureOperation, operation.query)
+        ->ArgNames({"generation", "threshold"})
+        ->ArgsProduct({{1, 2}, {0, 4}});
+  }
+  benchmark::RegisterBenchmark("LongAnswer", MeasureLongAnswer)->ArgName("threshold")->Arg(4);
+}
+
+}  // namespace
+}  // namespace Tavrin
+
+int main(int argc, char** argv) {
+  // A tenth of a second for each is plenty for queries of less than a microsecond. An option given
+  // by the user comes later and wins.
+  std::string minimumTime = "--benchmark_min_time=0.1";
+  std::vector<char*> arguments(argv, argv + argc);
+  arguments.insert(arguments.begin() + 1, minimumTime.data());
+  arguments.push_back(nullptr);
+  int count = argc + 1;
+
+  benchmark::Initialize(&count, arguments.data());
+  if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
+    return 2;
+  }
+  Tavrin::RegisterAll();
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

@@ -1,0 +1,216 @@
+#include "benchmarks/core/PlatformDouble.h"
+
+#include <ctime>
+#include <locale>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include "platform/GlobalConfig.h"
+#include "platform/Log.h"
+
+namespace Tavrin::Double {
+namespace {
+
+Bytes BytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+// A register of 32 bytes, of which the first two are looked at.
+Bytes Position() {
+  Bytes position(32);
+  position[0] = 0x0A;
+  position[1] = 0x01;
+  return position;
+}
+
+Answers FirstGenerationAnswers() {
+  Answers answers;
+  answers.status = {0x01, 0x05, 0xA1, 0xA2, 0xA3, 'F', 'G', 'E', 'N', '7', '0', 0, 0, 0};
+  answers.machineType = BytesOf({'1', 'Q', 'A', '4', 0, 0, 0, 0});
+  answers.serialNumber = BytesOf("  SIM100010001  ");
+  answers.name = BytesOf("first rack, enclosure 17");
+  answers.power = {0x34, 0x12, 0x78, 0x16, 0xBC, 0x1A};
+  answers.powerCap = {0x62, 0x02, 0x48, 0x0D, 0x86, 0x0B, 0x34, 0x08, 0xC4, 0x09};
+  answers.psuFan = {0x10, 0x27, 0x32, 0x02};
+  answers.psuVersion = {0x0A, 0x01};
+  answers.psuManufacturer = {0x04, 'A', 'B', 'C', 'D'};
+  answers.psuPosition = Position();
+  answers.psuStatus = {0x00, 0x02, 0x03, 0x01, 0x00, 0x00};
+  answers.psuSelection = {0x00};
+  answers.nodeStatus = {0x80, 0x01, 0x01, 0x00};
+  return answers;
+}
+
+Answers SecondGenerationAnswers() {
+  Answers answers;
+  answers.status = {0xFD, 0x02, 0x1A, 0xB1, 0xB2, 0xB3, 'S', 'G', 'E', 'N', '3', '0', 0, 0x03};
+  answers.machineType = BytesOf({0x05, 0x00, '2', 'Q', 'C', '9', 0, 0, 0, 0});
+  answers.serialNumber = BytesOf("\x05\x01  SIM253012530  ");
+  answers.name = BytesOf("\x05\x0Bsecond rack, enclosure 4");
+  answers.power = {0xAA, 0x34, 0x12, 0x78, 0x16, 0xBC, 0x1A};
+  answers.powerCap = {0xAA, 0xA2, 0x08, 0xE4, 0x25, 0x8C, 0x23, 0xB0, 0x1D, 0x6C, 0x20};
+  answers.psuFan = {0xAA, 0x10, 0x27, 0x32, 0x20, 0x28, 0x33, 0x02};
+  answers.psuVersion = {0x0A, 0x01};
+  answers.psuManufacturer = {'A', 'B', 'C', 'D', 0x00};
+  answers.psuPosition = Position();
+  answers.psuStatus = {0x00, 0x11, 0x02, 0x33, 0x03, 0x55, 0x01, 0x77};
+  answers.psuSelection = {0x00};
+  answers.nodeStatus = {0xAA, 0x80, 0x02, 0x01, 0x20};
+  return answers;
+}
+
+const Bytes& IdentityAnswer(std::uint8_t item) {
+  const Answers& answers = ThePlatform().answers;
+  switch (item) {
+    case 0x00:
+      return answers.machineType;
+    case 0x01:
+      return answers.serialNumber;
+    default:
+      return answers.name;
+  }
+}
+
+const Bytes& RegisterAnswer(std::uint8_t psuRegister) {
+  const Answers& answers = ThePlatform().answers;
+  switch (psuRegister) {
+    case 0xFC:
+      return answers.psuVersion;
+    case 0x99:
+      return answers.psuManufacturer;
+    default:
+      return answers.psuPosition;
+  }
+}
+
+const Bytes& AnswerTo(const IPMICOMMAND& request) {
+  const Answers& answers = ThePlatform().answers;
+  switch (request.cmd) {
+    case 0x52:
+    case 0x92:
+      return RegisterAnswer(request.data.back());
+    case 0x91:
+      return answers.psuStatus;
+    case 0x98:
+      return answers.power;
+    case 0x9D:
+      return answers.powerCap;
+    case 0xA5:
+      return answers.psuFan;
+    case 0xA7:
+      return answers.nodeStatus;
+    case 0xA8:
+      return answers.status;
+    case 0xB0:
+      return IdentityAnswer(request.data.back());
+    default:
+      return answers.psuSelection;
+  }
+}
+
+}  // namespace
+
+Platform& ThePlatform() {
+  static Platform platform;
+  return platform;
+}
+
+Platform PlatformOf(SMMIype generation) {
+  Platform platform;
+  platform.generation = generation;
+  platform.answers =
+      generation == SMM_SECOND_GENERATION ? SecondGenerationAnswers() : FirstGenerationAnswers();
+  return platform;
+}
+
+TavrinConnection::ConnectionInfo ConnectionSettings() {
+  TavrinConnection::ConnectionInfo settings;
+  settings.address = "192.0.2.17";
+  settings.port = 623;
+  settings.userName = "operator-7";
+  settings.password = "correct horse";
+  settings.connectionKind = 1;
+  return settings;
+}
+
+Tally& TallyOfThisThread() {
+  thread_local Tally tally;
+  return tally;
+}
+
+}  // namespace Tavrin::Double
+
+namespace Tavrin {
+
+using Double::TallyOfThisThread;
+using Double::ThePlatform;
+
+struct IpmiClient::State {};
+
+IpmiClient::IpmiClient(const std::string& /*address*/, const std::string& /*userName*/,
+                       const std::string& /*password*/, const std::string& /*port*/,
+                       unsigned long /*cipherSuite*/) {}
+
+IpmiClient::~IpmiClient() = default;
+
+int IpmiClient::connect() { return 0; }
+
+int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
+                     std::uint8_t& completionCode) {
+  const Double::Platform& platform = ThePlatform();
+  ++TallyOfThisThread().exchanges;
+  if (platform.lastRequest != nullptr) {
+    *platform.lastRequest = request;
+  }
+  if (platform.answerTime.count() != 0) {
+    std::this_thread::sleep_for(platform.answerTime);
+  }
+  response = Double::AnswerTo(request);
+  completionCode = 0;
+  return 0;
+}
+
+int IpmiClient::disconnect() { return 0; }
+
+int GetGlobalConfigValue(const std::string& /*key*/, int defaultValue) { return defaultValue; }
+
+// The text is collected in a stream and handed over as a string, as a logger does that writes it.
+struct Log::State {
+  std::ostringstream text;
+};
+
+Log::Log(unsigned int /*level*/, const std::string& /*sourcePath*/, unsigned int /*line*/)
+    : state_(std::make_unique<State>()) {
+  ++TallyOfThisThread().lines;
+}
+
+Log::~Log() {
+  const std::string text = state_->text.str();
+  volatile const char* const written = text.data();
+  static_cast<void>(*written);
+}
+
+std::ostream& Log::Stream() { return state_->text; }
+
+unsigned int Log::GetMinLogLevel() { return ThePlatform().logThreshold; }
+
+struct SMMInfo::State {};
+
+SMMInfo::SMMInfo(const TavrinConnection::ConnectionInfo& /*info*/) {}
+
+SMMInfo::~SMMInfo() = default;
+
+int SMMInfo::GetSmmType(SMMIype& type) {
+  type = ThePlatform().generation;
+  return 0;
+}
+
+}  // namespace Tavrin
+
+extern "C" unsigned int sleep(unsigned int seconds) {
+  Tavrin::TallyOfThisThread().secondsOfPauses += seconds;
+  if (Tavrin::ThePlatform().pausesAreReal) {
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+  }
+  return 0;
+}
