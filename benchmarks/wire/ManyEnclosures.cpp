@@ -1,0 +1,187 @@
+// Reads many simulated enclosures at once: as many objects as simulators, a thread each, none of
+// which waits in the pauses. The simulators share the processors with the reader. Prints JSON.
+// usage: many_enclosures_simulated
+
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <cstdlib>
+#include <ctime>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "benchmarks/wire/Median.h"
+#include "benchmarks/wire/Process.h"
+#include "benchmarks/wire/WholeInventory.h"
+#include "tests/support/SimulatedSmm.h"
+
+namespace Tavrin {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using Simulators = std::vector<std::unique_ptr<SimulatedSmm>>;
+
+constexpr const char* kPassword = "sesame";
+constexpr std::size_t kMostEnclosures = 32;
+constexpr int kRounds = 5;
+
+double ProcessorSecondsOf(pid_t process) {
+  clockid_t clock{};
+  timespec time{};
+  if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0) {
+    throw std::runtime_error("a simulator is gone");
+  }
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/// What the processes below one have taken until now.
+double ProcessorSecondsBelow(pid_t process) {
+  const std::string number = std::to_string(process);
+  std::ifstream children("/proc/" + number + "/task/" + number + "/children");
+  double sum = 0;
+  pid_t child = 0;
+  while (children >> child) {
+    sum += ProcessorSecondsOf(child) + ProcessorSecondsBelow(child);
+  }
+  return sum;
+}
+
+long ResidentKib() {
+  constexpr long kBytesOfAKib = 1024;
+  std::ifstream statm("/proc/self/statm");
+  long all = 0;
+  long resident = 0;
+  statm >> all >> resident;
+  return resident * (sysconf(_SC_PAGESIZE) / kBytesOfAKib);
+}
+
+/// Threads wait at it until all have come, and then until they may go on.
+class Gate {
+ public:
+  void Pass() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    ++arrived_;
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return isOpen_; });
+  }
+  void WaitFor(std::size_t count) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait(lock, [this, count] { return arrived_ == count; });
+  }
+  void Open() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    isOpen_ = true;
+    changed_.notify_all();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::size_t arrived_ = 0;
+  bool isOpen_ = false;
+};
+
+struct Reading {
+  Cost cost;
+  double simulatorsSeconds = 0;
+  long residentKib = 0;  ///< With all objects and threads still there.
+};
+
+/// One object and one thread for each of the first `count` simulators.
+Reading ReadAtOnce(const Simulators& simulators, std::size_t count) {
+  Gate end;
+  std::vector<std::exception_ptr> failures(count);
+  std::vector<std::thread> threads;
+  const double simulatorsBefore = ProcessorSecondsBelow(getpid());
+  const Meter meter;
+  for (std::size_t i = 0; i < count; ++i) {
+    threads.emplace_back([&, i] {
+      std::unique_ptr<SMMInventory> inventory;
+      try {
+        inventory = std::make_unique<SMMInventory>(SettingsFor(simulators[i]->Port(), kPassword));
+        QueryAll(*inventory);
+      } catch (...) {
+        failures[i] = std::current_exception();
+      }
+      end.Pass();
+    });
+  }
+  end.WaitFor(count);
+  const Reading reading = {meter.Read(), ProcessorSecondsBelow(getpid()) - simulatorsBefore,
+                           ResidentKib()};
+  end.Open();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  for (const std::exception_ptr& failure : failures) {
+    if (failure) {
+      std::rethrow_exception(failure);
+    }
+  }
+  return reading;
+}
+
+Json ReadSome(const Simulators& simulators, std::size_t count, long residentBefore) {
+  std::vector<double> wall;
+  std::vector<double> processor;
+  std::vector<double> ofSimulators;
+  long resident = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    const Reading reading = ReadAtOnce(simulators, count);
+    wall.push_back(reading.cost.wallSeconds);
+    processor.push_back(reading.cost.processorSeconds);
+    ofSimulators.push_back(reading.simulatorsSeconds);
+    resident = std::max(resident, reading.residentKib);
+  }
+  return {{"enclosures", count},
+          {"wall_s", Median(wall)},
+          {"cpu_s", Median(processor)},
+          {"simulators_cpu_s", Median(ofSimulators)},
+          {"memory_kib_per_enclosure",
+           static_cast<double>(resident - residentBefore) / static_cast<double>(count)}};
+}
+
+void Run() {
+  ConfigureForSimulator();
+  Simulators simulators;
+  Json runs = Json::array();
+  long residentBefore = 0;
+  for (std::size_t count = 1; count <= kMostEnclosures; count *= 2) {
+    while (simulators.size() < count) {
+      simulators.push_back(std::make_unique<SimulatedSmm>(
+          std::vector<std::string>{"--generation", "2", "--platform", "253"},
+          R"({"overrides": []})", kPassword));
+    }
+    if (runs.empty()) {
+      // What the first session sets up for the whole process counts for no object.
+      ReadWholeInventory(SettingsFor(simulators.front()->Port(), kPassword));
+      residentBefore = ResidentKib();
+    }
+    Json run = ReadSome(simulators, count, residentBefore);
+    run["ratio"] =
+        run["wall_s"].get<double>() / (runs.empty() ? run : runs.front())["wall_s"].get<double>();
+    runs.push_back(run);
+  }
+  std::cout << Json{{"runs", runs}}.dump(2) << "\n";
+}
+
+}  // namespace
+}  // namespace Tavrin
+
+int main() {
+  try {
+    Tavrin::Run();
+  } catch (const std::exception& exception) {
+    std::cerr << "many_enclosures_simulated: " << exception.what() << "\n";
+    return EXIT_FAILURE;
+  }
+}
