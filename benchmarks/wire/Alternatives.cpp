@@ -64,7 +64,8 @@ void ExchangeBarely(const TavrinConnection::ConnectionInfo& info, const IPMICOMM
       ipmi_cmd_raw(context.get(), IPMI_BMC_IPMB_LUN_BMC, request.netFn, sent.data(),
                    static_cast<unsigned int>(sent.size()), answer.data(), answer.size()) < 2 ||
       answer[1] != 0 || ipmi_ctx_close(context.get()) != 0) {
-    throw std::runtime_error(ipmi_ctx_errormsg(context.get()));
+    throw std::runtime_error(std::string("a bare exchange failed: ") +
+                             ipmi_ctx_errormsg(context.get()));
   }
 }
 

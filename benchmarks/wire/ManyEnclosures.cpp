@@ -32,7 +32,7 @@ using Simulators = std::vector<std::unique_ptr<SimulatedSmm>>;
 
 constexpr const char* kPassword = "sesame";
 constexpr std::size_t kMostEnclosures = 32;
-constexpr int kRounds = 5;
+constexpr int kRounds = 7;
 
 double ProcessorSecondsOf(pid_t process) {
   clockid_t clock{};
@@ -130,48 +130,77 @@ Reading ReadAtOnce(const Simulators& simulators, std::size_t count) {
   return reading;
 }
 
-Json ReadSome(const Simulators& simulators, std::size_t count, long residentBefore) {
+/// All that was read with one number of enclosures, a value a round.
+struct Run {
+  std::size_t count = 0;
   std::vector<double> wall;
   std::vector<double> processor;
   std::vector<double> ofSimulators;
-  long resident = 0;
-  for (int round = 0; round < kRounds; ++round) {
-    const Reading reading = ReadAtOnce(simulators, count);
-    wall.push_back(reading.cost.wallSeconds);
-    processor.push_back(reading.cost.processorSeconds);
-    ofSimulators.push_back(reading.simulatorsSeconds);
-    resident = std::max(resident, reading.residentKib);
+  std::vector<double> ratio;  ///< To the time for one enclosure in the same round.
+  double memoryKib = 0;       ///< An enclosure's, with what its thread needs.
+};
+
+std::vector<Run> MakeRuns() {
+  std::vector<Run> runs;
+  for (std::size_t count = 1; count <= kMostEnclosures; count *= 2) {
+    runs.push_back({});
+    runs.back().count = count;
   }
-  return {{"enclosures", count},
-          {"wall_s", Median(wall)},
-          {"cpu_s", Median(processor)},
-          {"simulators_cpu_s", Median(ofSimulators)},
-          {"memory_kib_per_enclosure",
-           static_cast<double>(resident - residentBefore) / static_cast<double>(count)}};
+  return runs;
 }
 
-void Run() {
-  ConfigureForSimulator();
+Simulators StartSimulators() {
   Simulators simulators;
-  Json runs = Json::array();
-  long residentBefore = 0;
-  for (std::size_t count = 1; count <= kMostEnclosures; count *= 2) {
-    while (simulators.size() < count) {
-      simulators.push_back(std::make_unique<SimulatedSmm>(
-          std::vector<std::string>{"--generation", "2", "--platform", "253"},
-          R"({"overrides": []})", kPassword));
-    }
-    if (runs.empty()) {
-      // What the first session sets up for the whole process counts for no object.
-      ReadWholeInventory(SettingsFor(simulators.front()->Port(), kPassword));
-      residentBefore = ResidentKib();
-    }
-    Json run = ReadSome(simulators, count, residentBefore);
-    run["ratio"] =
-        run["wall_s"].get<double>() / (runs.empty() ? run : runs.front())["wall_s"].get<double>();
-    runs.push_back(run);
+  while (simulators.size() < kMostEnclosures) {
+    simulators.push_back(std::make_unique<SimulatedSmm>(
+        std::vector<std::string>{"--generation", "2", "--platform", "253"}, R"({"overrides": []})",
+        kPassword));
   }
-  std::cout << Json{{"runs", runs}}.dump(2) << "\n";
+  return simulators;
+}
+
+/// All numbers of enclosures in turn, from the fewest on, so that a busy machine slows all alike.
+void ReadRound(const Simulators& simulators, long residentBefore, std::vector<Run>& runs) {
+  double wallOfOne = 0;
+  for (Run& run : runs) {
+    const Reading reading = ReadAtOnce(simulators, run.count);
+    wallOfOne = run.count == 1 ? reading.cost.wallSeconds : wallOfOne;
+    // The allocator keeps what it has once had, so that only the first round tells them apart.
+    if (run.wall.empty()) {
+      run.memoryKib = static_cast<double>(reading.residentKib - residentBefore) /
+                      static_cast<double>(run.count);
+    }
+    run.wall.push_back(reading.cost.wallSeconds);
+    run.processor.push_back(reading.cost.processorSeconds);
+    run.ofSimulators.push_back(reading.simulatorsSeconds);
+    run.ratio.push_back(reading.cost.wallSeconds / wallOfOne);
+  }
+}
+
+void PrintRuns(const std::vector<Run>& runs) {
+  Json entries = Json::array();
+  for (const Run& run : runs) {
+    entries.push_back({{"enclosures", run.count},
+                       {"wall_s", Median(run.wall)},
+                       {"cpu_s", Median(run.processor)},
+                       {"simulators_cpu_s", Median(run.ofSimulators)},
+                       {"memory_kib_per_enclosure", run.memoryKib},
+                       {"ratio", Median(run.ratio)}});
+  }
+  std::cout << Json{{"runs", entries}}.dump(2) << "\n";
+}
+
+void Measure() {
+  ConfigureForSimulator();
+  const Simulators simulators = StartSimulators();
+  // What the first session sets up for the whole process counts for no object.
+  ReadWholeInventory(SettingsFor(simulators.front()->Port(), kPassword));
+  const long residentBefore = ResidentKib();
+  std::vector<Run> runs = MakeRuns();
+  for (int round = 0; round < kRounds; ++round) {
+    ReadRound(simulators, residentBefore, runs);
+  }
+  PrintRuns(runs);
 }
 
 }  // namespace
@@ -179,7 +208,7 @@ void Run() {
 
 int main() {
   try {
-    Tavrin::Run();
+    Tavrin::Measure();
   } catch (const std::exception& exception) {
     std::cerr << "many_enclosures_simulated: " << exception.what() << "\n";
     return EXIT_FAILURE;

@@ -31,7 +31,7 @@ using Arguments = std::vector<std::string>;
 constexpr const char* kPassword = "sesame";
 constexpr int kDefaultRounds = 40;
 /// An exchange takes a small part of what a process takes, so that a round has room for many.
-constexpr int kPairsOfARound = 25;
+constexpr int kPairsOfARound = 50;
 constexpr int kInventoryRounds = 5;
 constexpr const char* kSuiteKey = "IPMI_CIPHER_SUITE";
 constexpr int kSuiteOfTheCaller = -1;
