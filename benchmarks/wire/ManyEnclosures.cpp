@@ -11,6 +11,7 @@
 #include <exception>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <nlohmann/json.hpp>
@@ -43,14 +44,20 @@ double ProcessorSecondsOf(pid_t process) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// What the processes below one have taken until now.
-double ProcessorSecondsBelow(pid_t process) {
+std::vector<pid_t> ChildrenOf(pid_t process) {
   const std::string number = std::to_string(process);
-  std::ifstream children("/proc/" + number + "/task/" + number + "/children");
+  std::ifstream file("/proc/" + number + "/task/" + number + "/children");
+  return {std::istream_iterator<pid_t>(file), {}};
+}
+
+/// What the simulators, each a launcher and the `ipmi_sim` that it started, have taken until now.
+double ProcessorSecondsOfSimulators() {
   double sum = 0;
-  pid_t child = 0;
-  while (children >> child) {
-    sum += ProcessorSecondsOf(child) + ProcessorSecondsBelow(child);
+  for (const pid_t launcher : ChildrenOf(getpid())) {
+    sum += ProcessorSecondsOf(launcher);
+    for (const pid_t simulator : ChildrenOf(launcher)) {
+      sum += ProcessorSecondsOf(simulator);
+    }
   }
   return sum;
 }
@@ -101,7 +108,7 @@ Reading ReadAtOnce(const Simulators& simulators, std::size_t count) {
   Gate end;
   std::vector<std::exception_ptr> failures(count);
   std::vector<std::thread> threads;
-  const double simulatorsBefore = ProcessorSecondsBelow(getpid());
+  const double simulatorsBefore = ProcessorSecondsOfSimulators();
   const Meter meter;
   for (std::size_t i = 0; i < count; ++i) {
     threads.emplace_back([&, i] {
@@ -116,7 +123,7 @@ Reading ReadAtOnce(const Simulators& simulators, std::size_t count) {
     });
   }
   end.WaitFor(count);
-  const Reading reading = {meter.Read(), ProcessorSecondsBelow(getpid()) - simulatorsBefore,
+  const Reading reading = {meter.Read(), ProcessorSecondsOfSimulators() - simulatorsBefore,
                            ResidentKib()};
   end.Open();
   for (std::thread& thread : threads) {

@@ -1,7 +1,7 @@
 // What an exchange and a whole inventory cost over the wire, beside the ways a user would otherwise
 // take: bare calls of FreeIPMI's library, and a process of ipmi-raw or of ipmitool for each
 // command. All of them talk to one simulated enclosure, in turns, so that a busy machine slows all
-// alike. Prints JSON. usage: wire_benchmark [ROUNDS]
+// alike. Prints JSON. usage: wire_benchmark
 
 #include <cstdlib>
 #include <exception>
@@ -29,7 +29,7 @@ using Json = nlohmann::ordered_json;
 using Arguments = std::vector<std::string>;
 
 constexpr const char* kPassword = "sesame";
-constexpr int kDefaultRounds = 40;
+constexpr int kRounds = 40;
 /// An exchange takes a small part of what a process takes, so that a round has room for many.
 constexpr int kPairsOfARound = 50;
 constexpr int kInventoryRounds = 5;
@@ -48,8 +48,8 @@ class Samples {
     wall_.push_back(cost.wallSeconds);
     processor_.push_back(cost.processorSeconds);
   }
-  Cost Middle() const { return {Median(wall_), Median(processor_)}; }
-  const std::vector<double>& Wall() const { return wall_; }
+  [[nodiscard]] Cost Middle() const { return {Median(wall_), Median(processor_)}; }
+  [[nodiscard]] const std::vector<double>& Wall() const { return wall_; }
 
  private:
   std::vector<double> wall_;
@@ -81,8 +81,7 @@ double MedianRatio(const std::vector<double>& above, const std::vector<double>& 
   return Median(ratios);
 }
 
-Json CompareExchanges(const TavrinConnection::ConnectionInfo& settings, SMMInventory& inventory,
-                      int rounds) {
+Json CompareExchanges(const TavrinConnection::ConnectionInfo& settings, SMMInventory& inventory) {
   const IPMICOMMAND request = ChassisPowerRequest();
   const CommandLines lines(settings);
   Samples bare;
@@ -98,7 +97,7 @@ Json CompareExchanges(const TavrinConnection::ConnectionInfo& settings, SMMInven
       }
     }));
   };
-  for (int round = 0; round < rounds; ++round) {
+  for (int round = 0; round < kRounds; ++round) {
     for (int pair = 0; pair < kPairsOfARound; ++pair) {
       InTurns(pair, runBare, runLibrary);
     }
@@ -107,7 +106,7 @@ Json CompareExchanges(const TavrinConnection::ConnectionInfo& settings, SMMInven
         [&] { ipmitool.Add(RunToEnd(lines.Ipmitool(request))); });
   }
   const double libraryWall = library.Middle().wallSeconds;
-  return {{"rounds", rounds},
+  return {{"rounds", kRounds},
           {"pairs", library.Wall().size()},
           {"bare", ToJson(bare.Middle())},
           {"library", ToJson(library.Middle())},
@@ -157,7 +156,7 @@ Json CountRoundTrips(Relay& relay, SMMInventory& inventory,
 
 long PeakMemory(Arguments arguments) {
   arguments.insert(arguments.begin(), PEAK_MEMORY);
-  Child child(arguments, {"PATH=" + std::string(std::getenv("PATH"))});
+  Child child(arguments, {"PATH=/usr/bin:/bin:/usr/sbin"});
   const std::string line = child.ReadLine();
   if (line.empty()) {
     throw std::runtime_error("no memory was measured: " + child.Wait().error);
@@ -234,7 +233,7 @@ Json CompareInventories(Relay& relay, const SimulatedSmm& smm) {
   return result;
 }
 
-void Run(int rounds) {
+void Run() {
   ConfigureForSimulator();
   const SimulatedSmm smm({"--generation", "2", "--platform", "253"}, R"({"overrides": []})",
                          kPassword);
@@ -244,7 +243,7 @@ void Run(int rounds) {
   SMMInventory inventory(direct);
   SMMInventory relayed(throughRelay);
   Json result;
-  result["exchange"] = CompareExchanges(direct, inventory, rounds);
+  result["exchange"] = CompareExchanges(direct, inventory);
   result["round_trips"] = CountRoundTrips(relay, relayed, throughRelay);
   result["inventory"] = CompareInventories(relay, smm);
   std::cout << result.dump(2) << "\n";
@@ -253,16 +252,9 @@ void Run(int rounds) {
 }  // namespace
 }  // namespace Tavrin
 
-int main(int argc, char** argv) {
-  constexpr int kFewestRounds = 20;
-  const int rounds = argc == 2 ? std::atoi(argv[1]) : Tavrin::kDefaultRounds;
-  if (argc > 2 || rounds < kFewestRounds) {
-    std::cerr << "usage: wire_benchmark [ROUNDS]; expected at least " << kFewestRounds
-              << " rounds\n";
-    return 2;
-  }
+int main() {
   try {
-    Tavrin::Run(rounds);
+    Tavrin::Run();
   } catch (const std::exception& exception) {
     std::cerr << "wire_benchmark: " << exception.what() << "\n";
     return EXIT_FAILURE;
