@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/ConnectionInfo.h"
+#include "platform/IpmiClient.h"
+#include "tests/support/ChildProcess.h"
+
+namespace Tavrin {
+
+/// Opens a session by FreeIPMI's library, with the settings that the library's client would use,
+/// sends the request and closes the session, and does nothing else. Throws std::runtime_error
+/// unless an answer comes.
+void ExchangeBarely(const TavrinConnection::ConnectionInfo& info, const IPMICOMMAND& request);
+
+/// The command lines of FreeIPMI's ipmi-raw and of ipmitool that send one request each. The
+/// password is in files.
+class CommandLines {
+ public:
+  explicit CommandLines(const TavrinConnection::ConnectionInfo& settings);
+
+  std::vector<std::string> IpmiRaw(const IPMICOMMAND& request) const;
+  std::vector<std::string> Ipmitool(const IPMICOMMAND& request) const;
+
+ private:
+  TavrinConnection::ConnectionInfo settings_;
+  TemporaryFile ipmiRawConfiguration_;
+  TemporaryFile ipmitoolPassword_;
+};
+
+}  // namespace Tavrin

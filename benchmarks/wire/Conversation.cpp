@@ -1,0 +1,138 @@
+#include "benchmarks/wire/Conversation.h"
+
+#include <optional>
+
+#include "platform/standalone/HexByte.h"
+
+namespace Tavrin {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr std::uint8_t kApplication = 0x06;
+constexpr std::uint8_t kGetChannelAuthenticationCapabilities = 0x38;
+constexpr std::uint8_t kSetSessionPrivilegeLevel = 0x3B;
+constexpr std::uint8_t kCloseSession = 0x3C;
+
+bool IsRmcpPlus(const Bytes& datagram) {
+  constexpr std::size_t kAuthenticationTypeAt = 4;
+  constexpr std::uint8_t kRmcpPlus = 0x06;
+  return datagram.at(kAuthenticationTypeAt) == kRmcpPlus;
+}
+
+/// What an RMCP+ datagram carries; the two highest bits say whether it is encrypted and signed.
+std::uint8_t PayloadType(const Bytes& datagram) {
+  constexpr std::size_t kPayloadTypeAt = 5;
+  return datagram.at(kPayloadTypeAt);
+}
+
+/// The IPMI request in a datagram, unless it carries none or is encrypted.
+std::optional<IPMICOMMAND> RequestIn(const Bytes& datagram) {
+  constexpr std::uint8_t kSignedIpmiMessage = 0x40;
+  constexpr std::size_t kLengthAt = 14;
+  constexpr std::size_t kMessageAt = 16;
+  constexpr std::size_t kLengthAtBefore2_0 = 13;
+  constexpr std::size_t kMessageAtBefore2_0 = 14;
+  const bool isRmcpPlus = IsRmcpPlus(datagram);
+  if (isRmcpPlus && PayloadType(datagram) != kSignedIpmiMessage) {
+    return std::nullopt;
+  }
+  // In a message: 1 network function above two bits of a unit's number, 5 command, then the data,
+  // and a checksum behind them.
+  const std::size_t message = isRmcpPlus ? kMessageAt : kMessageAtBefore2_0;
+  const std::size_t length = datagram.at(isRmcpPlus ? kLengthAt : kLengthAtBefore2_0);
+  IPMICOMMAND request;
+  request.netFn = static_cast<std::uint8_t>(datagram.at(message + 1) >> 2U);
+  request.cmd = datagram.at(message + 5);
+  for (std::size_t at = message + 6; at < message + length - 1; ++at) {
+    request.data.push_back(datagram.at(at));
+  }
+  return request;
+}
+
+bool IsOfSession(const IPMICOMMAND& request) {
+  return request.netFn == kApplication &&
+         (request.cmd == kGetChannelAuthenticationCapabilities ||
+          request.cmd == kSetSessionPrivilegeLevel || request.cmd == kCloseSession);
+}
+
+std::string NameOf(const IPMICOMMAND& request) {
+  if (!IsOfSession(request)) {
+    std::string name = "the command " + Standalone::HexByte(request.netFn) + "/" +
+                       Standalone::HexByte(request.cmd);
+    for (const std::uint8_t byte : request.data) {
+      name += " " + Standalone::HexByte(byte);
+    }
+    return name;
+  }
+  switch (request.cmd) {
+    case kGetChannelAuthenticationCapabilities:
+      return "Get Channel Authentication Capabilities";
+    case kSetSessionPrivilegeLevel:
+      return "Set Session Privilege Level";
+    default:
+      return "Close Session";
+  }
+}
+
+std::string PurposeOf(const Bytes& datagram) {
+  if (const std::optional<IPMICOMMAND> request = RequestIn(datagram)) {
+    return NameOf(*request);
+  }
+  switch (PayloadType(datagram)) {
+    case 0x10:
+      return "RMCP+ Open Session";
+    case 0x12:
+      return "RAKP messages 1 and 2";
+    case 0x14:
+      return "RAKP messages 3 and 4";
+    default:
+      return "encrypted";
+  }
+}
+
+}  // namespace
+
+Conversation::Conversation(Relay& relay) : relay_(relay) {
+  relay_.Break([this](const Datagram& datagram) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    datagrams_.push_back(datagram);
+    return std::vector<Departure>{{datagram}};
+  });
+}
+
+Conversation::~Conversation() { relay_.Heal(); }
+
+std::size_t Conversation::Datagrams() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return datagrams_.size();
+}
+
+std::vector<RoundTrip> Conversation::RoundTrips() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  std::vector<RoundTrip> trips;
+  for (const Datagram& datagram : datagrams_) {
+    if (datagram.direction == Direction::ToController) {
+      trips.push_back({PurposeOf(datagram.bytes), datagram.bytes.size(), 0});
+    } else if (!trips.empty()) {
+      trips.back().answerBytes = datagram.bytes.size();
+    }
+  }
+  return trips;
+}
+
+std::vector<IPMICOMMAND> Conversation::Commands() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  std::vector<IPMICOMMAND> commands;
+  for (const Datagram& datagram : datagrams_) {
+    if (datagram.direction == Direction::ToController) {
+      const std::optional<IPMICOMMAND> request = RequestIn(datagram.bytes);
+      if (request && !IsOfSession(*request)) {
+        commands.push_back(*request);
+      }
+    }
+  }
+  return commands;
+}
+
+}  // namespace Tavrin

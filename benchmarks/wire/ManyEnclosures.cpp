@@ -1,0 +1,223 @@
+// Reads many simulated enclosures at once: as many objects as simulators, a thread each, none of
+// which waits in the pauses. The simulators share the processors with the reader. Prints JSON.
+// usage: many_enclosures_simulated
+
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <cstdlib>
+#include <ctime>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "benchmarks/wire/Median.h"
+#include "benchmarks/wire/Process.h"
+#include "benchmarks/wire/WholeInventory.h"
+#include "tests/support/SimulatedSmm.h"
+
+namespace Tavrin {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using Simulators = std::vector<std::unique_ptr<SimulatedSmm>>;
+
+constexpr const char* kPassword = "sesame";
+constexpr std::size_t kMostEnclosures = 32;
+constexpr int kRounds = 7;
+
+double ProcessorSecondsOf(pid_t process) {
+  clockid_t clock{};
+  timespec time{};
+  if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0) {
+    throw std::runtime_error("a simulator is gone");
+  }
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+std::vector<pid_t> ChildrenOf(pid_t process) {
+  const std::string number = std::to_string(process);
+  std::ifstream file("/proc/" + number + "/task/" + number + "/children");
+  return {std::istream_iterator<pid_t>(file), {}};
+}
+
+/// What the simulators, each a launcher and the `ipmi_sim` that it started, have taken until now.
+double ProcessorSecondsOfSimulators() {
+  double sum = 0;
+  for (const pid_t launcher : ChildrenOf(getpid())) {
+    sum += ProcessorSecondsOf(launcher);
+    for (const pid_t simulator : ChildrenOf(launcher)) {
+      sum += ProcessorSecondsOf(simulator);
+    }
+  }
+  return sum;
+}
+
+long ResidentKib() {
+  constexpr long kBytesOfAKib = 1024;
+  std::ifstream statm("/proc/self/statm");
+  long all = 0;
+  long resident = 0;
+  statm >> all >> resident;
+  return resident * (sysconf(_SC_PAGESIZE) / kBytesOfAKib);
+}
+
+/// Threads wait at it until all have come, and then until they may go on.
+class Gate {
+ public:
+  void Pass() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    ++arrived_;
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return isOpen_; });
+  }
+  void WaitFor(std::size_t count) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait(lock, [this, count] { return arrived_ == count; });
+  }
+  void Open() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    isOpen_ = true;
+    changed_.notify_all();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::size_t arrived_ = 0;
+  bool isOpen_ = false;
+};
+
+struct Reading {
+  Cost cost;
+  double simulatorsSeconds = 0;
+  long residentKib = 0;  ///< With all objects and threads still there.
+};
+
+/// One object and one thread for each of the first `count` simulators.
+Reading ReadAtOnce(const Simulators& simulators, std::size_t count) {
+  Gate end;
+  std::vector<std::exception_ptr> failures(count);
+  std::vector<std::thread> threads;
+  const double simulatorsBefore = ProcessorSecondsOfSimulators();
+  const Meter meter;
+  for (std::size_t i = 0; i < count; ++i) {
+    threads.emplace_back([&, i] {
+      std::unique_ptr<SMMInventory> inventory;
+      try {
+        inventory = std::make_unique<SMMInventory>(SettingsFor(simulators[i]->Port(), kPassword));
+        QueryAll(*inventory);
+      } catch (...) {
+        failures[i] = std::current_exception();
+      }
+      end.Pass();
+    });
+  }
+  end.WaitFor(count);
+  const Reading reading = {meter.Read(), ProcessorSecondsOfSimulators() - simulatorsBefore,
+                           ResidentKib()};
+  end.Open();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  for (const std::exception_ptr& failure : failures) {
+    if (failure) {
+      std::rethrow_exception(failure);
+    }
+  }
+  return reading;
+}
+
+/// All that was read with one number of enclosures, a value a round.
+struct Run {
+  std::size_t count = 0;
+  std::vector<double> wall;
+  std::vector<double> processor;
+  std::vector<double> ofSimulators;
+  std::vector<double> ratio;  ///< To the time for one enclosure in the same round.
+  double memoryKib = 0;       ///< An enclosure's, with what its thread needs.
+};
+
+std::vector<Run> MakeRuns() {
+  std::vector<Run> runs;
+  for (std::size_t count = 1; count <= kMostEnclosures; count *= 2) {
+    runs.push_back({});
+    runs.back().count = count;
+  }
+  return runs;
+}
+
+Simulators StartSimulators() {
+  Simulators simulators;
+  while (simulators.size() < kMostEnclosures) {
+    simulators.push_back(std::make_unique<SimulatedSmm>(
+        std::vector<std::string>{"--generation", "2", "--platform", "253"}, R"({"overrides": []})",
+        kPassword));
+  }
+  return simulators;
+}
+
+/// All numbers of enclosures in turn, from the fewest on, so that a busy machine slows all alike.
+void ReadRound(const Simulators& simulators, long residentBefore, std::vector<Run>& runs) {
+  double wallOfOne = 0;
+  for (Run& run : runs) {
+    const Reading reading = ReadAtOnce(simulators, run.count);
+    wallOfOne = run.count == 1 ? reading.cost.wallSeconds : wallOfOne;
+    // The allocator keeps what it has once had, so that only the first round tells them apart.
+    if (run.wall.empty()) {
+      run.memoryKib = static_cast<double>(reading.residentKib - residentBefore) /
+                      static_cast<double>(run.count);
+    }
+    run.wall.push_back(reading.cost.wallSeconds);
+    run.processor.push_back(reading.cost.processorSeconds);
+    run.ofSimulators.push_back(reading.simulatorsSeconds);
+    run.ratio.push_back(reading.cost.wallSeconds / wallOfOne);
+  }
+}
+
+void PrintRuns(const std::vector<Run>& runs) {
+  Json entries = Json::array();
+  for (const Run& run : runs) {
+    entries.push_back({{"enclosures", run.count},
+                       {"wall_s", Median(run.wall)},
+                       {"cpu_s", Median(run.processor)},
+                       {"simulators_cpu_s", Median(run.ofSimulators)},
+                       {"memory_kib_per_enclosure", run.memoryKib},
+                       {"ratio", Median(run.ratio)}});
+  }
+  std::cout << Json{{"runs", entries}}.dump(2) << "\n";
+}
+
+void Measure() {
+  ConfigureForSimulator();
+  const Simulators simulators = StartSimulators();
+  // What the first session sets up for the whole process counts for no object.
+  ReadWholeInventory(SettingsFor(simulators.front()->Port(), kPassword));
+  const long residentBefore = ResidentKib();
+  std::vector<Run> runs = MakeRuns();
+  for (int round = 0; round < kRounds; ++round) {
+    ReadRound(simulators, residentBefore, runs);
+  }
+  PrintRuns(runs);
+}
+
+}  // namespace
+}  // namespace Tavrin
+
+int main() {
+  try {
+    Tavrin::Measure();
+  } catch (const std::exception& exception) {
+    std::cerr << "many_enclosures_simulated: " << exception.what() << "\n";
+    return EXIT_FAILURE;
+  }
+}

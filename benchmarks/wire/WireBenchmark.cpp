@@ -1,0 +1,262 @@
+// What an exchange and a whole inventory cost over the wire, beside the ways a user would otherwise
+// take: bare calls of FreeIPMI's library, and a process of ipmi-raw or of ipmitool for each
+// command. All of them talk to one simulated enclosure, in turns, so that a busy machine slows all
+// alike. Prints JSON. usage: wire_benchmark
+
+#include <cstdlib>
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "benchmarks/wire/Alternatives.h"
+#include "benchmarks/wire/Conversation.h"
+#include "benchmarks/wire/Median.h"
+#include "benchmarks/wire/Process.h"
+#include "benchmarks/wire/WholeInventory.h"
+#include "platform/standalone/globalconfig/ConfigControl.h"
+#include "tests/support/Relay.h"
+#include "tests/support/SimulatedSmm.h"
+
+namespace Tavrin {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using Arguments = std::vector<std::string>;
+
+constexpr const char* kPassword = "sesame";
+constexpr int kRounds = 40;
+/// An exchange takes a small part of what a process takes, so that a round has room for many.
+constexpr int kPairsOfARound = 50;
+constexpr int kInventoryRounds = 5;
+constexpr const char* kSuiteKey = "IPMI_CIPHER_SUITE";
+constexpr int kSuiteOfTheCaller = -1;
+/// Signs the messages of a session and does not encrypt them.
+constexpr int kReadableSuite = 2;
+
+/// GetChassisPowerConsumption's request.
+IPMICOMMAND ChassisPowerRequest() { return {0x98, {0x0D}, 0x32}; }
+
+/// The costs of one way, one a run.
+class Samples {
+ public:
+  void Add(const Cost& cost) {
+    wall_.push_back(cost.wallSeconds);
+    processor_.push_back(cost.processorSeconds);
+  }
+  [[nodiscard]] Cost Middle() const { return {Median(wall_), Median(processor_)}; }
+  [[nodiscard]] const std::vector<double>& Wall() const { return wall_; }
+
+ private:
+  std::vector<double> wall_;
+  std::vector<double> processor_;
+};
+
+Json ToJson(const Cost& cost) {
+  return {{"wall_s", cost.wallSeconds}, {"processor_s", cost.processorSeconds}};
+}
+
+Cost Measure(const std::function<void()>& run) {
+  const Meter meter;
+  run();
+  return meter.Read();
+}
+
+/// Calls both, the second one first at every other time.
+void InTurns(int time, const std::function<void()>& first, const std::function<void()>& second) {
+  const bool isEven = time % 2 == 0;
+  (isEven ? first : second)();
+  (isEven ? second : first)();
+}
+
+double MedianRatio(const std::vector<double>& above, const std::vector<double>& below) {
+  std::vector<double> ratios;
+  for (std::size_t i = 0; i < above.size(); ++i) {
+    ratios.push_back(above[i] / below[i]);
+  }
+  return Median(ratios);
+}
+
+Json CompareExchanges(const TavrinConnection::ConnectionInfo& settings, SMMInventory& inventory) {
+  const IPMICOMMAND request = ChassisPowerRequest();
+  const CommandLines lines(settings);
+  Samples bare;
+  Samples library;
+  Samples ipmiRaw;
+  Samples ipmitool;
+  const auto runBare = [&] { bare.Add(Measure([&] { ExchangeBarely(settings, request); })); };
+  const auto runLibrary = [&] {
+    ChassisPowerCon power;
+    library.Add(Measure([&] {
+      if (inventory.GetChassisPowerConsumption(power) != StatusCode::Success) {
+        throw std::runtime_error("a query failed");
+      }
+    }));
+  };
+  for (int round = 0; round < kRounds; ++round) {
+    for (int pair = 0; pair < kPairsOfARound; ++pair) {
+      InTurns(pair, runBare, runLibrary);
+    }
+    InTurns(
+        round, [&] { ipmiRaw.Add(RunToEnd(lines.IpmiRaw(request))); },
+        [&] { ipmitool.Add(RunToEnd(lines.Ipmitool(request))); });
+  }
+  const double libraryWall = library.Middle().wallSeconds;
+  return {{"rounds", kRounds},
+          {"pairs", library.Wall().size()},
+          {"bare", ToJson(bare.Middle())},
+          {"library", ToJson(library.Middle())},
+          {"ipmi_raw", ToJson(ipmiRaw.Middle())},
+          {"ipmitool", ToJson(ipmitool.Middle())},
+          {"library_to_bare", libraryWall / bare.Middle().wallSeconds},
+          {"library_to_bare_beside_it", MedianRatio(library.Wall(), bare.Wall())},
+          {"ipmi_raw_to_library", ipmiRaw.Middle().wallSeconds / libraryWall},
+          {"ipmitool_to_library", ipmitool.Middle().wallSeconds / libraryWall}};
+}
+
+std::vector<RoundTrip> Listen(Relay& relay, const std::function<void()>& run) {
+  const Conversation conversation(relay);
+  run();
+  return conversation.RoundTrips();
+}
+
+/// The same exchange twice: as it is, to count, and not encrypted, to tell what each datagram is
+/// for.
+Json CountRoundTrips(Relay& relay, SMMInventory& inventory,
+                     const TavrinConnection::ConnectionInfo& throughRelay) {
+  const auto query = [&inventory] {
+    ChassisPowerCon power;
+    inventory.GetChassisPowerConsumption(power);
+  };
+  const std::vector<RoundTrip> encrypted = Listen(relay, query);
+  Standalone::SetGlobalConfigValue(kSuiteKey, kReadableSuite);
+  const std::vector<RoundTrip> readable = Listen(relay, query);
+  Standalone::SetGlobalConfigValue(kSuiteKey, kSuiteOfTheCaller);
+  if (readable.size() != encrypted.size()) {
+    throw std::runtime_error("an encrypted exchange has another number of round trips");
+  }
+  const CommandLines lines(throughRelay);
+  const auto count = [&relay](const Arguments& arguments) {
+    return Listen(relay, [&arguments] { RunToEnd(arguments); }).size();
+  };
+  Json trips = Json::array();
+  for (std::size_t i = 0; i < readable.size(); ++i) {
+    trips.push_back({{"purpose", readable[i].purpose},
+                     {"request_bytes", encrypted[i].requestBytes},
+                     {"answer_bytes", encrypted[i].answerBytes}});
+  }
+  return {{"library", trips},
+          {"ipmi_raw", count(lines.IpmiRaw(ChassisPowerRequest()))},
+          {"ipmitool", count(lines.Ipmitool(ChassisPowerRequest()))}};
+}
+
+long PeakMemory(Arguments arguments) {
+  arguments.insert(arguments.begin(), PEAK_MEMORY);
+  Child child(arguments, {"PATH=/usr/bin:/bin:/usr/sbin"});
+  const std::string line = child.ReadLine();
+  if (line.empty()) {
+    throw std::runtime_error("no memory was measured: " + child.Wait().error);
+  }
+  return std::stol(line);
+}
+
+long PeakMemoryOfBiggest(const std::vector<Arguments>& lines) {
+  long peak = 0;
+  for (const Arguments& line : lines) {
+    peak = std::max(peak, PeakMemory(line));
+  }
+  return peak;
+}
+
+Cost RunAll(const std::vector<Arguments>& lines) {
+  Cost sum;
+  for (const Arguments& line : lines) {
+    sum = sum + RunToEnd(line);
+  }
+  return sum;
+}
+
+/// The commands of a whole inventory, as they pass the relay.
+std::vector<IPMICOMMAND> CommandsOfInventory(Relay& relay,
+                                             const TavrinConnection::ConnectionInfo& throughRelay) {
+  Standalone::SetGlobalConfigValue(kSuiteKey, kReadableSuite);
+  const Conversation conversation(relay);
+  ReadWholeInventory(throughRelay);
+  Standalone::SetGlobalConfigValue(kSuiteKey, kSuiteOfTheCaller);
+  return conversation.Commands();
+}
+
+Json CountInventory(Relay& relay, const TavrinConnection::ConnectionInfo& throughRelay) {
+  const std::size_t sessionsBefore = relay.SessionsAskedFor();
+  const unsigned int pausedBefore = PausedSeconds();
+  const Conversation conversation(relay);
+  ReadWholeInventory(throughRelay);
+  return {{"exchanges", relay.SessionsAskedFor() - sessionsBefore},
+          {"datagrams", conversation.Datagrams()},
+          {"paused_s", PausedSeconds() - pausedBefore}};
+}
+
+Json CompareInventories(Relay& relay, const SimulatedSmm& smm) {
+  const auto throughRelay = SettingsFor(relay.Port(), kPassword);
+  const TemporaryFile password(std::string(kPassword) + "\n");
+  const Arguments library = {READ_ENCLOSURE, std::to_string(smm.Port()), password.Path()};
+  const CommandLines commandLines(SettingsFor(smm.Port(), kPassword));
+  std::vector<Arguments> ipmiRaw;
+  std::vector<Arguments> ipmitool;
+  for (const IPMICOMMAND& command : CommandsOfInventory(relay, throughRelay)) {
+    ipmiRaw.push_back(commandLines.IpmiRaw(command));
+    ipmitool.push_back(commandLines.Ipmitool(command));
+  }
+  Samples ofLibrary;
+  Samples ofIpmiRaw;
+  Samples ofIpmitool;
+  for (int round = 0; round < kInventoryRounds; ++round) {
+    ofLibrary.Add(RunToEnd(library));
+    ofIpmiRaw.Add(RunAll(ipmiRaw));
+    ofIpmitool.Add(RunAll(ipmitool));
+  }
+  const auto entry = [](const Samples& samples, std::size_t processes, long memory) {
+    Json json = ToJson(samples.Middle());
+    json["processes"] = processes;
+    json["peak_memory_kib"] = memory;
+    return json;
+  };
+  Json result = CountInventory(relay, throughRelay);
+  result["rounds"] = kInventoryRounds;
+  result["library"] = entry(ofLibrary, 1, PeakMemory(library));
+  result["ipmi_raw"] = entry(ofIpmiRaw, ipmiRaw.size(), PeakMemoryOfBiggest(ipmiRaw));
+  result["ipmitool"] = entry(ofIpmitool, ipmitool.size(), PeakMemoryOfBiggest(ipmitool));
+  return result;
+}
+
+void Run() {
+  ConfigureForSimulator();
+  const SimulatedSmm smm({"--generation", "2", "--platform", "253"}, R"({"overrides": []})",
+                         kPassword);
+  Relay relay(smm.Port());
+  const auto direct = SettingsFor(smm.Port(), kPassword);
+  const auto throughRelay = SettingsFor(relay.Port(), kPassword);
+  SMMInventory inventory(direct);
+  SMMInventory relayed(throughRelay);
+  Json result;
+  result["exchange"] = CompareExchanges(direct, inventory);
+  result["round_trips"] = CountRoundTrips(relay, relayed, throughRelay);
+  result["inventory"] = CompareInventories(relay, smm);
+  std::cout << result.dump(2) << "\n";
+}
+
+}  // namespace
+}  // namespace Tavrin
+
+int main() {
+  try {
+    Tavrin::Run();
+  } catch (const std::exception& exception) {
+    std::cerr << "wire_benchmark: " << exception.what() << "\n";
+    return EXIT_FAILURE;
+  }
+}
