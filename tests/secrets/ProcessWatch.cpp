@@ -1,17 +1,15 @@
 #include "tests/secrets/ProcessWatch.h"
 
 #include <chrono>
-#include <fstream>
-#include <iterator>
+
+#include "tests/support/ChildProcess.h"
 
 namespace Tavrin {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenReads{10};
 
-void AppendIfNew(const std::string& path, std::string& seen) {
-  std::ifstream file(path, std::ios::binary);
-  const std::string content(std::istreambuf_iterator<char>(file), {});
+void AppendIfNew(const std::string& content, std::string& seen) {
   if (seen.find(content) == std::string::npos) {
     seen += content;
   }
@@ -19,8 +17,7 @@ void AppendIfNew(const std::string& path, std::string& seen) {
 
 }  // namespace
 
-ProcessWatch::ProcessWatch(pid_t process)
-    : folder_("/proc/" + std::to_string(process)), thread_([this] { Run(); }) {}
+ProcessWatch::ProcessWatch(pid_t process) : process_(process), thread_([this] { Run(); }) {}
 
 ProcessWatch::~ProcessWatch() { Stop(); }
 
@@ -33,8 +30,8 @@ void ProcessWatch::Stop() {
 
 void ProcessWatch::Run() {
   while (!isOver_) {
-    AppendIfNew(folder_ + "/cmdline", commandLines_);
-    AppendIfNew(folder_ + "/environ", environments_);
+    AppendIfNew(ReadProcessFile(process_, "cmdline"), commandLines_);
+    AppendIfNew(ReadProcessFile(process_, "environ"), environments_);
     std::this_thread::sleep_for(kBetweenReads);
   }
 }

@@ -27,7 +27,7 @@ class ProcessWatch {
  private:
   void Run();
 
-  std::string folder_;
+  pid_t process_;
   std::string commandLines_;
   std::string environments_;
   std::atomic<bool> isOver_{false};

@@ -21,8 +21,7 @@ std::vector<std::string> CommandLine(const std::vector<std::string>& arguments) 
 
 /// A process that has ended but was not yet waited for by its parent counts as ended.
 bool HasEnded(pid_t process) {
-  std::ifstream status("/proc/" + std::to_string(process) + "/stat");
-  std::string text{std::istreambuf_iterator<char>(status), {}};
+  const std::string text = ReadProcessFile(process, "stat");
   const std::size_t name = text.rfind(") ");
   return name == std::string::npos || text.at(name + 2) == 'Z' || text.at(name + 2) == 'X';
 }

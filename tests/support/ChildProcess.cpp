@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 namespace Tavrin {
@@ -117,6 +118,14 @@ Finished Child::Wait() {
   finished.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   finished.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
   return finished;
+}
+
+std::string ReadProcessFile(pid_t process, const std::string& name) {
+  const std::ifstream file("/proc/" + std::to_string(process) + "/" + name, std::ios::binary);
+  // A process may vanish between opening and reading, which an iterator over the file would throw.
+  std::ostringstream content;
+  content << file.rdbuf();
+  return content.str();
 }
 
 TemporaryFile::TemporaryFile(const std::string& content) {

@@ -43,6 +43,9 @@ class Child {
   int error_ = -1;
 };
 
+/// What the system tells of a process in its file `name` of /proc; empty once the process is gone.
+std::string ReadProcessFile(pid_t process, const std::string& name);
+
 /// A file for one test, readable by its owner alone; removed with the object.
 class TemporaryFile {
  public:
