@@ -1,7 +1,9 @@
 // A program as any user of the library: asks an SMM everything, then speaks to it through the
 // client alone. Its log goes where the standalone logger puts it; nothing else is printed. It stays
 // for a moment before it ends, so that whoever watches it gets to see it however quickly it was
-// refused. usage: secrets_probe HOST PORT USER < password
+// refused.
+//
+// usage: secrets_probe HOST PORT USER < password
 #include <chrono>
 #include <iostream>
 #include <string>

@@ -45,7 +45,8 @@ std::string HexRendering(const std::vector<std::uint8_t>& bytes) {
   std::string text;
   text.reserve(5 * bytes.size());
   for (const std::uint8_t byte : bytes) {
-    // One by one: appending a text is a call into the C++ library, appending a character is none.
+    // Character by character, because += of a literal calls into the C++ library and += of a
+    // character is inlined.
     text += '0';
     text += 'x';
     AppendHex(text, byte);

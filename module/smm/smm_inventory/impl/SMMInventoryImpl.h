@@ -82,7 +82,7 @@ class SMMInventoryImpl : public TavrinConnection::ConnectionInfo {
   /// std::bad_alloc when the response holds fewer than `count`.
   void TrimSmm2Response(std::vector<std::uint8_t>& response, std::size_t count);
 
-  /// Asked of the configuration in every exchange; kept, so that none allocates it anew.
+  /// A member, because a literal would allocate a std::string in every exchange.
   const std::string connectAttemptsKey_ = "IPMI_CONNECT_RETRY_TIMES";
 };
 
