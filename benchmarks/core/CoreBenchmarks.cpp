@@ -15,7 +15,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdint>
@@ -25,6 +24,7 @@
 
 #include "benchmarks/core/AllocationCount.h"
 #include "benchmarks/core/PlatformDouble.h"
+#include "benchmarks/support/Median.h"
 #include "module/smm/smm_inventory/SMMInventory.h"
 
 namespace Tavrin {
@@ -86,6 +86,9 @@ constexpr std::array kOperations = {
     Operation{"GetNodeNub", GetNodeNub},
 };
 
+/// What the library passes to its client.
+constexpr unsigned long kCipherSuite = 3;
+
 /// The client's part of an exchange, with the arguments that the library gives it.
 class BareExchange {
  public:
@@ -94,7 +97,8 @@ class BareExchange {
   void operator()() const {
     std::vector<std::uint8_t> response;
     std::uint8_t completionCode = 0;
-    IpmiClient client(settings_.address, settings_.userName, settings_.password, port_, 3);
+    IpmiClient client(settings_.address, settings_.userName, settings_.password, port_,
+                      kCipherSuite);
     benchmark::DoNotOptimize(client.connect());
     client.send(request_, response, completionCode);
     client.disconnect();
@@ -129,13 +133,12 @@ double NanosecondsAboveDouble(SMMInventory& inventory, Query query) {
   const BareExchange bareExchange(request);
 
   constexpr std::size_t kPairs = 101;
-  std::array<double, kPairs> differences{};
+  std::vector<double> differences(kPairs);
   for (double& difference : differences) {
     const double whole = NanosecondsPerCall([&] { benchmark::DoNotOptimize(query(inventory)); });
     difference = whole - NanosecondsPerCall(bareExchange);
   }
-  std::nth_element(differences.begin(), differences.begin() + kPairs / 2, differences.end());
-  return differences[kPairs / 2];
+  return Median(differences);
 }
 
 void Measure(benchmark::State& state, Query query) {

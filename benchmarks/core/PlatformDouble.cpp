@@ -1,9 +1,8 @@
 #include "benchmarks/core/PlatformDouble.h"
 
-#include <ctime>
-#include <locale>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
@@ -12,6 +11,30 @@
 
 namespace Tavrin::Double {
 namespace {
+
+constexpr std::uint8_t kMasterWriteReadCommand = 0x52;
+constexpr std::uint8_t kPsuStatusCommand = 0x91;
+constexpr std::uint8_t kPsuRegisterCommand = 0x92;
+constexpr std::uint8_t kPowerCommand = 0x98;
+constexpr std::uint8_t kPowerCapCommand = 0x9D;
+constexpr std::uint8_t kPsuFanCommand = 0xA5;
+constexpr std::uint8_t kNodeStatusCommand = 0xA7;
+constexpr std::uint8_t kStatusCommand = 0xA8;
+constexpr std::uint8_t kIdentityCommand = 0xB0;
+constexpr std::uint8_t kSelectPsuCommand = 0xF4;
+
+constexpr std::uint8_t kMachineTypeItem = 0x00;
+constexpr std::uint8_t kSerialNumberItem = 0x01;
+constexpr std::uint8_t kNameItem = 0x0B;
+
+constexpr std::uint8_t kPsuVersionRegister = 0xFC;
+constexpr std::uint8_t kPsuManufacturerRegister = 0x99;
+constexpr std::uint8_t kPsuPositionRegister = 0xF0;
+
+[[noreturn]] void FailFor(const char* what, std::uint8_t value) {
+  throw std::logic_error("the platform's double has no answer for the " + std::string(what) + " " +
+                         std::to_string(value));
+}
 
 Bytes BytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
@@ -62,49 +85,55 @@ Answers SecondGenerationAnswers() {
 const Bytes& IdentityAnswer(std::uint8_t item) {
   const Answers& answers = ThePlatform().answers;
   switch (item) {
-    case 0x00:
+    case kMachineTypeItem:
       return answers.machineType;
-    case 0x01:
+    case kSerialNumberItem:
       return answers.serialNumber;
-    default:
+    case kNameItem:
       return answers.name;
+    default:
+      FailFor("identity item", item);
   }
 }
 
 const Bytes& RegisterAnswer(std::uint8_t psuRegister) {
   const Answers& answers = ThePlatform().answers;
   switch (psuRegister) {
-    case 0xFC:
+    case kPsuVersionRegister:
       return answers.psuVersion;
-    case 0x99:
+    case kPsuManufacturerRegister:
       return answers.psuManufacturer;
-    default:
+    case kPsuPositionRegister:
       return answers.psuPosition;
+    default:
+      FailFor("PSU register", psuRegister);
   }
 }
 
 const Bytes& AnswerTo(const IPMICOMMAND& request) {
   const Answers& answers = ThePlatform().answers;
   switch (request.cmd) {
-    case 0x52:
-    case 0x92:
+    case kMasterWriteReadCommand:
+    case kPsuRegisterCommand:
       return RegisterAnswer(request.data.back());
-    case 0x91:
+    case kPsuStatusCommand:
       return answers.psuStatus;
-    case 0x98:
+    case kPowerCommand:
       return answers.power;
-    case 0x9D:
+    case kPowerCapCommand:
       return answers.powerCap;
-    case 0xA5:
+    case kPsuFanCommand:
       return answers.psuFan;
-    case 0xA7:
+    case kNodeStatusCommand:
       return answers.nodeStatus;
-    case 0xA8:
+    case kStatusCommand:
       return answers.status;
-    case 0xB0:
+    case kIdentityCommand:
       return IdentityAnswer(request.data.back());
-    default:
+    case kSelectPsuCommand:
       return answers.psuSelection;
+    default:
+      FailFor("command", request.cmd);
   }
 }
 
@@ -207,10 +236,4 @@ int SMMInfo::GetSmmType(SMMIype& type) {
 
 }  // namespace Tavrin
 
-extern "C" unsigned int sleep(unsigned int seconds) {
-  Tavrin::TallyOfThisThread().secondsOfPauses += seconds;
-  if (Tavrin::ThePlatform().pausesAreReal) {
-    std::this_thread::sleep_for(std::chrono::seconds(seconds));
-  }
-  return 0;
-}
+extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }

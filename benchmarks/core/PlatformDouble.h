@@ -30,13 +30,13 @@ struct Answers {
   Bytes nodeStatus;
 };
 
-/// What stands behind platform/. To be set before the library runs, and left alone while it does.
+/// What stands behind platform/, where pauses take no time. To be set before the library runs, and
+/// left alone while it does.
 struct Platform {
   SMMIype generation = SMM_FIRST_GENERATION;
   Answers answers;
   unsigned int logThreshold = 0;
   std::chrono::nanoseconds answerTime{0};  ///< How long send() waits for the answer.
-  bool pausesAreReal = false;              ///< Otherwise they are counted and take no time.
   IPMICOMMAND* lastRequest = nullptr;      ///< Gets a copy of each request, if there is one.
 };
 Platform& ThePlatform();
@@ -51,7 +51,6 @@ TavrinConnection::ConnectionInfo ConnectionSettings();
 struct Tally {
   std::uint64_t exchanges = 0;
   std::uint64_t lines = 0;  ///< Log objects constructed.
-  std::uint64_t secondsOfPauses = 0;
 };
 Tally& TallyOfThisThread();
 

@@ -50,7 +50,7 @@ void AppendBytes(std::vector<std::string>& arguments, const IPMICOMMAND& request
 
 }  // namespace
 
-void ExchangeBarely(const TavrinConnection::ConnectionInfo& info, const IPMICOMMAND& request) {
+void BareExchange(const TavrinConnection::ConnectionInfo& info, const IPMICOMMAND& request) {
   static const ConnectSettings settings = ClientSettings(info);
   const std::string host = HostAndPort(info);
   std::vector<std::uint8_t> sent = {request.cmd};

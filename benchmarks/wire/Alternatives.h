@@ -12,7 +12,7 @@ namespace Tavrin {
 /// Opens a session by FreeIPMI's library, with the settings that the library's client would use,
 /// sends the request and closes the session, and does nothing else. Throws std::runtime_error
 /// unless an answer comes.
-void ExchangeBarely(const TavrinConnection::ConnectionInfo& info, const IPMICOMMAND& request);
+void BareExchange(const TavrinConnection::ConnectionInfo& info, const IPMICOMMAND& request);
 
 /// The command lines of FreeIPMI's ipmi-raw and of ipmitool that send one request each. The
 /// password is in files.

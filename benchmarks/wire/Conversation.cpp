@@ -14,13 +14,19 @@ constexpr std::uint8_t kGetChannelAuthenticationCapabilities = 0x38;
 constexpr std::uint8_t kSetSessionPrivilegeLevel = 0x3B;
 constexpr std::uint8_t kCloseSession = 0x3C;
 
+// Payload types.
+constexpr std::uint8_t kOpenSessionRequest = 0x10;
+constexpr std::uint8_t kRakpMessage1 = 0x12;
+constexpr std::uint8_t kRakpMessage3 = 0x14;
+constexpr std::uint8_t kAuthenticatedIpmiMessage = 0x40;
+
 bool IsRmcpPlus(const Bytes& datagram) {
   constexpr std::size_t kAuthenticationTypeAt = 4;
   constexpr std::uint8_t kRmcpPlus = 0x06;
   return datagram.at(kAuthenticationTypeAt) == kRmcpPlus;
 }
 
-/// What an RMCP+ datagram carries; the two highest bits say whether it is encrypted and signed.
+/// The payload type; its two highest bits say whether the payload is encrypted and authenticated.
 std::uint8_t PayloadType(const Bytes& datagram) {
   constexpr std::size_t kPayloadTypeAt = 5;
   return datagram.at(kPayloadTypeAt);
@@ -28,19 +34,18 @@ std::uint8_t PayloadType(const Bytes& datagram) {
 
 /// The IPMI request in a datagram, unless it carries none or is encrypted.
 std::optional<IPMICOMMAND> RequestIn(const Bytes& datagram) {
-  constexpr std::uint8_t kSignedIpmiMessage = 0x40;
   constexpr std::size_t kLengthAt = 14;
   constexpr std::size_t kMessageAt = 16;
-  constexpr std::size_t kLengthAtBefore2_0 = 13;
-  constexpr std::size_t kMessageAtBefore2_0 = 14;
+  constexpr std::size_t kLengthAtIpmi15 = 13;
+  constexpr std::size_t kMessageAtIpmi15 = 14;
   const bool isRmcpPlus = IsRmcpPlus(datagram);
-  if (isRmcpPlus && PayloadType(datagram) != kSignedIpmiMessage) {
+  if (isRmcpPlus && PayloadType(datagram) != kAuthenticatedIpmiMessage) {
     return std::nullopt;
   }
-  // In a message: 1 network function above two bits of a unit's number, 5 command, then the data,
-  // and a checksum behind them.
-  const std::size_t message = isRmcpPlus ? kMessageAt : kMessageAtBefore2_0;
-  const std::size_t length = datagram.at(isRmcpPlus ? kLengthAt : kLengthAtBefore2_0);
+  // In a message, byte 1 is the network function and LUN, byte 5 the command; data follow, then a
+  // checksum.
+  const std::size_t message = isRmcpPlus ? kMessageAt : kMessageAtIpmi15;
+  const std::size_t length = datagram.at(isRmcpPlus ? kLengthAt : kLengthAtIpmi15);
   IPMICOMMAND request;
   request.netFn = static_cast<std::uint8_t>(datagram.at(message + 1) >> 2U);
   request.cmd = datagram.at(message + 5);
@@ -80,11 +85,11 @@ std::string PurposeOf(const Bytes& datagram) {
     return NameOf(*request);
   }
   switch (PayloadType(datagram)) {
-    case 0x10:
+    case kOpenSessionRequest:
       return "RMCP+ Open Session";
-    case 0x12:
+    case kRakpMessage1:
       return "RAKP messages 1 and 2";
-    case 0x14:
+    case kRakpMessage3:
       return "RAKP messages 3 and 4";
     default:
       return "encrypted";
@@ -94,6 +99,7 @@ std::string PurposeOf(const Bytes& datagram) {
 }  // namespace
 
 Conversation::Conversation(Relay& relay) : relay_(relay) {
+  // A fault that passes everything on: the relay shows it each datagram.
   relay_.Break([this](const Datagram& datagram) {
     const std::lock_guard<std::mutex> lock(mutex_);
     datagrams_.push_back(datagram);

@@ -1,8 +1,11 @@
 // What an exchange and a whole inventory cost over the wire, beside the ways a user would otherwise
 // take: bare calls of FreeIPMI's library, and a process of ipmi-raw or of ipmitool for each
 // command. All of them talk to one simulated enclosure, in turns, so that a busy machine slows all
-// alike. Prints JSON. usage: wire_benchmark
+// alike. Prints JSON.
+//
+// usage: wire_benchmark
 
+#include <algorithm>
 #include <cstdlib>
 #include <exception>
 #include <functional>
@@ -13,14 +16,15 @@
 #include <utility>
 #include <vector>
 
+#include "benchmarks/support/Median.h"
+#include "benchmarks/support/Process.h"
+#include "benchmarks/support/WholeInventory.h"
 #include "benchmarks/wire/Alternatives.h"
 #include "benchmarks/wire/Conversation.h"
-#include "benchmarks/wire/Median.h"
-#include "benchmarks/wire/Process.h"
-#include "benchmarks/wire/WholeInventory.h"
+#include "benchmarks/wire/SimulatedEnclosure.h"
+#include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "tests/support/Relay.h"
-#include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin {
 namespace {
@@ -28,18 +32,25 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Arguments = std::vector<std::string>;
 
-constexpr const char* kPassword = "sesame";
 constexpr int kRounds = 40;
-/// An exchange takes a small part of what a process takes, so that a round has room for many.
+/// An exchange takes a fraction of the time of a process, so a round has room for many pairs.
 constexpr int kPairsOfARound = 50;
 constexpr int kInventoryRounds = 5;
 constexpr const char* kSuiteKey = "IPMI_CIPHER_SUITE";
+/// -1 leaves the choice to the library, which asks for 3.
 constexpr int kSuiteOfTheCaller = -1;
-/// Signs the messages of a session and does not encrypt them.
+/// Authenticates the messages of a session and does not encrypt them.
 constexpr int kReadableSuite = 2;
 
 /// GetChassisPowerConsumption's request.
 IPMICOMMAND ChassisPowerRequest() { return {0x98, {0x0D}, 0x32}; }
+
+void QueryPower(SMMInventory& inventory) {
+  ChassisPowerCon power;
+  if (inventory.GetChassisPowerConsumption(power) != StatusCode::Success) {
+    throw std::runtime_error("a query failed");
+  }
+}
 
 /// The costs of one way, one a run.
 class Samples {
@@ -48,7 +59,7 @@ class Samples {
     wall_.push_back(cost.wallSeconds);
     processor_.push_back(cost.processorSeconds);
   }
-  [[nodiscard]] Cost Middle() const { return {Median(wall_), Median(processor_)}; }
+  [[nodiscard]] Cost Median() const { return {Tavrin::Median(wall_), Tavrin::Median(processor_)}; }
   [[nodiscard]] const std::vector<double>& Wall() const { return wall_; }
 
  private:
@@ -66,9 +77,9 @@ Cost Measure(const std::function<void()>& run) {
   return meter.Read();
 }
 
-/// Calls both, the second one first at every other time.
-void InTurns(int time, const std::function<void()>& first, const std::function<void()>& second) {
-  const bool isEven = time % 2 == 0;
+/// Calls both, the second one first at every other turn.
+void InTurns(int turn, const std::function<void()>& first, const std::function<void()>& second) {
+  const bool isEven = turn % 2 == 0;
   (isEven ? first : second)();
   (isEven ? second : first)();
 }
@@ -83,42 +94,32 @@ double MedianRatio(const std::vector<double>& above, const std::vector<double>& 
 
 Json CompareExchanges(const TavrinConnection::ConnectionInfo& settings, SMMInventory& inventory) {
   const IPMICOMMAND request = ChassisPowerRequest();
-  const CommandLines lines(settings);
+  const CommandLines commandLines(settings);
   Samples bare;
   Samples library;
   Samples ipmiRaw;
   Samples ipmitool;
-  const auto runBare = [&] { bare.Add(Measure([&] { ExchangeBarely(settings, request); })); };
-  const auto runLibrary = [&] {
-    ChassisPowerCon power;
-    library.Add(Measure([&] {
-      if (inventory.GetChassisPowerConsumption(power) != StatusCode::Success) {
-        throw std::runtime_error("a query failed");
-      }
-    }));
-  };
+  const auto runBare = [&] { bare.Add(Measure([&] { BareExchange(settings, request); })); };
+  const auto runLibrary = [&] { library.Add(Measure([&] { QueryPower(inventory); })); };
   for (int round = 0; round < kRounds; ++round) {
     for (int pair = 0; pair < kPairsOfARound; ++pair) {
       InTurns(pair, runBare, runLibrary);
     }
     InTurns(
-        round, [&] { ipmiRaw.Add(RunToEnd(lines.IpmiRaw(request))); },
-        [&] { ipmitool.Add(RunToEnd(lines.Ipmitool(request))); });
+        round, [&] { ipmiRaw.Add(RunToEnd(commandLines.IpmiRaw(request))); },
+        [&] { ipmitool.Add(RunToEnd(commandLines.Ipmitool(request))); });
   }
-  const double libraryWall = library.Middle().wallSeconds;
-  return {{"rounds", kRounds},
-          {"pairs", library.Wall().size()},
-          {"bare", ToJson(bare.Middle())},
-          {"library", ToJson(library.Middle())},
-          {"ipmi_raw", ToJson(ipmiRaw.Middle())},
-          {"ipmitool", ToJson(ipmitool.Middle())},
-          {"library_to_bare", libraryWall / bare.Middle().wallSeconds},
-          {"library_to_bare_beside_it", MedianRatio(library.Wall(), bare.Wall())},
-          {"ipmi_raw_to_library", ipmiRaw.Middle().wallSeconds / libraryWall},
-          {"ipmitool_to_library", ipmitool.Middle().wallSeconds / libraryWall}};
+  const double libraryWall = library.Median().wallSeconds;
+  return {{"bare", ToJson(bare.Median())},
+          {"library", ToJson(library.Median())},
+          {"ipmi_raw", ToJson(ipmiRaw.Median())},
+          {"ipmitool", ToJson(ipmitool.Median())},
+          {"library_to_bare_median_of_pairs", MedianRatio(library.Wall(), bare.Wall())},
+          {"ipmi_raw_to_library", ipmiRaw.Median().wallSeconds / libraryWall},
+          {"ipmitool_to_library", ipmitool.Median().wallSeconds / libraryWall}};
 }
 
-std::vector<RoundTrip> Listen(Relay& relay, const std::function<void()>& run) {
+std::vector<RoundTrip> RoundTripsOf(Relay& relay, const std::function<void()>& run) {
   const Conversation conversation(relay);
   run();
   return conversation.RoundTrips();
@@ -128,20 +129,17 @@ std::vector<RoundTrip> Listen(Relay& relay, const std::function<void()>& run) {
 /// for.
 Json CountRoundTrips(Relay& relay, SMMInventory& inventory,
                      const TavrinConnection::ConnectionInfo& throughRelay) {
-  const auto query = [&inventory] {
-    ChassisPowerCon power;
-    inventory.GetChassisPowerConsumption(power);
-  };
-  const std::vector<RoundTrip> encrypted = Listen(relay, query);
+  const auto query = [&inventory] { QueryPower(inventory); };
+  const std::vector<RoundTrip> encrypted = RoundTripsOf(relay, query);
   Standalone::SetGlobalConfigValue(kSuiteKey, kReadableSuite);
-  const std::vector<RoundTrip> readable = Listen(relay, query);
+  const std::vector<RoundTrip> readable = RoundTripsOf(relay, query);
   Standalone::SetGlobalConfigValue(kSuiteKey, kSuiteOfTheCaller);
-  if (readable.size() != encrypted.size()) {
-    throw std::runtime_error("an encrypted exchange has another number of round trips");
+  if (encrypted.empty() || readable.size() != encrypted.size()) {
+    throw std::runtime_error("an encrypted exchange has another number of round trips, or none");
   }
-  const CommandLines lines(throughRelay);
+  const CommandLines commandLines(throughRelay);
   const auto count = [&relay](const Arguments& arguments) {
-    return Listen(relay, [&arguments] { RunToEnd(arguments); }).size();
+    return RoundTripsOf(relay, [&arguments] { RunToEnd(arguments); }).size();
   };
   Json trips = Json::array();
   for (std::size_t i = 0; i < readable.size(); ++i) {
@@ -150,8 +148,8 @@ Json CountRoundTrips(Relay& relay, SMMInventory& inventory,
                      {"answer_bytes", encrypted[i].answerBytes}});
   }
   return {{"library", trips},
-          {"ipmi_raw", count(lines.IpmiRaw(ChassisPowerRequest()))},
-          {"ipmitool", count(lines.Ipmitool(ChassisPowerRequest()))}};
+          {"ipmi_raw", count(commandLines.IpmiRaw(ChassisPowerRequest()))},
+          {"ipmitool", count(commandLines.Ipmitool(ChassisPowerRequest()))}};
 }
 
 long PeakMemory(Arguments arguments) {
@@ -200,11 +198,10 @@ Json CountInventory(Relay& relay, const TavrinConnection::ConnectionInfo& throug
           {"paused_s", PausedSeconds() - pausedBefore}};
 }
 
-Json CompareInventories(Relay& relay, const SimulatedSmm& smm) {
-  const auto throughRelay = SettingsFor(relay.Port(), kPassword);
-  const TemporaryFile password(std::string(kPassword) + "\n");
-  const Arguments library = {READ_ENCLOSURE, std::to_string(smm.Port()), password.Path()};
-  const CommandLines commandLines(SettingsFor(smm.Port(), kPassword));
+Json CompareInventories(Relay& relay, const SimulatedEnclosure& smm) {
+  const auto throughRelay = SettingsFor(relay.Port());
+  const Arguments library = {READ_ENCLOSURE, std::to_string(smm.Port())};
+  const CommandLines commandLines(SettingsFor(smm.Port()));
   std::vector<Arguments> ipmiRaw;
   std::vector<Arguments> ipmitool;
   for (const IPMICOMMAND& command : CommandsOfInventory(relay, throughRelay)) {
@@ -219,27 +216,24 @@ Json CompareInventories(Relay& relay, const SimulatedSmm& smm) {
     ofIpmiRaw.Add(RunAll(ipmiRaw));
     ofIpmitool.Add(RunAll(ipmitool));
   }
-  const auto entry = [](const Samples& samples, std::size_t processes, long memory) {
-    Json json = ToJson(samples.Middle());
-    json["processes"] = processes;
+  const auto entry = [](const Samples& samples, long memory) {
+    Json json = ToJson(samples.Median());
     json["peak_memory_kib"] = memory;
     return json;
   };
   Json result = CountInventory(relay, throughRelay);
-  result["rounds"] = kInventoryRounds;
-  result["library"] = entry(ofLibrary, 1, PeakMemory(library));
-  result["ipmi_raw"] = entry(ofIpmiRaw, ipmiRaw.size(), PeakMemoryOfBiggest(ipmiRaw));
-  result["ipmitool"] = entry(ofIpmitool, ipmitool.size(), PeakMemoryOfBiggest(ipmitool));
+  result["library"] = entry(ofLibrary, PeakMemory(library));
+  result["ipmi_raw"] = entry(ofIpmiRaw, PeakMemoryOfBiggest(ipmiRaw));
+  result["ipmitool"] = entry(ofIpmitool, PeakMemoryOfBiggest(ipmitool));
   return result;
 }
 
 void Run() {
   ConfigureForSimulator();
-  const SimulatedSmm smm({"--generation", "2", "--platform", "253"}, R"({"overrides": []})",
-                         kPassword);
+  const SimulatedEnclosure smm;
   Relay relay(smm.Port());
-  const auto direct = SettingsFor(smm.Port(), kPassword);
-  const auto throughRelay = SettingsFor(relay.Port(), kPassword);
+  const auto direct = SettingsFor(smm.Port());
+  const auto throughRelay = SettingsFor(relay.Port());
   SMMInventory inventory(direct);
   SMMInventory relayed(throughRelay);
   Json result;

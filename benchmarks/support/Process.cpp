@@ -1,4 +1,4 @@
-#include "benchmarks/wire/Process.h"
+#include "benchmarks/support/Process.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <ctime>
+#include <fstream>
 #include <stdexcept>
 
 namespace Tavrin {
@@ -61,6 +63,15 @@ Meter::Meter() : start_{Now(), OwnProcessorSeconds()} {}
 
 Cost Meter::Read() const {
   return {Now() - start_.wallSeconds, OwnProcessorSeconds() - start_.processorSeconds};
+}
+
+long ResidentKib() {
+  constexpr long kBytesOfAKib = 1024;
+  std::ifstream statm("/proc/self/statm");
+  long all = 0;
+  long resident = 0;
+  statm >> all >> resident;
+  return resident * (sysconf(_SC_PAGESIZE) / kBytesOfAKib);
 }
 
 Cost RunToEnd(const std::vector<std::string>& arguments) {

@@ -1,37 +1,34 @@
 // Reads many simulated enclosures at once: as many objects as simulators, a thread each, none of
 // which waits in the pauses. The simulators share the processors with the reader. Prints JSON.
+//
 // usage: many_enclosures_simulated
 
 #include <sys/types.h>
 #include <unistd.h>
 
-#include <condition_variable>
 #include <cstdlib>
 #include <ctime>
+#include <deque>
 #include <exception>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <memory>
-#include <mutex>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "benchmarks/wire/Median.h"
-#include "benchmarks/wire/Process.h"
-#include "benchmarks/wire/WholeInventory.h"
-#include "tests/support/SimulatedSmm.h"
+#include "benchmarks/support/Median.h"
+#include "benchmarks/support/Process.h"
+#include "benchmarks/support/WholeInventory.h"
+#include "benchmarks/wire/SimulatedEnclosure.h"
 
 namespace Tavrin {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using Simulators = std::vector<std::unique_ptr<SimulatedSmm>>;
+using Simulators = std::deque<SimulatedEnclosure>;
 
-constexpr const char* kPassword = "sesame";
 constexpr std::size_t kMostEnclosures = 32;
 constexpr int kRounds = 7;
 
@@ -62,79 +59,20 @@ double ProcessorSecondsOfSimulators() {
   return sum;
 }
 
-long ResidentKib() {
-  constexpr long kBytesOfAKib = 1024;
-  std::ifstream statm("/proc/self/statm");
-  long all = 0;
-  long resident = 0;
-  statm >> all >> resident;
-  return resident * (sysconf(_SC_PAGESIZE) / kBytesOfAKib);
-}
-
-/// Threads wait at it until all have come, and then until they may go on.
-class Gate {
- public:
-  void Pass() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    ++arrived_;
-    changed_.notify_all();
-    changed_.wait(lock, [this] { return isOpen_; });
-  }
-  void WaitFor(std::size_t count) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    changed_.wait(lock, [this, count] { return arrived_ == count; });
-  }
-  void Open() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    isOpen_ = true;
-    changed_.notify_all();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::size_t arrived_ = 0;
-  bool isOpen_ = false;
-};
-
-struct Reading {
-  Cost cost;
+/// What reading the first `count` enclosures at once takes: them, and the simulators.
+struct Sample {
+  Reading reading;
   double simulatorsSeconds = 0;
-  long residentKib = 0;  ///< With all objects and threads still there.
 };
 
-/// One object and one thread for each of the first `count` simulators.
-Reading ReadAtOnce(const Simulators& simulators, std::size_t count) {
-  Gate end;
-  std::vector<std::exception_ptr> failures(count);
-  std::vector<std::thread> threads;
-  const double simulatorsBefore = ProcessorSecondsOfSimulators();
-  const Meter meter;
+Sample ReadFirst(const Simulators& simulators, std::size_t count) {
+  std::vector<TavrinConnection::ConnectionInfo> enclosures;
   for (std::size_t i = 0; i < count; ++i) {
-    threads.emplace_back([&, i] {
-      std::unique_ptr<SMMInventory> inventory;
-      try {
-        inventory = std::make_unique<SMMInventory>(SettingsFor(simulators[i]->Port(), kPassword));
-        QueryAll(*inventory);
-      } catch (...) {
-        failures[i] = std::current_exception();
-      }
-      end.Pass();
-    });
+    enclosures.push_back(SettingsFor(simulators[i].Port()));
   }
-  end.WaitFor(count);
-  const Reading reading = {meter.Read(), ProcessorSecondsOfSimulators() - simulatorsBefore,
-                           ResidentKib()};
-  end.Open();
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  for (const std::exception_ptr& failure : failures) {
-    if (failure) {
-      std::rethrow_exception(failure);
-    }
-  }
-  return reading;
+  const double simulatorsBefore = ProcessorSecondsOfSimulators();
+  const Reading reading = ReadAtOnce(enclosures);
+  return {reading, ProcessorSecondsOfSimulators() - simulatorsBefore};
 }
 
 /// All that was read with one number of enclosures, a value a round.
@@ -156,21 +94,11 @@ std::vector<Run> MakeRuns() {
   return runs;
 }
 
-Simulators StartSimulators() {
-  Simulators simulators;
-  while (simulators.size() < kMostEnclosures) {
-    simulators.push_back(std::make_unique<SimulatedSmm>(
-        std::vector<std::string>{"--generation", "2", "--platform", "253"}, R"({"overrides": []})",
-        kPassword));
-  }
-  return simulators;
-}
-
 /// All numbers of enclosures in turn, from the fewest on, so that a busy machine slows all alike.
 void ReadRound(const Simulators& simulators, long residentBefore, std::vector<Run>& runs) {
   double wallOfOne = 0;
   for (Run& run : runs) {
-    const Reading reading = ReadAtOnce(simulators, run.count);
+    const auto [reading, simulatorsSeconds] = ReadFirst(simulators, run.count);
     wallOfOne = run.count == 1 ? reading.cost.wallSeconds : wallOfOne;
     // The allocator keeps what it has once had, so that only the first round tells them apart.
     if (run.wall.empty()) {
@@ -179,7 +107,7 @@ void ReadRound(const Simulators& simulators, long residentBefore, std::vector<Ru
     }
     run.wall.push_back(reading.cost.wallSeconds);
     run.processor.push_back(reading.cost.processorSeconds);
-    run.ofSimulators.push_back(reading.simulatorsSeconds);
+    run.ofSimulators.push_back(simulatorsSeconds);
     run.ratio.push_back(reading.cost.wallSeconds / wallOfOne);
   }
 }
@@ -199,9 +127,9 @@ void PrintRuns(const std::vector<Run>& runs) {
 
 void Measure() {
   ConfigureForSimulator();
-  const Simulators simulators = StartSimulators();
+  const Simulators simulators(kMostEnclosures);
   // What the first session sets up for the whole process counts for no object.
-  ReadWholeInventory(SettingsFor(simulators.front()->Port(), kPassword));
+  ReadWholeInventory(SettingsFor(simulators.front().Port()));
   const long residentBefore = ResidentKib();
   std::vector<Run> runs = MakeRuns();
   for (int round = 0; round < kRounds; ++round) {

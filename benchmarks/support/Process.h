@@ -23,6 +23,9 @@ class Meter {
   Cost start_;
 };
 
+/// The memory that this process has resident now.
+long ResidentKib();
+
 /// Runs a program, found along PATH, to its end; its output is dropped. Throws std::runtime_error
 /// unless it ends with exit code 0.
 Cost RunToEnd(const std::vector<std::string>& arguments);

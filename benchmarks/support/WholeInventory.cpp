@@ -1,22 +1,13 @@
-#include "benchmarks/wire/WholeInventory.h"
+#include "benchmarks/support/WholeInventory.h"
 
-#include <atomic>
+#include <exception>
+#include <memory>
 #include <stdexcept>
-#include <vector>
+#include <string>
+#include <thread>
 
-#include "platform/standalone/globalconfig/ConfigControl.h"
-
-namespace {
-
-std::atomic<unsigned int> pausedSeconds{0};
-
-}  // namespace
-
-/// Takes the place of the C library's.
-extern "C" unsigned int sleep(unsigned int seconds) {
-  pausedSeconds += seconds;
-  return 0;
-}
+#include "benchmarks/support/Gate.h"
+#include "module/smm/smm_inventory/SMMInventory.h"
 
 namespace Tavrin {
 namespace {
@@ -26,7 +17,7 @@ constexpr std::size_t kPsus = 9;
 
 void Require(bool holds, const char* query) {
   if (!holds) {
-    throw std::runtime_error(std::string(query) + " did not give what the simulator has");
+    throw std::runtime_error(std::string(query) + " did not give what the enclosure has");
   }
 }
 
@@ -69,20 +60,6 @@ void QueryPsus(SMMInventory& inventory) {
           "GetPSUStatus");
 }
 
-}  // namespace
-
-TavrinConnection::ConnectionInfo SettingsFor(std::uint16_t port, const std::string& password) {
-  TavrinConnection::ConnectionInfo settings;
-  settings.address = "127.0.0.1";
-  settings.port = port;
-  settings.userName = "admin";
-  settings.password = password;
-  settings.connectionKind = 7;
-  return settings;
-}
-
-void ConfigureForSimulator() { Standalone::SetGlobalConfigValue("IPMI_WORKAROUND_FLAGS", 16); }
-
 void QueryAll(SMMInventory& inventory) {
   QueryIdentity(inventory);
   QueryPower(inventory);
@@ -92,11 +69,47 @@ void QueryAll(SMMInventory& inventory) {
   Require(inventory.GetSMMStatus(status) == StatusCode::Success, "GetSMMStatus");
 }
 
+}  // namespace
+
 void ReadWholeInventory(const TavrinConnection::ConnectionInfo& settings) {
   SMMInventory inventory(settings);
   QueryAll(inventory);
 }
 
-unsigned int PausedSeconds() { return pausedSeconds; }
+Reading ReadAtOnce(const std::vector<TavrinConnection::ConnectionInfo>& enclosures) {
+  const std::size_t count = enclosures.size();
+  Gate start;
+  Gate end;
+  std::vector<std::exception_ptr> failures(count);
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < count; ++i) {
+    threads.emplace_back([&, i] {
+      start.Pass();
+      std::unique_ptr<SMMInventory> inventory;
+      try {
+        inventory = std::make_unique<SMMInventory>(enclosures[i]);
+        QueryAll(*inventory);
+      } catch (...) {
+        failures[i] = std::current_exception();
+      }
+      end.Pass();
+    });
+  }
+  start.WaitFor(count);
+  const Meter meter;
+  start.Open();
+  end.WaitFor(count);
+  const Reading reading = {meter.Read(), ResidentKib()};
+  end.Open();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  for (const std::exception_ptr& failure : failures) {
+    if (failure) {
+      std::rethrow_exception(failure);
+    }
+  }
+  return reading;
+}
 
 }  // namespace Tavrin

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/ConnectionInfo.h"
+#include "tests/support/SimulatedSmm.h"
+
+namespace Tavrin {
+
+/// The largest enclosure that there is.
+class SimulatedEnclosure : public SimulatedSmm {
+ public:
+  SimulatedEnclosure() : SimulatedSmm({"--generation", "2", "--platform", "253"}) {}
+};
+
+/// Where a simulated enclosure is found, and with what user.
+TavrinConnection::ConnectionInfo SettingsFor(std::uint16_t port);
+
+/// Turns on FreeIPMI's open-session-privilege workaround, without which the simulator refuses
+/// sessions.
+void ConfigureForSimulator();
+
+/// How many seconds the pauses of all objects have added up to. They are counted and not waited.
+unsigned int PausedSeconds();
+
+}  // namespace Tavrin
