@@ -7,6 +7,7 @@
 // - memory_kib_per_enclosure: by how much resident memory grew until all inventories were read,
 //   with every thread and object alive, divided by N.
 // - ratio: wall_s by that of one enclosure.
+// Each is the median of several rounds.
 //
 // usage: many_enclosures_double
 
@@ -24,6 +25,7 @@
 #include <vector>
 
 #include "benchmarks/core/PlatformDouble.h"
+#include "benchmarks/support/Median.h"
 #include "benchmarks/support/WholeInventory.h"
 
 namespace Tavrin {
@@ -32,6 +34,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr std::chrono::milliseconds kAnswerTime{5};
+constexpr int kRounds = 5;
 
 /// What one run found out. It travels through a pipe as it is.
 struct Run {
@@ -71,23 +74,45 @@ Run ReadEnclosuresApart(std::size_t count) {
   return run;
 }
 
+/// All runs with one number of enclosures, a value a round.
+struct Runs {
+  std::size_t count = 0;
+  std::vector<double> wall;
+  std::vector<double> processor;
+  std::vector<double> memoryKib;  ///< An enclosure's.
+  std::vector<double> ratio;      ///< To the time for one enclosure in the same round.
+
+  void Add(const Run& run, const Runs& ofOne) {
+    wall.push_back(run.cost.wallSeconds);
+    processor.push_back(run.cost.processorSeconds);
+    memoryKib.push_back(static_cast<double>(run.memoryKib) / static_cast<double>(count));
+    ratio.push_back(wall.back() / ofOne.wall.back());
+  }
+};
+
 void Measure() {
   Double::ThePlatform() = Double::PlatformOf(SMM_SECOND_GENERATION);
   Double::ThePlatform().answerTime = kAnswerTime;
 
-  double wallOfOne = 0;
-  Json runs = Json::array();
+  std::vector<Runs> all;
   for (const std::size_t count : std::array<std::size_t, 4>{1, 10, 100, 500}) {
-    const Run run = ReadEnclosuresApart(count);
-    wallOfOne = count == 1 ? run.cost.wallSeconds : wallOfOne;
-    runs.push_back({{"enclosures", count},
-                    {"wall_s", run.cost.wallSeconds},
-                    {"cpu_s", run.cost.processorSeconds},
-                    {"memory_kib_per_enclosure",
-                     static_cast<double>(run.memoryKib) / static_cast<double>(count)},
-                    {"ratio", run.cost.wallSeconds / wallOfOne}});
+    all.emplace_back();
+    all.back().count = count;
   }
-  std::cout << Json{{"runs", runs}}.dump(2) << "\n";
+  for (int round = 0; round < kRounds; ++round) {
+    for (Runs& runs : all) {
+      runs.Add(ReadEnclosuresApart(runs.count), all.front());
+    }
+  }
+  Json entries = Json::array();
+  for (const Runs& runs : all) {
+    entries.push_back({{"enclosures", runs.count},
+                       {"wall_s", Median(runs.wall)},
+                       {"cpu_s", Median(runs.processor)},
+                       {"memory_kib_per_enclosure", Median(runs.memoryKib)},
+                       {"ratio", Median(runs.ratio)}});
+  }
+  std::cout << Json{{"runs", entries}}.dump(2) << "\n";
 }
 
 }  // namespace

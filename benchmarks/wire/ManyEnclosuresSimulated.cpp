@@ -1,5 +1,6 @@
-// Reads many simulated enclosures at once: as many objects as simulators, a thread each, none of
-// which waits in the pauses. The simulators share the processors with the reader. Prints JSON.
+// Reads many simulated enclosures at once: as many objects as simulators, a thread each. None of
+// them waits in the pauses, but for one last time with a single enclosure and one with all. The
+// simulators share the processors with the reader. Prints JSON.
 //
 // usage: many_enclosures_simulated
 
@@ -49,8 +50,12 @@ std::vector<pid_t> ChildrenOf(pid_t process) {
 
 /// What the simulators, each a launcher and the `ipmi_sim` that it started, have taken until now.
 double ProcessorSecondsOfSimulators() {
+  const std::vector<pid_t> launchers = ChildrenOf(getpid());
+  if (launchers.size() != kMostEnclosures) {
+    throw std::runtime_error("not all simulators are found among this process's children");
+  }
   double sum = 0;
-  for (const pid_t launcher : ChildrenOf(getpid())) {
+  for (const pid_t launcher : launchers) {
     sum += ProcessorSecondsOf(launcher);
     for (const pid_t simulator : ChildrenOf(launcher)) {
       sum += ProcessorSecondsOf(simulator);
@@ -112,7 +117,7 @@ void ReadRound(const Simulators& simulators, long residentBefore, std::vector<Ru
   }
 }
 
-void PrintRuns(const std::vector<Run>& runs) {
+Json ToJson(const std::vector<Run>& runs) {
   Json entries = Json::array();
   for (const Run& run : runs) {
     entries.push_back({{"enclosures", run.count},
@@ -122,7 +127,17 @@ void PrintRuns(const std::vector<Run>& runs) {
                        {"memory_kib_per_enclosure", run.memoryKib},
                        {"ratio", Median(run.ratio)}});
   }
-  std::cout << Json{{"runs", entries}}.dump(2) << "\n";
+  return entries;
+}
+
+/// How long one enclosure takes, and all at once, when every pause is waited for.
+Json ReadWithPauses(const Simulators& simulators) {
+  WaitForPauses();
+  Json entries;
+  for (const std::size_t count : {std::size_t{1}, kMostEnclosures}) {
+    entries.push_back(ReadFirst(simulators, count).reading.cost.wallSeconds);
+  }
+  return entries;
 }
 
 void Measure() {
@@ -135,7 +150,8 @@ void Measure() {
   for (int round = 0; round < kRounds; ++round) {
     ReadRound(simulators, residentBefore, runs);
   }
-  PrintRuns(runs);
+  std::cout << Json{{"runs", ToJson(runs)}, {"with_pauses_s", ReadWithPauses(simulators)}}.dump(2)
+            << "\n";
 }
 
 }  // namespace

@@ -3,18 +3,24 @@
 #include <freeipmi/freeipmi.h>
 
 #include <atomic>
+#include <chrono>
+#include <thread>
 
 #include "platform/standalone/globalconfig/ConfigControl.h"
 
 namespace {
 
 std::atomic<unsigned int> pausedSeconds{0};
+std::atomic<bool> areWaitedFor{false};
 
 }  // namespace
 
 /// Takes the place of the C library's.
 extern "C" unsigned int sleep(unsigned int seconds) {
   pausedSeconds += seconds;
+  if (areWaitedFor) {
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+  }
   return 0;
 }
 
@@ -35,5 +41,7 @@ void ConfigureForSimulator() {
 }
 
 unsigned int PausedSeconds() { return pausedSeconds; }
+
+void WaitForPauses() { areWaitedFor = true; }
 
 }  // namespace Tavrin

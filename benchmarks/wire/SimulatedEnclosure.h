@@ -20,7 +20,11 @@ TavrinConnection::ConnectionInfo SettingsFor(std::uint16_t port);
 /// sessions.
 void ConfigureForSimulator();
 
-/// How many seconds the pauses of all objects have added up to. They are counted and not waited.
+/// How many seconds the pauses of all objects have added up to. They take no time until
+/// WaitForPauses() is called.
 unsigned int PausedSeconds();
+
+/// From now on pauses take their time.
+void WaitForPauses();
 
 }  // namespace Tavrin

@@ -6,6 +6,8 @@
 // usage: wire_benchmark
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <functional>
@@ -191,40 +193,64 @@ std::vector<IPMICOMMAND> CommandsOfInventory(Relay& relay,
 Json CountInventory(Relay& relay, const TavrinConnection::ConnectionInfo& throughRelay) {
   const std::size_t sessionsBefore = relay.SessionsAskedFor();
   const unsigned int pausedBefore = PausedSeconds();
-  const Conversation conversation(relay);
   ReadWholeInventory(throughRelay);
   return {{"exchanges", relay.SessionsAskedFor() - sessionsBefore},
-          {"datagrams", conversation.Datagrams()},
           {"paused_s", PausedSeconds() - pausedBefore}};
+}
+
+/// The processes that read a whole inventory in one way, one after the other.
+struct Way {
+  const char* name;
+  std::vector<Arguments> direct;
+  std::vector<Arguments> throughRelay;
+  Samples samples = {};
+};
+
+Arguments LibraryLine(std::uint16_t port) { return {READ_ENCLOSURE, std::to_string(port)}; }
+
+using Tool = Arguments (CommandLines::*)(const IPMICOMMAND& request) const;
+
+std::vector<Arguments> LinesOf(Tool tool, const CommandLines& commandLines,
+                               const std::vector<IPMICOMMAND>& commands) {
+  std::vector<Arguments> lines;
+  lines.reserve(commands.size());
+  for (const IPMICOMMAND& command : commands) {
+    lines.push_back((commandLines.*tool)(command));
+  }
+  return lines;
+}
+
+std::size_t DatagramsOf(Relay& relay, const std::vector<Arguments>& lines) {
+  const Conversation conversation(relay);
+  RunAll(lines);
+  return conversation.Datagrams();
 }
 
 Json CompareInventories(Relay& relay, const SimulatedEnclosure& smm) {
   const auto throughRelay = SettingsFor(relay.Port());
-  const Arguments library = {READ_ENCLOSURE, std::to_string(smm.Port())};
-  const CommandLines commandLines(SettingsFor(smm.Port()));
-  std::vector<Arguments> ipmiRaw;
-  std::vector<Arguments> ipmitool;
-  for (const IPMICOMMAND& command : CommandsOfInventory(relay, throughRelay)) {
-    ipmiRaw.push_back(commandLines.IpmiRaw(command));
-    ipmitool.push_back(commandLines.Ipmitool(command));
-  }
-  Samples ofLibrary;
-  Samples ofIpmiRaw;
-  Samples ofIpmitool;
-  for (int round = 0; round < kInventoryRounds; ++round) {
-    ofLibrary.Add(RunToEnd(library));
-    ofIpmiRaw.Add(RunAll(ipmiRaw));
-    ofIpmitool.Add(RunAll(ipmitool));
-  }
-  const auto entry = [](const Samples& samples, long memory) {
-    Json json = ToJson(samples.Median());
-    json["peak_memory_kib"] = memory;
-    return json;
-  };
+  const std::vector<IPMICOMMAND> commands = CommandsOfInventory(relay, throughRelay);
   Json result = CountInventory(relay, throughRelay);
-  result["library"] = entry(ofLibrary, PeakMemory(library));
-  result["ipmi_raw"] = entry(ofIpmiRaw, PeakMemoryOfBiggest(ipmiRaw));
-  result["ipmitool"] = entry(ofIpmitool, PeakMemoryOfBiggest(ipmitool));
+  if (result["exchanges"] != commands.size()) {
+    throw std::runtime_error("not every command of the inventory was overheard");
+  }
+  const CommandLines direct(SettingsFor(smm.Port()));
+  const CommandLines relayed(throughRelay);
+  std::array ways = {Way{"library", {LibraryLine(smm.Port())}, {LibraryLine(relay.Port())}},
+                     Way{"ipmi_raw", LinesOf(&CommandLines::IpmiRaw, direct, commands),
+                         LinesOf(&CommandLines::IpmiRaw, relayed, commands)},
+                     Way{"ipmitool", LinesOf(&CommandLines::Ipmitool, direct, commands),
+                         LinesOf(&CommandLines::Ipmitool, relayed, commands)}};
+  for (int round = 0; round < kInventoryRounds; ++round) {
+    for (Way& way : ways) {
+      way.samples.Add(RunAll(way.direct));
+    }
+  }
+  for (const Way& way : ways) {
+    Json entry = ToJson(way.samples.Median());
+    entry["peak_memory_kib"] = PeakMemoryOfBiggest(way.direct);
+    entry["datagrams"] = DatagramsOf(relay, way.throughRelay);
+    result[way.name] = entry;
+  }
   return result;
 }
 
