@@ -12,22 +12,24 @@ class Gate {
   void Pass() {
     std::unique_lock<std::mutex> lock(mutex_);
     ++arrived_;
-    changed_.notify_all();
-    changed_.wait(lock, [this] { return isOpen_; });
+    arrival_.notify_one();
+    opening_.wait(lock, [this] { return isOpen_; });
   }
   void WaitFor(std::size_t count) {
     std::unique_lock<std::mutex> lock(mutex_);
-    changed_.wait(lock, [this, count] { return arrived_ == count; });
+    arrival_.wait(lock, [this, count] { return arrived_ == count; });
   }
   void Open() {
     const std::lock_guard<std::mutex> lock(mutex_);
     isOpen_ = true;
-    changed_.notify_all();
+    opening_.notify_all();
   }
 
  private:
   std::mutex mutex_;
-  std::condition_variable changed_;
+  // Two, so that an arrival wakes nobody who waits for the opening.
+  std::condition_variable arrival_;
+  std::condition_variable opening_;
   std::size_t arrived_ = 0;
   bool isOpen_ = false;
 };
