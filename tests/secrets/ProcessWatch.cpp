@@ -17,7 +17,11 @@ void AppendIfNew(const std::string& content, std::string& seen) {
 
 }  // namespace
 
-ProcessWatch::ProcessWatch(pid_t process) : process_(process), thread_([this] { Run(); }) {}
+ProcessWatch::ProcessWatch(pid_t process) : process_(process) {
+  // At once, so that a process that soon ends is seen however late the thread begins.
+  Read();
+  thread_ = std::thread([this] { Run(); });
+}
 
 ProcessWatch::~ProcessWatch() { Stop(); }
 
@@ -30,10 +34,14 @@ void ProcessWatch::Stop() {
 
 void ProcessWatch::Run() {
   while (!isOver_) {
-    AppendIfNew(ReadProcessFile(process_, "cmdline"), commandLines_);
-    AppendIfNew(ReadProcessFile(process_, "environ"), environments_);
     std::this_thread::sleep_for(kBetweenReads);
+    Read();
   }
+}
+
+void ProcessWatch::Read() {
+  AppendIfNew(ReadProcessFile(process_, "cmdline"), commandLines_);
+  AppendIfNew(ReadProcessFile(process_, "environ"), environments_);
 }
 
 }  // namespace Tavrin

@@ -26,6 +26,7 @@ class ProcessWatch {
 
  private:
   void Run();
+  void Read();
 
   pid_t process_;
   std::string commandLines_;
