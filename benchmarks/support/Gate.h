@@ -6,7 +6,7 @@
 
 namespace Tavrin {
 
-/// Threads wait at it until all have come, and then until they may go on.
+/// Threads wait at it until it is opened; who opens it can first wait until all have come.
 class Gate {
  public:
   void Pass() {

@@ -1,7 +1,7 @@
 // What an exchange and a whole inventory cost over the wire, beside the ways a user would otherwise
 // take: bare calls of FreeIPMI's library, and a process of ipmi-raw or of ipmitool for each
-// command. All of them talk to one simulated enclosure, in turns and on one processor, so that a
-// busy machine slows all alike. Prints JSON.
+// command. All of them talk to one simulated enclosure, in turns, so that a busy machine slows all
+// alike, and on one processor, so that placement does not decide. Prints JSON.
 //
 // usage: wire_benchmark
 
@@ -257,7 +257,7 @@ Json CompareInventories(Relay& relay, const SimulatedEnclosure& smm) {
 }
 
 /// Holds this process, and all that it starts from now on, on one processor. Left to the scheduler,
-/// client and controller are by chance on one or on two, which doubles the time of an exchange.
+/// client and controller are by chance on one or on two, where an exchange takes half as long again.
 void HoldOnOneProcessor() {
   cpu_set_t allowed;
   if (sched_getaffinity(0, sizeof(allowed), &allowed) != 0) {
