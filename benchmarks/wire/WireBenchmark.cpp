@@ -257,7 +257,8 @@ Json CompareInventories(Relay& relay, const SimulatedEnclosure& smm) {
 }
 
 /// Holds this process, and all that it starts from now on, on one processor. Left to the scheduler,
-/// client and controller are by chance on one or on two, where an exchange takes half as long again.
+/// client and controller are by chance on one or on two, where an exchange takes half as long
+/// again.
 void HoldOnOneProcessor() {
   cpu_set_t allowed;
   if (sched_getaffinity(0, sizeof(allowed), &allowed) != 0) {
