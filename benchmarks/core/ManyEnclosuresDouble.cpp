@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "benchmarks/core/PlatformDouble.h"
+#include "benchmarks/support/Growth.h"
 #include "benchmarks/support/Median.h"
 #include "benchmarks/support/WholeInventory.h"
 
@@ -74,43 +75,29 @@ Run ReadEnclosuresApart(std::size_t count) {
   return run;
 }
 
-/// All runs with one number of enclosures, a value a round.
+/// All runs with one number of enclosures.
 struct Runs {
-  std::size_t count = 0;
-  std::vector<double> wall;
-  std::vector<double> processor;
-  std::vector<double> memoryKib;  ///< An enclosure's.
-  std::vector<double> ratio;      ///< To the time for one enclosure in the same round.
-
-  void Add(const Run& run, const Runs& ofOne) {
-    wall.push_back(run.cost.wallSeconds);
-    processor.push_back(run.cost.processorSeconds);
-    memoryKib.push_back(static_cast<double>(run.memoryKib) / static_cast<double>(count));
-    ratio.push_back(wall.back() / ofOne.wall.back());
-  }
+  Growth growth;
+  std::vector<double> memoryKib = {};  ///< An enclosure's, a value a round.
 };
 
 void Measure() {
   Double::ThePlatform() = Double::PlatformOf(SMM_SECOND_GENERATION);
   Double::ThePlatform().answerTime = kAnswerTime;
 
-  std::vector<Runs> all;
-  for (const std::size_t count : std::array<std::size_t, 4>{1, 10, 100, 500}) {
-    all.emplace_back();
-    all.back().count = count;
-  }
+  std::array all = {Runs{Growth(1)}, Runs{Growth(10)}, Runs{Growth(100)}, Runs{Growth(500)}};
   for (int round = 0; round < kRounds; ++round) {
     for (Runs& runs : all) {
-      runs.Add(ReadEnclosuresApart(runs.count), all.front());
+      const std::size_t count = runs.growth.Enclosures();
+      const Run run = ReadEnclosuresApart(count);
+      runs.growth.Add(run.cost, all.front().growth);
+      runs.memoryKib.push_back(static_cast<double>(run.memoryKib) / static_cast<double>(count));
     }
   }
   Json entries = Json::array();
   for (const Runs& runs : all) {
-    entries.push_back({{"enclosures", runs.count},
-                       {"wall_s", Median(runs.wall)},
-                       {"cpu_s", Median(runs.processor)},
-                       {"memory_kib_per_enclosure", Median(runs.memoryKib)},
-                       {"ratio", Median(runs.ratio)}});
+    entries.push_back(runs.growth.ToJson());
+    entries.back()["memory_kib_per_enclosure"] = Median(runs.memoryKib);
   }
   std::cout << Json{{"runs", entries}}.dump(2) << "\n";
 }

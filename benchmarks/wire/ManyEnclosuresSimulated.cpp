@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/support/Growth.h"
 #include "benchmarks/support/Median.h"
 #include "benchmarks/support/Process.h"
 #include "benchmarks/support/WholeInventory.h"
@@ -80,52 +81,42 @@ Sample ReadFirst(const Simulators& simulators, std::size_t count) {
   return {reading, ProcessorSecondsOfSimulators() - simulatorsBefore};
 }
 
-/// All that was read with one number of enclosures, a value a round.
+/// All that was read with one number of enclosures.
 struct Run {
-  std::size_t count = 0;
-  std::vector<double> wall;
-  std::vector<double> processor;
-  std::vector<double> ofSimulators;
-  std::vector<double> ratio;  ///< To the time for one enclosure in the same round.
-  double memoryKib = 0;       ///< An enclosure's, with what its thread needs.
+  Growth growth;
+  std::vector<double> ofSimulators = {};  ///< Their processor time, a value a round.
+  double memoryKib = 0;                   ///< An enclosure's, with what its thread needs.
 };
 
 std::vector<Run> MakeRuns() {
   std::vector<Run> runs;
   for (std::size_t count = 1; count <= kMostEnclosures; count *= 2) {
-    runs.push_back({});
-    runs.back().count = count;
+    runs.push_back({Growth(count)});
   }
   return runs;
 }
 
 /// All numbers of enclosures in turn, from the fewest on, so that a busy machine slows all alike.
 void ReadRound(const Simulators& simulators, long residentBefore, std::vector<Run>& runs) {
-  double wallOfOne = 0;
   for (Run& run : runs) {
-    const auto [reading, simulatorsSeconds] = ReadFirst(simulators, run.count);
-    wallOfOne = run.count == 1 ? reading.cost.wallSeconds : wallOfOne;
+    const std::size_t count = run.growth.Enclosures();
+    const auto [reading, simulatorsSeconds] = ReadFirst(simulators, count);
     // The allocator keeps what it has once had, so that only the first round tells them apart.
-    if (run.wall.empty()) {
-      run.memoryKib = static_cast<double>(reading.residentKib - residentBefore) /
-                      static_cast<double>(run.count);
+    if (run.growth.IsEmpty()) {
+      run.memoryKib =
+          static_cast<double>(reading.residentKib - residentBefore) / static_cast<double>(count);
     }
-    run.wall.push_back(reading.cost.wallSeconds);
-    run.processor.push_back(reading.cost.processorSeconds);
+    run.growth.Add(reading.cost, runs.front().growth);
     run.ofSimulators.push_back(simulatorsSeconds);
-    run.ratio.push_back(reading.cost.wallSeconds / wallOfOne);
   }
 }
 
 Json ToJson(const std::vector<Run>& runs) {
   Json entries = Json::array();
   for (const Run& run : runs) {
-    entries.push_back({{"enclosures", run.count},
-                       {"wall_s", Median(run.wall)},
-                       {"cpu_s", Median(run.processor)},
-                       {"simulators_cpu_s", Median(run.ofSimulators)},
-                       {"memory_kib_per_enclosure", run.memoryKib},
-                       {"ratio", Median(run.ratio)}});
+    entries.push_back(run.growth.ToJson());
+    entries.back()["simulators_cpu_s"] = Median(run.ofSimulators);
+    entries.back()["memory_kib_per_enclosure"] = run.memoryKib;
   }
   return entries;
 }
