@@ -15,7 +15,9 @@ if(POVEIXME_PLATFORM STREQUAL standalone)
     platform/SMMInfo.h
     platform/standalone/globalconfig/ConfigControl.h
     platform/standalone/ipmi_client/ConnectResult.h
-    platform/standalone/logger/LogControl.h)
+    platform/standalone/ipmi_client/LastExchange.h
+    platform/standalone/logger/LogControl.h
+    platform/standalone/smmcommoninfo/LastDetection.h)
   list(APPEND installed_libraries ${platform_libraries})
 endif()
 

@@ -12,6 +12,7 @@
 #include "platform/standalone/ipmi_client/ConnectSettings.h"
 #include "platform/standalone/ipmi_client/Failure.h"
 #include "platform/standalone/ipmi_client/HostAddress.h"
+#include "platform/standalone/ipmi_client/LastExchange.h"
 
 namespace Tavrin {
 
@@ -40,6 +41,42 @@ using Context = std::unique_ptr<ipmi_ctx, ContextCloser>;
 void PrepareCryptography() {
   static std::once_flag once;
   std::call_once(once, [] { ipmi_rmcpplus_init(); });
+}
+
+Standalone::LastExchange& ThisThreadsExchange() {
+  thread_local Standalone::LastExchange exchange;
+  return exchange;
+}
+
+/// Only until the client tells causes apart itself.
+Standalone::FailureCause CauseOf(int result) {
+  using Standalone::FailureCause;
+  switch (result) {
+    case ConnectResult::Connected:
+      return FailureCause::None;
+    case ConnectResult::WorthRetrying:
+      return FailureCause::Silence;
+    case ConnectResult::BadHostName:
+      return FailureCause::HostName;
+    case ConnectResult::UserNameRefused:
+      return FailureCause::UserNameRefused;
+    case ConnectResult::PasswordRefused:
+      return FailureCause::PasswordRefused;
+    case ConnectResult::PrivilegeRefused:
+      return FailureCause::PrivilegeRefused;
+    case ConnectResult::ArgumentTooLong:
+    case ConnectResult::InvalidSetting:
+      return FailureCause::BadSetting;
+    default:
+      return FailureCause::Other;
+  }
+}
+
+void RememberFailure(const Failure& failure) {
+  Standalone::LastExchange& exchange = ThisThreadsExchange();
+  exchange.result = failure.result;
+  exchange.cause = CauseOf(failure.result);
+  exchange.words = failure.cause;
 }
 
 bool IsReporting() { return Log::GetMinLogLevel() >= kWarning; }
@@ -165,6 +202,10 @@ IpmiClient::IpmiClient(const std::string& address, const std::string& userName,
   state_->password = password;
   state_->port = port;
   state_->cipherSuite = cipherSuite;
+  ThisThreadsExchange() = {};
+  ThisThreadsExchange().host = address;
+  ThisThreadsExchange().port = port;
+  ThisThreadsExchange().cause = Standalone::FailureCause::NoAttempt;
 }
 
 IpmiClient::~IpmiClient() = default;
@@ -173,6 +214,8 @@ int IpmiClient::connect() {
   disconnect();
   state_->numericAddress.clear();
   const Failure failure = state_->Open();
+  ++ThisThreadsExchange().connectionAttempts;
+  RememberFailure(failure);
   if (failure.result != ConnectResult::Connected && IsReporting()) {
     state_->Report("connect", failure.cause, __LINE__);
   }
@@ -184,6 +227,10 @@ int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& resp
   response.clear();
   completionCode = kNoCompletionCode;
   const Failure failure = state_->Exchange(request, response, completionCode);
+  RememberFailure(failure);
+  ThisThreadsExchange().isAnswered = failure.result == 0;
+  ThisThreadsExchange().completionCode = completionCode;
+  ThisThreadsExchange().answerLength = response.size();
   if (failure.result != 0 && IsReporting()) {
     state_->Report(
         "send of network function " + HexByte(request.netFn) + " command " + HexByte(request.cmd),
@@ -196,5 +243,7 @@ int IpmiClient::disconnect() {
   state_->context.reset();
   return 0;
 }
+
+const Standalone::LastExchange& Standalone::GetLastExchange() { return ThisThreadsExchange(); }
 
 }  // namespace Tavrin

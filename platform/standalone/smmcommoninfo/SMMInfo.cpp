@@ -8,6 +8,7 @@
 #include "platform/IpmiClient.h"
 #include "platform/Log.h"
 #include "platform/standalone/HexByte.h"
+#include "platform/standalone/smmcommoninfo/LastDetection.h"
 
 namespace Tavrin {
 namespace {
@@ -30,6 +31,11 @@ constexpr std::uint8_t kOemNetFn = 0x32;
 constexpr std::uint8_t kStatusCommand = 0xA8;
 constexpr std::uint8_t kPlatform253 = 0xFD;
 constexpr std::uint8_t kPlatform254 = 0xFE;
+
+Standalone::DetectionOutcome& ThisThreadsOutcome() {
+  thread_local Standalone::DetectionOutcome outcome = Standalone::DetectionOutcome::NotTried;
+  return outcome;
+}
 
 bool AdmitsIpmi(std::int32_t connectionKind) { return connectionKind == 1 || connectionKind == 7; }
 
@@ -104,9 +110,12 @@ SMMInfo::SMMInfo(const ConnectionInfo& info) : state_(std::make_unique<State>())
 SMMInfo::~SMMInfo() = default;
 
 int SMMInfo::GetSmmType(SMMIype& type) {
+  Standalone::DetectionOutcome& outcome = ThisThreadsOutcome();
+  outcome = Standalone::DetectionOutcome::Unknown;
   const int configured = GetGlobalConfigValue(kOverrideKey, kDetect);
   if (configured == SMM_FIRST_GENERATION || configured == SMM_SECOND_GENERATION) {
     type = static_cast<SMMIype>(configured);
+    outcome = Standalone::DetectionOutcome::Configured;
     return kDetected;
   }
   if (configured != kDetect) {
@@ -118,7 +127,13 @@ int SMMInfo::GetSmmType(SMMIype& type) {
   if (!AdmitsIpmi(info.connectionKind)) {
     return kNotDetected;
   }
-  return Detect(info, type);
+  const int result = Detect(info, type);
+  if (result == kDetected) {
+    outcome = Standalone::DetectionOutcome::Detected;
+  }
+  return result;
 }
+
+Standalone::DetectionOutcome Standalone::GetLastDetectionOutcome() { return ThisThreadsOutcome(); }
 
 }  // namespace Tavrin
