@@ -1,6 +1,7 @@
 #include "tests/unit/PlatformDouble.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <iomanip>
 #include <iterator>
 #include <sstream>
@@ -29,6 +30,17 @@ std::string Describe(std::uint8_t netFn, std::uint8_t command, const Bytes& data
     text << ' ' << std::setw(2) << int{byte};
   }
   return text.str();
+}
+
+/// The first of what is still to come, which it takes away; as new when nothing is.
+template <typename T>
+T TakeNext(std::vector<T>& script) {
+  if (script.empty()) {
+    return {};
+  }
+  T next = std::move(script.front());
+  script.erase(script.begin());
+  return next;
 }
 
 void ThrowIfAny(const std::exception_ptr& exception) {
@@ -70,6 +82,7 @@ void Platform::ForgetWhatHappened() {
   lines.clear();
   lineNumbers.clear();
   pauses.clear();
+  waits.clear();
   events.clear();
 }
 
@@ -256,5 +269,13 @@ int SMMInfo::GetSmmType(SMMIype& type) {
 extern "C" unsigned int sleep(unsigned int seconds) {
   Tavrin::ThePlatform().pauses.push_back(seconds);
   Tavrin::ThePlatform().events.emplace_back("pause");
-  return 0;
+  const Tavrin::Double::SleepEnd end = Tavrin::Double::TakeNext(Tavrin::ThePlatform().sleepEnds);
+  errno = end.error != 0 ? end.error : errno;
+  return end.result;
+}
+
+extern "C" int clock_nanosleep(clockid_t clock, int flags, const timespec* until,
+                               timespec* /*remaining*/) {
+  Tavrin::ThePlatform().waits.push_back({clock, flags, *until});
+  return Tavrin::Double::TakeNext(Tavrin::ThePlatform().waitResults);
 }

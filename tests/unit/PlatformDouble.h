@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <ctime>
 #include <exception>
 #include <functional>
 #include <optional>
@@ -46,6 +47,19 @@ struct Line {
 };
 std::ostream& operator<<(std::ostream& stream, const Line& line);
 
+/// How one call of sleep() ends.
+struct SleepEnd {
+  unsigned int result = 0;
+  int error = 0;  ///< What it leaves in errno, unless 0.
+};
+
+/// One wait for a time on a clock.
+struct Wait {
+  clockid_t clock = CLOCK_REALTIME;
+  int flags = 0;
+  timespec until = {};
+};
+
 /// Everything behind the seam: what the test says will happen, and what did.
 struct Platform {
   // What will happen.
@@ -57,12 +71,15 @@ struct Platform {
   std::optional<std::int32_t> smmType = 0;  ///< Without one, the caller's is left as passed.
   int smmTypeResult = 0;
   std::exception_ptr smmTypeException = nullptr;
+  std::vector<SleepEnd> sleepEnds;  ///< Taken by sleep() one by one; then it returns 0.
+  std::vector<int> waitResults;     ///< Taken by clock_nanosleep() one by one; then it returns 0.
 
   // What did.
   std::size_t exchangesBegun = 0;
   std::vector<Line> lines;
   std::vector<unsigned int> lineNumbers;
   std::vector<unsigned int> pauses;
+  std::vector<Wait> waits;
   std::vector<std::string> events;
   int openConnections = 0;
 

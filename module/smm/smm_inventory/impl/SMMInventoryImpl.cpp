@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <ctime>
 #include <map>
 #include <new>
 #include <string>
@@ -107,6 +109,22 @@ int Connect(IpmiClient& client, int attempts) {
   return result;
 }
 
+// Lasts that long however many signals are caught meanwhile, and leaves errno as it was. After a
+// signal, sleep() returns only the whole seconds that are left, hence 0 in the last one, and tells
+// nothing but by errno that it was cut short.
+void Pause(unsigned int seconds) {
+  const int errorBefore = errno;
+  timespec end{};
+  clock_gettime(CLOCK_MONOTONIC, &end);
+  end.tv_sec += seconds;
+  errno = 0;
+  if (sleep(seconds) != 0 || errno == EINTR) {
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
+    }
+  }
+  errno = errorBefore;
+}
+
 IPMICOMMAND OemRequest(std::uint8_t command, std::vector<std::uint8_t> data) {
   IPMICOMMAND request;
   request.netFn = kOemNetworkFunction;
@@ -199,7 +217,7 @@ bool SMMInventoryImpl::SendUntilAcknowledged(const IPMICOMMAND& request, Answer&
     if (answer.completionCode == 0 && answer.bytes.size() == 1) {
       return true;
     }
-    sleep(kSecondsBetweenAttempts);
+    Pause(kSecondsBetweenAttempts);
   }
   return false;
 }
