@@ -2,24 +2,38 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <chrono>
 #include <deque>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/IpmiClient.h"
+#include "platform/standalone/smmcommoninfo/LastDetection.h"
 #include "tests/platform/LogCapture.h"
 #include "tests/platform/ScopedEnvironment.h"
 
 namespace Tavrin {
 namespace {
 
+using Standalone::DetectionOutcome;
+using Standalone::GetLastDetectionOutcome;
 using testing::ElementsAre;
 using testing::SizeIs;
+
+/// What comes of one request.
+struct Sent {
+  int result = 0;
+  std::uint8_t completionCode = 0;
+};
 
 /// What the scripted client does, and what was asked of it.
 struct Script {
   std::deque<int> connectResults;
-  int sendResult = 0;
+  std::deque<Sent> before;  ///< What comes of the first requests.
+  int sendResult = 0;       ///< What comes of all others, with the two below.
   std::uint8_t completionCode = 0;
   std::vector<std::uint8_t> response;
 
@@ -43,6 +57,11 @@ class SMMInfoTest : public testing::Test {
   ~SMMInfoTest() override { script = nullptr; }
 
   int Detect() { return SMMInfo(info_).GetSmmType(type_); }
+
+  /// How often the client was called so.
+  std::ptrdiff_t Count(const std::string& call) const {
+    return std::count(script_.calls.begin(), script_.calls.end(), call);
+  }
 
   /// Expects a failure that left the type as passed and wrote one line with `cause` in it.
   void ExpectNotDetected(const std::string& cause) {
@@ -165,11 +184,50 @@ TEST_F(SMMInfoTest, FailureNotWorthRetryingEndsTheAttempts) {
   EXPECT_THAT(script_.connectResults, SizeIs(1));
 }
 
-TEST_F(SMMInfoTest, UnansweredRequestIsNotDetected) {
-  script_.connectResults = {0};
+TEST_F(SMMInfoTest, WhatMayPassIsTriedAgainOverAConnectionOfItsOwn) {
+  constexpr int kWorthRetrying = 3;
+  for (const Sent sent : {Sent{kWorthRetrying, 0xFF}, Sent{0, 0xC0}, Sent{0, 0xC3}, Sent{0, 0xCE},
+                          Sent{0, 0xCF}, Sent{0, 0xD2}}) {
+    const LogCapture capture;
+    script_.calls.clear();
+    script_.connectResults = {0, 0, 0};
+    script_.before = {sent, sent};
+    script_.response = {0xFD};
+    type_ = kAsPassed;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Detect(), 0) << int{sent.completionCode};
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_EQ(type_, SMM_SECOND_GENERATION);
+    EXPECT_EQ(Count("client 10.0.0.7 operator swordfish 6230 3"), 3);
+    EXPECT_EQ(Count("disconnect"), 3);
+    EXPECT_EQ(Count("destroyed"), 3);
+    EXPECT_THAT(capture.lines, SizeIs(0));
+  }
+}
+
+TEST_F(SMMInfoTest, WhatDoesNotPassIsGivenUpAfterThreeExchanges) {
+  script_.connectResults = {0, 0, 0, 0};
   script_.sendResult = 3;
   ExpectNotDetected("the status request got no answer");
-  EXPECT_THAT(script_.calls, testing::Contains("disconnect"));
+  EXPECT_THAT(script_.connectResults, SizeIs(1));
+  EXPECT_EQ(Count("disconnect"), 3);
+}
+
+TEST_F(SMMInfoTest, WhatCannotPassIsNotTriedAgain) {
+  for (const Sent sent :
+       {Sent{10, 0xFF}, Sent{0, 0xC1}, Sent{0, 0xD4}, Sent{0, 0xD5}, Sent{0, 0xFF}}) {
+    script_.connectResults = {0, 0};
+    script_.before = {sent};
+    EXPECT_NE(Detect(), 0) << int{sent.completionCode};
+    EXPECT_THAT(script_.connectResults, SizeIs(1)) << int{sent.completionCode};
+  }
+}
+
+TEST_F(SMMInfoTest, ConnectionThatFailsBetweenExchangesEndsThem) {
+  script_.connectResults = {0, 6, 0};
+  script_.before = {{0, 0xC0}};
+  ExpectNotDetected("no connection could be opened");
+  EXPECT_THAT(script_.connectResults, SizeIs(1));
 }
 
 TEST_F(SMMInfoTest, CompletionCodeOtherThanZeroIsNotDetected) {
@@ -182,6 +240,48 @@ TEST_F(SMMInfoTest, CompletionCodeOtherThanZeroIsNotDetected) {
 TEST_F(SMMInfoTest, EmptyAnswerIsNotDetected) {
   script_.connectResults = {0};
   ExpectNotDetected("the answer to the status request is empty");
+}
+
+TEST_F(SMMInfoTest, OutcomeTellsHowTheLastDetectionEnded) {
+  script_.connectResults = {0, 6};
+  script_.response = {0x01};
+  Detect();
+  EXPECT_EQ(GetLastDetectionOutcome(), DetectionOutcome::Detected);
+  Detect();
+  EXPECT_EQ(GetLastDetectionOutcome(), DetectionOutcome::Unknown);
+  const ScopedEnvironment variable("SMM_TYPE", "1");
+  Detect();
+  EXPECT_EQ(GetLastDetectionOutcome(), DetectionOutcome::Configured);
+}
+
+TEST_F(SMMInfoTest, OutcomeIsUnknownWhenNothingMayBeSent) {
+  info_.connectionKind = 2;
+  Detect();
+  EXPECT_EQ(GetLastDetectionOutcome(), DetectionOutcome::Unknown);
+}
+
+TEST_F(SMMInfoTest, OutcomeIsUnknownWhenTheDetectionThrows) {
+  script_.connectResults = {0};
+  script_.response = {0x01};
+  Detect();
+  EXPECT_THROW(Detect(), std::out_of_range);  // The script is at its end.
+  EXPECT_EQ(GetLastDetectionOutcome(), DetectionOutcome::Unknown);
+}
+
+TEST_F(SMMInfoTest, OutcomeIsEachThreadsOwn) {
+  script_.connectResults = {0, 6};
+  script_.response = {0x01};
+  Detect();
+  DetectionOutcome atFirst = DetectionOutcome::Detected;
+  DetectionOutcome atLast = DetectionOutcome::Detected;
+  std::thread([&] {
+    atFirst = GetLastDetectionOutcome();
+    Detect();
+    atLast = GetLastDetectionOutcome();
+  }).join();
+  EXPECT_EQ(atFirst, DetectionOutcome::NotTried);
+  EXPECT_EQ(atLast, DetectionOutcome::Unknown);
+  EXPECT_EQ(GetLastDetectionOutcome(), DetectionOutcome::Detected);
 }
 
 TEST_F(SMMInfoTest, FailureIsSilentBelowTheWarningThreshold) {
@@ -215,6 +315,13 @@ int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& resp
                      std::uint8_t& completionCode) {
   script->calls.push_back("send " + std::to_string(request.netFn) + " " +
                           std::to_string(request.cmd) + " " + std::to_string(request.data.size()));
+  if (!script->before.empty()) {
+    const Sent sent = script->before.front();
+    script->before.pop_front();
+    response.clear();
+    completionCode = sent.completionCode;
+    return sent.result;
+  }
   response = script->response;
   completionCode = script->completionCode;
   return script->sendResult;

@@ -97,13 +97,13 @@ TEST_F(Pause, ErrnoIsLeftAsItWas) {
     platform.ForgetWhatHappened();
     platform.sleepEnds = {end};
     inventory.smmType = SMM_FIRST_GENERATION;
-    int before = 0;
+    int afterThePause = 0;
     platform.Expect(0x32, 0xF4, {0x00, 0x02}, {0x02, 0x02});
     platform.script.back().afterSend = [] { errno = EDOM; };
     platform.Expect(0x32, 0xF4, {0x00, 0x02}, {0x02});
-    platform.script.back().afterSend = [&before] { before = errno; };
+    platform.script.back().afterSend = [&afterThePause] { afterThePause = errno; };
     inventory.SelectPSUImpl(2);
-    EXPECT_EQ(before, EDOM);
+    EXPECT_EQ(afterThePause, EDOM);
   }
 }
 

@@ -1,7 +1,11 @@
 #include "platform/SMMInfo.h"
 
+#include <algorithm>
+#include <array>
+#include <chrono>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/GlobalConfig.h"
@@ -23,9 +27,11 @@ constexpr unsigned int kWarning = 2;
 constexpr int kDetected = 0;
 constexpr int kNotDetected = 1;
 
-constexpr int kConnectWorthRetrying = 3;
+constexpr int kWorthRetrying = 3;  // of connect() and send()
 constexpr unsigned long kCipherSuite = 3;
 constexpr int kDefaultAttempts = 3;
+constexpr int kExchanges = 3;
+constexpr std::chrono::milliseconds kPauseBetweenExchanges{500};
 
 constexpr std::uint8_t kOemNetFn = 0x32;
 constexpr std::uint8_t kStatusCommand = 0xA8;
@@ -45,50 +51,87 @@ void Warn(const std::string& text, unsigned int line) {
   }
 }
 
-int NotDetected(const ConnectionInfo& info, const std::string& cause) {
+void ReportNotDetected(const ConnectionInfo& info, const std::string& cause) {
   Warn("the generation of the SMM at host " + info.address + ", port " + std::to_string(info.port) +
            " could not be detected: " + cause + "; set " + kOverrideKey +
            " to 0 (first generation) or 1 (second) to do without detection",
        __LINE__);
-  return kNotDetected;
 }
 
 bool Connect(IpmiClient& client) {
   const int attempts = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", kDefaultAttempts);
-  int result = kConnectWorthRetrying;
-  for (int attempt = 0; attempt < attempts && result == kConnectWorthRetrying; ++attempt) {
+  int result = kWorthRetrying;
+  for (int attempt = 0; attempt < attempts && result == kWorthRetrying; ++attempt) {
     result = client.connect();
   }
   return result == 0;
 }
 
-/// Asks the controller; stores the answer in `type` when it tells the generation.
-int Detect(const ConnectionInfo& info, SMMIype& type) {
+/// Whether a controller that refuses with this code may answer the same request in a moment.
+bool MayPass(std::uint8_t completionCode) {
+  constexpr std::array passing = {
+      0xC0,  // busy
+      0xC3,  // took too long
+      0xCE,  // could not provide the answer
+      0xCF,  // does not answer a repetition; the next exchange is none
+      0xD2,  // still initializing
+  };
+  return std::find(passing.begin(), passing.end(), completionCode) != passing.end();
+}
+
+/// What one exchange came to.
+struct Attempt {
+  std::string cause;  ///< Why the generation is not known; empty when it is.
+  bool mayPass = false;
+};
+
+Attempt Refused(std::uint8_t completionCode) {
+  return {
+      "the status request was refused with completion code " + Standalone::HexByte(completionCode),
+      MayPass(completionCode)};
+}
+
+/// Asks the controller once; stores the answer in `type` when it tells the generation.
+Attempt Ask(const ConnectionInfo& info, SMMIype& type) {
   IpmiClient client(info.address, info.userName, info.password, std::to_string(info.port),
                     kCipherSuite);
   if (!Connect(client)) {
-    return NotDetected(info, "no connection could be opened");
+    // It had its attempts; more would only make a dead host's caller wait for longer.
+    return {"no connection could be opened", false};
   }
   std::vector<std::uint8_t> response;
   std::uint8_t completionCode = 0;
   const int sent = client.send({kStatusCommand, {}, kOemNetFn}, response, completionCode);
   client.disconnect();
   if (sent != 0) {
-    return NotDetected(info, "the status request got no answer");
+    return {"the status request got no answer", sent == kWorthRetrying};
   }
   if (completionCode != 0) {
-    return NotDetected(info, "the status request was refused with completion code " +
-                                 Standalone::HexByte(completionCode));
+    return Refused(completionCode);
   }
   if (response.empty()) {
-    return NotDetected(info, "the answer to the status request is empty");
+    return {"the answer to the status request is empty", false};
   }
   // A second-generation answer starts with the platform id, a first-generation one with the major
   // revision.
   const std::uint8_t first = response.front();
   type =
       first == kPlatform253 || first == kPlatform254 ? SMM_SECOND_GENERATION : SMM_FIRST_GENERATION;
-  return kDetected;
+  return {};
+}
+
+/// Asks again after what may pass, since who goes on without the generation reads wrong numbers.
+int Detect(const ConnectionInfo& info, SMMIype& type) {
+  Attempt attempt = Ask(info, type);
+  for (int exchanges = 1; attempt.mayPass && exchanges < kExchanges; ++exchanges) {
+    std::this_thread::sleep_for(kPauseBetweenExchanges);
+    attempt = Ask(info, type);
+  }
+  if (attempt.cause.empty()) {
+    return kDetected;
+  }
+  ReportNotDetected(info, attempt.cause);
+  return kNotDetected;
 }
 
 }  // namespace
