@@ -30,7 +30,9 @@ class SMMInventoryImpl;
 /// - Byte positions in these comments count from 0 at the first byte after the completion code. A
 ///   second-generation SMM puts one or two bytes in front of some answers; they are removed first,
 ///   and an answer shorter than the bytes to remove raises std::bad_alloc where the operation says
-///   so.
+///   so. One that falls silent once the connection is open counts as having answered without a
+///   byte, hence std::bad_alloc also comes then.
+/// - Signals that the program catches neither shorten its pauses nor change errno by them.
 ///
 /// Copies share one implementation. One object, together with all its copies, is to be used from
 /// one thread at a time; objects constructed separately are independent.
@@ -40,10 +42,22 @@ class POVEIXME_EXPORT SMMInventory {
   /// of PSU slots and of compute nodes follows.
   ///
   /// Blocks for at least 18 seconds with an SMM that answers normally: the status read makes six
-  /// attempts with a pause of 3 seconds after each. With one that stays silent, it blocks for those
-  /// 18 seconds and for seven exchanges, the detection included. An SMM that cannot be reached, or
+  /// attempts with a pause of 3 seconds after each. The detection is one exchange more; on the
+  /// standalone platform up to three, half a second apart, when the SMM is busy or falls silent
+  /// once the connection is open. With one that is silent from the start, it blocks for those 18
+  /// seconds and for seven exchanges, the detection included. An SMM that cannot be reached, or
   /// refuses, does not make construction fail: the object is usable and assumes 2 PSU slots and 4
   /// nodes. It throws only what the platform libraries or allocation throw.
+  ///
+  /// What construction finds out, or fails to, holds for as long as the object and its copies live.
+  /// An SMM whose generation is not found out is taken for one of the first: should one of the
+  /// second generation answer later, operations give wrong numbers and return Success. The remedy
+  /// is a new object. With the standalone platform, whoever keeps an object learns on the
+  /// constructing thread, before anything else is asked there, what it knows:
+  /// - GetLastDetectionOutcome() (LastDetection.h) is Unknown when it does not know the generation.
+  /// - GetLastExchange() (LastExchange.h) is that of the last status read, which was of use when it
+  ///   was answered with completion code 0 and at least one byte. Fewer than 14 bytes do not tell
+  ///   the platform, which leaves 2 PSU slots and 4 nodes.
   explicit SMMInventory(const TavrinConnection::ConnectionInfo& info);
 
   /// Reads the machine type of the SMM: exactly four ASCII letters or digits, bytes 0 to 3 of the
