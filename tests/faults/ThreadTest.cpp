@@ -37,16 +37,6 @@ const std::vector<Kind>& Kinds() {
   return kinds;
 }
 
-TavrinConnection::ConnectionInfo SettingsFor(const SimulatedSmm& simulator) {
-  TavrinConnection::ConnectionInfo settings;
-  settings.address = simulator.Host();
-  settings.port = simulator.Port();
-  settings.userName = "admin";
-  settings.password = "sesame";
-  settings.connectionKind = 7;
-  return settings;
-}
-
 /// Runs every query once. Returns how many did not succeed, or gave another machine than `model`.
 int FailuresOfEveryQuery(SMMInventory& object, const Simulator::Enclosure& model) {
   std::string machineType;
@@ -122,7 +112,7 @@ TEST(Threads, SixtyFourObjectsReadEightControllersAtOnceWhileTheConfigurationCha
     for (std::size_t i = 0; i < kObjects; ++i) {
       threads.emplace_back([&, i] {
         const std::size_t mine = i % kSimulators;
-        SMMInventory object(SettingsFor(*simulators[mine]));
+        SMMInventory object(SettingsOf(*simulators[mine]));
         failures += FailuresOfEveryQuery(
             object, Simulator::MakeEnclosure(Kinds()[mine % Kinds().size()].kind));
       });

@@ -41,4 +41,14 @@ std::uint16_t SimulatedSmm::Port() const {
   return static_cast<std::uint16_t>(std::stoul(address_.substr(address_.rfind(':') + 1)));
 }
 
+TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator) {
+  TavrinConnection::ConnectionInfo settings;
+  settings.address = simulator.Host();
+  settings.port = simulator.Port();
+  settings.userName = "admin";
+  settings.password = "sesame";
+  settings.connectionKind = 7;
+  return settings;
+}
+
 }  // namespace Tavrin

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/ConnectionInfo.h"
 #include "tests/support/ChildProcess.h"
 
 namespace Tavrin {
@@ -32,5 +33,8 @@ class SimulatedSmm {
   Child child_;
   std::string address_;
 };
+
+/// The settings that open a session on the simulator.
+TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator);
 
 }  // namespace Tavrin

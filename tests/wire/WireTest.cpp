@@ -9,16 +9,6 @@ std::vector<unsigned int>& Pauses() {
   return pauses;
 }
 
-TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator) {
-  TavrinConnection::ConnectionInfo settings;
-  settings.address = simulator.Host();
-  settings.port = simulator.Port();
-  settings.userName = "admin";
-  settings.password = "sesame";
-  settings.connectionKind = 7;
-  return settings;
-}
-
 WireTest::WireTest() {
   Pauses().clear();
   Standalone::SetGlobalConfigValue("IPMI_WORKAROUND_FLAGS", 16);

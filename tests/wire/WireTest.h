@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/ConnectionInfo.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tests/support/SimulatedSmm.h"
 
@@ -13,9 +12,6 @@ namespace Tavrin {
 
 /// The pauses that the library asked for, in seconds; they are counted, not waited.
 std::vector<unsigned int>& Pauses();
-
-/// The settings that open a session on the simulator.
-TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator);
 
 /// A test over the wire. Sessions open with the workaround that the simulator needs, and silence is
 /// noticed after a second; log lines of levels 1 and 2 are collected.
