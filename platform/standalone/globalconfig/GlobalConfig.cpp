@@ -1,11 +1,11 @@
 #include "platform/GlobalConfig.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <limits>
-#include <map>
-#include <mutex>
+#include <memory>
 #include <optional>
-#include <set>
+#include <utility>
 
 #include "platform/Log.h"
 #include "platform/standalone/StrictNumber.h"
@@ -14,35 +14,51 @@
 namespace Tavrin {
 namespace {
 
-struct Store {
-  std::mutex mutex;
-  std::map<std::string, int> values;
-  std::set<std::string> reported;
+/// What is known of one key. Entries are added and never removed, and need no lock: a child that is
+/// forked while another thread holds one would wait for it without end.
+struct Entry {
+  explicit Entry(std::string name) : key(std::move(name)) {}
+
+  const std::string key;
+  std::atomic<int> value{0};
+  std::atomic<bool> isSet{false};  ///< At run time; only then does the value hold.
+  std::atomic<bool> isReported{false};
+  Entry* next = nullptr;
 };
 
-Store& TheStore() {
-  // Never destroyed: destructors of other static objects may still ask.
-  static auto* const store = new Store;
-  return *store;
+/// Never emptied: destructors of other static objects may still ask.
+std::atomic<Entry*> firstEntry{nullptr};
+
+Entry* Find(Entry* first, const std::string& key) {
+  Entry* entry = first;
+  while (entry != nullptr && entry->key != key) {
+    entry = entry->next;
+  }
+  return entry;
+}
+
+Entry& FindOrAdd(const std::string& key) {
+  Entry* first = firstEntry;
+  Entry* found = Find(first, key);
+  auto added = found == nullptr ? std::make_unique<Entry>(key) : nullptr;
+  while (found == nullptr) {
+    added->next = first;
+    // Another thread may have added one meanwhile, this key's too.
+    const bool isAdded = firstEntry.compare_exchange_weak(first, added.get());
+    found = isAdded ? added.release() : Find(first, key);
+  }
+  return *found;
 }
 
 std::optional<int> ValueSetAtRunTime(const std::string& key) {
-  Store& store = TheStore();
-  const std::lock_guard<std::mutex> lock(store.mutex);
-  const auto found = store.values.find(key);
-  return found == store.values.end() ? std::nullopt : std::optional<int>(found->second);
-}
-
-bool IsFirstReport(const std::string& key) {
-  Store& store = TheStore();
-  const std::lock_guard<std::mutex> lock(store.mutex);
-  return store.reported.insert(key).second;
+  const Entry* const entry = Find(firstEntry, key);
+  return entry != nullptr && entry->isSet ? std::optional<int>(entry->value) : std::nullopt;
 }
 
 /// Says once a key that the environment's value does not hold. On the error level, so that it is
 /// seen with the threshold that holds when nobody sets one.
 void ReportRejectedValue(const std::string& key, const char* text, int defaultValue) {
-  if (Log::GetMinLogLevel() == 0 || !IsFirstReport(key)) {
+  if (Log::GetMinLogLevel() == 0 || FindOrAdd(key).isReported.exchange(true)) {
     return;
   }
   Log(1, "platform/standalone/globalconfig/GlobalConfig", __LINE__).Stream()
@@ -71,9 +87,9 @@ int GetGlobalConfigValue(const std::string& key, int defaultValue) {
 namespace Standalone {
 
 void SetGlobalConfigValue(const std::string& key, int value) {
-  Store& store = TheStore();
-  const std::lock_guard<std::mutex> lock(store.mutex);
-  store.values[key] = value;
+  Entry& entry = FindOrAdd(key);
+  entry.value = value;
+  entry.isSet = true;
 }
 
 }  // namespace Standalone

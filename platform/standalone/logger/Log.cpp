@@ -1,5 +1,6 @@
 #include "platform/Log.h"
 
+#include <pthread.h>
 #include <spdlog/logger.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
 
@@ -22,28 +23,63 @@ namespace {
 
 using Standalone::LogLine;
 
-constexpr unsigned int kDefaultLevel = 1;
+constexpr int kDefaultLevel = 1;
 constexpr unsigned int kHighestLevel = 4;
 constexpr const char* kLevelKey = "TAVRIN_LOG_LEVEL";
 
-/// Where lines go. The mutex keeps handler calls apart and lets SetLogLineHandler() wait for a call
-/// that is under way.
-struct Output {
-  std::mutex mutex;
-  std::function<void(const LogLine&)> handler;
-  spdlog::logger console{"", std::make_shared<spdlog::sinks::stderr_color_sink_mt>()};
-};
+/// Keeps handler calls apart and lets SetLogLineHandler() wait for a call that is under way. Guards
+/// the console, too, whose own mutex a fork() would not know of.
+std::mutex outputMutex;
 
-Output& TheOutput() {
-  // Never destroyed: destructors of other static objects may still log.
-  static Output* const output = [] {
-    auto* const made = new Output;
-    made->console.set_level(spdlog::level::trace);
-    made->console.set_pattern("%Y-%m-%d %H:%M:%S.%e %^%l%$ %v");
-    return made;
-  }();
-  return *output;
+/// Whether the calling thread holds the mutex.
+thread_local bool holdsOutput = false;
+
+/// A child has the forking thread alone, and nobody there would release the mutex for another one.
+/// A handler that forks holds it itself, and releases it on both sides.
+void LockForFork() {
+  if (!holdsOutput) {
+    outputMutex.lock();
+  }
 }
+
+void UnlockAfterFork() {
+  if (!holdsOutput) {
+    outputMutex.unlock();
+  }
+}
+
+/// As the library is loaded. It fails only for want of memory; then children must not log.
+[[maybe_unused]] const int forkHandlers =
+    pthread_atfork(LockForFork, UnlockAfterFork, UnlockAfterFork);
+
+/// Where lines go, for as long as this lives.
+class Output {
+ public:
+  Output() : lock_(outputMutex) { holdsOutput = true; }
+  ~Output() { holdsOutput = false; }
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  std::function<void(const LogLine&)>& Handler() {
+    // Never destroyed, as the console: destructors of other static objects may still log.
+    static auto* const handler = new std::function<void(const LogLine&)>;
+    return *handler;
+  }
+
+  spdlog::logger& Console() {
+    static auto* const console = [] {
+      auto made = std::make_unique<spdlog::logger>(
+          std::string(), std::make_shared<spdlog::sinks::stderr_color_sink_st>());
+      made->set_level(spdlog::level::trace);
+      made->set_pattern("%Y-%m-%d %H:%M:%S.%e %^%l%$ %v");
+      return made.release();
+    }();
+    return *console;
+  }
+
+ private:
+  std::lock_guard<std::mutex> lock_;
+};
 
 spdlog::level::level_enum Severity(unsigned int level) {
   constexpr std::array severities = {spdlog::level::err, spdlog::level::err, spdlog::level::warn,
@@ -52,61 +88,58 @@ spdlog::level::level_enum Severity(unsigned int level) {
 }
 
 void HandOn(const LogLine& line) {
-  Output& output = TheOutput();
-  const std::lock_guard<std::mutex> lock(output.mutex);
-  if (output.handler) {
-    output.handler(line);
+  Output output;
+  if (output.Handler()) {
+    output.Handler()(line);
     return;
   }
   const std::string whole = line.source + ":" + std::to_string(line.line) + ": " + line.text;
-  output.console.log(Severity(line.level), Standalone::EscapeControlBytes(whole));
+  output.Console().log(Severity(line.level), Standalone::EscapeControlBytes(whole));
 }
 
-void Write(const LogLine& line) {
+/// Hands on what `compose` returns. Without memory, or when the handler throws, the line is lost:
+/// it comes from a destructor, and throwing out of one would end the program.
+template <typename Compose>
+void Write(const Compose& compose) {
   try {
-    HandOn(line);
+    HandOn(compose());
   } catch (...) {
-    // The line is lost: it comes from a destructor, and throwing out of one would end the program.
   }
 }
 
-/// The threshold, and what is still to be said about the environment's.
-struct Threshold {
-  Threshold() {
-    const char* const text = std::getenv(kLevelKey);
-    if (text == nullptr) {
-      return;
-    }
-    const std::optional<int> parsed = Standalone::ParseStrictly(text);
-    if (parsed && *parsed >= 0 && *parsed <= static_cast<int>(kHighestLevel)) {
-      level = static_cast<unsigned int>(*parsed);
-    } else {
-      rejected = text;
-      reportDue = true;
-    }
-  }
+constexpr int kNotRead = -1;
 
-  std::atomic<unsigned int> level{kDefaultLevel};
-  std::string rejected;
-  std::atomic<bool> reportDue{false};
-};
+/// What the environment says, for as long as nobody else has said anything.
+std::atomic<int> threshold{kNotRead};
 
-Threshold& TheThreshold() {
-  // Never destroyed, as the output.
-  static auto* const threshold = new Threshold;
-  return *threshold;
+/// The environment's threshold, if it is one.
+std::optional<int> ParseThreshold(const char* text) {
+  const std::optional<int> parsed = Standalone::ParseStrictly(text);
+  const bool isThreshold = parsed && *parsed >= 0 && *parsed <= static_cast<int>(kHighestLevel);
+  return isThreshold ? parsed : std::nullopt;
 }
 
-/// Says once that the environment's threshold does not hold. Not part of making the threshold: the
-/// handler that gets the line may ask for it.
-void ReportRejectedLevel(Threshold& threshold) {
-  if (!threshold.reportDue.exchange(false)) {
+void ReportRejectedThreshold(const char* text) {
+  Write([text] {
+    return LogLine{1, "platform/standalone/logger/Log", __LINE__,
+                   std::string(kLevelKey) + " is \"" + text +
+                       "\"; expected 0 (off), 1 (error), 2 (warning), 3 (info) or 4 (debug); " +
+                       std::to_string(kDefaultLevel) + " holds"};
+  });
+}
+
+/// Takes the environment's threshold, once. What is to be said about it is said behind that: the
+/// handler that gets the line may ask for the threshold.
+void ReadThreshold() {
+  if (threshold != kNotRead) {
     return;
   }
-  Write({1, "platform/standalone/logger/Log", __LINE__,
-         std::string(kLevelKey) + " is \"" + threshold.rejected +
-             "\"; expected 0 (off), 1 (error), 2 (warning), 3 (info) or 4 (debug); " +
-             std::to_string(kDefaultLevel) + " holds"});
+  const char* const text = std::getenv(kLevelKey);
+  const std::optional<int> given = text == nullptr ? kDefaultLevel : ParseThreshold(text);
+  int expected = kNotRead;
+  if (threshold.compare_exchange_strong(expected, given.value_or(kDefaultLevel)) && !given) {
+    ReportRejectedThreshold(text);
+  }
 }
 
 }  // namespace
@@ -126,32 +159,33 @@ struct Log::State {
 
 Log::Log(unsigned int level, const std::string& sourcePath, unsigned int line)
     : state_(std::make_unique<State>(level, sourcePath, line)) {
-  // Before any line is handed on: a handler that asks for the threshold must not make another one.
-  ReportRejectedLevel(TheThreshold());
+  // Before any line is handed on: a handler that asks for the threshold must not be the first.
+  ReadThreshold();
 }
 
-Log::~Log() { Write({state_->level, state_->source, state_->line, state_->text.str()}); }
+Log::~Log() {
+  Write([this] {
+    return LogLine{state_->level, std::move(state_->source), state_->line, state_->text.str()};
+  });
+}
 
 std::ostream& Log::Stream() { return state_->text; }
 
 unsigned int Log::GetMinLogLevel() {
-  Threshold& threshold = TheThreshold();
-  ReportRejectedLevel(threshold);
-  return threshold.level;
+  ReadThreshold();
+  return static_cast<unsigned int>(threshold);
 }
 
 namespace Standalone {
 
 void SetMinLogLevel(unsigned int level) {
-  Threshold& threshold = TheThreshold();
-  ReportRejectedLevel(threshold);
-  threshold.level = std::min(level, kHighestLevel);
+  // The environment's comes first, so that a malformed one is reported whoever wins.
+  ReadThreshold();
+  threshold = static_cast<int>(std::min(level, kHighestLevel));
 }
 
 void SetLogLineHandler(std::function<void(const LogLine&)> handler) {
-  Output& output = TheOutput();
-  const std::lock_guard<std::mutex> lock(output.mutex);
-  output.handler.swap(handler);
+  Output().Handler().swap(handler);
 }
 
 std::string EscapeControlBytes(const std::string& text) {

@@ -23,6 +23,9 @@ void SetMinLogLevel(unsigned int level);
 /// wrote the line; the handler itself must not log nor call this, and what it throws is dropped.
 /// When the call returns, the handler before it is not running any more. May be called from any
 /// thread.
+///
+/// fork() waits for a call that is under way on another thread, so that the child can log: a thread
+/// must not call it while it holds what the handler may wait for.
 void SetLogLineHandler(std::function<void(const LogLine&)> handler);
 
 /// The text with every byte outside printable ASCII, and the backslash, written as an escape
