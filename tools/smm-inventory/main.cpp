@@ -19,8 +19,10 @@
 #include "tools/smm-inventory/Console.h"
 #include "tools/smm-inventory/Enclosure.h"
 #include "tools/smm-inventory/Failure.h"
+#include "tools/smm-inventory/Generation.h"
 #include "tools/smm-inventory/Host.h"
 #include "tools/smm-inventory/JsonReport.h"
+#include "tools/smm-inventory/LoginGuard.h"
 #include "tools/smm-inventory/MemoryImage.h"
 #include "tools/smm-inventory/Options.h"
 #include "tools/smm-inventory/Password.h"
@@ -40,12 +42,15 @@ constexpr std::int32_t kConnectionKind = 7;
 constexpr unsigned int kInfo = 3;
 constexpr unsigned int kDebug = 4;
 
-/// Routes the library's log into the progress for as long as it lives.
+/// Routes the library's log into the progress for as long as it lives. The guard looks at each
+/// line's moment, since nothing else is called while one operation makes many exchanges.
 class LogRoute {
  public:
-  LogRoute(Progress& progress, unsigned int threshold) {
-    Standalone::SetLogLineHandler(
-        [&progress](const Standalone::LogLine& line) { progress.Take(line); });
+  LogRoute(Progress& progress, LoginGuard& guard, unsigned int threshold) {
+    Standalone::SetLogLineHandler([&](const Standalone::LogLine& line) {
+      guard.Look();
+      progress.Take(line);
+    });
     Standalone::SetMinLogLevel(threshold);
   }
   ~LogRoute() { Standalone::SetLogLineHandler({}); }
@@ -109,10 +114,40 @@ std::vector<Section> ReadAndPrintDocument(Enclosure& enclosure, const Task& task
   return sections;
 }
 
+void ReportNothingRead(const Options& options, const std::string& address,
+                       const QueryResult<SMMIype>& generation) {
+  if (options.isJson) {
+    PrintJsonFailure(std::cout, address, generation.status, generation.cause);
+  } else {
+    std::cout << address << '\n';
+    PrintNoSections(std::cout);
+  }
+  PrintNothingRead(std::cerr, address, generation.status, generation.cause);
+}
+
 void RequireWholeOutput() {
   if (!std::cout) {
     throw std::runtime_error("standard output cannot be written");
   }
+}
+
+/// The enclosure to be read; empty when its generation cannot be found out. The password is wiped
+/// either way, once the library has its copy.
+std::optional<Enclosure> Open(TavrinConnection::ConnectionInfo& info, Progress& progress,
+                              LoginGuard& guard, QueryResult<SMMIype>& generation) {
+  const WipedAtEnd password(info.password);
+  generation = FindGeneration(info);
+  if (generation.status != StatusCode::Success) {
+    return std::nullopt;
+  }
+  return Enclosure(info, generation.value, progress, guard);
+}
+
+int Read(const Options& options, const std::string& address, Enclosure& enclosure) {
+  const auto readAndPrint = options.isJson ? ReadAndPrintDocument : ReadAndPrintTables;
+  const std::vector<Section> sections = readAndPrint(enclosure, options.task, address);
+  PrintFailures(std::cerr, sections);
+  return ExitCodeOf(sections);
 }
 
 int Run(const Options& options) {
@@ -123,15 +158,19 @@ int Run(const Options& options) {
 
   Console console(std::cerr, CanMoveCursor());
   Progress progress(console, ShownLogLevel(options.verbosity));
-  const LogRoute route(progress, std::max(ShownLogLevel(options.verbosity), kInfo));
-  console.ShowLine(fmt::format("connecting to {}; this takes at least 18 seconds", address));
-  Enclosure enclosure(info, progress);
-
-  const auto readAndPrint = options.isJson ? ReadAndPrintDocument : ReadAndPrintTables;
-  const std::vector<Section> sections = readAndPrint(enclosure, options.task, address);
-  PrintFailures(std::cerr, sections);
+  LoginGuard guard;
+  const LogRoute route(progress, guard, std::max(ShownLogLevel(options.verbosity), kInfo));
+  console.ShowLine("connecting to " + address);
+  QueryResult<SMMIype> generation;
+  std::optional<Enclosure> enclosure = Open(info, progress, guard, generation);
+  int exitCode = ExitCode::QueryFailed;
+  if (enclosure) {
+    exitCode = Read(options, address, *enclosure);
+  } else {
+    ReportNothingRead(options, address, generation);
+  }
   RequireWholeOutput();
-  return ExitCodeOf(sections);
+  return exitCode;
 }
 
 int RunCommandLine(int argc, const char* const* argv) {
