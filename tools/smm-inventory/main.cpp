@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "platform/ConnectionInfo.h"
+#include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tools/smm-inventory/Console.h"
@@ -63,15 +64,38 @@ bool CanMoveCursor() {
   return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
-void ApplySettings(const Options& options) {
-  const auto set = [](const char* key, const std::optional<int>& value) {
-    if (value) {
-      Standalone::SetGlobalConfigValue(key, *value);
+/// A setting that an option of the tool or the environment can give; the option wins.
+struct Setting {
+  const char* key;
+  std::optional<int> given;
+};
+
+std::vector<Setting> SettingsOf(const Options& options) {
+  return {{"IPMI_CIPHER_SUITE", options.cipherSuite},
+          {"IPMI_PRIVILEGE_LEVEL", options.privilegeLevel},
+          {"IPMI_WORKAROUND_FLAGS", options.workaroundFlags},
+          {"IPMI_CONNECT_RETRY_TIMES", options.attempts},
+          {"IPMI_SESSION_TIMEOUT_MS", options.sessionTimeoutMs},
+          {"IPMI_RETRANSMISSION_TIMEOUT_MS", std::nullopt},
+          {"SMM_TYPE", std::nullopt}};
+}
+
+void Apply(const std::vector<Setting>& settings) {
+  for (const Setting& setting : settings) {
+    if (setting.given) {
+      Standalone::SetGlobalConfigValue(setting.key, *setting.given);
     }
-  };
-  set("IPMI_CIPHER_SUITE", options.cipherSuite);
-  set("IPMI_PRIVILEGE_LEVEL", options.privilegeLevel);
-  set("IPMI_WORKAROUND_FLAGS", options.workaroundFlags);
+  }
+}
+
+/// Says which defaults the environment replaces. What it holds that is no number replaces none.
+void ShowEnvironment(const std::vector<Setting>& settings, Console& console) {
+  for (const Setting& setting : settings) {
+    const char* const text = std::getenv(setting.key);
+    if (!setting.given && text != nullptr && Standalone::ParseStrictly(text)) {
+      console.ShowLine(fmt::format("{} is {}, from the environment", setting.key, text));
+    }
+  }
 }
 
 TavrinConnection::ConnectionInfo MakeConnectionInfo(const Options& options) {
@@ -151,7 +175,8 @@ int Read(const Options& options, const std::string& address, Enclosure& enclosur
 }
 
 int Run(const Options& options) {
-  ApplySettings(options);
+  const std::vector<Setting> settings = SettingsOf(options);
+  Apply(settings);
   const std::string address = AddressText(options.host, options.port);
   TavrinConnection::ConnectionInfo info = MakeConnectionInfo(options);
   AskForPassword(options, address, info.password);
@@ -160,6 +185,9 @@ int Run(const Options& options) {
   Progress progress(console, ShownLogLevel(options.verbosity));
   LoginGuard guard;
   const LogRoute route(progress, guard, std::max(ShownLogLevel(options.verbosity), kInfo));
+  if (options.verbosity > 0) {
+    ShowEnvironment(settings, console);
+  }
   console.ShowLine("connecting to " + address);
   QueryResult<SMMIype> generation;
   std::optional<Enclosure> enclosure = Open(info, progress, guard, generation);
