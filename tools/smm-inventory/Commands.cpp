@@ -83,10 +83,10 @@ constexpr std::size_t kMostTypingErrors = 2;
 std::size_t Distance(std::string_view from, std::string_view to) {
   std::vector<std::size_t> row(to.size() + 1);
   std::iota(row.begin(), row.end(), 0);
-  for (std::size_t i = 0; i < from.size(); ++i) {
+  for (const char letter : from) {
     std::size_t diagonal = row[0]++;
     for (std::size_t j = 0; j < to.size(); ++j) {
-      const std::size_t exchanged = diagonal + (from[i] == to[j] ? 0 : 1);
+      const std::size_t exchanged = diagonal + (letter == to[j] ? 0 : 1);
       diagonal = row[j + 1];
       row[j + 1] = std::min({exchanged, row[j] + 1, diagonal + 1});
     }
