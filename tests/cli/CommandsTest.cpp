@@ -47,7 +47,7 @@ TEST(Commands, WordIsTakenForTheLikeliestCommandOrForNone) {
       {"--frob", ""},
       {"", ""},
       {"7", ""},
-      {"xy", ""},
+      {"xl", ""},
       {"pppower", "power"},
       {"ppppower", ""},
   };

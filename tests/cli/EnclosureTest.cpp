@@ -116,6 +116,15 @@ TEST_F(EnclosureTest, SmmThatWasLostBeforeItsStatusWasReadIsAskedOnlyOnce) {
   EXPECT_EQ(selection.value.remark, "nothing was sent");
 }
 
+TEST_F(EnclosureTest, SmmThatIsGoneIsNotConstructedOnceMore) {
+  for (const FailureCause cause : {FailureCause::Silence, FailureCause::Unreachable}) {
+    TheScript().asked.clear();
+    TheScript().construct = [cause] { EndUnanswered(cause, "nobody there"); };
+    Construct(SMM_SECOND_GENERATION);
+    EXPECT_THAT(TheScript().asked, ElementsAre("construction"));
+  }
+}
+
 TEST_F(EnclosureTest, LostConnectionWithAKnownStatusIsTriedAnewByEachQuery) {
   TheScript().machineType = [](std::string&) {
     return LoseConnection(FailureCause::Silence, "no answer");

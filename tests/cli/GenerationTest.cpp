@@ -67,6 +67,17 @@ TEST_F(GenerationTest, RefusedLoginForAConfiguredGenerationIsNotTriedAgain) {
                                              "connection", "end of the connection"));
 }
 
+TEST_F(GenerationTest, ConfiguredGenerationStaysKnownWhenTheConnectionBreaks) {
+  Configure(SMM_FIRST_GENERATION);
+  TheScript().connect = [] {
+    LoseConnection(FailureCause::FellSilent, "silent since then");
+    return 3;
+  };
+  const QueryResult<SMMIype> generation = FindGeneration(info_);
+  EXPECT_EQ(generation.status, StatusCode::NotConnected);
+  EXPECT_EQ(generation.cause.missing, "");
+}
+
 TEST_F(GenerationTest, NoAttemptIsToldByTheKeyThatForbidsIt) {
   Configure(SMM_FIRST_GENERATION);
   Standalone::SetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", -2);
