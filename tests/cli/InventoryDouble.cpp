@@ -1,6 +1,7 @@
 #include "tests/cli/InventoryDouble.h"
 
 #include "module/smm/smm_inventory/SMMInventory.h"
+#include "platform/IpmiClient.h"
 
 namespace Tavrin {
 
@@ -89,5 +90,30 @@ int SMMInfo::GetSmmType(SMMIype& type) {
   TheScript().asked.emplace_back("generation");
   return TheScript().generation(type);
 }
+
+Standalone::DetectionOutcome Standalone::GetLastDetectionOutcome() { return TheScript().detection; }
+
+struct IpmiClient::State {};
+
+IpmiClient::IpmiClient(const std::string& /*address*/, const std::string& /*userName*/,
+                       const std::string& /*password*/, const std::string& port,
+                       unsigned long cipherSuite) {
+  TheScript().asked.push_back("client for port " + port + ", cipher suite " +
+                              std::to_string(cipherSuite));
+}
+
+IpmiClient::~IpmiClient() = default;
+
+int IpmiClient::connect() {
+  TheScript().asked.emplace_back("connection");
+  return TheScript().connect();
+}
+
+int IpmiClient::disconnect() {
+  TheScript().asked.emplace_back("end of the connection");
+  return 0;
+}
+
+const Standalone::LastExchange& Standalone::GetLastExchange() { return TheScript().exchange; }
 
 }  // namespace Tavrin

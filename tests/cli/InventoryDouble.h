@@ -6,11 +6,13 @@
 
 #include "module/smm/smm_inventory/InventoryRecords.h"
 #include "platform/SMMInfo.h"
+#include "platform/standalone/ipmi_client/LastExchange.h"
+#include "platform/standalone/smmcommoninfo/LastDetection.h"
 
 namespace Tavrin {
 
-/// What the facade and the detection of the generation do in a test, and what was asked of them.
-/// Without a change by the test, every query succeeds and leaves its argument empty.
+/// What the facade, the detection of the generation and the IPMI client do in a test, and what was
+/// asked of them. Without a change by the test, every query succeeds and leaves its argument empty.
 struct InventoryScript {
   std::function<void()> construct = [] {};
   std::function<int(std::string&)> machineType = [](std::string&) { return 0; };
@@ -29,7 +31,12 @@ struct InventoryScript {
   std::function<int(std::vector<PSUStatus>&)> psuStatus = [](std::vector<PSUStatus>&) { return 0; };
   std::function<int(int)> selectPsu = [](int) { return 0; };
   std::function<int(SMMIype&)> generation = [](SMMIype&) { return 0; };
+  std::function<int()> connect = [] { return 0; };
   unsigned long nodeCount = 4;
+
+  /// What the client and the detection tell afterwards.
+  Standalone::LastExchange exchange;
+  Standalone::DetectionOutcome detection = Standalone::DetectionOutcome::Detected;
 
   std::vector<std::string> asked;
   std::string password;  ///< As the facade got it.

@@ -17,7 +17,7 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr const char* kRefusal =
-    "the SMM refused the request or gave an answer of unfit length (error code:193)";
+    "the SMM refused the request or gave an answer of unfit length (its answer is empty)";
 
 std::string Document(const std::vector<Section>& sections) {
   std::ostringstream out;
@@ -89,7 +89,7 @@ TEST(JsonReport, RefusedFieldHasStatusAndReasonOnce) {
 
 TEST(JsonReport, ExceptionIsAStatusOfItsOwn) {
   Identity identity = FullIdentity();
-  identity.name = {"", kExceptionStatus, "out of order"};
+  identity.name = {"", kExceptionStatus, {"out of order", {}, 0, ""}};
   const json query = QueryOf(DescribeIdentity(identity), "name");
   EXPECT_EQ(query.at("status"), -1);
   EXPECT_EQ(query.at("statusName"), "Exception");
@@ -226,36 +226,74 @@ TEST(JsonReport, PsuFlagsAreTexts) {
                                          {"powerGood", Read("power good", "power good")}}}}})));
 }
 
-TEST(JsonReport, SlotsBeyondTheFlagsAreNoted) {
+TEST(JsonReport, SlotsBeyondTheFlagsHaveNone) {
   const auto query = [](std::size_t slotCount) {
-    return QueryOf(DescribePsuStatus(Good(std::vector<PSUStatus>(slotCount))), "psuStatus");
+    const PSUStatus flags{"trigger", "trigger", "not present", "not power good"};
+    return QueryOf(DescribePsuStatus(Good(std::vector<PSUStatus>(slotCount, flags))), "psuStatus");
   };
+  const json untold = {{"value", nullptr},
+                       {"text", ""},
+                       {"reason", "the SMM's answer holds the flags of 8 PSUs only"}};
   EXPECT_THAT(query(9).at("note"), HasSubstr("flags of 8 PSUs only"));
+  EXPECT_EQ(
+      query(9).at("slots").at(8),
+      (json{
+          {"slot", 9},
+          {"fields",
+           {{"epow", untold}, {"throttle", untold}, {"present", untold}, {"powerGood", untold}}}}));
+  EXPECT_EQ(query(9).at("slots").at(7).at("fields").at("present").at("value"), "not present");
   EXPECT_EQ(query(8).count("note"), 0U);
 }
 
 TEST(JsonReport, SlotsThatWereNotCountedAreAnEmptyList) {
-  const json query =
-      QueryOf(DescribePsuStatus({{}, StatusCode::NotConnected, "no answer"}), "psuStatus");
+  const json query = QueryOf(
+      DescribePsuStatus({{}, StatusCode::NotConnected, {"no answer", {}, 0, ""}}), "psuStatus");
   EXPECT_EQ(query.at("slots"), json::array());
   EXPECT_EQ(query.at("reason"), "no IPMI connection could be opened (no answer)");
 }
 
 TEST(JsonReport, SelectionTellsWhatWasSent) {
-  EXPECT_EQ(QueryOf(DescribePsuSelection(Good(PsuSelection{-1, 255, "negative"})), "psuSelection"),
-            Succeeded("fields", {{"asked", Read(-1, "-1")},
-                                 {"sent", Read(255, "255")},
-                                 {"remark", Read("negative", "negative")},
-                                 {"acknowledgement", Read("received", "received")}}));
+  EXPECT_EQ(
+      QueryOf(DescribePsuSelection(Good(PsuSelection{7, true, 3, "highest"})), "psuSelection"),
+      Succeeded("fields", {{"asked", Read(7, "7")},
+                           {"sent", Read(3, "3")},
+                           {"remark", Read("highest", "highest")},
+                           {"acknowledgement", Read("received", "received")}}));
 }
 
 TEST(JsonReport, SelectionWithoutNumberHasNullForIt) {
   const json query =
-      QueryOf(DescribePsuSelection(Refused(PsuSelection{7, {}, "left out"})), "psuSelection");
+      QueryOf(DescribePsuSelection(Refused(PsuSelection{7, true, {}, "left out"})), "psuSelection");
   EXPECT_EQ(query.at("status"), 3);
   EXPECT_EQ(query.at("fields").at("sent"),
             (json{{"value", nullptr}, {"text", "none"}, {"reason", "left out"}}));
   EXPECT_EQ(query.at("fields").at("acknowledgement"), Read("missing", "missing"));
+}
+
+TEST(JsonReport, SelectionThatWasNotSentHasNullForIt) {
+  const json query =
+      QueryOf(DescribePsuSelection(Refused(PsuSelection{7, false, {}, "nothing was sent"})),
+              "psuSelection");
+  EXPECT_EQ(query.at("fields").at("sent"),
+            (json{{"value", nullptr}, {"text", ""}, {"reason", "nothing was sent"}}));
+}
+
+json FailedDocument() {
+  std::ostringstream out;
+  PrintJsonFailure(out, "smm1:623", StatusCode::NotConnected,
+                   {"no answer", Standalone::FailureCause::Silence, 0, ""});
+  EXPECT_EQ(SchemaErrors(out.str()), "");
+  return json::parse(out.str());
+}
+
+TEST(JsonReport, EnclosureThatCouldNotBeAskedHasOneFailureAndNoQueries) {
+  EXPECT_EQ(FailedDocument(), json::parse(R"json({
+    "schemaVersion": 1,
+    "address": "smm1:623",
+    "failure": {"status": 2, "statusName": "NotConnected",
+                "reason": "no IPMI connection could be opened (no answer)"},
+    "queries": {}
+})json"));
 }
 
 struct BadDocument {
@@ -263,6 +301,11 @@ struct BadDocument {
   json value;
   std::string complaint;
 };
+
+void ExpectComplaint(json document, const BadDocument& row) {
+  document[json::json_pointer(row.path)] = row.value;
+  EXPECT_THAT(SchemaErrors(document.dump()), HasSubstr(row.complaint)) << row.path;
+}
 
 TEST(JsonSchema, DocumentThatDepartsFromItIsToldApart) {
   const json good =
@@ -293,10 +336,26 @@ TEST(JsonSchema, DocumentThatDepartsFromItIsToldApart) {
       {"/queries/psuFans/slots/0/surplus", 1, "surplus"},
   };
   for (const BadDocument& row : table) {
-    json changed = good;
-    changed[json::json_pointer(row.path)] = row.value;
-    EXPECT_THAT(SchemaErrors(changed.dump()), HasSubstr(row.complaint)) << row.path;
+    ExpectComplaint(good, row);
   }
+}
+
+TEST(JsonSchema, FailedDocumentThatDepartsFromItIsToldApart) {
+  const json status = {{"status", 0}, {"statusName", "Success"}, {"value", 4}, {"text", "4"}};
+  const std::vector<BadDocument> table = {
+      {"/failure", json::object(), "failure"},
+      {"/failure/status", 0, "failure"},
+      {"/failure/statusName", "NoUsableResult", "failure"},
+      {"/failure/reason", "", "reason"},
+      {"/failure/surplus", 1, "surplus"},
+      {"/queries/nodeCount", status, "queries"},
+  };
+  for (const BadDocument& row : table) {
+    ExpectComplaint(FailedDocument(), row);
+  }
+  json changed = FailedDocument();
+  changed.erase("failure");
+  EXPECT_THAT(SchemaErrors(changed.dump()), HasSubstr("generation"));
 }
 
 }  // namespace

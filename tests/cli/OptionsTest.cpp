@@ -33,6 +33,8 @@ TEST(Options, HostAndUserAloneLeaveTheDefaults) {
   EXPECT_EQ(options.cipherSuite, std::nullopt);
   EXPECT_EQ(options.privilegeLevel, std::nullopt);
   EXPECT_EQ(options.workaroundFlags, std::nullopt);
+  EXPECT_EQ(options.attempts, std::nullopt);
+  EXPECT_EQ(options.sessionTimeoutMs, std::nullopt);
   EXPECT_EQ(options.verbosity, 0U);
   EXPECT_EQ(options.task.command, Command::All);
   EXPECT_FALSE(options.isJson);
@@ -67,12 +69,8 @@ TEST(Options, CommandIsTakenBeforeAndAfterTheOptions) {
       {{"nodes"}, Command::Nodes, 0},
       {{"fans"}, Command::Fans, 0},
       {{"psus"}, Command::Psus, 0},
-      {{"select-psu", "2"}, Command::SelectPsu, 2},
-      {{"select-psu", "0"}, Command::SelectPsu, 0},
-      {{"select-psu", "-1"}, Command::SelectPsu, -1},
-      {{"select-psu", "-12"}, Command::SelectPsu, -12},
-      {{"select-psu", "2147483647"}, Command::SelectPsu, 2147483647},
-      {{"select-psu", "-2147483648"}, Command::SelectPsu, -2147483647 - 1},
+      {{"select-psu", "1"}, Command::SelectPsu, 1},
+      {{"select-psu", "9"}, Command::SelectPsu, 9},
   };
   const Arguments rest = {"-H", "a", "--json", "-U", "u", "-W", "no-checksum-check"};
   for (const CommandRow& row : table) {
@@ -91,19 +89,35 @@ TEST(Options, CommandIsTakenBeforeAndAfterTheOptions) {
 }
 
 TEST(Options, OptionsMayStandBetweenTheCommandAndItsNumber) {
-  const Options options = ParseOptions({"select-psu", "-H", "a", "-U", "u", "-v", "-3"});
-  EXPECT_EQ(options.task.psu, -3);
+  const Options options = ParseOptions({"select-psu", "-H", "a", "-U", "u", "-v", "3"});
+  EXPECT_EQ(options.task.psu, 3);
   EXPECT_EQ(options.verbosity, 1U);
 }
 
-TEST(Options, NumberOfThePsuIsReadStrictly) {
-  const Arguments table = {"x",   "",   "1x", "+1",  " 1",  "1 ",         "0x1",
-                           "1.0", "-x", "--", "1e1", "- 1", "2147483648", "-2147483649"};
+TEST(Options, NumberOfThePsuIsReadStrictlyAndWithinTheSlots) {
+  const Arguments table = {"x",  "",    "1x",  "+1", " 1", "1 ", "0x1", "1.0",       "-x",
+                           "--", "1e1", "- 1", "0",  "10", "-1", "-9",  "2147483648"};
   for (const char* text : table) {
     EXPECT_EQ(Refusal({"-H", "a", "-U", "u", "select-psu", text}),
-              std::string("PSU is \"") + text +
-                  "\"; expected a whole number from -2147483648 to 2147483647");
+              std::string("PSU is \"") + text + "\"; expected a whole number from 1 to 9");
   }
+}
+
+TEST(Options, AttemptsAndSessionTimeoutAreTaken) {
+  const Options options =
+      ParseOptions({"-H", "a", "-U", "u", "--attempts", "1", "--session-timeout=2.5"});
+  EXPECT_EQ(options.attempts, 1);
+  EXPECT_EQ(options.sessionTimeoutMs, 2500);
+}
+
+TEST(Options, WordLikeACommandGetsASuggestion) {
+  const auto refusal = [](const char* word) { return Refusal({"-H", "a", "-U", "u", word}); };
+  EXPECT_EQ(
+      refusal("powr"),
+      "argument is \"powr\"; expected one command, and the options that --help lists; did you "
+      "mean power?");
+  EXPECT_THAT(refusal("stray"), testing::EndsWith("that --help lists"));
+  EXPECT_THAT(Refusal({"-H", "a", "-U", "u", "power", "cap"}), Not(HasSubstr("did you mean")));
 }
 
 TEST(Options, RepeatedVerboseIsCounted) {
@@ -165,6 +179,8 @@ TEST(Options, WrongUseIsRefusedByName) {
       {{"-H", "a", "-U", "u", "-C", "4"}, "cipher suite is \"4\""},
       {{"-H", "a", "-U", "u", "-L", "root"}, "privilege level is \"root\""},
       {{"-H", "a", "-U", "u", "-W", "all"}, "workaround is \"all\""},
+      {{"-H", "a", "-U", "u", "--attempts", "0"}, "number of attempts is \"0\""},
+      {{"-H", "a", "-U", "u", "--session-timeout", "0"}, "session time-out is \"0\""},
       {{"-H", "a", "-U", "u", "stray"}, "argument is \"stray\""},
       {{"-H", "a", "-U", "u", "-W", "no-checksum-check", "stray"}, "argument is \"stray\""},
       {{"-H", "a", "-U", "u", "--frob"}, "argument is \"--frob\""},
@@ -210,11 +226,19 @@ TEST(Options, PasswordOnTheCommandLineIsRefusedWithoutShowingIt) {
 TEST(Options, HelpShowsCommandsExamplesAndExitCodes) {
   const std::string help = std::get<Notice>(Parse({"--help"})).text;
   EXPECT_THAT(help, HasSubstr("Usage: smm-inventory [OPTIONS] [COMMAND]\n"));
-  EXPECT_THAT(help, HasSubstr("Commands:"));
+  EXPECT_THAT(help, HasSubstr("\nCommands; "));
   EXPECT_THAT(help, HasSubstr("  select-psu N "));
   EXPECT_THAT(help, HasSubstr("Examples:"));
   EXPECT_THAT(help, HasSubstr("Exit codes:"));
   EXPECT_THAT(help, Not(HasSubstr("-P,")));
+}
+
+TEST(Options, HelpAfterACommandIsAboutThatCommand) {
+  EXPECT_EQ(std::get<Notice>(Parse({"power", "--help"})).text, CommandHelp(Command::Power));
+  EXPECT_EQ(std::get<Notice>(Parse({"-H", "caps", "--help", "psus"})).text,
+            CommandHelp(Command::Psus));
+  EXPECT_EQ(std::get<Notice>(Parse({"select-psu", "-h"})).text, CommandHelp(Command::SelectPsu));
+  EXPECT_THAT(std::get<Notice>(Parse({"powr", "--help"})).text, HasSubstr("\nCommands; "));
 }
 
 TEST(Options, VersionIsOneLine) {

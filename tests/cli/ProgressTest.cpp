@@ -1,16 +1,14 @@
 #include "tools/smm-inventory/Progress.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <sstream>
+
+#include "tests/cli/ScriptedEnclosure.h"
 
 namespace Tavrin {
 namespace {
 
-using testing::HasSubstr;
-
-constexpr const char* kLibrary = "module/smm/smm_inventory/impl/SMMInventoryImpl";
-constexpr const char* kClient = "platform/standalone/ipmi_client/IpmiClient";
 constexpr const char* kConfig = "platform/standalone/globalconfig/GlobalConfig";
 
 struct Shown {
@@ -19,6 +17,11 @@ struct Shown {
 
   void Log(unsigned int level, const std::string& source, const std::string& text) {
     progress.Take({level, source, 7, text});
+  }
+  /// The client's line gives more than the words that people are shown.
+  void Fail(const std::string& words, FailureCause cause = FailureCause::Silence) {
+    EndUnanswered(cause, words);
+    Log(2, kClient, "connect failed: " + words + "; advice in terms of IPMI_KEY");
   }
 
   std::ostringstream out;
@@ -41,14 +44,13 @@ TEST(Progress, AttemptsOfThePsuSelectionAreShownTheSameWay) {
   Shown shown;
   shown.progress.BeginWait("selecting");
   shown.Log(3, kLibrary, "Try to get PSU status, start retry 1 time");
-  shown.Log(2, kClient, "no answer");
+  shown.Fail("no answer");
   shown.Log(3, kLibrary, "Try to get PSU status, start retry 6 times");
   shown.progress.EndWait();
   EXPECT_EQ(shown.out.str(),
             "selecting: attempt 1 of 6, 3 seconds apart ...\n"
             "no answer; still trying\n"
             "selecting: attempt 6 of 6, 3 seconds apart ...\n");
-  EXPECT_EQ(shown.progress.Cause(), "");
 }
 
 TEST(Progress, AttemptsReplaceOneAnotherOnATerminal) {
@@ -67,7 +69,7 @@ TEST(Progress, LinesPushTheStatusDownOnATerminal) {
   Shown shown(0, true);
   shown.progress.BeginWait("reading");
   shown.Log(3, kLibrary, "Try to get SMM status, retry 1 time");
-  shown.Log(2, kClient, "no answer");
+  shown.Fail("no answer");
   EXPECT_EQ(shown.out.str(),
             "reading: attempt 1 of 6, 3 seconds apart ..."
             "\r\x1b[Kno answer; still trying\nreading: attempt 1 of 6, 3 seconds apart ...");
@@ -76,70 +78,33 @@ TEST(Progress, LinesPushTheStatusDownOnATerminal) {
 TEST(Progress, ClientFailureIsShownAtOnceAndOnlyOnce) {
   Shown shown;
   shown.progress.BeginWait("reading");
-  shown.Log(2, kClient, "no answer");
+  shown.Fail("no answer");
   EXPECT_EQ(shown.out.str(), "no answer; still trying\n");
   shown.Log(1, kLibrary, "connect failed with error:3");
-  shown.Log(2, kClient, "no answer");
+  shown.Fail("no answer");
   EXPECT_EQ(shown.out.str(), "no answer; still trying\n");
 }
 
 TEST(Progress, OtherClientFailureIsShownToo) {
   Shown shown;
   shown.progress.BeginWait("reading");
-  shown.Log(2, kClient, "no answer");
-  shown.Log(2, kClient, "wrong password");
-  EXPECT_EQ(shown.out.str(), "no answer; still trying\nwrong password; still trying\n");
+  shown.Fail("no answer");
+  shown.Fail("no session is free");
+  EXPECT_EQ(shown.out.str(), "no answer; still trying\nno session is free; still trying\n");
 }
 
-TEST(Progress, ClientFailureOutsideAWaitIsRememberedOnly) {
+TEST(Progress, ClientFailureOutsideAWaitIsNotShown) {
   Shown shown;
-  shown.Log(2, kClient, "no answer");
+  shown.Fail("no answer");
   EXPECT_EQ(shown.out.str(), "");
-  EXPECT_EQ(shown.progress.Cause(), "no answer");
 }
 
-TEST(Progress, ClientCauseIsPreferredToTheLibrarys) {
-  Shown shown;
-  shown.Log(2, kClient, "no answer");
-  shown.Log(1, kLibrary, "connect failed with error:3");
-  EXPECT_EQ(shown.progress.Cause(), "no answer");
-}
-
-TEST(Progress, LibraryCauseStandsWhereTheClientHasNone) {
-  Shown shown;
-  shown.Log(1, kLibrary, "Get smm mt failed with error code:193");
-  EXPECT_EQ(shown.progress.Cause(), "Get smm mt failed with error code:193");
-}
-
-TEST(Progress, FirstComplaintOfTheLibraryIsTheCause) {
-  Shown shown;
-  shown.Log(2, kLibrary, "response is empty");
-  shown.Log(2, kLibrary, "use default value");
-  EXPECT_EQ(shown.progress.Cause(), "response is empty");
-}
-
-TEST(Progress, InfoAndDebugLinesAreNoCause) {
-  Shown shown;
-  shown.Log(3, kLibrary, "Succeeded get SMM Status");
-  shown.Log(4, kLibrary, "Response=");
-  EXPECT_EQ(shown.progress.Cause(), "");
-}
-
-TEST(Progress, AttemptForgetsTheCauseOfTheOneBefore) {
+TEST(Progress, RefusedLoginIsNotTriedAgain) {
   Shown shown;
   shown.progress.BeginWait("reading");
-  shown.Log(2, kClient, "no answer");
-  shown.Log(3, kLibrary, "Try to get SMM status, retry 2 times");
-  EXPECT_EQ(shown.progress.Cause(), "");
-}
-
-TEST(Progress, EndOfTheWaitKeepsTheCauseOfTheLastAttempt) {
-  Shown shown;
-  shown.progress.BeginWait("reading");
-  shown.Log(3, kLibrary, "Try to get SMM status, retry 6 times");
-  shown.Log(2, kLibrary, "response is empty or completeCode: \xc1");
-  shown.progress.EndWait();
-  EXPECT_EQ(shown.progress.Cause(), "response is empty or completeCode: \\xc1");
+  shown.Fail("wrong password", FailureCause::PasswordRefused);
+  shown.Fail("unknown user", FailureCause::UserNameRefused);
+  EXPECT_EQ(shown.out.str(), "");
 }
 
 TEST(Progress, LogLinesUpToTheShownLevelAreShownEscaped) {
@@ -156,8 +121,9 @@ TEST(Progress, LogLinesUpToTheShownLevelAreShownEscaped) {
 TEST(Progress, ShownLogLineIsNotSaidTwice) {
   Shown shown(2);
   shown.progress.BeginWait("reading");
-  shown.Log(2, kClient, "no answer");
-  EXPECT_EQ(shown.out.str(), "[warning] " + std::string(kClient) + ":7: no answer\n");
+  shown.Fail("no answer");
+  EXPECT_EQ(shown.out.str(), "[warning] " + std::string(kClient) +
+                                 ":7: connect failed: no answer; advice in terms of IPMI_KEY\n");
 }
 
 TEST(Progress, ComplaintAboutTheEnvironmentIsAlwaysShown) {

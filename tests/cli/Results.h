@@ -11,12 +11,12 @@ namespace Tavrin {
 
 template <typename Value>
 QueryResult<Value> Good(const Value& value) {
-  return {value, StatusCode::Success, ""};
+  return {value, StatusCode::Success, {}};
 }
 
 template <typename Value>
 QueryResult<Value> Refused(const Value& value = {}) {
-  return {value, StatusCode::UnusableAnswer, "error code:193"};
+  return {value, StatusCode::UnusableAnswer, {"its answer is empty", {}, 0, ""}};
 }
 
 inline Detection FullDetection() {

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <vector>
+
 #include "tests/cli/Refusal.h"
 
 namespace Tavrin {
@@ -57,6 +59,44 @@ TEST(Workarounds, UnknownNameIsRefusedByName) {
   });
   EXPECT_THAT(refusal, HasSubstr("workaround is \"none\\x07\"; "));
   EXPECT_THAT(refusal, HasSubstr("expected one of authentication-capabilities"));
+}
+
+TEST(Attempts, WholeNumberFromOneIsTaken) {
+  EXPECT_EQ(ParseAttempts("1"), 1);
+  EXPECT_EQ(ParseAttempts("2147483647"), 2147483647);
+}
+
+TEST(Attempts, OtherTextIsRefused) {
+  for (const std::string text : {"", "0", "-1", "+1", "1.5", "x", "1 ", "2147483648"}) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(
+        RefusalOf([&] { ParseAttempts(text); }),
+        "number of attempts is \"" + text + "\"; expected a whole number from 1 to 2147483647");
+  }
+}
+
+struct TimeoutRow {
+  std::string text;
+  int milliseconds;
+};
+
+TEST(SessionTimeout, SecondsAreTakenWithTheirDecimalPlaces) {
+  const std::vector<TimeoutRow> table = {{"0.1", 100},   {"0.25", 250},    {"1", 1000},
+                                         {"4.5", 4500},  {"1.0005", 1001}, {"2.", 2000},
+                                         {"600", 600000}};
+  for (const TimeoutRow& row : table) {
+    EXPECT_EQ(ParseSessionTimeout(row.text), row.milliseconds) << row.text;
+  }
+}
+
+TEST(SessionTimeout, OtherTextIsRefused) {
+  for (const std::string text : {"", "0", "0.09", "600.1", "-1", "+1", "x", "1s", "1,5", "1e1",
+                                 " 1", "1 ", "nan", "inf", "0x1", "\x1b"}) {
+    SCOPED_TRACE(text);
+    const std::string shown = text == "\x1b" ? "\\x1b" : text;
+    EXPECT_EQ(RefusalOf([&] { ParseSessionTimeout(text); }),
+              "session time-out is \"" + shown + "\"; expected seconds from 0.1 to 600");
+  }
 }
 
 }  // namespace

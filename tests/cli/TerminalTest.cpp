@@ -7,6 +7,7 @@
 
 #include "tests/cli/Terminal.h"
 #include "tests/cli/Tool.h"
+#include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin {
 namespace {
@@ -76,16 +77,17 @@ TEST_F(TerminalTest, InterruptDuringTheWaitLeavesTheTerminalAsItWas) {
   call_[2] = "127.0.0.1:9";
   Child tool(call_, {"IPMI_PASSWORD=sesame", "IPMI_SESSION_TIMEOUT_MS=200", "TERM=vt100"}, {},
              terminal_.Name());
-  terminal_.ReadUntil("attempt 1 of 6");
+  terminal_.ReadUntil("connecting to");
   terminal_.Type("\x03");
   EXPECT_EQ(tool.Wait().signal, SIGINT);
   EXPECT_EQ(terminal_.Settings().c_lflag, before.c_lflag);
 }
 
 TEST_F(TerminalTest, TerminalThatCannotMoveItsCursorGetsWholeLines) {
-  call_[2] = "127.0.0.1:9";
-  Child tool(call_, {"IPMI_PASSWORD=sesame", "IPMI_SESSION_TIMEOUT_MS=200", "TERM=dumb"}, {},
-             terminal_.Name());
+  const SimulatedSmm simulator({"--generation", "1"});
+  call_[2] = simulator.Address();
+  call_.insert(call_.end(), {"-W", "open-session-privilege"});
+  Child tool(call_, {"IPMI_PASSWORD=sesame", "TERM=dumb"}, {}, terminal_.Name());
   terminal_.ReadUntil("attempt 1 of 6, 3 seconds apart ...\r\n");
   EXPECT_THAT(terminal_.Seen(), Not(HasSubstr("\x1b")));
 }

@@ -156,15 +156,16 @@ TEST(TextReport, PsuFlagsAreATable) {
             "  2     not trigger  trigger      not present  not power good\n");
 }
 
-TEST(TextReport, SlotsBeyondTheFlagsAreExplainedBelowTheTable) {
-  const std::string note =
-      "\n  The SMM's answer holds flags of 8 PSUs only; any later slot always reads \"not "
-      "present\" "
-      "and \"not power good\".\n";
+TEST(TextReport, SlotsBeyondTheFlagsHaveADashAndANoteBelowTheTable) {
   const auto printed = [](std::size_t slotCount) {
-    return Printed(DescribePsuStatus(Good(std::vector<PSUStatus>(slotCount))));
+    const PSUStatus flags{"not trigger", "not trigger", "not present", "not power good"};
+    return Printed(DescribePsuStatus(Good(std::vector<PSUStatus>(slotCount, flags))));
   };
-  EXPECT_THAT(printed(9), testing::EndsWith(note));
+  EXPECT_THAT(printed(9),
+              testing::EndsWith("\n  8     not trigger  not trigger  not present  not power good\n"
+                                "  9     -            -            -            -\n"
+                                "  The SMM's answer holds the flags of 8 PSUs only; those of any "
+                                "later slot are not told.\n"));
   EXPECT_THAT(printed(8), Not(HasSubstr("The SMM")));
 }
 
@@ -182,14 +183,14 @@ TEST(TextReport, RefusedPsuFlagsAreNotReadInEverySlot) {
 }
 
 TEST(TextReport, TableWithoutRowsIsNotRead) {
-  EXPECT_EQ(Printed(DescribePsuStatus({{}, StatusCode::NotConnected, ""})),
+  EXPECT_EQ(Printed(DescribePsuStatus({{}, StatusCode::NotConnected, {}})),
             "\n"
             "PSU status\n"
             "  not read\n");
 }
 
 TEST(TextReport, SelectionTellsWhatWasSentAndAcknowledged) {
-  EXPECT_EQ(Printed(DescribePsuSelection(Good(PsuSelection{7, 3, "clamped"}))),
+  EXPECT_EQ(Printed(DescribePsuSelection(Good(PsuSelection{7, true, 3, "clamped"}))),
             "\n"
             "PSU selection\n"
             "  asked for        7\n"
@@ -199,13 +200,24 @@ TEST(TextReport, SelectionTellsWhatWasSentAndAcknowledged) {
 }
 
 TEST(TextReport, SelectionWithoutNumberAndAcknowledgementSaysSo) {
-  EXPECT_EQ(Printed(DescribePsuSelection(Refused(PsuSelection{7, {}, "left out"}))),
+  EXPECT_EQ(Printed(DescribePsuSelection(Refused(PsuSelection{7, true, {}, "left out"}))),
             "\n"
             "PSU selection\n"
             "  asked for        7\n"
             "  sent             none\n"
             "  remark           left out\n"
             "  acknowledgement  missing\n");
+}
+
+TEST(TextReport, SelectionThatWasNotSentHasADash) {
+  EXPECT_THAT(Printed(DescribePsuSelection(Refused(PsuSelection{7, false, {}, "nothing"}))),
+              HasSubstr("  sent             -\n"));
+}
+
+TEST(TextReport, RunWithoutAnyQuerySaysSo) {
+  std::ostringstream out;
+  PrintNoSections(out);
+  EXPECT_EQ(out.str(), "\nnothing read\n");
 }
 
 }  // namespace

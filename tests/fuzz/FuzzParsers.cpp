@@ -174,6 +174,14 @@ void CheckSettings(const std::string& text) {
   CheckSentence(refusal);
   Require(refusal || (value > 0 && (value & ~0x71) == 0), "workarounds are known flags");
 
+  refusal = RefusalOf<UsageError>([&] { value = ParseAttempts(text); });
+  CheckSentence(refusal);
+  Require(refusal || value >= 1, "there is at least one attempt");
+
+  refusal = RefusalOf<UsageError>([&] { value = ParseSessionTimeout(text); });
+  CheckSentence(refusal);
+  Require(refusal || (value >= 100 && value <= 600000), "a session time-out is 0.1 to 600 seconds");
+
   const auto kind = Simulator::KindFromName(text);
   Require(!kind || Simulator::KindName(*kind) == text, "a kind of enclosure has one name");
 }

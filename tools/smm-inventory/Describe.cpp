@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "tools/smm-inventory/Failure.h"
+#include "tools/smm-inventory/FailureWords.h"
 
 namespace Tavrin {
 namespace {
@@ -175,7 +175,7 @@ Fields DescribeFlags(const PSUStatus& status) {
 }
 
 Fields DescribeSelection(const PsuSelection& selection, bool isAcknowledged) {
-  Field sent = Reading("sent", "sent", "none");
+  Field sent = Reading("sent", "sent", selection.isSent ? "none" : "");
   if (selection.sent) {
     sent.text = fmt::to_string(static_cast<unsigned int>(*selection.sent));
   } else {
@@ -186,15 +186,24 @@ Fields DescribeSelection(const PsuSelection& selection, bool isAcknowledged) {
           Text("acknowledgement", "acknowledgement", isAcknowledged ? "received" : "missing")};
 }
 
+/// What the library gives for a slot without flags looks like those of an absent PSU.
+Fields UntoldFlags() {
+  Fields fields = DescribeFlags({});
+  for (Field& field : fields) {
+    field.absence =
+        fmt::format("the SMM's answer holds the flags of {} PSUs only", kSlotsWithFlags);
+  }
+  return fields;
+}
+
 std::string PsuStatusNote(const QueryResult<std::vector<PSUStatus>>& status) {
   const bool hasSlotsWithoutFlags =
       status.status == StatusCode::Success && status.value.size() > kSlotsWithFlags;
-  return hasSlotsWithoutFlags
-             ? fmt::format(
-                   "The SMM's answer holds flags of {} PSUs only; any later slot always "
-                   "reads \"not present\" and \"not power good\".",
-                   kSlotsWithFlags)
-             : "";
+  return hasSlotsWithoutFlags ? fmt::format(
+                                    "The SMM's answer holds the flags of {} PSUs only; those of "
+                                    "any later slot are not told.",
+                                    kSlotsWithFlags)
+                              : "";
 }
 
 }  // namespace
@@ -248,11 +257,12 @@ Section DescribePsuStatus(const QueryResult<std::vector<PSUStatus>>& status) {
   Query query{"psuStatus",  "PSU status", Query::Shape::RecordPerSlot, status.status,
               status.cause, {},           PsuStatusNote(status)};
   for (const PSUStatus& flags : status.value) {
-    Fields fields = DescribeFlags(flags);
+    const std::size_t slot = query.rows.size() + 1;
+    Fields fields = slot > kSlotsWithFlags ? UntoldFlags() : DescribeFlags(flags);
     if (status.status != StatusCode::Success) {
       fields = Unread(std::move(fields), ReasonOf(status));
     }
-    query.rows.push_back({query.rows.size() + 1, std::move(fields)});
+    query.rows.push_back({slot, std::move(fields)});
   }
   return {"PSU status", {query}};
 }

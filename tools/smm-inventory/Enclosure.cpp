@@ -8,15 +8,21 @@
 #include "module/smm/smm_inventory/StatusCode.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
-#include "tools/smm-inventory/Password.h"
 
 namespace Tavrin {
 namespace {
+
+using Standalone::FailureCause;
 
 constexpr int kSelectableOnEveryPlatform = 2;
 constexpr unsigned long kNodesOfPlatform253 = 12;
 constexpr std::int32_t kPlatform253 = 253;
 constexpr std::int32_t kPlatform254 = 254;
+constexpr std::size_t kShortestStatusWithPlatform = 14;
+
+constexpr const char* kUnsentSelection = "nothing was sent";
+constexpr const char* kUnansweredSelection =
+    "not known to have been sent: the last attempt got no answer";
 
 /// Shows the progress of repeated attempts while the object lives, on whichever way it ends.
 class ShownWait {
@@ -32,76 +38,108 @@ class ShownWait {
   Progress& progress_;
 };
 
-/// Asks the library, or its platform, once. An exception becomes a status, and what the log
-/// complains about meanwhile the cause.
+/// The library runs out of memory, or says so of an answer that lacks its leading bytes.
+Cause CauseOfBadAlloc() {
+  Cause cause = CauseOf(Standalone::GetLastExchange());
+  if (cause.kind == FailureCause::None && cause.completionCode == 0) {
+    cause.words += ", which is shorter than what leads an answer, or memory ran out";
+  }
+  return cause;
+}
+
+/// Asks the library once. An exception becomes a status.
 template <typename Value, typename Query>
-QueryResult<Value> AskOnce(Progress& progress, Query query) {
+QueryResult<Value> AskOnce(Query query) {
   QueryResult<Value> result;
-  progress.ForgetCause();
   try {
     result.status = query(result.value);
-    result.cause = progress.Cause();
+    if (result.status != StatusCode::Success) {
+      result.cause = CauseOf(Standalone::GetLastExchange());
+    }
   } catch (const std::bad_alloc&) {
     result.status = kExceptionStatus;
-    result.cause =
-        "the answer was shorter than the bytes that lead it, as a refusal is, or memory ran out";
+    result.cause = CauseOfBadAlloc();
   } catch (const std::exception& exception) {
     result.status = kExceptionStatus;
-    result.cause = Standalone::EscapeControlBytes(exception.what());
+    result.cause.words = Standalone::EscapeControlBytes(exception.what());
   }
   return result;
 }
 
-QueryResult<SMMIype> DetectGeneration(const TavrinConnection::ConnectionInfo& info,
-                                      Progress& progress) {
-  QueryResult<SMMIype> generation = AskOnce<SMMIype>(progress, [&info](SMMIype& type) {
-    return SMMInfo(info).GetSmmType(type) == 0 ? StatusCode::Success : StatusCode::NoUsableResult;
-  });
-  if (generation.status != StatusCode::Success) {
-    generation.cause += generation.cause.empty() ? "" : "; ";
-    generation.cause += "the library tried again by itself and does not tell with what result";
-  }
-  return generation;
+/// Why the status read that a construction ends with told no platform; empty when it did. The
+/// library does not say so itself.
+std::optional<Cause> StatusFailure() {
+  const Standalone::LastExchange& exchange = Standalone::GetLastExchange();
+  const bool isUsable = exchange.isAnswered && exchange.completionCode == 0 &&
+                        exchange.answerLength >= kShortestStatusWithPlatform;
+  return isUsable ? std::nullopt : std::optional<Cause>(CauseOf(exchange));
 }
 
-/// One wait for both steps, so that a host which answers neither is complained about once.
-SMMInventory DetectAndConstruct(TavrinConnection::ConnectionInfo& info, Progress& progress,
-                                QueryResult<SMMIype>& generation) {
-  const WipedAtEnd password(info.password);
+SMMInventory Construct(const TavrinConnection::ConnectionInfo& info, SMMIype generation,
+                       Progress& progress, std::optional<Cause>& statusFailure) {
   const ShownWait wait(progress, "reading the SMM's status");
-  generation = DetectGeneration(info, progress);
-  if (generation.status == StatusCode::Success) {
-    Standalone::SetGlobalConfigValue("SMM_TYPE", generation.value);
-  }
-  progress.ForgetCause();
-  return SMMInventory(info);
+  Standalone::SetGlobalConfigValue("SMM_TYPE", generation);
+  SMMInventory inventory(info);
+  statusFailure = StatusFailure();
+  return inventory;
 }
 
-/// Why construction read no status; empty when it did. Construction does not say so itself. Twelve
-/// nodes are never assumed; otherwise a failed read is one whose last attempt the log complains
-/// about.
-std::string StatusFailure(SMMInventory& inventory, const Progress& progress) {
-  return inventory.GetNodeNub() == kNodesOfPlatform253 ? "" : progress.Cause();
+/// Whether nobody is there any more, whom six attempts did not find.
+bool IsGone(const Cause& cause) {
+  return cause.kind == FailureCause::Silence || cause.kind == FailureCause::Unreachable;
 }
 
 }  // namespace
 
-Enclosure::Enclosure(TavrinConnection::ConnectionInfo& info, Progress& progress)
+Enclosure::Enclosure(const TavrinConnection::ConnectionInfo& info, SMMIype generation,
+                     Progress& progress, LoginGuard& guard)
     : progress_(progress),
-      inventory_(DetectAndConstruct(info, progress, generation_)),
-      statusFailure_(StatusFailure(inventory_, progress)) {}
+      guard_(guard),
+      generation_(generation),
+      inventory_(Construct(info, generation, progress, statusFailure_)) {
+  if (IsPlatformNeededAndUnknown() && !guard_.Refusal() && !IsGone(*statusFailure_)) {
+    inventory_ = Construct(info, generation, progress, statusFailure_);
+  }
+}
+
+const Cause* Enclosure::Obstacle() const {
+  if (guard_.Refusal()) {
+    return &*guard_.Refusal();
+  }
+  return loss_ ? &*loss_ : nullptr;
+}
+
+bool Enclosure::IsPlatformNeededAndUnknown() const {
+  return generation_ == SMM_SECOND_GENERATION && statusFailure_.has_value();
+}
 
 template <typename Value, typename Query>
 QueryResult<Value> Enclosure::Ask(Query query) {
-  if (isUnreachable_) {
-    return {{}, StatusCode::NotConnected, unreachableCause_};
+  if (const Cause* const obstacle = Obstacle()) {
+    return {{}, StatusCode::NotConnected, *obstacle};
   }
-  QueryResult<Value> result = AskOnce<Value>(progress_, query);
-  if (result.status == StatusCode::NotConnected && !statusFailure_.empty()) {
-    isUnreachable_ = true;
-    unreachableCause_ = result.cause;
+  QueryResult<Value> result = AskOnce<Value>(query);
+  guard_.Look();
+  if (guard_.Refusal() && result.status != StatusCode::Success) {
+    // Of several exchanges, those after the refusal were not tried any more.
+    result.cause = *guard_.Refusal();
+  }
+  if (result.status == StatusCode::NotConnected && statusFailure_) {
+    loss_ = result.cause;
   }
   return result;
+}
+
+/// On a second-generation SMM the request for the chassis of one platform is that for a node of the
+/// other.
+template <typename Value, typename Query>
+QueryResult<Value> Enclosure::AskByPlatform(Query query) {
+  if (Obstacle() == nullptr && IsPlatformNeededAndUnknown()) {
+    QueryResult<Value> unasked{{}, StatusCode::NoUsableResult, *statusFailure_};
+    unasked.cause.missing = "platform";
+    return unasked;
+  }
+  return Ask<Value>(query);
 }
 
 template <typename Value, typename Query>
@@ -116,25 +154,17 @@ std::vector<QueryResult<Value>> Enclosure::AskEachNode(Query query) {
 template <typename Value>
 QueryResult<Value> Enclosure::Detected(Value value) const {
   // Without a status the library assumes platform 254, which is then nothing to report as read.
-  if (statusFailure_.empty()) {
-    return {value, StatusCode::Success, ""};
+  if (!statusFailure_) {
+    return {value, StatusCode::Success, {}};
   }
-  if (isUnreachable_) {
-    return {{}, StatusCode::NotConnected, unreachableCause_};
+  if (const Cause* const obstacle = Obstacle()) {
+    return {{}, StatusCode::NotConnected, *obstacle};
   }
-  return {{}, StatusCode::NoUsableResult, statusFailure_};
+  return {{}, StatusCode::NoUsableResult, *statusFailure_};
 }
 
 std::int32_t Enclosure::PlatformId() {
   return inventory_.GetNodeNub() == kNodesOfPlatform253 ? kPlatform253 : kPlatform254;
-}
-
-QueryResult<SMMIype> Enclosure::Generation() const {
-  // Where no query gets through, that is why the detection did not either.
-  if (generation_.status != StatusCode::Success && isUnreachable_) {
-    return {{}, StatusCode::NotConnected, unreachableCause_};
-  }
-  return generation_;
 }
 
 QueryResult<std::size_t> Enclosure::ReadPsuSlotCount() {
@@ -148,7 +178,7 @@ QueryResult<std::size_t> Enclosure::ReadPsuSlotCount() {
 Detection Enclosure::ReadDetection() {
   Detection detection;
   detection.psuSlotCount = ReadPsuSlotCount();
-  detection.generation = Generation();
+  detection.generation.value = generation_;
   detection.platformId = Detected(PlatformId());
   detection.nodeCount = Detected(inventory_.GetNodeNub());
   return detection;
@@ -168,12 +198,12 @@ Identity Enclosure::ReadIdentity() {
 }
 
 QueryResult<ChassisPowerCon> Enclosure::ReadChassisPower() {
-  return Ask<ChassisPowerCon>(
+  return AskByPlatform<ChassisPowerCon>(
       [this](ChassisPowerCon& power) { return inventory_.GetChassisPowerConsumption(power); });
 }
 
 QueryResult<ChassisPowerCap> Enclosure::ReadPowerCaps() {
-  return Ask<ChassisPowerCap>(
+  return AskByPlatform<ChassisPowerCap>(
       [this](ChassisPowerCap& caps) { return inventory_.GetChassisPowerCap(caps); });
 }
 
@@ -207,28 +237,23 @@ const QueryResult<std::vector<PSUStatus>>& Enclosure::ReadPsuStatus() {
   return *psuStatus_;
 }
 
-PsuSelection Enclosure::PredictSelection(int psu) {
-  if (generation_.status != StatusCode::Success) {
-    return {psu, std::nullopt, "not known: the SMM's generation was not detected"};
-  }
-  // The library may know a platform from an answer that it could not use otherwise.
-  if (generation_.value == SMM_SECOND_GENERATION && psu > kSelectableOnEveryPlatform &&
-      !statusFailure_.empty()) {
-    return {psu, std::nullopt, "not known: the SMM's status was not read"};
-  }
-  return PredictPsuSelection(psu, generation_.value, PlatformId());
-}
-
 QueryResult<PsuSelection> Enclosure::SelectPsu(int psu) {
-  QueryResult<PsuSelection> result = Ask<PsuSelection>([&](PsuSelection&) {
+  const PsuSelection selection = PredictPsuSelection(psu, generation_, PlatformId());
+  bool isAsked = false;
+  const auto select = [&](PsuSelection& /*value*/) {
     const ShownWait wait(progress_, "selecting the PSU");
+    isAsked = true;
     return inventory_.SelectPSU(psu);
-  });
-  const bool isWithoutConnection =
-      result.status != StatusCode::Success && result.cause.rfind("connect failed", 0) == 0;
-  result.value = isWithoutConnection
-                     ? PsuSelection{psu, std::nullopt, "not sent: no connection could be opened"}
-                     : PredictSelection(psu);
+  };
+  QueryResult<PsuSelection> result = psu > kSelectableOnEveryPlatform
+                                         ? AskByPlatform<PsuSelection>(select)
+                                         : Ask<PsuSelection>(select);
+  const bool isAnswered = result.cause.kind == FailureCause::None;
+  if (isAsked && isAnswered) {
+    result.value = selection;
+  } else {
+    result.value = {psu, false, std::nullopt, isAsked ? kUnansweredSelection : kUnsentSelection};
+  }
   return result;
 }
 

@@ -9,21 +9,12 @@
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/ConnectionInfo.h"
 #include "platform/SMMInfo.h"
+#include "tools/smm-inventory/LoginGuard.h"
 #include "tools/smm-inventory/Progress.h"
 #include "tools/smm-inventory/PsuSelection.h"
+#include "tools/smm-inventory/QueryResult.h"
 
 namespace Tavrin {
-
-/// The status of a query that an exception of the library ended; it stands beside StatusCode.
-constexpr int kExceptionStatus = -1;
-
-/// What one query gave.
-template <typename Value>
-struct QueryResult {
-  Value value{};  ///< Holds something exactly when the status is Success, unless said otherwise.
-  int status = StatusCode::Success;
-  std::string cause;  ///< Why it failed, for people; may be empty.
-};
 
 struct Identity {
   QueryResult<std::string> machineType;
@@ -40,14 +31,17 @@ struct Detection {
 };
 
 /// One enclosure, asked through its SMM. An exception of the library ends the query that it came
-/// from and no other. Once the SMM turned out not to be reachable, no query tries again; each
-/// tells what the first one met.
+/// from and no other. Once the SMM refused the user, or was lost before its status was read, no
+/// query tries again; each tells what the first one met. What depends on the platform of a
+/// second-generation SMM is not asked where that is not known, since the answer could be read as
+/// something else.
 class Enclosure {
  public:
-  /// Detects the SMM's generation, then constructs the library's object with it, so that both go by
-  /// the same one; that blocks for at least 18 seconds. The password in `info` is wiped afterwards,
-  /// also when the library throws. `progress` outlives the enclosure.
-  Enclosure(TavrinConnection::ConnectionInfo& info, Progress& progress);
+  /// Constructs the library's object with the generation given, so that both go by the same one;
+  /// that blocks for at least 18 seconds. Does so once more where a second-generation SMM did not
+  /// tell its platform. `progress` and `guard` outlive the enclosure.
+  Enclosure(const TavrinConnection::ConnectionInfo& info, SMMIype generation, Progress& progress,
+            LoginGuard& guard);
 
   /// Asked first, this is what notices that the SMM is not reachable.
   Detection ReadDetection();
@@ -76,21 +70,23 @@ class Enclosure {
   template <typename Value, typename Query>
   QueryResult<Value> Ask(Query query);
   template <typename Value, typename Query>
+  QueryResult<Value> AskByPlatform(Query query);
+  template <typename Value, typename Query>
   std::vector<QueryResult<Value>> AskEachNode(Query query);
   template <typename Value>
   QueryResult<Value> Detected(Value value) const;
-  [[nodiscard]] QueryResult<SMMIype> Generation() const;
+  [[nodiscard]] const Cause* Obstacle() const;
+  [[nodiscard]] bool IsPlatformNeededAndUnknown() const;
   QueryResult<std::size_t> ReadPsuSlotCount();
   std::int32_t PlatformId();
-  PsuSelection PredictSelection(int psu);
 
   Progress& progress_;
-  QueryResult<SMMIype> generation_;
+  LoginGuard& guard_;
+  SMMIype generation_;
+  std::optional<Cause> statusFailure_;  ///< Why construction read no status; empty when it did.
   SMMInventory inventory_;
-  std::string statusFailure_;  ///< Why construction read no status; empty when it did.
   std::optional<QueryResult<std::vector<PSUStatus>>> psuStatus_;
-  bool isUnreachable_ = false;
-  std::string unreachableCause_;
+  std::optional<Cause> loss_;  ///< Why the SMM counts as lost; empty as long as it does not.
 };
 
 }  // namespace Tavrin

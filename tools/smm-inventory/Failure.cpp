@@ -3,43 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 
-#include "tools/smm-inventory/Enclosure.h"
+#include "module/smm/smm_inventory/StatusCode.h"
+#include "tools/smm-inventory/FailureWords.h"
 
 namespace Tavrin {
 namespace {
-
-struct StatusWords {
-  int status;
-  const char* name;
-  const char* meaning;
-  const char* nextStep;
-};
-
-constexpr std::array<StatusWords, 6> kStatusWords = {{
-    {StatusCode::Success, "Success", "the query succeeded", "nothing"},
-    {kExceptionStatus, "Exception", "the library gave up with an exception",
-     "run again with -vvv and look at the answer"},
-    {StatusCode::ConnectionKindNotAdmitted, "ConnectionKindNotAdmitted",
-     "the connection kind admits no IPMI exchange", "report this as an error of the tool"},
-    {StatusCode::NotConnected, "NotConnected", "no IPMI connection could be opened",
-     "check host, port, user and password, that the SMM allows IPMI over LAN, and try "
-     "-L operator, -C 17 or -W open-session-privilege"},
-    {StatusCode::UnusableAnswer, "UnusableAnswer",
-     "the SMM refused the request or gave an answer of unfit length",
-     "check that the device is an SMM, and run again with -vvv to see the answer"},
-    {StatusCode::NoUsableResult, "NoUsableResult", "the SMM gave no usable answer",
-     "run again; if it stays so, run with -vvv to see the answer"},
-}};
-
-const StatusWords& WordsOf(int status) {
-  const auto* const words =
-      std::find_if(kStatusWords.begin(), kStatusWords.end(),
-                   [status](const StatusWords& candidate) { return candidate.status == status; });
-  return words == kStatusWords.end() ? kStatusWords.back() : *words;
-}
 
 /// Queries of one name that failed alike.
 struct FailedQuery {
@@ -52,9 +22,12 @@ struct Failure {
   std::vector<FailedQuery> queries;
 };
 
+std::string ReasonAndNextStep(int status, const Cause& cause) {
+  return fmt::format("{}; next: {}", FailureReason(status, cause), NextStep(status, cause));
+}
+
 std::string FailureSentence(const Query& query) {
-  return fmt::format("not read: {}; next: {}", FailureReason(query.status, query.cause),
-                     WordsOf(query.status).nextStep);
+  return "not read: " + ReasonAndNextStep(query.status, query.cause);
 }
 
 void Add(std::vector<FailedQuery>& queries, const Query& query) {
@@ -82,13 +55,6 @@ std::vector<Query> FailedQueriesOf(const std::vector<Section>& sections) {
 
 }  // namespace
 
-std::string StatusName(int status) { return WordsOf(status).name; }
-
-std::string FailureReason(int status, const std::string& cause) {
-  const char* const meaning = WordsOf(status).meaning;
-  return cause.empty() ? meaning : fmt::format("{} ({})", meaning, cause);
-}
-
 void PrintFailures(std::ostream& out, const std::vector<Section>& sections) {
   std::vector<Failure> failures;
   for (const Query& query : FailedQueriesOf(sections)) {
@@ -105,6 +71,13 @@ void PrintFailures(std::ostream& out, const std::vector<Section>& sections) {
     out << fmt::format("smm-inventory: {} {}\n", fmt::join(names, ", "), failure.sentence);
   }
   out << std::flush;
+}
+
+void PrintNothingRead(std::ostream& out, const std::string& address, int status,
+                      const Cause& cause) {
+  out << fmt::format("smm-inventory: nothing read from {}: {}\n", address,
+                     ReasonAndNextStep(status, cause))
+      << std::flush;
 }
 
 int ExitCodeOf(const std::vector<Section>& sections) {

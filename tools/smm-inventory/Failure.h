@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/smm-inventory/Cause.h"
 #include "tools/smm-inventory/Section.h"
 
 namespace Tavrin {
@@ -16,14 +17,12 @@ constexpr int WrongUsage = 2;
 constexpr int Exception = 3;
 }  // namespace ExitCode
 
-/// The name of a query's status, as StatusCode has it.
-std::string StatusName(int status);
-
-/// Why a query of that status failed: the status in words and, where one is known, the cause.
-std::string FailureReason(int status, const std::string& cause);
-
 /// Writes one line for each way in which queries failed: which queries, why, and what to try next.
 void PrintFailures(std::ostream& out, const std::vector<Section>& sections);
+
+/// Writes the one line of a run that came to no query: where, why, and what to try next.
+void PrintNothingRead(std::ostream& out, const std::string& address, int status,
+                      const Cause& cause);
 
 /// The exit code that the queries' statuses amount to.
 int ExitCodeOf(const std::vector<Section>& sections);

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "module/smm/smm_inventory/StatusCode.h"
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
-#include "tools/smm-inventory/Failure.h"
+#include "tools/smm-inventory/FailureWords.h"
 
 namespace Tavrin {
 namespace {
@@ -96,6 +97,10 @@ Json ToJson(const Query& query) {
   return json;
 }
 
+Json Heading(const std::string& address) {
+  return {{"schemaVersion", kSchemaVersion}, {"address", address}};
+}
+
 }  // namespace
 
 void PrintJson(std::ostream& out, const std::string& address,
@@ -110,8 +115,18 @@ void PrintJson(std::ostream& out, const std::string& address,
       }
     }
   }
-  const Json document = {
-      {"schemaVersion", kSchemaVersion}, {"address", address}, {"queries", queries}};
+  Json document = Heading(address);
+  document["queries"] = std::move(queries);
+  out << document.dump(kIndent) << std::endl;
+}
+
+void PrintJsonFailure(std::ostream& out, const std::string& address, int status,
+                      const Cause& cause) {
+  Json document = Heading(address);
+  document["failure"] = {{"status", status},
+                         {"statusName", StatusName(status)},
+                         {"reason", FailureReason(status, cause)}};
+  document["queries"] = Json::object();
   out << document.dump(kIndent) << std::endl;
 }
 

@@ -12,4 +12,8 @@ namespace Tavrin {
 /// bytes the SMM gave, the document is ASCII.
 void PrintJson(std::ostream& out, const std::string& address, const std::vector<Section>& sections);
 
+/// Writes the document of an enclosure that could not be asked anything.
+void PrintJsonFailure(std::ostream& out, const std::string& address, int status,
+                      const Cause& cause);
+
 }  // namespace Tavrin

@@ -29,25 +29,22 @@ namespace {
 constexpr const char* kDescription =
     "Reads a multi-node enclosure from its SMM over IPMI 2.0: identity, power, nodes and PSUs.";
 
-constexpr const char* kFooter = R"(
-Commands:
-  all                         Everything below but select-psu; the default
-  identity                    Machine type, serial number, firmware version and name
-  power                       Power readings of the chassis and of each node
-  caps                        Power caps of the chassis
-  nodes                       Status and power readings of each node
-  fans                        Fan readings of each PSU slot
-  psus                        Firmware and status flags of each PSU slot
-  select-psu N                Selects PSU N; says what was sent for N, and whether the SMM
-                              acknowledged
+constexpr const char* kCommandsHeading =
+    "Commands; smm-inventory COMMAND --help says more of one:\n";
 
+constexpr const char* kFooter = R"(
 Password: the first of --password-file, the environment variable IPMI_PASSWORD and a prompt on the
 terminal. It is never taken from the command line, where every user of the machine can read it.
 
-The SMM's status is read six times, three seconds apart: a run takes at least 18 seconds. So does
-select-psu in addition where the SMM does not acknowledge.
+A user name or password that the SMM refuses is not sent again in the same run. An SMM that cannot
+be reached, or does not tell its generation, is not asked anything else.
 
-Log: -v shows warnings and errors, -vv also progress, -vvv also every request and answer.
+The SMM's status is read six times, three seconds apart: a run takes at least 18 seconds, and as
+much again where a second-generation SMM does not tell its platform. So does select-psu in addition
+where the SMM does not acknowledge.
+
+Log: -v shows warnings and errors, and settings that come from the environment; -vv also progress,
+-vvv also every request and answer.
 
 Examples:
   smm-inventory -H 192.0.2.10 -U admin
@@ -56,10 +53,13 @@ Examples:
 
 Exit codes:
   0  every query succeeded; a PSU slot that gave no usable answer is shown as not read
-  1  a query failed; standard error says why and what to try next
+  1  a query failed, or nothing could be asked; standard error says why and what to try next
   2  a wrong option, value or password source; nothing was sent
   3  unexpected error outside the queries
 )";
+
+constexpr int kLowestPsu = 1;
+constexpr int kHighestPsu = 9;
 
 /// The options as they stand on the command line. Their values are read by parsers of our own,
 /// since a refusal is to name the thing, the value and what was expected.
@@ -71,25 +71,11 @@ struct RawOptions {
   std::optional<std::string> cipherSuite;
   std::optional<std::string> privilegeLevel;
   std::vector<std::string> workarounds;
+  std::optional<std::string> attempts;
+  std::optional<std::string> sessionTimeout;
   bool isJson = false;
   std::size_t verbosity = 0;
 };
-
-struct NamedCommand {
-  std::string_view name;
-  Command command;
-};
-
-constexpr std::array<NamedCommand, 8> kCommands = {{
-    {"identity", Command::Identity},
-    {"power", Command::Power},
-    {"caps", Command::Caps},
-    {"nodes", Command::Nodes},
-    {"fans", Command::Fans},
-    {"psus", Command::Psus},
-    {"all", Command::All},
-    {"select-psu", Command::SelectPsu},
-}};
 
 class UsageFormatter : public CLI::Formatter {
  public:
@@ -128,6 +114,12 @@ void Declare(CLI::App& app, RawOptions& raw) {
                  "For controllers that deviate from IPMI 2.0, repeatable; of\n" + WorkaroundNames())
       ->option_text("NAME")
       ->allow_extra_args(false);
+  app.add_option("--attempts", raw.attempts, "Attempts to connect for each request, in all")
+      ->option_text("N [3]");
+  app.add_option("--session-timeout", raw.sessionTimeout,
+                 "How long the SMM may stay silent before an attempt fails,\n"
+                 "from 0.1 to 600; more for one that answers late")
+      ->option_text("SECONDS");
   app.add_flag("--json", raw.isJson, "Print one JSON document instead of tables");
   app.add_flag("-v,--verbose", raw.verbosity, "Show more of the log; repeatable");
 }
@@ -197,53 +189,69 @@ Options Interpret(const RawOptions& raw) {
   if (!raw.workarounds.empty()) {
     options.workaroundFlags = ParseWorkarounds(raw.workarounds);
   }
+  if (raw.attempts) {
+    options.attempts = ParseAttempts(*raw.attempts);
+  }
+  if (raw.sessionTimeout) {
+    options.sessionTimeoutMs = ParseSessionTimeout(*raw.sessionTimeout);
+  }
   return options;
 }
 
 int ParsePsu(const std::string& text) {
   const std::optional<int> psu = Standalone::ParseStrictly(text);
-  if (!psu) {
+  if (!psu || *psu < kLowestPsu || *psu > kHighestPsu) {
     throw UsageError(fmt::format("PSU is \"{}\"; expected a whole number from {} to {}",
-                                 Standalone::EscapeControlBytes(text),
-                                 std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+                                 Standalone::EscapeControlBytes(text), kLowestPsu, kHighestPsu));
   }
   return *psu;
+}
+
+[[noreturn]] void RefuseArgument(const std::string& argument, const std::string& suggestion) {
+  throw UsageError(
+      fmt::format("argument is \"{}\"; expected one command, and the options that --help lists{}",
+                  Standalone::EscapeControlBytes(argument),
+                  suggestion.empty() ? "" : fmt::format("; did you mean {}?", suggestion)));
 }
 
 /// Reads the command and what belongs to it from the words that are no options. A negative number
 /// is among them, too.
 Task ParseTask(const std::vector<std::string>& words) {
-  Task task;
-  std::size_t known = 0;
-  if (!words.empty()) {
-    const auto* const named =
-        std::find_if(kCommands.begin(), kCommands.end(),
-                     [&](const NamedCommand& candidate) { return candidate.name == words[0]; });
-    if (named != kCommands.end()) {
-      task.command = named->command;
-      known = 1;
-    }
+  if (words.empty()) {
+    return {};
   }
+  const std::optional<Command> command = FindCommand(words[0]);
+  if (!command) {
+    RefuseArgument(words[0], LikeliestCommand(words[0]));
+  }
+  Task task{*command, 0};
+  std::size_t known = 1;
   if (task.command == Command::SelectPsu) {
     if (words.size() == known) {
-      throw UsageError("no PSU given; expected select-psu with a whole number");
+      throw UsageError(fmt::format("no PSU given; expected select-psu with a number from {} to {}",
+                                   kLowestPsu, kHighestPsu));
     }
     task.psu = ParsePsu(words[known]);
     ++known;
   }
   if (words.size() > known) {
-    throw UsageError(
-        fmt::format("argument is \"{}\"; expected one command, and the options that --help lists",
-                    Standalone::EscapeControlBytes(words[known])));
+    RefuseArgument(words[known], "");
   }
   return task;
+}
+
+/// The help on the command that is among the words, or on all.
+Notice Help(const CLI::App& app) {
+  const std::vector<std::string> words = app.remaining();
+  const std::optional<Command> command = words.empty() ? std::nullopt : FindCommand(words[0]);
+  return {command ? CommandHelp(*command) : app.help()};
 }
 
 }  // namespace
 
 std::variant<Options, Notice> ParseCommandLine(int argc, const char* const* argv) {
   CLI::App app(kDescription, "smm-inventory");
-  app.footer(kFooter);
+  app.footer(kCommandsHeading + CommandList() + kFooter);
   app.set_version_flag("--version", "smm-inventory " SMM_INVENTORY_VERSION);
   app.formatter(std::make_shared<UsageFormatter>());
   app.allow_extras();
@@ -253,7 +261,7 @@ std::variant<Options, Notice> ParseCommandLine(int argc, const char* const* argv
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
-    return Notice{app.help()};
+    return Help(app);
   } catch (const CLI::CallForVersion& version) {
     return Notice{std::string(version.what()) + '\n'};
   } catch (const UsageError&) {

@@ -5,16 +5,16 @@
 #include <string>
 #include <variant>
 
+#include "tools/smm-inventory/Commands.h"
+
 namespace Tavrin {
 
 constexpr std::uint16_t kDefaultPort = 623;
 
-enum class Command { Identity, Power, Caps, Nodes, Fans, Psus, All, SelectPsu };
-
 /// What the tool is to do with the enclosure.
 struct Task {
   Command command = Command::All;
-  int psu = 0;  ///< The PSU that SelectPsu selects.
+  int psu = 0;  ///< The PSU that SelectPsu selects, from 1 to 9.
 };
 
 /// What the command line asks for. An empty setting leaves the IPMI client's own default, or what
@@ -29,7 +29,9 @@ struct Options {
   std::optional<int> cipherSuite;
   std::optional<int> privilegeLevel;
   std::optional<int> workaroundFlags;
-  unsigned int verbosity = 0;  ///< How often -v was given.
+  std::optional<int> attempts;          ///< To connect, for each request; at least 1.
+  std::optional<int> sessionTimeoutMs;  ///< From 100 to 600,000.
+  unsigned int verbosity = 0;           ///< How often -v was given.
 };
 
 /// A text that was asked for instead of a run: the help or the version.

@@ -6,6 +6,8 @@
 #include <array>
 #include <string_view>
 
+#include "tools/smm-inventory/Cause.h"
+
 namespace Tavrin {
 namespace {
 
@@ -55,12 +57,11 @@ void Progress::Take(const Standalone::LogLine& line) {
     console_.ShowLine("smm-inventory: " + Standalone::EscapeControlBytes(line.text));
   }
   if (line.level <= kWarning) {
-    TakeCause(line);
+    TakeFailure(line);
     return;
   }
   const std::string attempt = AttemptNumber(line.text);
   if (!attempt.empty()) {
-    ForgetCause();
     console_.ShowStatus(
         fmt::format("{}: attempt {} of {}, 3 seconds apart ...", waitName_, attempt, kAttempts));
   }
@@ -68,8 +69,7 @@ void Progress::Take(const Standalone::LogLine& line) {
 
 void Progress::BeginWait(const std::string& name) {
   waitName_ = name;
-  shownCause_.clear();
-  ForgetCause();
+  shownFailure_.clear();
 }
 
 void Progress::EndWait() {
@@ -77,23 +77,17 @@ void Progress::EndWait() {
   waitName_.clear();
 }
 
-void Progress::ForgetCause() {
-  clientCause_.clear();
-  otherCause_.clear();
-}
-
-void Progress::TakeCause(const Standalone::LogLine& line) {
-  const std::string cause = Standalone::EscapeControlBytes(line.text);
-  if (!StartsWith(line.source, kClientSource)) {
-    // What follows the first complaint is its consequence.
-    otherCause_ = otherCause_.empty() ? cause : otherCause_;
+void Progress::TakeFailure(const Standalone::LogLine& line) {
+  const bool isShown = line.level <= shownLevel_;
+  if (waitName_.empty() || isShown || !StartsWith(line.source, kClientSource)) {
     return;
   }
-  clientCause_ = cause;
-  // Attempts mostly fail alike: the same words are said once, and not again beside the log line.
-  if (!waitName_.empty() && cause != shownCause_ && line.level > shownLevel_) {
-    console_.ShowLine(cause + "; still trying");
-    shownCause_ = cause;
+  // The line itself advises in terms of the configuration, which are not those of the tool.
+  const Standalone::LastExchange& exchange = Standalone::GetLastExchange();
+  // Attempts mostly fail alike: the same words are said once.
+  if (!IsLoginRefused(exchange.cause) && exchange.words != shownFailure_) {
+    console_.ShowLine(exchange.words + "; still trying");
+    shownFailure_ = exchange.words;
   }
 }
 

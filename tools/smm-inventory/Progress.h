@@ -8,7 +8,7 @@
 namespace Tavrin {
 
 /// Turns the log's lines into what a person wants to know while the library works: how far a wait
-/// is, that something fails, and afterwards why. The log's threshold is to be at least 3.
+/// is, and that something fails. The log's threshold is to be at least 3.
 class Progress {
  public:
   /// Log lines up to this level are shown as they are, as -v asks; 0 shows none.
@@ -23,23 +23,13 @@ class Progress {
   void BeginWait(const std::string& name);
   void EndWait();
 
-  /// What the log complains about, escaped; empty when there was none since ForgetCause
-  /// or, later, since the last such attempt began. The IPMI client's own
-  /// words are preferred to the library's, which only has numbers.
-  [[nodiscard]] const std::string& Cause() const {
-    return clientCause_.empty() ? otherCause_ : clientCause_;
-  }
-  void ForgetCause();
-
  private:
-  void TakeCause(const Standalone::LogLine& line);
+  void TakeFailure(const Standalone::LogLine& line);
 
   Console& console_;
   unsigned int shownLevel_;
   std::string waitName_;
-  std::string shownCause_;
-  std::string clientCause_;
-  std::string otherCause_;
+  std::string shownFailure_;
 };
 
 }  // namespace Tavrin

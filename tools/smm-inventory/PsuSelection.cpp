@@ -7,7 +7,6 @@ namespace {
 
 constexpr int kLargestOfFirstGeneration = 3;
 constexpr std::int32_t kPlatform253 = 253;
-constexpr int kLargestOfPlatform253 = 9;
 constexpr int kLargestOfPlatform254 = 2;
 
 }  // namespace
@@ -15,18 +14,19 @@ constexpr int kLargestOfPlatform254 = 2;
 PsuSelection PredictPsuSelection(int psu, SMMIype generation, std::int32_t platformId) {
   const bool isSecondGeneration = generation == SMM_SECOND_GENERATION;
   if (!isSecondGeneration && psu > kLargestOfFirstGeneration) {
-    return {psu, kLargestOfFirstGeneration,
-            fmt::format("clamped: a first-generation request holds at most {}",
+    return {psu, true, kLargestOfFirstGeneration,
+            fmt::format("{} was sent, the highest that a first-generation SMM takes; an "
+                        "acknowledgement is for that one and selects no other",
                         kLargestOfFirstGeneration)};
   }
-  const int largest = platformId == kPlatform253 ? kLargestOfPlatform253 : kLargestOfPlatform254;
-  if (isSecondGeneration && psu > largest) {
+  if (isSecondGeneration && platformId != kPlatform253 && psu > kLargestOfPlatform254) {
     return {
-        psu, std::nullopt,
-        fmt::format("left out of the request: platform {} takes at most {}", platformId, largest)};
+        psu, true, std::nullopt,
+        fmt::format("no PSU was sent, since platform {} takes at most {}; an acknowledgement is "
+                    "for a request without a PSU and selects nothing else",
+                    platformId, kLargestOfPlatform254)};
   }
-  const auto sent = static_cast<std::uint8_t>(psu);
-  return {psu, sent, psu < 0 ? "negative: its low 8 bits are sent" : "as asked for"};
+  return {psu, true, static_cast<std::uint8_t>(psu), "as asked for"};
 }
 
 }  // namespace Tavrin

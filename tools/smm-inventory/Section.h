@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/smm-inventory/Cause.h"
+
 namespace Tavrin {
 
 /// One value on its way to people or programs.
@@ -40,7 +42,7 @@ struct Query {
   std::string name;  ///< For people, in sentences.
   Shape shape = Shape::OneField;
   int status = 0;
-  std::string cause;  ///< As in QueryResult.
+  Cause cause;
   std::vector<Row> rows;
   std::string note;  ///< A sentence on how to take the rows; mostly empty.
 };

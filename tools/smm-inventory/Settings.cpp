@@ -4,10 +4,16 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cmath>
 #include <iterator>
+#include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
+#include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tools/smm-inventory/UsageError.h"
 
@@ -34,6 +40,10 @@ constexpr std::array<NamedValue, 4> kWorkarounds = {{
 
 // By id: the standard also numbers suites with xRC4, which the client does not speak.
 constexpr std::array<int, 12> kCipherSuites = {0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17};
+
+// In seconds, as the IPMI client takes them.
+constexpr double kShortestSessionTimeout = 0.1;
+constexpr double kLongestSessionTimeout = 600;
 
 [[noreturn]] void Refuse(const std::string& thing, const std::string& text,
                          const std::string& expected) {
@@ -83,6 +93,30 @@ int ParseWorkarounds(const std::vector<std::string>& names) {
     flags |= static_cast<unsigned int>(ValueOf(kWorkarounds, "workaround", name));
   }
   return static_cast<int>(flags);
+}
+
+int ParseAttempts(const std::string& text) {
+  const std::optional<int> attempts = Standalone::ParseStrictly(text);
+  if (!attempts || *attempts < 1) {
+    throw UsageError(
+        fmt::format("number of attempts is \"{}\"; expected a whole number from 1 to {}",
+                    Standalone::EscapeControlBytes(text), std::numeric_limits<int>::max()));
+  }
+  return *attempts;
+}
+
+int ParseSessionTimeout(const std::string& text) {
+  const char* const end = text.data() + text.size();
+  double seconds = 0;
+  const auto [stop, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
+  // Said so that what is not a number is refused, too.
+  const bool isInRange = seconds >= kShortestSessionTimeout && seconds <= kLongestSessionTimeout;
+  if (error != std::errc() || stop != end || !isInRange) {
+    throw UsageError(fmt::format("session time-out is \"{}\"; expected seconds from {} to {}",
+                                 Standalone::EscapeControlBytes(text), kShortestSessionTimeout,
+                                 kLongestSessionTimeout));
+  }
+  return static_cast<int>(std::lround(seconds * 1000));
 }
 
 std::string PrivilegeNames() { return Names(kPrivileges); }

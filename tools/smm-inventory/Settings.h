@@ -16,6 +16,13 @@ int ParseCipherSuite(const std::string& text);
 /// The flags of the workarounds named, joined. Throws UsageError for a name that is not known.
 int ParseWorkarounds(const std::vector<std::string>& names);
 
+/// Reads how often to connect, a whole number of at least 1. Throws UsageError for any other text.
+int ParseAttempts(const std::string& text);
+
+/// Reads a time in seconds from 0.1 to 600, of which the decimal places may be more than one, and
+/// returns it in milliseconds. Throws UsageError for any other text.
+int ParseSessionTimeout(const std::string& text);
+
 /// The names that each parser takes, for messages and the help text.
 std::string PrivilegeNames();
 std::string CipherSuiteIds();

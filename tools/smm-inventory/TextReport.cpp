@@ -104,4 +104,6 @@ void PrintSection(std::ostream& out, const Section& section) {
   out << std::flush;
 }
 
+void PrintNoSections(std::ostream& out) { out << "\nnothing read\n" << std::flush; }
+
 }  // namespace Tavrin

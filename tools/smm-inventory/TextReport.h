@@ -10,4 +10,7 @@ namespace Tavrin {
 /// are numbered. Bytes that could drive a terminal are escaped.
 void PrintSection(std::ostream& out, const Section& section);
 
+/// Writes, in the place of all sections, that there are none.
+void PrintNoSections(std::ostream& out);
+
 }  // namespace Tavrin

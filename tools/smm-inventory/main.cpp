@@ -14,13 +14,16 @@
 #include <vector>
 
 #include "platform/ConnectionInfo.h"
+#include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tools/smm-inventory/Console.h"
 #include "tools/smm-inventory/Enclosure.h"
 #include "tools/smm-inventory/Failure.h"
+#include "tools/smm-inventory/Generation.h"
 #include "tools/smm-inventory/Host.h"
 #include "tools/smm-inventory/JsonReport.h"
+#include "tools/smm-inventory/LoginGuard.h"
 #include "tools/smm-inventory/MemoryImage.h"
 #include "tools/smm-inventory/Options.h"
 #include "tools/smm-inventory/Password.h"
@@ -40,12 +43,15 @@ constexpr std::int32_t kConnectionKind = 7;
 constexpr unsigned int kInfo = 3;
 constexpr unsigned int kDebug = 4;
 
-/// Routes the library's log into the progress for as long as it lives.
+/// Routes the library's log into the progress for as long as it lives. The guard looks at each
+/// line's moment, since nothing else is called while one operation makes many exchanges.
 class LogRoute {
  public:
-  LogRoute(Progress& progress, unsigned int threshold) {
-    Standalone::SetLogLineHandler(
-        [&progress](const Standalone::LogLine& line) { progress.Take(line); });
+  LogRoute(Progress& progress, LoginGuard& guard, unsigned int threshold) {
+    Standalone::SetLogLineHandler([&](const Standalone::LogLine& line) {
+      guard.Look();
+      progress.Take(line);
+    });
     Standalone::SetMinLogLevel(threshold);
   }
   ~LogRoute() { Standalone::SetLogLineHandler({}); }
@@ -58,15 +64,38 @@ bool CanMoveCursor() {
   return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
-void ApplySettings(const Options& options) {
-  const auto set = [](const char* key, const std::optional<int>& value) {
-    if (value) {
-      Standalone::SetGlobalConfigValue(key, *value);
+/// A setting that an option of the tool or the environment can give; the option wins.
+struct Setting {
+  const char* key;
+  std::optional<int> given;
+};
+
+std::vector<Setting> SettingsOf(const Options& options) {
+  return {{"IPMI_CIPHER_SUITE", options.cipherSuite},
+          {"IPMI_PRIVILEGE_LEVEL", options.privilegeLevel},
+          {"IPMI_WORKAROUND_FLAGS", options.workaroundFlags},
+          {"IPMI_CONNECT_RETRY_TIMES", options.attempts},
+          {"IPMI_SESSION_TIMEOUT_MS", options.sessionTimeoutMs},
+          {"IPMI_RETRANSMISSION_TIMEOUT_MS", std::nullopt},
+          {"SMM_TYPE", std::nullopt}};
+}
+
+void Apply(const std::vector<Setting>& settings) {
+  for (const Setting& setting : settings) {
+    if (setting.given) {
+      Standalone::SetGlobalConfigValue(setting.key, *setting.given);
     }
-  };
-  set("IPMI_CIPHER_SUITE", options.cipherSuite);
-  set("IPMI_PRIVILEGE_LEVEL", options.privilegeLevel);
-  set("IPMI_WORKAROUND_FLAGS", options.workaroundFlags);
+  }
+}
+
+/// Says which defaults the environment replaces. What it holds that is no number replaces none.
+void ShowEnvironment(const std::vector<Setting>& settings, Console& console) {
+  for (const Setting& setting : settings) {
+    const char* const text = std::getenv(setting.key);
+    if (!setting.given && text != nullptr && Standalone::ParseStrictly(text)) {
+      console.ShowLine(fmt::format("{} is {}, from the environment", setting.key, text));
+    }
+  }
 }
 
 TavrinConnection::ConnectionInfo MakeConnectionInfo(const Options& options) {
@@ -109,29 +138,67 @@ std::vector<Section> ReadAndPrintDocument(Enclosure& enclosure, const Task& task
   return sections;
 }
 
+void ReportNothingRead(const Options& options, const std::string& address,
+                       const QueryResult<SMMIype>& generation) {
+  if (options.isJson) {
+    PrintJsonFailure(std::cout, address, generation.status, generation.cause);
+  } else {
+    std::cout << address << '\n';
+    PrintNoSections(std::cout);
+  }
+  PrintNothingRead(std::cerr, address, generation.status, generation.cause);
+}
+
 void RequireWholeOutput() {
   if (!std::cout) {
     throw std::runtime_error("standard output cannot be written");
   }
 }
 
+/// The enclosure to be read; empty when its generation cannot be found out. The password is wiped
+/// either way, once the library has its copy.
+std::optional<Enclosure> Open(TavrinConnection::ConnectionInfo& info, Progress& progress,
+                              LoginGuard& guard, QueryResult<SMMIype>& generation) {
+  const WipedAtEnd password(info.password);
+  generation = FindGeneration(info);
+  if (generation.status != StatusCode::Success) {
+    return std::nullopt;
+  }
+  return Enclosure(info, generation.value, progress, guard);
+}
+
+int Read(const Options& options, const std::string& address, Enclosure& enclosure) {
+  const auto readAndPrint = options.isJson ? ReadAndPrintDocument : ReadAndPrintTables;
+  const std::vector<Section> sections = readAndPrint(enclosure, options.task, address);
+  PrintFailures(std::cerr, sections);
+  return ExitCodeOf(sections);
+}
+
 int Run(const Options& options) {
-  ApplySettings(options);
+  const std::vector<Setting> settings = SettingsOf(options);
+  Apply(settings);
   const std::string address = AddressText(options.host, options.port);
   TavrinConnection::ConnectionInfo info = MakeConnectionInfo(options);
   AskForPassword(options, address, info.password);
 
   Console console(std::cerr, CanMoveCursor());
   Progress progress(console, ShownLogLevel(options.verbosity));
-  const LogRoute route(progress, std::max(ShownLogLevel(options.verbosity), kInfo));
-  console.ShowLine(fmt::format("connecting to {}; this takes at least 18 seconds", address));
-  Enclosure enclosure(info, progress);
-
-  const auto readAndPrint = options.isJson ? ReadAndPrintDocument : ReadAndPrintTables;
-  const std::vector<Section> sections = readAndPrint(enclosure, options.task, address);
-  PrintFailures(std::cerr, sections);
+  LoginGuard guard;
+  const LogRoute route(progress, guard, std::max(ShownLogLevel(options.verbosity), kInfo));
+  if (options.verbosity > 0) {
+    ShowEnvironment(settings, console);
+  }
+  console.ShowLine("connecting to " + address);
+  QueryResult<SMMIype> generation;
+  std::optional<Enclosure> enclosure = Open(info, progress, guard, generation);
+  int exitCode = ExitCode::QueryFailed;
+  if (enclosure) {
+    exitCode = Read(options, address, *enclosure);
+  } else {
+    ReportNothingRead(options, address, generation);
+  }
   RequireWholeOutput();
-  return ExitCodeOf(sections);
+  return exitCode;
 }
 
 int RunCommandLine(int argc, const char* const* argv) {

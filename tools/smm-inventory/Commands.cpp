@@ -1,0 +1,132 @@
+#include "tools/smm-inventory/Commands.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <numeric>
+#include <string_view>
+#include <vector>
+
+namespace Tavrin {
+namespace {
+
+struct CommandWords {
+  Command command;
+  std::string_view name;
+  const char* argument;  ///< As it follows the name.
+  const char* summary;
+  const char* details;
+  const char* example;  ///< The end of a command line.
+};
+
+constexpr std::array<CommandWords, 8> kCommands = {{
+    {Command::All, "all", "", "Everything below but select-psu; the default",
+     "Reads what identity, power, caps, nodes, fans and psus read.", "all"},
+    {Command::Identity, "identity", "", "Machine type, serial number, firmware version and name",
+     "Reads machine type, serial number, firmware version and name of the SMM.", "identity"},
+    {Command::Power, "power", "", "Power readings of the chassis and of each node",
+     "Reads minimum, average and maximum power of the chassis and of each node. The SMM states no\n"
+     "unit.",
+     "--json power"},
+    {Command::Caps, "caps", "", "Power caps of the chassis",
+     "Reads the power caps of the chassis: minimum and maximum of the range, protective, user's "
+     "and\n"
+     "thermal cap. The SMM states no unit.",
+     "caps"},
+    {Command::Nodes, "nodes", "", "Status and power readings of each node",
+     "Reads power state, width, height and permission of each node, and its minimum, average and\n"
+     "maximum power.",
+     "nodes"},
+    {Command::Fans, "fans", "", "Fan readings of each PSU slot",
+     "Reads speed and Pat value of the fans in each PSU slot, and their status. A "
+     "first-generation\n"
+     "SMM reports one fan a PSU, as A.",
+     "fans"},
+    {Command::Psus, "psus", "", "Firmware and status flags of each PSU slot",
+     "Reads firmware identifier, version and description of each PSU slot, and its flags: early\n"
+     "power-off warning (EPOW), throttle, presence and power good. A ninth PSU's flags are not\n"
+     "told by the SMM.",
+     "psus"},
+    {Command::SelectPsu, "select-psu", " N",
+     "Selects PSU N, from 1 to 9; says what was sent for N, and\n"
+     "                              whether the SMM acknowledged",
+     "Selects PSU N, from 1 to 9, and says what was sent for N and whether the SMM acknowledged "
+     "it.\n"
+     "A first-generation SMM takes at most 3, which is sent for any greater number; platform 254 "
+     "of\n"
+     "the second generation takes at most 2, and for a greater number none is sent. Without an\n"
+     "acknowledgement the request is made six times, which takes 18 seconds. This is the only\n"
+     "command that changes anything.",
+     "select-psu 2"},
+}};
+
+constexpr const char* kCommandHelp = R"(Usage: smm-inventory [OPTIONS] {}{}
+
+{}
+
+Like every command it first shows what kind of enclosure it is: generation, platform id, PSU slots
+and nodes.
+
+Options: -H HOST and -U NAME are required. smm-inventory --help lists them all; they are the same
+for every command.
+
+Example:
+  smm-inventory -H 192.0.2.10 -U admin {}
+)";
+
+/// How far apart a word and a command's name may be to count as one meant for the other.
+constexpr std::size_t kMostTypingErrors = 2;
+
+/// How many letters have to be put in, left out or exchanged to make one text of the other.
+std::size_t Distance(std::string_view from, std::string_view to) {
+  std::vector<std::size_t> row(to.size() + 1);
+  std::iota(row.begin(), row.end(), 0);
+  for (const char letter : from) {
+    std::size_t diagonal = row[0]++;
+    for (std::size_t j = 0; j < to.size(); ++j) {
+      const std::size_t exchanged = diagonal + (letter == to[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({exchanged, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+}  // namespace
+
+std::optional<Command> FindCommand(const std::string& name) {
+  const auto* const found =
+      std::find_if(kCommands.begin(), kCommands.end(),
+                   [&name](const CommandWords& candidate) { return candidate.name == name; });
+  return found == kCommands.end() ? std::nullopt : std::optional<Command>(found->command);
+}
+
+std::string LikeliestCommand(const std::string& word) {
+  const auto distance = [&word](const CommandWords& words) { return Distance(word, words.name); };
+  const auto* const nearest = std::min_element(
+      kCommands.begin(), kCommands.end(), [&](const CommandWords& one, const CommandWords& other) {
+        return distance(one) < distance(other);
+      });
+  const std::size_t errors = distance(*nearest);
+  const bool isLike = errors <= kMostTypingErrors && errors < word.size() / 2 + 1;
+  return isLike ? std::string(nearest->name) : "";
+}
+
+std::string CommandList() {
+  std::string list;
+  for (const CommandWords& words : kCommands) {
+    list += fmt::format("  {:<28}{}\n", std::string(words.name) + words.argument, words.summary);
+  }
+  return list;
+}
+
+std::string CommandHelp(Command command) {
+  const auto* const words =
+      std::find_if(kCommands.begin(), kCommands.end(),
+                   [command](const CommandWords& row) { return row.command == command; });
+  return fmt::format(kCommandHelp, words->name, words->argument, words->details, words->example);
+}
+
+}  // namespace Tavrin

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace Tavrin {
+
+enum class Command { Identity, Power, Caps, Nodes, Fans, Psus, All, SelectPsu };
+
+/// The command of that name, in exactly that spelling.
+std::optional<Command> FindCommand(const std::string& name);
+
+/// The name of the command that `word` was probably meant to be; empty when it is like none.
+std::string LikeliestCommand(const std::string& word);
+
+/// One line a command, for the help on all of them.
+std::string CommandList();
+
+/// The help on one command.
+std::string CommandHelp(Command command);
+
+}  // namespace Tavrin
