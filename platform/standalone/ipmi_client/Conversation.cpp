@@ -30,18 +30,21 @@ void Conversation::BeginAttempt(const Patience& patience) {
 Failure Conversation::Ask(const Question& question) { return AskFor(patience_.timeout, question); }
 
 void Conversation::AskInPassing(const Question& question) {
-  AskFor(std::min(2 * Interval(), patience_.timeout), question);
+  AskFor(std::min(2 * IntervalFor(question), patience_.timeout), question);
 }
 
-/// A controller that took long for one step is given twice as long before the next is repeated.
-milliseconds Conversation::Interval() const { return std::max(patience_.interval, 2 * roundTrip_); }
+/// A controller that took long for one question is given twice as long before the next is repeated.
+milliseconds Conversation::IntervalFor(const Question& question) const {
+  return std::max(question.isDelicate ? patience_.delicateInterval : patience_.interval,
+                  2 * roundTrip_);
+}
 
 Failure Conversation::AskFor(milliseconds timeout, const Question& question) {
   if (socket_.OpenError() != 0) {
     return SystemFailure(socket_.OpenError());
   }
   socket_.ForgetPeerError();
-  const milliseconds interval = Interval();
+  const milliseconds interval = IntervalFor(question);
   const auto first = Clock::now();
   const auto deadline = first + timeout;
   Noticed noticed;
@@ -49,7 +52,7 @@ Failure Conversation::AskFor(milliseconds timeout, const Question& question) {
     const Datagram datagram = question.make();
     int error = datagram.empty() ? ENOMEM : socket_.Send(datagram);
     if (error == 0 && Await(std::min(last + interval, deadline), question, noticed, error)) {
-      MeasureRoundTrip(question, first, last);
+      MeasureRoundTrip(first, last, interval == 2 * roundTrip_);
       return {};
     }
     if (error != 0) {
@@ -105,16 +108,17 @@ void Conversation::NoticeForeign(const Datagram& datagram, Noticed& noticed) {
 }
 
 /// Which sending of several was answered is not known: the first at the earliest, the last at the
-/// latest. Where a repetition may spoil something, the longer time is taken for true, so that the
-/// next question is not repeated too soon; but only once, since what then has to be repeated all
-/// the same was not late but lost.
-void Conversation::MeasureRoundTrip(const Question& question, Clock::time_point first,
-                                    Clock::time_point last) {
-  const bool isCautious = question.isDelicate && Interval() == patience_.interval;
+/// latest. As long as nothing better is known, the longer time is taken for true, so that the next
+/// question is not repeated too soon; but only once, since what then has to be repeated all the
+/// same was not late but lost.
+void Conversation::MeasureRoundTrip(Clock::time_point first, Clock::time_point last,
+                                    bool isRepeatedLate) {
   const auto now = Clock::now();
-  roundTrip_ = Between(isCautious ? first : last, now);
   if (first == last) {
+    roundTrip_ = Between(first, now);
     longestRoundTrip_ = std::max(longestRoundTrip_, roundTrip_);
+  } else if (longestRoundTrip_.count() == 0) {
+    roundTrip_ = Between(isRepeatedLate ? last : first, now);
   }
 }
 

@@ -14,10 +14,11 @@
 namespace Tavrin {
 namespace Standalone {
 
-/// How long an answer is waited for, and after what time the question is asked again.
+/// How long an answer is waited for, and after what time a question is asked again at the earliest.
 struct Patience {
   std::chrono::milliseconds timeout{0};
   std::chrono::milliseconds interval{0};
+  std::chrono::milliseconds delicateInterval{0};  ///< Of delicate questions.
 };
 
 /// One question of a conversation: what is sent, and what is made of that which comes.
@@ -25,8 +26,8 @@ struct Question {
   /// The datagram of the first sending and of each repetition; empty when it cannot be made.
   std::function<Datagram()> make;
   std::function<Verdict(const Datagram&)> judge;
-  /// Whether a repetition may spoil what follows: messages that open a session may not be asked
-  /// twice of a controller that is only slow.
+  /// Whether a repetition may spoil what follows: of a controller that is only slow, a message that
+  /// opens a session may not be asked twice.
   bool isDelicate = false;
   Trouble silence = Trouble::NoAnswer;  ///< What it is when nothing at all comes.
 };
@@ -67,9 +68,9 @@ class Conversation {
   bool Await(Clock::time_point end, const Question& question, Noticed& noticed, int& error);
   bool IsAnswer(const Datagram& datagram, const Question& question, Noticed& noticed);
   void NoticeForeign(const Datagram& datagram, Noticed& noticed);
-  void MeasureRoundTrip(const Question& question, Clock::time_point first, Clock::time_point last);
+  void MeasureRoundTrip(Clock::time_point first, Clock::time_point last, bool isRepeatedLate);
   [[nodiscard]] Failure SilenceFailure(Trouble silence, const Noticed& noticed) const;
-  [[nodiscard]] std::chrono::milliseconds Interval() const;
+  [[nodiscard]] std::chrono::milliseconds IntervalFor(const Question& question) const;
 
   static constexpr std::size_t kNumbers = 64;
 

@@ -160,10 +160,11 @@ Failure IpmiClient::State::ChooseAddress(const ConnectSettings& settings) {
 
 Failure IpmiClient::State::OpenSession(const ConnectSettings& settings) {
   PrepareCryptography();
+  const milliseconds usual = Standalone::RepetitionInterval(settings, 0);
+  const milliseconds learned = Standalone::LearnedInterval(numericAddress, settings.port);
   conversation->BeginAttempt(
-      {milliseconds(settings.sessionTimeoutMs),
-       std::max(Standalone::RepetitionInterval(settings, failedAttempts),
-                Standalone::LearnedInterval(numericAddress, settings.port))});
+      {milliseconds(settings.sessionTimeoutMs), std::max(usual, learned),
+       std::max(Standalone::RepetitionInterval(settings, failedAttempts), learned)});
   Standalone::Login login(userName, password);
   login.privilegeLevel = settings.privilegeLevel;
   ipmi_cipher_suite_id_to_algorithms(settings.cipherSuite, &login.algorithms.authentication,
@@ -176,8 +177,7 @@ Failure IpmiClient::State::OpenSession(const ConnectSettings& settings) {
     return failure;
   }
   Standalone::LearnInterval(numericAddress, settings.port,
-                            NeededInterval(conversation->LongestRoundTrip(),
-                                           Standalone::RepetitionInterval(settings, 0)));
+                            NeededInterval(conversation->LongestRoundTrip(), usual));
   return {};
 }
 
