@@ -27,6 +27,11 @@ ConnectSettings ClientSettings(const TavrinConnection::ConnectionInfo& info) {
   return settings;
 }
 
+/// With which the client begins, too.
+unsigned int FirstIntervalMs(const ConnectSettings& settings) {
+  return static_cast<unsigned int>(Standalone::RepetitionInterval(settings, 0).count());
+}
+
 std::string HostAndPort(const TavrinConnection::ConnectionInfo& info) {
   return info.address + ":" + std::to_string(info.port);
 }
@@ -37,7 +42,7 @@ std::string IpmiRawConfiguration(const TavrinConnection::ConnectionInfo& info) {
          "\ncipher-suite-id " + std::to_string(settings.cipherSuite) +
          "\nprivilege-level ADMIN\nworkaround-flags opensesspriv\nsession-timeout " +
          std::to_string(settings.sessionTimeoutMs) + "\nretransmission-timeout " +
-         std::to_string(settings.retransmissionTimeoutMs) + "\n";
+         std::to_string(FirstIntervalMs(settings)) + "\n";
 }
 
 void AppendBytes(std::vector<std::string>& arguments, const IPMICOMMAND& request) {
@@ -60,7 +65,7 @@ void BareExchange(const TavrinConnection::ConnectionInfo& info, const IPMICOMMAN
   if (ipmi_ctx_open_outofband_2_0(
           context.get(), host.c_str(), info.userName.c_str(), info.password.c_str(), nullptr, 0,
           settings.privilegeLevel, settings.cipherSuite, settings.sessionTimeoutMs,
-          settings.retransmissionTimeoutMs, settings.workaroundFlags, IPMI_FLAGS_DEFAULT) != 0 ||
+          FirstIntervalMs(settings), settings.workaroundFlags, IPMI_FLAGS_DEFAULT) != 0 ||
       ipmi_cmd_raw(context.get(), IPMI_BMC_IPMB_LUN_BMC, request.netFn, sent.data(),
                    static_cast<unsigned int>(sent.size()), answer.data(), answer.size()) < 2 ||
       answer[1] != 0 || ipmi_ctx_close(context.get()) != 0) {

@@ -23,10 +23,6 @@ TavrinConnection::ConnectionInfo Through(const Relay& relay, const SimulatedSmm&
                                          milliseconds sessionTimeout) {
   Standalone::SetGlobalConfigValue("IPMI_SESSION_TIMEOUT_MS",
                                    static_cast<int>(sessionTimeout.count()));
-  // As many repetitions within the session time-out as by default, and slow enough that a busy
-  // machine causes none.
-  Standalone::SetGlobalConfigValue("IPMI_RETRANSMISSION_TIMEOUT_MS",
-                                   static_cast<int>(sessionTimeout.count()) / 9);
   TavrinConnection::ConnectionInfo settings = SettingsOf(simulator);
   settings.port = relay.Port();
   return settings;

@@ -23,17 +23,18 @@ struct Outcome {
 /// An enclosure behind a relay, and an object that has read it over a sound wire.
 ///
 /// A connection attempt takes the session time-out when the controller is silent from the start.
-/// Opening has five steps, each of which gets the session time-out for its answer, and so does the
-/// request; closing waits for one retransmission interval.
+/// Opening has five steps, each of which gets the session time-out for its answer, and so do the
+/// closing and a request.
 class FaultTest : public WireTest {
  protected:
   static constexpr int kAttempts = 3;
   static constexpr std::chrono::milliseconds kSessionTimeout{1800};
   static constexpr std::chrono::milliseconds kSilentConnect = kAttempts * kSessionTimeout;
   static constexpr std::chrono::milliseconds kSilentSend = 2 * kSessionTimeout;
-  static constexpr std::chrono::milliseconds kSlowAttempt = 5 * kSessionTimeout;
-  static constexpr std::chrono::milliseconds kSlowQuery = kSlowAttempt + kSilentSend;
-  static constexpr std::chrono::milliseconds kSlowestQuery = kAttempts * kSlowAttempt + kSilentSend;
+  static constexpr std::chrono::milliseconds kSlowAttempt = 6 * kSessionTimeout;
+  static constexpr std::chrono::milliseconds kSlowQuery = kSlowAttempt + kSessionTimeout;
+  static constexpr std::chrono::milliseconds kSlowestQuery =
+      kAttempts * kSlowAttempt + kSessionTimeout;
 
   using Query = int (SMMInventory::*)(std::string&);
 

@@ -34,6 +34,43 @@ class Chance {
 
 bool IsAnswer(const Datagram& datagram) { return datagram.direction == Direction::ToClient; }
 
+// Where things are in an answer of a session that nothing protects.
+constexpr std::size_t kAuthenticationTypeAt = 4;
+constexpr std::size_t kPayloadTypeAt = 5;
+constexpr std::size_t kMessageAt = 16;
+constexpr std::size_t kNetworkFunctionAt = 17;
+constexpr std::size_t kFirstChecksumAt = 18;
+constexpr std::size_t kCommandAt = 21;
+constexpr std::size_t kCompletionCodeAt = 22;
+
+bool IsSessionAnswer(const Datagram& datagram) {
+  constexpr std::uint8_t kRmcpPlus = 0x06;
+  return IsAnswer(datagram) && datagram.bytes.size() > kCompletionCodeAt + 1 &&
+         datagram.bytes[kAuthenticationTypeAt] == kRmcpPlus && datagram.bytes[kPayloadTypeAt] == 0;
+}
+
+std::uint8_t Checksum(Bytes::iterator begin, Bytes::iterator end) {
+  return static_cast<std::uint8_t>(-std::accumulate(begin, end, 0));
+}
+
+/// The first of the two ends the address, the second the message and the datagram.
+void CorrectChecksums(Bytes& bytes) {
+  const auto first = bytes.begin() + kFirstChecksumAt;
+  *first = Checksum(bytes.begin() + kMessageAt, first);
+  bytes.back() = Checksum(first + 1, bytes.end() - 1);
+}
+
+/// Answers of the session with some bits of one byte turned over.
+Fault Flipped(std::size_t at, std::uint8_t bits) {
+  return [at, bits](Datagram datagram) {
+    if (IsSessionAnswer(datagram)) {
+      datagram.bytes[at] ^= bits;
+      CorrectChecksums(datagram.bytes);
+    }
+    return Departures{{std::move(datagram)}};
+  };
+}
+
 }  // namespace
 
 Fault Silence() {
@@ -48,6 +85,12 @@ Fault Loss(std::uint32_t seed, unsigned int percent) {
 
 Fault Duplicated() {
   return [](const Datagram& datagram) { return Departures{{datagram}, {datagram}}; };
+}
+
+Fault DuplicatedAnswers() {
+  return [](const Datagram& datagram) {
+    return IsAnswer(datagram) ? Departures{{datagram}, {datagram}} : Departures{{datagram}};
+  };
 }
 
 Fault Reordered() {
@@ -110,25 +153,20 @@ Fault AnswerToTheRequestBefore(unsigned int count) {
   };
 }
 
-Fault RefusedPrivilege() {
-  constexpr std::size_t kRmcpPlusAt = 4;
-  constexpr std::uint8_t kRmcpPlus = 0x06;
-  constexpr std::size_t kChecksumFrom = 19;  // Its own byte is the last.
-  constexpr std::size_t kCommandAt = 21;
+Fault RefusedPrivilege(std::uint8_t completionCode) {
   constexpr std::uint8_t kSetSessionPrivilegeLevel = 0x3B;
-  constexpr std::size_t kCompletionCodeAt = 22;
-  constexpr std::uint8_t kExceedsLimit = 0x81;
-  return [](Datagram datagram) {
-    Bytes& bytes = datagram.bytes;
-    if (IsAnswer(datagram) && bytes.size() > kCompletionCodeAt + 1 &&
-        bytes[kRmcpPlusAt] == kRmcpPlus && bytes[kCommandAt] == kSetSessionPrivilegeLevel) {
-      bytes[kCompletionCodeAt] = kExceedsLimit;
-      const int sum = std::accumulate(bytes.begin() + kChecksumFrom, bytes.end() - 1, 0);
-      bytes.back() = static_cast<std::uint8_t>(-sum);
+  return [completionCode](Datagram datagram) {
+    if (IsSessionAnswer(datagram) && datagram.bytes[kCommandAt] == kSetSessionPrivilegeLevel) {
+      datagram.bytes[kCompletionCodeAt] = completionCode;
+      CorrectChecksums(datagram.bytes);
     }
     return Departures{{std::move(datagram)}};
   };
 }
+
+Fault OtherCommand() { return Flipped(kCommandAt, 0x01); }
+
+Fault OtherNetworkFunction() { return Flipped(kNetworkFunctionAt, 0x08); }
 
 Fault After(unsigned int count, Fault fault) {
   return [left = count, fault = std::move(fault)](const Datagram& datagram) mutable {

@@ -17,8 +17,9 @@ Fault Silence();
 /// So many of a hundred datagrams are lost, in both directions.
 Fault Loss(std::uint32_t seed, unsigned int percent);
 
-/// Every datagram arrives twice.
+/// Every datagram arrives twice, or every answer alone.
 Fault Duplicated();
+Fault DuplicatedAnswers();
 
 /// In each direction, every other datagram is overtaken by its successor.
 Fault Reordered();
@@ -39,9 +40,15 @@ Fault GarbageFlood(std::uint32_t seed);
 /// Sound for the first `count` datagrams; then, instead of each answer, the one before it.
 Fault AnswerToTheRequestBefore(unsigned int count);
 
-/// The controller refuses the privilege level, once the session is open. Only for cipher suite 0,
-/// whose datagrams can be forged.
-Fault RefusedPrivilege();
+// Forged answers, with checksums that hold; only for cipher suite 0, which protects nothing.
+
+/// The controller refuses the privilege level with this completion code, once the session is open.
+Fault RefusedPrivilege(std::uint8_t completionCode);
+
+/// Every answer within the session names another command than its request, or belongs to another
+/// network function.
+Fault OtherCommand();
+Fault OtherNetworkFunction();
 
 /// Sound for the first `count` datagrams, then the fault.
 Fault After(unsigned int count, Fault fault);

@@ -1,17 +1,21 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <vector>
 
+#include "platform/standalone/globalconfig/ConfigControl.h"
+#include "platform/standalone/ipmi_client/LastExchange.h"
 #include "tests/faults/FaultTest.h"
 
 namespace Tavrin {
 namespace {
 
 using std::chrono::milliseconds;
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
 using WireFault = FaultTest;
 
-/// The number of the datagram with which the controller answers the request to open a session, and
-/// how many datagrams open one.
+/// The number of the datagram that answers the request for a session, and how many open one.
 constexpr unsigned int kOpenSessionAnswer = 4;
 constexpr unsigned int kOpening = 10;
 
@@ -23,8 +27,15 @@ TEST_F(WireFault, SilenceIsNotConnectedAfterEveryAttempt) {
 }
 
 TEST_F(WireFault, SilenceInTheMiddleOfOpeningIsNotConnectedAfterEveryAttempt) {
-  relay.Break(SilenceAfter(3));
+  relay.Break(SilenceAfter(2));
   ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  ExpectRecovery();
+}
+
+TEST_F(WireFault, SilenceToTheProofOfThePasswordIsNotConnectedAfterEveryAttempt) {
+  // Whether the session is open has to show in the next step, and it is closed in any case.
+  relay.Break(SilenceAfter(3));
+  ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect + 2 * kSessionTimeout});
   ExpectRecovery();
 }
 
@@ -46,17 +57,28 @@ TEST_F(WireFault, LossOfOneInFiveIsMostlyHealedByRepetition) {
   ExpectRecovery();
 }
 
-TEST_F(WireFault, OneSecondCopyCostsOneAttempt) {
+TEST_F(WireFault, OneSecondCopyCostsNothing) {
   relay.Break(Only(kOpenSessionAnswer, Duplicated()));
   const std::size_t before = relay.SessionsAskedFor();
-  ExpectQuery({StatusCode::Success, 1, kSlowQuery});
-  EXPECT_EQ(relay.SessionsAskedFor() - before, 2U);
+  ExpectQuery({StatusCode::Success, 0, kSessionTimeout});
+  EXPECT_EQ(relay.SessionsAskedFor() - before, 1U);
   ExpectRecovery();
+  ExpectNoSession();
 }
 
-TEST_F(WireFault, SecondCopyOfEveryDatagramIsNotConnected) {
+TEST_F(WireFault, SecondCopyOfEveryAnswerCostsNothing) {
+  relay.Break(DuplicatedAnswers());
+  for (int query = 0; query < 20; ++query) {
+    ExpectQuery({StatusCode::Success, 0, kSessionTimeout});
+  }
+  ExpectNoSession();
+}
+
+TEST_F(WireFault, SecondCopyOfEveryDatagramCostsNothing) {
   relay.Break(Duplicated());
-  ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  for (int query = 0; query < 20; ++query) {
+    ExpectQuery({StatusCode::Success, 0, kSessionTimeout});
+  }
   ExpectRecovery();
 }
 
@@ -80,16 +102,20 @@ TEST_F(WireFault, DelayBelowTheRetransmissionIntervalIsOnlyTime) {
   ExpectNoSession();
 }
 
-TEST_F(WireFault, DelayThatCostsRepetitionsInEveryStepMayTakeASessionTimeoutForEach) {
-  // ipmi_sim does not answer a repeated RAKP message 3, so that the last step but one fails.
-  relay.Break(Delayed(milliseconds(460)));
-  ExpectQuery({StatusCode::NotConnected, kAttempts, kSlowestQuery});
+TEST_F(WireFault, DelayBeyondTheRetransmissionIntervalIsOnlyTime) {
+  relay.Break(Delayed(milliseconds(900)));
+  ExpectQuery({StatusCode::Success, 0, kSlowQuery});
   ExpectRecovery();
+  ExpectNoSession();
 }
 
-TEST_F(WireFault, DelayBeyondTheLongestIntervalIsNotConnected) {
-  relay.Break(Delayed(milliseconds(1000)));
+TEST_F(WireFault, DelayBeyondTheSessionTimeoutIsNotConnectedAndSaysHowLate) {
+  relay.Break(Delayed(kSessionTimeout + milliseconds(500)));
   ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  EXPECT_THAT(LogText(),
+              ContainsRegex("the controller answers, but only 2\\.[3-9] seconds after it "
+                            "was asked; allow more time \\(IPMI_SESSION_TIMEOUT_MS\\)"));
+  EXPECT_EQ(Standalone::GetLastExchange().cause, Standalone::FailureCause::Late);
   ExpectRecovery();
   ExpectNoSession();
 }
@@ -141,16 +167,32 @@ TEST_F(WireFault, GarbageWithoutEndDoesNotExtendTheRequest) {
   ExpectRecovery();
 }
 
-TEST_F(WireFault, AnotherRequestsAnswerDuringOpeningIsNotConnected) {
+TEST_F(WireFault, AnotherRequestsAnswerDuringOpeningIsHealedByRepetition) {
   relay.Break(AnswerToTheRequestBefore(0));
-  ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  ExpectQuery({StatusCode::Success, 0, kSlowQuery});
+  ExpectRecovery();
+}
+
+TEST_F(WireFault, AnotherRequestsAnswerWithinTheSessionIsHealedByRepetition) {
+  relay.Break(AnswerToTheRequestBefore(kOpening));
+  ExpectQuery({StatusCode::Success, 0, kSlowQuery});
   ExpectRecovery();
   ExpectNoSession();
 }
 
-TEST_F(WireFault, AnotherRequestsAnswerWithinTheSessionIsNotTakenForTheAnswer) {
-  relay.Break(AnswerToTheRequestBefore(kOpening));
-  ExpectQuery({StatusCode::UnusableAnswer, 0, kSlowQuery});
+TEST_F(WireFault, AnswerWithAnotherCommandIsNotTakenForTheAnswer) {
+  Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 0);
+  relay.Break(After(kOpening, OtherCommand()));
+  ExpectQuery({StatusCode::UnusableAnswer, 0, kSilentSend});
+  EXPECT_THAT(LogText(), HasSubstr("no answer within the session time-out but another request's"));
+  ExpectRecovery();
+  ExpectNoSession();
+}
+
+TEST_F(WireFault, AnswerWithAnotherNetworkFunctionIsNotTakenForTheAnswer) {
+  Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 0);
+  relay.Break(After(kOpening, OtherNetworkFunction()));
+  ExpectQuery({StatusCode::UnusableAnswer, 0, kSilentSend});
   ExpectRecovery();
   ExpectNoSession();
 }

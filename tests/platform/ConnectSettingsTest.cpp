@@ -9,15 +9,7 @@ namespace Tavrin {
 namespace Standalone {
 namespace {
 
-/// When FreeIPMI gives up: at the first retransmission after the time-out, with waits that grow by
-/// one interval after each pair.
-unsigned int GivesUpAfterMs(const ConnectSettings& settings) {
-  unsigned int elapsed = 0;
-  for (unsigned int wait = 0; elapsed <= settings.sessionTimeoutMs; ++wait) {
-    elapsed += (wait / 2 + 1) * settings.retransmissionTimeoutMs;
-  }
-  return elapsed;
-}
+using std::chrono::milliseconds;
 
 TEST(ConnectSettings, DefaultsAreThoseOfARealController) {
   ConnectSettings settings;
@@ -26,27 +18,41 @@ TEST(ConnectSettings, DefaultsAreThoseOfARealController) {
   EXPECT_EQ(settings.cipherSuite, 3);
   EXPECT_EQ(settings.privilegeLevel, 4);
   EXPECT_EQ(settings.workaroundFlags, 0U);
-  EXPECT_EQ(settings.retransmissionTimeoutMs, 444U);
-  EXPECT_EQ(GivesUpAfterMs(settings), 9U * 444U);
+  EXPECT_EQ(settings.sessionTimeoutMs, 4500U);
 }
 
-TEST(ConnectSettings, SilenceIsNoticedWithinTheSessionTimeout) {
-  struct Row {
-    unsigned int session;
-    unsigned int retransmission;
-  };
-  for (const Row row : {Row{20, 10}, Row{20, 19}, Row{300, 150}, Row{1000, 400}, Row{1000, 999},
-                        Row{4000, 500}, Row{4500, 500}, Row{20000, 1000}, Row{600000, 10}}) {
-    const ScopedEnvironment session("IPMI_SESSION_TIMEOUT_MS", std::to_string(row.session));
-    const ScopedEnvironment retransmission("IPMI_RETRANSMISSION_TIMEOUT_MS",
-                                           std::to_string(row.retransmission));
-    ConnectSettings settings;
-    ASSERT_EQ(ReadConnectSettings("623", 3, settings).result, 0) << row.session;
-    EXPECT_LE(settings.retransmissionTimeoutMs, row.retransmission);
-    EXPECT_LT(settings.retransmissionTimeoutMs, settings.sessionTimeoutMs);
-    EXPECT_LE(GivesUpAfterMs(settings), row.session);
-    EXPECT_GE(GivesUpAfterMs(settings), row.session * 9 / 10);
-  }
+ConnectSettings Read() {
+  ConnectSettings settings;
+  EXPECT_EQ(ReadConnectSettings("623", 3, settings).result, 0);
+  return settings;
+}
+
+TEST(RepetitionInterval, GrowsFromAttemptToAttempt) {
+  const ConnectSettings settings = Read();
+  EXPECT_EQ(RepetitionInterval(settings, 0), milliseconds(1000));
+  EXPECT_EQ(RepetitionInterval(settings, 1), milliseconds(2000));
+  EXPECT_EQ(RepetitionInterval(settings, 2), milliseconds(4000));
+  EXPECT_EQ(RepetitionInterval(settings, 3), milliseconds(4000));
+  EXPECT_EQ(RepetitionInterval(settings, 1000), milliseconds(4000));
+}
+
+TEST(RepetitionInterval, ShrinksWithAShorterSessionTimeout) {
+  const ScopedEnvironment session("IPMI_SESSION_TIMEOUT_MS", "450");
+  EXPECT_EQ(RepetitionInterval(Read(), 0), milliseconds(100));
+  EXPECT_EQ(RepetitionInterval(Read(), 1), milliseconds(200));
+  EXPECT_EQ(RepetitionInterval(Read(), 2), milliseconds(400));
+}
+
+TEST(RepetitionInterval, DoesNotGrowWithALongerSessionTimeout) {
+  const ScopedEnvironment session("IPMI_SESSION_TIMEOUT_MS", "600000");
+  EXPECT_EQ(RepetitionInterval(Read(), 0), milliseconds(1000));
+  EXPECT_EQ(RepetitionInterval(Read(), 2), milliseconds(4000));
+}
+
+TEST(RepetitionInterval, ConfiguredOneHoldsForEveryAttempt) {
+  const ScopedEnvironment retransmission("IPMI_RETRANSMISSION_TIMEOUT_MS", "4499");
+  EXPECT_EQ(RepetitionInterval(Read(), 0), milliseconds(4499));
+  EXPECT_EQ(RepetitionInterval(Read(), 2), milliseconds(4499));
 }
 
 TEST(ConnectSettings, ConfiguredCipherSuiteWinsOverTheGivenOne) {
@@ -79,8 +85,8 @@ TEST(ConnectSettings, ValueOutOfRangeIsNamedWithWhatWasExpected) {
       {"IPMI_SESSION_TIMEOUT_MS", "19", "a whole number from 20 to 600000"},
       {"IPMI_SESSION_TIMEOUT_MS", "-1", "a whole number from 20 to 600000"},
       {"IPMI_SESSION_TIMEOUT_MS", "600001", "a whole number from 20 to 600000"},
-      {"IPMI_RETRANSMISSION_TIMEOUT_MS", "9", "a whole number from 10 to 3999"},
-      {"IPMI_RETRANSMISSION_TIMEOUT_MS", "4000", "a whole number from 10 to 3999"},
+      {"IPMI_RETRANSMISSION_TIMEOUT_MS", "9", "a whole number from 10 to 4499"},
+      {"IPMI_RETRANSMISSION_TIMEOUT_MS", "4500", "a whole number from 10 to 4499"},
       {"IPMI_PRIVILEGE_LEVEL", "1", "a whole number from 2 to 4"},
       {"IPMI_PRIVILEGE_LEVEL", "5", "a whole number from 2 to 4"},
       {"IPMI_WORKAROUND_FLAGS", "2", flags},
@@ -96,7 +102,8 @@ TEST(ConnectSettings, ValueOutOfRangeIsNamedWithWhatWasExpected) {
     ConnectSettings settings;
     const Failure failure = ReadConnectSettings("623", 3, settings);
     EXPECT_EQ(failure.result, ConnectResult::InvalidSetting) << row.key;
-    EXPECT_EQ(failure.cause,
+    EXPECT_EQ(failure.cause, FailureCause::BadSetting) << row.key;
+    EXPECT_EQ(failure.words,
               std::string(row.key) + " is \"" + row.value + "\"; expected " + row.expected);
   }
 }

@@ -3,11 +3,13 @@
 #include <freeipmi/freeipmi.h>
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 #include "platform/GlobalConfig.h"
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
+#include "platform/standalone/logger/LogControl.h"
 
 namespace Tavrin {
 namespace Standalone {
@@ -16,8 +18,8 @@ namespace {
 constexpr int kHighestPort = 65535;
 constexpr int kSuiteNotSet = -1;
 constexpr unsigned long kHighestSuite = 17;
-constexpr int kDefaultSessionTimeoutMs = 4000;
-constexpr int kDefaultRetransmissionTimeoutMs = 500;
+constexpr int kDefaultSessionTimeoutMs = 4500;
+constexpr int kIntervalOfEachAttempt = 0;
 constexpr int kShortestTimeoutMs = 10;
 constexpr int kLongestTimeoutMs = 600000;
 constexpr int kKnownWorkarounds =
@@ -31,7 +33,11 @@ class Complaint {
  public:
   void Add(const std::string& name, const std::string& value, const std::string& expected) {
     if (text_.empty()) {
-      text_.append(name).append(" is \"").append(value).append("\"; expected ").append(expected);
+      text_.append(name)
+          .append(" is \"")
+          .append(EscapeControlBytes(value))
+          .append("\"; expected ")
+          .append(expected);
     }
   }
   [[nodiscard]] const std::string& Text() const { return text_; }
@@ -94,19 +100,13 @@ unsigned int ReadWorkaroundFlags(Complaint& complaint) {
   return static_cast<unsigned int>(flags);
 }
 
-/// Makes FreeIPMI notice silence within the session time-out. It looks at the clock only when a
-/// retransmission is due, and its waits grow (1, 1, 2, 2, 3, 3, ... intervals): the interval is
-/// shortened so that one of the waits ends just in time, and the time-out handed over falls into
-/// the middle of the last interval.
-void FitToSessionTimeout(ConnectSettings& settings) {
-  unsigned int intervals = 0;
-  for (unsigned int wait = 0;
-       intervals * settings.retransmissionTimeoutMs < settings.sessionTimeoutMs; ++wait) {
-    intervals += wait / 2 + 1;
+unsigned int ReadRetransmissionTimeout(const ConnectSettings& settings, Complaint& complaint) {
+  constexpr const char* key = "IPMI_RETRANSMISSION_TIMEOUT_MS";
+  if (GetGlobalConfigValue(key, kIntervalOfEachAttempt) == kIntervalOfEachAttempt) {
+    return kIntervalOfEachAttempt;
   }
-  settings.retransmissionTimeoutMs = settings.sessionTimeoutMs / intervals;
-  settings.sessionTimeoutMs =
-      intervals * settings.retransmissionTimeoutMs - settings.retransmissionTimeoutMs / 2;
+  return ReadInRange(key, kIntervalOfEachAttempt, kShortestTimeoutMs,
+                     static_cast<int>(settings.sessionTimeoutMs) - 1, complaint);
 }
 
 }  // namespace
@@ -121,16 +121,23 @@ Failure ReadConnectSettings(const std::string& port, unsigned long cipherSuite,
                   IPMI_PRIVILEGE_LEVEL_ADMIN, complaint));
   settings.sessionTimeoutMs = ReadInRange("IPMI_SESSION_TIMEOUT_MS", kDefaultSessionTimeoutMs,
                                           2 * kShortestTimeoutMs, kLongestTimeoutMs, complaint);
-  // FreeIPMI wants the interval to be the shorter one, so its default follows a short session
-  // time-out.
-  const int session = static_cast<int>(settings.sessionTimeoutMs);
-  settings.retransmissionTimeoutMs = ReadInRange(
-      "IPMI_RETRANSMISSION_TIMEOUT_MS", std::min(kDefaultRetransmissionTimeoutMs, session / 2),
-      kShortestTimeoutMs, session - 1, complaint);
-  FitToSessionTimeout(settings);
+  settings.retransmissionTimeoutMs = ReadRetransmissionTimeout(settings, complaint);
   settings.workaroundFlags = ReadWorkaroundFlags(complaint);
   return complaint.Text().empty() ? Failure{}
-                                  : Failure{ConnectResult::InvalidSetting, complaint.Text()};
+                                  : Failure{ConnectResult::InvalidSetting, FailureCause::BadSetting,
+                                            complaint.Text(), ""};
+}
+
+std::chrono::milliseconds RepetitionInterval(const ConnectSettings& settings,
+                                             std::size_t failedAttempts) {
+  constexpr std::array<unsigned int, 3> defaultsMs = {1000, 2000, 4000};
+  if (settings.retransmissionTimeoutMs != kIntervalOfEachAttempt) {
+    return std::chrono::milliseconds(settings.retransmissionTimeoutMs);
+  }
+  // A shorter session time-out has room for as many repetitions as the default one.
+  const unsigned int interval = defaultsMs.at(std::min(failedAttempts, defaultsMs.size() - 1));
+  return std::chrono::milliseconds(std::min<std::uint64_t>(
+      interval, std::uint64_t{interval} * settings.sessionTimeoutMs / kDefaultSessionTimeoutMs));
 }
 
 }  // namespace Standalone

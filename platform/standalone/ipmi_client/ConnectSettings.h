@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -8,14 +10,15 @@
 namespace Tavrin {
 namespace Standalone {
 
-/// The numbers of one connection, each within the range that FreeIPMI takes.
+/// The numbers of one connection, each within its range.
 struct ConnectSettings {
   int port = 0;
   std::uint8_t cipherSuite = 0;
   std::uint8_t privilegeLevel = 0;
   /// How long one step of a conversation may go without a usable answer. Opening has five steps, a
-  /// request is one; closing waits for one retransmission interval at most.
+  /// request is one, and so is closing.
   unsigned int sessionTimeoutMs = 0;
+  /// After how long a question is asked again; 0 when each attempt has its own interval.
   unsigned int retransmissionTimeoutMs = 0;
   unsigned int workaroundFlags = 0;
 };
@@ -24,6 +27,11 @@ struct ConnectSettings {
 /// Returns a failure with result 0 when every one is in range.
 Failure ReadConnectSettings(const std::string& port, unsigned long cipherSuite,
                             ConnectSettings& settings);
+
+/// After how long a question is asked again, once `failedAttempts` to connect have failed: a
+/// controller that was asked too often for its pace is given more time in the next.
+std::chrono::milliseconds RepetitionInterval(const ConnectSettings& settings,
+                                             std::size_t failedAttempts);
 
 }  // namespace Standalone
 }  // namespace Tavrin

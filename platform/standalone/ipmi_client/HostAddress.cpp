@@ -16,19 +16,21 @@ namespace {
 using AddressList = std::unique_ptr<addrinfo, void (*)(addrinfo*)>;
 
 Failure BadHost(const std::string& reason) {
-  return {ConnectResult::BadHostName,
-          "the host name does not resolve (" + reason + "); check it, or give the address"};
+  return {ConnectResult::BadHostName, FailureCause::HostName,
+          "the host name does not resolve (" + reason + ")", "check it, or give the address"};
 }
 
 Failure ResolverFailure(int error) {
   const std::string reason = gai_strerror(error);
   switch (error) {
     case EAI_AGAIN:
-      return {ConnectResult::WorthRetrying, "no name server could resolve the host name (" +
-                                                reason + "); try again later, or give the address"};
+      return {ConnectResult::WorthRetrying, FailureCause::NameServer,
+              "no name server could resolve the host name (" + reason + ")",
+              "try again later, or give the address"};
     case EAI_MEMORY:
     case EAI_SYSTEM:
-      return {ConnectResult::Failed, "this machine cannot resolve host names (" + reason + ")"};
+      return {ConnectResult::Failed, FailureCause::Other,
+              "this machine cannot resolve host names (" + reason + ")", ""};
     default:
       return BadHost(reason);
   }
@@ -77,14 +79,6 @@ Failure ResolveHost(const std::string& host, std::vector<std::string>& addresses
   }
   std::stable_partition(addresses.begin(), addresses.end(), IsIpv4);
   return {};
-}
-
-std::string JoinHostAndPort(const std::string& numeric, int port) {
-  // FreeIPMI takes brackets around a plain IPv6 address only, not around one with a zone.
-  const bool inBrackets =
-      numeric.find(':') != std::string::npos && numeric.find('%') == std::string::npos;
-  const std::string host = inBrackets ? "[" + numeric + "]" : numeric;
-  return host + ":" + std::to_string(port);
 }
 
 }  // namespace Standalone

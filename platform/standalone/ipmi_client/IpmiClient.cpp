@@ -2,39 +2,38 @@
 
 #include <freeipmi/freeipmi.h>
 
-#include <array>
+#include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <mutex>
+#include <optional>
 
 #include "platform/Log.h"
 #include "platform/standalone/HexByte.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/ipmi_client/ConnectSettings.h"
+#include "platform/standalone/ipmi_client/Conversation.h"
 #include "platform/standalone/ipmi_client/Failure.h"
 #include "platform/standalone/ipmi_client/HostAddress.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
+#include "platform/standalone/ipmi_client/LearnedIntervals.h"
+#include "platform/standalone/ipmi_client/Session.h"
+#include "platform/standalone/ipmi_client/SessionMessages.h"
 
 namespace Tavrin {
 
 namespace ConnectResult = Standalone::ConnectResult;
 using Standalone::ConnectSettings;
 using Standalone::Failure;
+using Standalone::FailureCause;
 using Standalone::HexByte;
+using std::chrono::milliseconds;
 
 namespace {
 
 constexpr const char* kSourcePath = "platform/standalone/ipmi_client/IpmiClient";
 constexpr unsigned int kWarning = 2;
 constexpr std::uint8_t kNoCompletionCode = 0xFF;
-/// FreeIPMI takes this many bytes of a request and of an answer, code bytes included, and silently
-/// cuts off the rest.
-constexpr std::size_t kMessageCapacity = 1024;
-
-/// Ends the session, closes the socket and forgets the password.
-struct ContextCloser {
-  void operator()(ipmi_ctx_t context) const { ipmi_ctx_destroy(context); }
-};
-using Context = std::unique_ptr<ipmi_ctx, ContextCloser>;
 
 /// FreeIPMI sets its cryptography up on the first session, and two first sessions at once are not
 /// safe.
@@ -48,55 +47,56 @@ Standalone::LastExchange& ThisThreadsExchange() {
   return exchange;
 }
 
-/// Only until the client tells causes apart itself.
-Standalone::FailureCause CauseOf(int result) {
-  using Standalone::FailureCause;
-  switch (result) {
-    case ConnectResult::Connected:
-      return FailureCause::None;
-    case ConnectResult::WorthRetrying:
-      return FailureCause::Silence;
-    case ConnectResult::BadHostName:
-      return FailureCause::HostName;
-    case ConnectResult::UserNameRefused:
-      return FailureCause::UserNameRefused;
-    case ConnectResult::PasswordRefused:
-      return FailureCause::PasswordRefused;
-    case ConnectResult::PrivilegeRefused:
-      return FailureCause::PrivilegeRefused;
-    case ConnectResult::ArgumentTooLong:
-    case ConnectResult::InvalidSetting:
-      return FailureCause::BadSetting;
-    default:
-      return FailureCause::Other;
-  }
-}
-
 void RememberFailure(const Failure& failure) {
   Standalone::LastExchange& exchange = ThisThreadsExchange();
   exchange.result = failure.result;
-  exchange.cause = CauseOf(failure.result);
-  exchange.words = failure.cause;
+  exchange.cause = failure.cause;
+  exchange.words = failure.words;
 }
 
 bool IsReporting() { return Log::GetMinLogLevel() >= kWarning; }
 
+Failure TooLong(const std::string& what, std::size_t length, std::size_t most) {
+  return {
+      ConnectResult::ArgumentTooLong, FailureCause::BadSetting,
+      what + " has " + std::to_string(length) + " bytes; expected at most " + std::to_string(most),
+      ""};
+}
+
 Failure CheckCredentials(const std::string& userName, const std::string& password) {
   if (userName.size() > IPMI_MAX_USER_NAME_LENGTH) {
-    return {ConnectResult::ArgumentTooLong, "the user name has " + std::to_string(userName.size()) +
-                                                " bytes; expected at most " +
-                                                std::to_string(IPMI_MAX_USER_NAME_LENGTH)};
+    return TooLong("the user name", userName.size(), IPMI_MAX_USER_NAME_LENGTH);
   }
   if (password.size() > IPMI_2_0_MAX_PASSWORD_LENGTH) {
-    return {ConnectResult::ArgumentTooLong, "the password has " + std::to_string(password.size()) +
-                                                " bytes; expected at most " +
-                                                std::to_string(IPMI_2_0_MAX_PASSWORD_LENGTH)};
+    return TooLong("the password", password.size(), IPMI_2_0_MAX_PASSWORD_LENGTH);
   }
   if (userName.find('\0') != std::string::npos || password.find('\0') != std::string::npos) {
-    return {ConnectResult::InvalidSetting,
-            "the user name or the password holds a zero byte, which IPMI cannot carry"};
+    return {ConnectResult::InvalidSetting, FailureCause::BadSetting,
+            "the user name or the password holds a zero byte, which IPMI cannot carry", ""};
   }
   return {};
+}
+
+Failure CheckRequest(const IPMICOMMAND& request) {
+  if (!IPMI_NET_FN_RQ_VALID(request.netFn)) {
+    return {ConnectResult::Failed, FailureCause::BadSetting,
+            "the network function is " + HexByte(request.netFn) +
+                "; expected an even one up to 0x0c, or from 0x2c to 0x3e",
+            ""};
+  }
+  if (request.data.size() > Standalone::kMostRequestBytes) {
+    return {ConnectResult::Failed, FailureCause::BadSetting,
+            "the request has " + std::to_string(request.data.size()) +
+                " data bytes; expected at most " + std::to_string(Standalone::kMostRequestBytes),
+            ""};
+  }
+  return {};
+}
+
+/// The interval that the next conversation needs, when the longest round trip of this one is more
+/// than an interval as it usually is; otherwise 0.
+milliseconds NeededInterval(milliseconds longestRoundTrip, milliseconds usual) {
+  return longestRoundTrip > usual ? 2 * longestRoundTrip : milliseconds(0);
 }
 
 }  // namespace
@@ -108,19 +108,24 @@ struct IpmiClient::State {
   State& operator=(const State&) = delete;
 
   Failure Open();
+  Failure ChooseAddress(const ConnectSettings& settings);
+  Failure OpenSession(const ConnectSettings& settings);
   Failure Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
-                   std::uint8_t& completionCode) const;
-  void Report(const std::string& action, const std::string& cause, unsigned int line) const;
+                   std::uint8_t& completionCode);
+  void Report(const std::string& action, const Failure& failure, unsigned int line) const;
 
   std::string address;
   std::string userName;
   std::string password;
   std::string port;
   unsigned long cipherSuite = 0;
-  std::vector<std::string> addresses;
-  std::size_t attempts = 0;
-  std::string numericAddress;  ///< The one of the last attempt.
-  Context context;
+  std::size_t failedAttempts = 0;
+  std::string numericAddress;  ///< The one of this attempt, once it is known.
+  /// Where the conversation goes.
+  std::string conversationAddress;
+  int conversationPort = 0;
+  std::optional<Standalone::Conversation> conversation;
+  std::optional<Standalone::Session> session;  ///< Refers to the conversation and the texts.
 };
 
 Failure IpmiClient::State::Open() {
@@ -130,66 +135,69 @@ Failure IpmiClient::State::Open() {
     failure = Standalone::ReadConnectSettings(port, cipherSuite, settings);
   }
   if (failure.result == 0) {
-    failure = Standalone::ResolveHost(address, addresses);
+    failure = ChooseAddress(settings);
   }
+  return failure.result == 0 ? OpenSession(settings) : failure;
+}
+
+/// A name may stand for several addresses, of which some lead nowhere: an attempt after one that
+/// failed takes the next. At the same address the conversation goes on, so that an answer to an
+/// earlier attempt is known for what it is.
+Failure IpmiClient::State::ChooseAddress(const ConnectSettings& settings) {
+  std::vector<std::string> addresses;
+  Failure failure = Standalone::ResolveHost(address, addresses);
   if (failure.result != 0) {
     return failure;
   }
-  // A name may stand for several addresses, of which some lead nowhere: each attempt takes the
-  // next.
-  numericAddress = addresses[attempts++ % addresses.size()];
-  PrepareCryptography();
-  // A context that failed to open is not fit for another attempt: it may hold a closed socket.
-  Context opened(ipmi_ctx_create());
-  const std::string host = Standalone::JoinHostAndPort(numericAddress, settings.port);
-  if (ipmi_ctx_open_outofband_2_0(opened.get(), host.c_str(), userName.c_str(), password.c_str(),
-                                  nullptr, 0, settings.privilegeLevel, settings.cipherSuite,
-                                  settings.sessionTimeoutMs, settings.retransmissionTimeoutMs,
-                                  settings.workaroundFlags, IPMI_FLAGS_DEFAULT) < 0) {
-    return Standalone::OpeningFailure(ipmi_ctx_errnum(opened.get()));
+  numericAddress = addresses[failedAttempts % addresses.size()];
+  if (!conversation || conversationAddress != numericAddress || conversationPort != settings.port) {
+    conversation.emplace(numericAddress, settings.port);
+    conversationAddress = numericAddress;
+    conversationPort = settings.port;
   }
-  context = std::move(opened);
+  return {};
+}
+
+Failure IpmiClient::State::OpenSession(const ConnectSettings& settings) {
+  PrepareCryptography();
+  const milliseconds usual = Standalone::RepetitionInterval(settings, 0);
+  const milliseconds learned = Standalone::LearnedInterval(numericAddress, settings.port);
+  conversation->BeginAttempt(
+      {milliseconds(settings.sessionTimeoutMs), std::max(usual, learned),
+       std::max(Standalone::RepetitionInterval(settings, failedAttempts), learned)});
+  Standalone::Login login(userName, password);
+  login.privilegeLevel = settings.privilegeLevel;
+  ipmi_cipher_suite_id_to_algorithms(settings.cipherSuite, &login.algorithms.authentication,
+                                     &login.algorithms.integrity,
+                                     &login.algorithms.confidentiality);
+  session.emplace(*conversation, login, settings);
+  const Failure failure = session->Open();
+  if (failure.result != 0) {
+    session.reset();
+    return failure;
+  }
+  Standalone::LearnInterval(numericAddress, settings.port,
+                            NeededInterval(conversation->LongestRoundTrip(), usual));
   return {};
 }
 
 Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
-                                    std::uint8_t& completionCode) const {
-  if (!context) {
-    return {ConnectResult::Failed, "no session is open; connect first"};
+                                    std::uint8_t& completionCode) {
+  if (!session) {
+    return FailureOf(Standalone::Trouble::NotConnected);
   }
-  std::vector<std::uint8_t> sent{request.cmd};
-  sent.insert(sent.end(), request.data.begin(), request.data.end());
-  if (sent.size() > kMessageCapacity) {
-    return {ConnectResult::Failed, "the request has " + std::to_string(request.data.size()) +
-                                       " data bytes; expected at most " +
-                                       std::to_string(kMessageCapacity - 1)};
-  }
-  std::array<std::uint8_t, kMessageCapacity> answer{};
-  const int length =
-      ipmi_cmd_raw(context.get(), IPMI_BMC_IPMB_LUN_BMC, request.netFn, sent.data(),
-                   static_cast<unsigned int>(sent.size()), answer.data(), answer.size());
-  if (length < 0) {
-    return Standalone::ExchangeFailure(ipmi_ctx_errnum(context.get()));
-  }
-  if (static_cast<std::size_t>(length) == kMessageCapacity) {
-    return {ConnectResult::Failed, "the answer is longer than the IPMI library takes"};
-  }
-  // The command code comes first, then the completion code.
-  if (length < 2) {
-    return {ConnectResult::Failed, "the answer holds no completion code"};
-  }
-  completionCode = answer[1];
-  response.assign(answer.begin() + 2, answer.begin() + length);
-  return {};
+  const Failure failure = CheckRequest(request);
+  return failure.result == 0 ? session->Exchange(request, response, completionCode) : failure;
 }
 
-void IpmiClient::State::Report(const std::string& action, const std::string& cause,
+void IpmiClient::State::Report(const std::string& action, const Failure& failure,
                                unsigned int line) const {
   const bool isResolved = !numericAddress.empty() && numericAddress != address;
   Log(kWarning, kSourcePath, line).Stream()
       << action << " failed: host " << address
       << (isResolved ? " (" + numericAddress + ")" : std::string()) << ", port " << port
-      << ", user \"" << userName << "\": " << cause;
+      << ", user \"" << userName << "\": " << failure.words << (failure.advice.empty() ? "" : "; ")
+      << failure.advice;
 }
 
 IpmiClient::IpmiClient(const std::string& address, const std::string& userName,
@@ -205,19 +213,22 @@ IpmiClient::IpmiClient(const std::string& address, const std::string& userName,
   ThisThreadsExchange() = {};
   ThisThreadsExchange().host = address;
   ThisThreadsExchange().port = port;
-  ThisThreadsExchange().cause = Standalone::FailureCause::NoAttempt;
+  RememberFailure(FailureOf(Standalone::Trouble::NoAttempt));
 }
 
 IpmiClient::~IpmiClient() = default;
 
 int IpmiClient::connect() {
-  disconnect();
+  state_->session.reset();
   state_->numericAddress.clear();
   const Failure failure = state_->Open();
   ++ThisThreadsExchange().connectionAttempts;
   RememberFailure(failure);
-  if (failure.result != ConnectResult::Connected && IsReporting()) {
-    state_->Report("connect", failure.cause, __LINE__);
+  if (failure.result != ConnectResult::Connected) {
+    ++state_->failedAttempts;
+    if (IsReporting()) {
+      state_->Report("connect", failure, __LINE__);
+    }
   }
   return failure.result;
 }
@@ -234,13 +245,14 @@ int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& resp
   if (failure.result != 0 && IsReporting()) {
     state_->Report(
         "send of network function " + HexByte(request.netFn) + " command " + HexByte(request.cmd),
-        failure.cause, __LINE__);
+        failure, __LINE__);
   }
   return failure.result;
 }
 
 int IpmiClient::disconnect() {
-  state_->context.reset();
+  state_->session.reset();
+  state_->conversation.reset();
   return 0;
 }
 

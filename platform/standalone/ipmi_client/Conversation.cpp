@@ -1,0 +1,141 @@
+#include "platform/standalone/ipmi_client/Conversation.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace Tavrin {
+namespace Standalone {
+namespace {
+
+using std::chrono::milliseconds;
+
+milliseconds Between(Clock::time_point from, Clock::time_point to) {
+  return std::chrono::ceil<milliseconds>(to - from);
+}
+
+}  // namespace
+
+std::uint8_t Conversation::NextNumber() {
+  lastNumber_ = static_cast<std::uint8_t>((lastNumber_ + 1U) % kNumbers);
+  asked_.at(lastNumber_) = Clock::now();
+  return lastNumber_;
+}
+
+void Conversation::BeginAttempt(const Patience& patience) {
+  patience_ = patience;
+  roundTrip_ = milliseconds(0);
+  longestRoundTrip_ = milliseconds(0);
+}
+
+Failure Conversation::Ask(const Question& question) { return AskFor(patience_.timeout, question); }
+
+void Conversation::AskInPassing(const Question& question) {
+  AskFor(std::min(2 * IntervalFor(question), patience_.timeout), question);
+}
+
+/// A controller that took long for one question is given twice as long before the next is repeated.
+milliseconds Conversation::IntervalFor(const Question& question) const {
+  return std::max(question.isDelicate ? patience_.delicateInterval : patience_.interval,
+                  2 * roundTrip_);
+}
+
+Failure Conversation::AskFor(milliseconds timeout, const Question& question) {
+  if (socket_.OpenError() != 0) {
+    return SystemFailure(socket_.OpenError());
+  }
+  socket_.ForgetPeerError();
+  const milliseconds interval = IntervalFor(question);
+  const auto first = Clock::now();
+  const auto deadline = first + timeout;
+  Noticed noticed;
+  for (auto last = first; last < deadline; last = Clock::now()) {
+    const Datagram datagram = question.make();
+    int error = datagram.empty() ? ENOMEM : socket_.Send(datagram);
+    if (error == 0 && Await(std::min(last + interval, deadline), question, noticed, error)) {
+      MeasureRoundTrip(first, last, interval == 2 * roundTrip_);
+      return {};
+    }
+    if (error != 0) {
+      return SystemFailure(error);
+    }
+  }
+  return SilenceFailure(question.silence, noticed);
+}
+
+/// Returns whether the answer came before `end`.
+bool Conversation::Await(Clock::time_point end, const Question& question, Noticed& noticed,
+                         int& error) {
+  for (;;) {
+    const UdpSocket::Received received = socket_.Receive(end);
+    error = received.error;
+    if (!received.datagram) {
+      return false;
+    }
+    if (IsAnswer(*received.datagram, question, noticed)) {
+      return true;
+    }
+  }
+}
+
+bool Conversation::IsAnswer(const Datagram& datagram, const Question& question, Noticed& noticed) {
+  switch (question.judge(datagram)) {
+    case Verdict::Answer:
+      return true;
+    case Verdict::Damaged:
+      noticed.damaged = true;
+      return false;
+    default:
+      NoticeForeign(datagram, noticed);
+      return false;
+  }
+}
+
+/// A message outside of a session is known by its number: it is a second copy, or answers an
+/// earlier attempt that did not wait so long.
+void Conversation::NoticeForeign(const Datagram& datagram, Noticed& noticed) {
+  const std::optional<DatagramHead> head = ReadHead(datagram);
+  const bool isNumbered = head && head->sessionId == 0 && head->number < kNumbers;
+  const auto asked = isNumbered ? asked_.at(head->number) : std::nullopt;
+  if (!asked) {
+    noticed.foreign = true;
+    return;
+  }
+  // Of several answers to repetitions of one question the first tells best.
+  const milliseconds lateness = Between(*asked, Clock::now());
+  if (lateness > patience_.timeout && (lateness_.count() == 0 || lateness < lateness_)) {
+    lateness_ = lateness;
+  }
+}
+
+/// Which sending of several was answered is not known: the first at the earliest, the last at the
+/// latest. As long as nothing better is known, the longer time is taken for true, so that the next
+/// question is not repeated too soon; but only once, since what then has to be repeated all the
+/// same was not late but lost.
+void Conversation::MeasureRoundTrip(Clock::time_point first, Clock::time_point last,
+                                    bool isRepeatedLate) {
+  const auto now = Clock::now();
+  if (first == last) {
+    roundTrip_ = Between(first, now);
+    longestRoundTrip_ = std::max(longestRoundTrip_, roundTrip_);
+  } else if (longestRoundTrip_.count() == 0) {
+    roundTrip_ = Between(isRepeatedLate ? last : first, now);
+  }
+}
+
+Failure Conversation::SilenceFailure(Trouble silence, const Noticed& noticed) const {
+  if (lateness_.count() > 0) {
+    return LateFailure(lateness_);
+  }
+  if (noticed.damaged) {
+    return FailureOf(Trouble::DamagedAnswer);
+  }
+  if (noticed.foreign) {
+    return FailureOf(Trouble::OtherAnswer);
+  }
+  const bool isFirst = silence == Trouble::NoAnswer;
+  return isFirst && socket_.PeerError() != 0 ? SystemFailure(socket_.PeerError())
+                                             : FailureOf(silence);
+}
+
+}  // namespace Standalone
+}  // namespace Tavrin

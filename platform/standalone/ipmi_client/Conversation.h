@@ -1,0 +1,88 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/standalone/ipmi_client/Datagram.h"
+#include "platform/standalone/ipmi_client/Failure.h"
+#include "platform/standalone/ipmi_client/UdpSocket.h"
+
+namespace Tavrin {
+namespace Standalone {
+
+/// How long an answer is waited for, and after what time a question is asked again at the earliest.
+struct Patience {
+  std::chrono::milliseconds timeout{0};
+  std::chrono::milliseconds interval{0};
+  std::chrono::milliseconds delicateInterval{0};  ///< Of delicate questions.
+};
+
+/// One question of a conversation: what is sent, and what is made of that which comes.
+struct Question {
+  /// The datagram of the first sending and of each repetition; empty when it cannot be made.
+  std::function<Datagram()> make;
+  std::function<Verdict(const Datagram&)> judge;
+  /// Whether a repetition may spoil what follows: of a controller that is only slow, a message that
+  /// opens a session may not be asked twice.
+  bool isDelicate = false;
+  Trouble silence = Trouble::NoAnswer;  ///< What it is when nothing at all comes.
+};
+
+/// Asks questions of one controller, one at a time, and waits for their answers. Lasts for all
+/// attempts of a client at one address, so that an answer to an earlier attempt shows that the
+/// controller is late rather than silent.
+class Conversation {
+ public:
+  Conversation(const std::string& numericAddress, int port) : socket_(numericAddress, port) {}
+
+  /// A number for the next question, 0 to 63 in turn.
+  std::uint8_t NextNumber();
+
+  /// Holds for all questions until it is called again.
+  void BeginAttempt(const Patience& patience);
+
+  /// Asks until the answer came or the time-out is over.
+  Failure Ask(const Question& question);
+
+  /// Asks twice at most, for two intervals at most.
+  void AskInPassing(const Question& question);
+
+  /// Sends once, without an answer.
+  void Tell(const Datagram& datagram) { socket_.Send(datagram); }
+
+  /// The longest that an answer of this attempt took which was certainly one to the first sending.
+  [[nodiscard]] std::chrono::milliseconds LongestRoundTrip() const { return longestRoundTrip_; }
+
+ private:
+  /// What came while a question was open.
+  struct Noticed {
+    bool damaged = false;
+    bool foreign = false;
+  };
+
+  Failure AskFor(std::chrono::milliseconds timeout, const Question& question);
+  bool Await(Clock::time_point end, const Question& question, Noticed& noticed, int& error);
+  bool IsAnswer(const Datagram& datagram, const Question& question, Noticed& noticed);
+  void NoticeForeign(const Datagram& datagram, Noticed& noticed);
+  void MeasureRoundTrip(Clock::time_point first, Clock::time_point last, bool isRepeatedLate);
+  [[nodiscard]] Failure SilenceFailure(Trouble silence, const Noticed& noticed) const;
+  [[nodiscard]] std::chrono::milliseconds IntervalFor(const Question& question) const;
+
+  static constexpr std::size_t kNumbers = 64;
+
+  UdpSocket socket_;
+  Patience patience_;
+  std::chrono::milliseconds roundTrip_{0};  ///< Of the question before, as far as it is known.
+  std::chrono::milliseconds longestRoundTrip_{0};
+  std::chrono::milliseconds lateness_{0};  ///< Of an answer that nobody waited for any more.
+  std::uint8_t lastNumber_ = 0;
+  /// When the question of each number was asked first.
+  std::array<std::optional<Clock::time_point>, kNumbers> asked_{};
+};
+
+}  // namespace Standalone
+}  // namespace Tavrin

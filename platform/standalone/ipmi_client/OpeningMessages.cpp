@@ -1,0 +1,308 @@
+#include "platform/standalone/ipmi_client/OpeningMessages.h"
+
+#include <freeipmi/freeipmi.h>
+
+#include <algorithm>
+
+#include "platform/standalone/ipmi_client/Packet.h"
+
+namespace Tavrin {
+namespace Standalone {
+namespace {
+
+/// More than any proof of a password takes.
+constexpr std::size_t kProofCapacity = 64;
+/// More than the one packet of IPMI 1.5 takes.
+constexpr std::size_t kIpmi15Capacity = 64;
+
+const SessionKeys& NoKeys() {
+  static const SessionKeys keys;
+  return keys;
+}
+
+Protection Unprotected() { return {{}, NoKeys(), nullptr, 0}; }
+
+Datagram PackOpening(std::uint8_t payloadType, const FiidObject& message) {
+  return Pack({payloadType, 0, 0, IPMI_NET_FN_APP_RQ, 0}, Unprotected(), message);
+}
+
+/// Takes a message apart that has come in the place of an answer of that type and number. A refusal
+/// holds nothing for certain but its status.
+Verdict UnpackOpening(const Datagram& datagram, std::uint8_t payloadType, std::uint8_t number,
+                      UnpackedPacket& packet, std::uint8_t& status) {
+  const std::optional<DatagramHead> head = ReadHead(datagram);
+  if (!head) {
+    return Verdict::Damaged;
+  }
+  if (!head->isRmcpPlus || head->payloadType != payloadType || head->number != number) {
+    return Verdict::Foreign;
+  }
+  const bool isWhole = packet.Unpack(datagram, Unprotected());
+  const auto code = packet.message.Number("rmcpplus_status_code");
+  if (!isWhole || !code) {
+    return Verdict::Damaged;
+  }
+  status = static_cast<std::uint8_t>(*code);
+  const bool isRefusal = status != RMCPPLUS_STATUS_NO_ERRORS;
+  const bool isComplete = fiid_obj_packet_valid(packet.message.Get()) == 1;
+  return isRefusal || isComplete ? Verdict::Answer : Verdict::Damaged;
+}
+
+bool IsForUs(const FiidObject& message, const Handshake& handshake) {
+  return message.Number("remote_console_session_id") == handshake.remoteConsoleSessionId;
+}
+
+/// Copies a field as long as the array; returns whether it was.
+bool Copy(const FiidObject& message, const char* field, std::array<std::uint8_t, 16>& target) {
+  const std::vector<std::uint8_t> bytes = message.Bytes(field);
+  if (bytes.size() != target.size()) {
+    return false;
+  }
+  std::copy(bytes.begin(), bytes.end(), target.begin());
+  return true;
+}
+
+/// How many bytes prove the password in RAKP message 2.
+std::size_t ProofLength(std::uint8_t authenticationAlgorithm) {
+  switch (authenticationAlgorithm) {
+    case IPMI_AUTHENTICATION_ALGORITHM_RAKP_HMAC_SHA1:
+      return IPMI_HMAC_SHA1_DIGEST_LENGTH;
+    case IPMI_AUTHENTICATION_ALGORITHM_RAKP_HMAC_MD5:
+      return IPMI_HMAC_MD5_DIGEST_LENGTH;
+    case IPMI_AUTHENTICATION_ALGORITHM_RAKP_HMAC_SHA256:
+      return IPMI_HMAC_SHA256_DIGEST_LENGTH;
+    default:
+      return 0;
+  }
+}
+
+bool ProvesPassword(const FiidObject& message, const Login& login, const Handshake& handshake,
+                    const Rakp2& rakp2) {
+  return ipmi_rmcpplus_check_rakp_2_key_exchange_authentication_code(
+             login.algorithms.authentication, login.password, login.passwordLength,
+             handshake.remoteConsoleSessionId, handshake.managedSystemSessionId,
+             handshake.remoteConsoleRandomNumber.data(),
+             static_cast<unsigned int>(handshake.remoteConsoleRandomNumber.size()),
+             rakp2.managedSystemRandomNumber.data(),
+             static_cast<unsigned int>(rakp2.managedSystemRandomNumber.size()),
+             rakp2.managedSystemGuid.data(),
+             static_cast<unsigned int>(rakp2.managedSystemGuid.size()), IPMI_NAME_ONLY_LOOKUP,
+             login.privilegeLevel, login.userName, login.userNameLength, message.Get()) == 1;
+}
+
+bool HoldsCheckValue(const FiidObject& message, const Login& login, const Handshake& handshake,
+                     const SessionKeys& keys) {
+  return ipmi_rmcpplus_check_rakp_4_integrity_check_value(
+             login.algorithms.authentication, keys.SessionIntegrity().Data(),
+             keys.SessionIntegrity().length, handshake.remoteConsoleRandomNumber.data(),
+             static_cast<unsigned int>(handshake.remoteConsoleRandomNumber.size()),
+             handshake.managedSystemSessionId, handshake.managedSystemGuid.data(),
+             static_cast<unsigned int>(handshake.managedSystemGuid.size()), message.Get()) == 1;
+}
+
+Datagram PackRakp3(std::uint8_t number, std::uint8_t status, const Handshake& handshake,
+                   const std::uint8_t* proof, unsigned int length) {
+  const FiidObject message(tmpl_rmcpplus_rakp_message_3);
+  const bool isFilled =
+      fill_rmcpplus_rakp_message_3(number, status, handshake.managedSystemSessionId, proof, length,
+                                   message.Get()) == 0;
+  return isFilled ? PackOpening(IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_3, message) : Datagram();
+}
+
+/// A packet of IPMI 1.5 outside of a session, taken apart.
+struct UnpackedIpmi15 {
+  FiidObject rmcpHeader{tmpl_rmcp_hdr};
+  FiidObject sessionHeader{tmpl_lan_session_hdr};
+  FiidObject messageHeader{tmpl_lan_msg_hdr_rs};
+  FiidObject message{tmpl_cmd_get_channel_authentication_capabilities_rs};
+  FiidObject messageTrailer{tmpl_lan_msg_trlr};
+
+  bool Unpack(const Datagram& datagram) const {
+    return unassemble_ipmi_lan_pkt(datagram.data(), static_cast<unsigned int>(datagram.size()),
+                                   rmcpHeader.Get(), sessionHeader.Get(), messageHeader.Get(),
+                                   message.Get(), messageTrailer.Get(),
+                                   IPMI_INTERFACE_FLAGS_DEFAULT) == 1;
+  }
+
+  bool HasRightChecksums() const {
+    return ipmi_lan_check_checksum(messageHeader.Get(), message.Get(), messageTrailer.Get()) == 1;
+  }
+
+  bool IsCapabilities() const {
+    return messageHeader.Number("net_fn") == IPMI_NET_FN_APP_RS &&
+           message.Number("cmd") == IPMI_CMD_GET_CHANNEL_AUTHENTICATION_CAPABILITIES;
+  }
+};
+
+void FillCapabilities(const FiidObject& message, const Login& login, Capabilities& capabilities) {
+  capabilities.hasIpmi20 = ipmi_check_authentication_capabilities_ipmi_2_0(message.Get()) == 1;
+  capabilities.isUserAllowed = ipmi_check_authentication_capabilities_username(
+                                   login.userName, login.password, message.Get()) == 1;
+  capabilities.wantsKey = ipmi_check_authentication_capabilities_k_g(nullptr, message.Get()) != 1;
+}
+
+}  // namespace
+
+Datagram MakeCapabilitiesRequest(std::uint8_t number, std::uint8_t privilegeLevel) {
+  const FiidObject rmcpHeader(tmpl_rmcp_hdr);
+  const FiidObject sessionHeader(tmpl_lan_session_hdr);
+  const FiidObject messageHeader(tmpl_lan_msg_hdr_rq);
+  const FiidObject message(tmpl_cmd_get_channel_authentication_capabilities_rq);
+  if (fill_rmcp_hdr_ipmi(rmcpHeader.Get()) != 0 ||
+      fill_lan_session_hdr(IPMI_AUTHENTICATION_TYPE_NONE, 0, 0, sessionHeader.Get()) != 0 ||
+      fill_lan_msg_hdr(IPMI_SLAVE_ADDRESS_BMC, IPMI_NET_FN_APP_RQ, IPMI_BMC_IPMB_LUN_BMC, number,
+                       messageHeader.Get()) != 0 ||
+      fill_cmd_get_channel_authentication_capabilities(
+          IPMI_CHANNEL_NUMBER_CURRENT_CHANNEL, privilegeLevel, IPMI_GET_IPMI_V20_EXTENDED_DATA,
+          message.Get()) != 0) {
+    return {};
+  }
+  Datagram datagram(kIpmi15Capacity);
+  const int length = assemble_ipmi_lan_pkt(
+      rmcpHeader.Get(), sessionHeader.Get(), messageHeader.Get(), message.Get(), nullptr, 0,
+      datagram.data(), static_cast<unsigned int>(datagram.size()), IPMI_INTERFACE_FLAGS_DEFAULT);
+  datagram.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+  return datagram;
+}
+
+Verdict ReadCapabilities(const Datagram& datagram, std::uint8_t number, const Login& login,
+                         bool checksChecksums, Capabilities& capabilities) {
+  const std::optional<DatagramHead> head = ReadHead(datagram);
+  if (!head) {
+    return Verdict::Damaged;
+  }
+  if (head->isRmcpPlus || head->sessionId != 0 || head->number != number) {
+    return Verdict::Foreign;
+  }
+  const UnpackedIpmi15 packet;
+  const bool isWhole = packet.Unpack(datagram);
+  const auto completionCode = packet.message.Number("comp_code");
+  if (!isWhole || !completionCode || (checksChecksums && !packet.HasRightChecksums())) {
+    return Verdict::Damaged;
+  }
+  if (!packet.IsCapabilities()) {
+    return Verdict::Foreign;
+  }
+  if (*completionCode == 0 && fiid_obj_packet_valid(packet.message.Get()) != 1) {
+    return Verdict::Damaged;
+  }
+  capabilities.completionCode = static_cast<std::uint8_t>(*completionCode);
+  if (*completionCode == 0) {
+    FillCapabilities(packet.message, login, capabilities);
+  }
+  return Verdict::Answer;
+}
+
+Datagram MakeOpenSessionRequest(std::uint8_t number, std::uint8_t privilegeLevel,
+                                const Algorithms& algorithms, const Handshake& handshake) {
+  const FiidObject message(tmpl_rmcpplus_open_session_request);
+  const bool isFilled =
+      fill_rmcpplus_open_session(number, privilegeLevel, handshake.remoteConsoleSessionId,
+                                 algorithms.authentication, algorithms.integrity,
+                                 algorithms.confidentiality, message.Get()) == 0;
+  return isFilled ? PackOpening(IPMI_PAYLOAD_TYPE_RMCPPLUS_OPEN_SESSION_REQUEST, message)
+                  : Datagram();
+}
+
+Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t number, const Handshake& handshake,
+                          OpenedSession& opened) {
+  UnpackedPacket packet(tmpl_rmcpplus_open_session_response);
+  OpenedSession read;
+  const Verdict verdict = UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RMCPPLUS_OPEN_SESSION_RESPONSE,
+                                        number, packet, read.status);
+  if (verdict != Verdict::Answer) {
+    return verdict;
+  }
+  if (read.status == RMCPPLUS_STATUS_NO_ERRORS) {
+    if (!IsForUs(packet.message, handshake)) {
+      return Verdict::Foreign;
+    }
+    read.mostPrivilegeLevel =
+        static_cast<std::uint8_t>(packet.message.Number("maximum_privilege_level").value_or(0));
+    read.managedSystemSessionId =
+        static_cast<std::uint32_t>(packet.message.Number("managed_system_session_id").value_or(0));
+  }
+  opened = read;
+  return Verdict::Answer;
+}
+
+Datagram MakeRakp1(std::uint8_t number, const Login& login, const Handshake& handshake) {
+  const FiidObject message(tmpl_rmcpplus_rakp_message_1);
+  const auto& random = handshake.remoteConsoleRandomNumber;
+  const bool isFilled =
+      fill_rmcpplus_rakp_message_1(number, handshake.managedSystemSessionId, random.data(),
+                                   static_cast<unsigned int>(random.size()), login.privilegeLevel,
+                                   IPMI_NAME_ONLY_LOOKUP, login.userName, login.userNameLength,
+                                   message.Get()) == 0;
+  return isFilled ? PackOpening(IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_1, message) : Datagram();
+}
+
+Verdict ReadRakp2(const Datagram& datagram, std::uint8_t number, const Login& login,
+                  const Handshake& handshake, Rakp2& rakp2) {
+  UnpackedPacket packet(tmpl_rmcpplus_rakp_message_2);
+  Rakp2 read;
+  const Verdict verdict =
+      UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_2, number, packet, read.status);
+  if (verdict != Verdict::Answer) {
+    return verdict;
+  }
+  if (read.status == RMCPPLUS_STATUS_NO_ERRORS) {
+    if (!IsForUs(packet.message, handshake)) {
+      return Verdict::Foreign;
+    }
+    // A proof that was cut short would look like one of another password.
+    if (!Copy(packet.message, "managed_system_random_number", read.managedSystemRandomNumber) ||
+        !Copy(packet.message, "managed_system_guid", read.managedSystemGuid) ||
+        packet.message.Bytes("key_exchange_authentication_code").size() !=
+            ProofLength(login.algorithms.authentication)) {
+      return Verdict::Damaged;
+    }
+    read.provesPassword = ProvesPassword(packet.message, login, handshake, read);
+  }
+  rakp2 = read;
+  return Verdict::Answer;
+}
+
+Datagram MakeRakp3(std::uint8_t number, const Login& login, const Handshake& handshake) {
+  std::array<std::uint8_t, kProofCapacity> proof{};
+  const auto& random = handshake.managedSystemRandomNumber;
+  const int length = ipmi_calculate_rakp_3_key_exchange_authentication_code(
+      login.algorithms.authentication, login.password, login.passwordLength, random.data(),
+      static_cast<unsigned int>(random.size()), handshake.remoteConsoleSessionId,
+      IPMI_NAME_ONLY_LOOKUP, login.privilegeLevel, login.userName, login.userNameLength,
+      proof.data(), static_cast<unsigned int>(proof.size()));
+  return length < 0 ? Datagram()
+                    : PackRakp3(number, RMCPPLUS_STATUS_NO_ERRORS, handshake, proof.data(),
+                                static_cast<unsigned int>(length));
+}
+
+Datagram MakeRakp3Refusal(std::uint8_t number, const Handshake& handshake) {
+  return PackRakp3(number, RMCPPLUS_STATUS_INVALID_INTEGRITY_CHECK_VALUE, handshake, nullptr, 0);
+}
+
+Verdict ReadRakp4(const Datagram& datagram, std::uint8_t number, const Login& login,
+                  const Handshake& handshake, const SessionKeys& keys, bool takesAnyCheckValue,
+                  Rakp4& rakp4) {
+  UnpackedPacket packet(tmpl_rmcpplus_rakp_message_4);
+  Rakp4 read;
+  const Verdict verdict =
+      UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_4, number, packet, read.status);
+  if (verdict != Verdict::Answer) {
+    return verdict;
+  }
+  if (read.status == RMCPPLUS_STATUS_NO_ERRORS) {
+    if (!IsForUs(packet.message, handshake)) {
+      return Verdict::Foreign;
+    }
+    const bool needsNone = takesAnyCheckValue && login.algorithms.authentication ==
+                                                     IPMI_AUTHENTICATION_ALGORITHM_RAKP_NONE;
+    if (!needsNone && !HoldsCheckValue(packet.message, login, handshake, keys)) {
+      return Verdict::Damaged;
+    }
+  }
+  rakp4 = read;
+  return Verdict::Answer;
+}
+
+}  // namespace Standalone
+}  // namespace Tavrin

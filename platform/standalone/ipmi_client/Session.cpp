@@ -1,0 +1,236 @@
+#include "platform/standalone/ipmi_client/Session.h"
+
+#include <freeipmi/freeipmi.h>
+
+namespace Tavrin {
+namespace Standalone {
+namespace {
+
+Failure CapabilitiesFailure(const Capabilities& capabilities, bool checksLogin) {
+  if (capabilities.completionCode == IPMI_COMP_CODE_NODE_BUSY) {
+    return FailureOf(Trouble::Busy);
+  }
+  if (capabilities.completionCode != 0 || !capabilities.hasIpmi20) {
+    return FailureOf(Trouble::Ipmi20Missing);
+  }
+  if (checksLogin && !capabilities.isUserAllowed) {
+    return FailureOf(Trouble::UserNameRefused);
+  }
+  return checksLogin && capabilities.wantsKey ? FailureOf(Trouble::KeyMissing) : Failure{};
+}
+
+}  // namespace
+
+Session::~Session() {
+  try {
+    Close();
+  } catch (...) {
+    // Without memory to say that it is over, the controller finds that out by itself.
+  }
+}
+
+Failure Session::Open() {
+  for (const Step step :
+       {&Session::AskCapabilities, &Session::OpenSession, &Session::LearnControllersProof,
+        &Session::ProvePassword, &Session::RaisePrivilege}) {
+    const Failure failure = (this->*step)();
+    if (failure.result != 0) {
+      Close();
+      return failure;
+    }
+  }
+  return {};
+}
+
+Failure Session::AskCapabilities() {
+  const std::uint8_t number = conversation_.NextNumber();
+  const bool checksChecksums = !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK);
+  Capabilities capabilities;
+  Question question;
+  question.silence = Trouble::NoAnswer;
+  question.isDelicate = true;
+  question.make = [&] { return MakeCapabilitiesRequest(number, login_.privilegeLevel); };
+  question.judge = [&](const Datagram& datagram) {
+    return ReadCapabilities(datagram, number, login_, checksChecksums, capabilities);
+  };
+  const Failure failure = conversation_.Ask(question);
+  return failure.result != 0
+             ? failure
+             : CapabilitiesFailure(
+                   capabilities,
+                   !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_AUTHENTICATION_CAPABILITIES));
+}
+
+Failure Session::OpenSession() {
+  if (!DrawNumbers(handshake_)) {
+    return FailureOf(Trouble::ResourcesShort);
+  }
+  const std::uint8_t number = conversation_.NextNumber();
+  // Some controllers take the level here for the one to be held, and not for its limit.
+  const std::uint8_t level = Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_OPEN_SESSION_PRIVILEGE)
+                                 ? login_.privilegeLevel
+                                 : IPMI_PRIVILEGE_LEVEL_HIGHEST_LEVEL;
+  OpenedSession opened;
+  Question question;
+  question.silence = Trouble::SilentWhileOpening;
+  question.isDelicate = true;
+  question.make = [&] {
+    return MakeOpenSessionRequest(number, level, login_.algorithms, handshake_);
+  };
+  question.judge = [&](const Datagram& datagram) {
+    return ReadOpenedSession(datagram, number, handshake_, opened);
+  };
+  const Failure failure = conversation_.Ask(question);
+  if (failure.result != 0 || opened.status != 0) {
+    return failure.result != 0 ? failure : StatusFailure(opened.status);
+  }
+  handshake_.managedSystemSessionId = opened.managedSystemSessionId;
+  return opened.mostPrivilegeLevel < login_.privilegeLevel ? FailureOf(Trouble::PrivilegeRefused)
+                                                           : Failure{};
+}
+
+Failure Session::LearnControllersProof() {
+  const std::uint8_t number = conversation_.NextNumber();
+  Rakp2 rakp2;
+  Question question;
+  question.silence = Trouble::SilentWhileChecking;
+  question.isDelicate = true;
+  question.make = [&] { return MakeRakp1(number, login_, handshake_); };
+  question.judge = [&](const Datagram& datagram) {
+    return ReadRakp2(datagram, number, login_, handshake_, rakp2);
+  };
+  const Failure failure = conversation_.Ask(question);
+  if (failure.result != 0 || rakp2.status != 0) {
+    return failure.result != 0 ? failure : StatusFailure(rakp2.status);
+  }
+  if (!rakp2.provesPassword) {
+    // The controller, which cannot know it otherwise, has the session back at once.
+    conversation_.Tell(MakeRakp3Refusal(conversation_.NextNumber(), handshake_));
+    return FailureOf(Trouble::PasswordRefused);
+  }
+  handshake_.managedSystemRandomNumber = rakp2.managedSystemRandomNumber;
+  handshake_.managedSystemGuid = rakp2.managedSystemGuid;
+  return keys_.Compute(login_, handshake_) ? Failure{} : FailureOf(Trouble::ResourcesShort);
+}
+
+Failure Session::ProvePassword() {
+  rakpNumber_ = conversation_.NextNumber();
+  mayBeOpen_ = true;
+  Rakp4 rakp4;
+  Question question;
+  question.silence = Trouble::SilentWhileChecking;
+  question.isDelicate = true;
+  question.make = [&] { return MakeRakp3(rakpNumber_, login_, handshake_); };
+  question.judge = [&](const Datagram& datagram) {
+    return ReadRakp4(datagram, rakpNumber_, login_, handshake_, keys_,
+                     Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
+                     rakp4);
+  };
+  const Failure failure = conversation_.Ask(question);
+  if (failure.result == 0 && rakp4.status != 0) {
+    mayBeOpen_ = false;
+    return StatusFailure(rakp4.status);
+  }
+  // Once the session is open, the controller need not answer a repetition. Whether it is open shows
+  // in the next step, where an authenticated answer proves that both have the same keys.
+  const bool showsLater = login_.algorithms.integrity != IPMI_INTEGRITY_ALGORITHM_NONE;
+  return showsLater ? Failure{} : failure;
+}
+
+Failure Session::RaisePrivilege() {
+  IPMICOMMAND request;
+  request.netFn = IPMI_NET_FN_APP_RQ;
+  request.cmd = IPMI_CMD_SET_SESSION_PRIVILEGE_LEVEL;
+  request.data = {login_.privilegeLevel};
+  SessionAnswer answer;
+  const Question inSession = MakeQuestion(request, Trouble::SilentWhileOpening, answer);
+  Question question = inSession;
+  question.judge = [&](const Datagram& datagram) { return JudgeWhileRaising(datagram, inSession); };
+  const Failure failure = conversation_.Ask(question);
+  if (lateStatus_ != 0) {
+    mayBeOpen_ = false;
+    return StatusFailure(lateStatus_);
+  }
+  if (failure.result != 0 || answer.completionCode == 0) {
+    return failure;
+  }
+  return CompletionCodeFailure("Set Session Privilege Level", answer.completionCode);
+}
+
+/// A refusal in a RAKP message 4 that came too late for its step ends this one.
+Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Question& question) {
+  Rakp4 rakp4;
+  const Verdict verdict = ReadRakp4(datagram, rakpNumber_, login_, handshake_, keys_, false, rakp4);
+  if (verdict == Verdict::Answer && rakp4.status != 0) {
+    lateStatus_ = rakp4.status;
+    return Verdict::Answer;
+  }
+  return question.judge(datagram);
+}
+
+Failure Session::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
+                          std::uint8_t& completionCode) {
+  SessionAnswer answer;
+  const Failure failure =
+      conversation_.Ask(MakeQuestion(request, Trouble::SilentToRequest, answer));
+  if (failure.result == 0) {
+    response = std::move(answer.data);
+    completionCode = answer.completionCode;
+  }
+  return failure;
+}
+
+void Session::Close() {
+  if (!mayBeOpen_) {
+    return;
+  }
+  mayBeOpen_ = false;
+  const std::uint32_t id = handshake_.managedSystemSessionId;
+  IPMICOMMAND request;
+  request.netFn = IPMI_NET_FN_APP_RQ;
+  request.cmd = IPMI_CMD_CLOSE_SESSION;
+  for (unsigned int shift = 0; shift < 32; shift += 8) {
+    request.data.push_back(static_cast<std::uint8_t>(id >> shift & 0xFFU));
+  }
+  SessionAnswer answer;
+  conversation_.AskInPassing(MakeQuestion(request, Trouble::SilentToRequest, answer));
+}
+
+/// A repetition has the number of its request, so that a controller can tell it from another one,
+/// and a sequence number of its own. The question refers to `answer` and to `request`.
+Question Session::MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer) {
+  const std::uint8_t number = conversation_.NextNumber();
+  Question question;
+  question.silence = silence;
+  question.make = [this, &request, number] {
+    ++sequenceNumber_;
+    return MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, handshake_.managedSystemSessionId, sequenceNumber_,
+                        request.netFn, number},
+                       Protect(), request);
+  };
+  question.judge = [this, &request, number, &answer](const Datagram& datagram) {
+    const ExpectedAnswer expected{handshake_.remoteConsoleSessionId,
+                                  number,
+                                  request.netFn,
+                                  request.cmd,
+                                  lastAnswer_,
+                                  !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK)};
+    const Verdict verdict = ReadAnswer(datagram, Protect(), expected, answer);
+    if (verdict == Verdict::Answer) {
+      lastAnswer_ = answer.sequenceNumber;
+    }
+    return verdict;
+  };
+  return question;
+}
+
+Protection Session::Protect() const {
+  return {login_.algorithms, keys_, login_.password, login_.passwordLength};
+}
+
+bool Session::Has(unsigned int workaround) const {
+  return (settings_.workaroundFlags & workaround) != 0;
+}
+
+}  // namespace Standalone
+}  // namespace Tavrin

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "platform/IpmiClient.h"
+#include "platform/standalone/ipmi_client/ConnectSettings.h"
+#include "platform/standalone/ipmi_client/Conversation.h"
+#include "platform/standalone/ipmi_client/Failure.h"
+#include "platform/standalone/ipmi_client/OpeningMessages.h"
+#include "platform/standalone/ipmi_client/SessionKeys.h"
+#include "platform/standalone/ipmi_client/SessionMessages.h"
+
+namespace Tavrin {
+namespace Standalone {
+
+/// A session of IPMI 2.0. It refers to the conversation and to the texts of its login, which
+/// outlive it.
+class Session {
+ public:
+  Session(Conversation& conversation, const Login& login, const ConnectSettings& settings)
+      : conversation_(conversation), login_(login), settings_(settings) {}
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  /// The five steps that open a session: what the controller can do, the session's number, the
+  /// proof of the password in two steps, the privilege level. A failure leaves nothing open that
+  /// can be closed.
+  Failure Open();
+
+  /// Fills `response` and `completionCode` when it returns a failure with result 0.
+  Failure Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
+                   std::uint8_t& completionCode);
+
+  /// Tells the controller that the session is over, if it may have one. What becomes of that
+  /// matters to nobody but the controller.
+  void Close();
+
+ private:
+  /// One of the steps.
+  using Step = Failure (Session::*)();
+
+  Failure AskCapabilities();
+  Failure OpenSession();
+  Failure LearnControllersProof();
+  Failure ProvePassword();
+  Failure RaisePrivilege();
+
+  /// A question that goes within the session.
+  Question MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer);
+  Verdict JudgeWhileRaising(const Datagram& datagram, const Question& question);
+  [[nodiscard]] Protection Protect() const;
+  [[nodiscard]] bool Has(unsigned int workaround) const;
+
+  Conversation& conversation_;
+  Login login_;
+  ConnectSettings settings_;
+  Handshake handshake_;
+  SessionKeys keys_;
+  std::uint32_t sequenceNumber_ = 0;  ///< Of the last request sent.
+  std::optional<std::uint32_t> lastAnswer_;
+  std::uint8_t rakpNumber_ = 0;  ///< Of RAKP messages 3 and 4.
+  std::uint8_t lateStatus_ = 0;  ///< Of a RAKP message 4 that came after its step.
+  bool mayBeOpen_ = false;
+};
+
+}  // namespace Standalone
+}  // namespace Tavrin

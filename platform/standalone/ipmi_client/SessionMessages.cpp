@@ -1,0 +1,87 @@
+#include "platform/standalone/ipmi_client/SessionMessages.h"
+
+namespace Tavrin {
+namespace Standalone {
+namespace {
+
+constexpr unsigned int kRequired = FIID_FIELD_REQUIRED | FIID_FIELD_LENGTH_FIXED;
+constexpr unsigned int kOptional = FIID_FIELD_OPTIONAL | FIID_FIELD_LENGTH_VARIABLE;
+
+// Any request and any answer; lengths in bits. What one datagram holds fits.
+constexpr fiid_field_t kRequestFields[] = {
+    {8, "cmd", kRequired}, {8 * 65536, "data", kOptional}, {0, "", 0}};
+constexpr fiid_field_t kAnswerFields[] = {
+    {8, "cmd", kRequired}, {8, "comp_code", kRequired}, {8 * 65536, "data", kOptional}, {0, "", 0}};
+
+bool IsFilled(const IPMICOMMAND& request, const FiidObject& message) {
+  return fiid_obj_set(message.Get(), "cmd", request.cmd) == 0 &&
+         (request.data.empty() ||
+          fiid_obj_set_data(message.Get(), "data", request.data.data(),
+                            static_cast<unsigned int>(request.data.size())) >= 0);
+}
+
+/// Whether one sequence number comes after another, also where they begin anew.
+bool IsLater(std::uint32_t number, std::uint32_t last) {
+  return static_cast<std::int32_t>(number - last) > 0;
+}
+
+/// Only where answers are authenticated; controllers that need not count do not always.
+bool IsSecondCopy(const UnpackedPacket& packet, const Protection& protection,
+                  const ExpectedAnswer& expected) {
+  const auto number = packet.sessionHeader.Number("session_sequence_number").value_or(0);
+  return protection.algorithms.integrity != IPMI_INTEGRITY_ALGORITHM_NONE &&
+         expected.lastSequenceNumber &&
+         !IsLater(static_cast<std::uint32_t>(number), *expected.lastSequenceNumber);
+}
+
+bool AnswersRequest(const UnpackedPacket& packet, const ExpectedAnswer& expected) {
+  return packet.messageHeader.Number("rq_seq") == expected.number &&
+         packet.messageHeader.Number("net_fn") == expected.networkFunction + 1U &&
+         packet.message.Number("cmd") == expected.command;
+}
+
+bool IsOfSession(const DatagramHead& head, const ExpectedAnswer& expected) {
+  return head.isRmcpPlus && head.payloadType == IPMI_PAYLOAD_TYPE_IPMI &&
+         head.sessionId == expected.remoteConsoleSessionId;
+}
+
+bool IsProtectedAsAgreed(const DatagramHead& head, const Algorithms& algorithms) {
+  return head.isAuthenticated == (algorithms.integrity != IPMI_INTEGRITY_ALGORITHM_NONE) &&
+         head.isEncrypted == (algorithms.confidentiality != IPMI_CONFIDENTIALITY_ALGORITHM_NONE);
+}
+
+}  // namespace
+
+Datagram MakeRequest(const Envelope& envelope, const Protection& protection,
+                     const IPMICOMMAND& request) {
+  const FiidObject message(kRequestFields);
+  return IsFilled(request, message) ? Pack(envelope, protection, message) : Datagram();
+}
+
+Verdict ReadAnswer(const Datagram& datagram, const Protection& protection,
+                   const ExpectedAnswer& expected, SessionAnswer& answer) {
+  const std::optional<DatagramHead> head = ReadHead(datagram);
+  if (!head) {
+    return Verdict::Damaged;
+  }
+  if (!IsOfSession(*head, expected)) {
+    return Verdict::Foreign;
+  }
+  UnpackedPacket packet(kAnswerFields);
+  if (!IsProtectedAsAgreed(*head, protection.algorithms) || !packet.Unpack(datagram, protection) ||
+      (expected.checksChecksums && !packet.HasRightChecksums()) ||
+      fiid_obj_packet_valid(packet.message.Get()) != 1) {
+    return Verdict::Damaged;
+  }
+  if (IsSecondCopy(packet, protection, expected) || !AnswersRequest(packet, expected)) {
+    return Verdict::Foreign;
+  }
+  answer.sequenceNumber = static_cast<std::uint32_t>(
+      packet.sessionHeader.Number("session_sequence_number").value_or(0));
+  answer.completionCode = static_cast<std::uint8_t>(packet.message.Number("comp_code").value_or(0));
+  answer.data = packet.message.Bytes("data");
+  return Verdict::Answer;
+}
+
+}  // namespace Standalone
+}  // namespace Tavrin

@@ -1,0 +1,106 @@
+#include "platform/standalone/ipmi_client/UdpSocket.h"
+
+#include <netdb.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+
+namespace Tavrin {
+namespace Standalone {
+namespace {
+
+/// More than any UDP datagram holds.
+constexpr std::size_t kDatagramCapacity = 65536;
+
+using AddressList = std::unique_ptr<addrinfo, void (*)(addrinfo*)>;
+
+AddressList FindAddress(const std::string& numericAddress, int port) {
+  addrinfo hints{};
+  hints.ai_socktype = SOCK_DGRAM;
+  hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
+  addrinfo* list = nullptr;
+  getaddrinfo(numericAddress.c_str(), std::to_string(port).c_str(), &hints, &list);
+  return {list, freeaddrinfo};
+}
+
+/// A connected socket takes datagrams from its other end only, and hears what the network says of
+/// it.
+int OpenConnected(const addrinfo& address, int& descriptor) {
+  descriptor = socket(address.ai_family, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  const bool isConnected =
+      descriptor >= 0 && connect(descriptor, address.ai_addr, address.ai_addrlen) == 0;
+  return isConnected ? 0 : errno;
+}
+
+}  // namespace
+
+UdpSocket::UdpSocket(const std::string& numericAddress, int port) : buffer_(kDatagramCapacity) {
+  const AddressList address = FindAddress(numericAddress, port);
+  openError_ = address ? OpenConnected(*address, descriptor_) : EADDRNOTAVAIL;
+}
+
+UdpSocket::~UdpSocket() {
+  if (descriptor_ >= 0) {
+    close(descriptor_);
+  }
+}
+
+int UdpSocket::Send(const Datagram& datagram) {
+  // What the network said of an earlier datagram comes first, in the place of this one.
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    if (send(descriptor_, datagram.data(), datagram.size(), MSG_NOSIGNAL) >= 0) {
+      return 0;
+    }
+    if (errno == EAGAIN) {
+      return 0;  // No room to send in: as good as lost on the way, and repeated like that.
+    }
+    if (TakePeerError(errno) == 0) {
+      continue;
+    }
+    return errno;
+  }
+  return peerError_;
+}
+
+/// Returns 0 when the error tells of the other end, else the error.
+int UdpSocket::TakePeerError(int error) {
+  switch (error) {
+    case ECONNREFUSED:
+    case EHOSTUNREACH:
+    case EHOSTDOWN:
+    case ENETUNREACH:
+      peerError_ = error;
+      return 0;
+    default:
+      return error;
+  }
+}
+
+/// Returns whether something came.
+bool UdpSocket::Wait(Clock::time_point deadline) const {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+  pollfd source{descriptor_, POLLIN, 0};
+  return left.count() > 0 && poll(&source, 1, static_cast<int>(left.count())) > 0;
+}
+
+UdpSocket::Received UdpSocket::Receive(Clock::time_point deadline) {
+  while (Clock::now() < deadline) {
+    if (!Wait(deadline)) {
+      continue;
+    }
+    const ssize_t length = recv(descriptor_, buffer_.data(), buffer_.size(), 0);
+    if (length >= 0) {
+      return {Datagram(buffer_.begin(), buffer_.begin() + length), 0};
+    }
+    if (errno != EAGAIN && errno != EINTR && TakePeerError(errno) != 0) {
+      return {std::nullopt, errno};
+    }
+  }
+  return {};
+}
+
+}  // namespace Standalone
+}  // namespace Tavrin

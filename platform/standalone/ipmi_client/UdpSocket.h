@@ -1,0 +1,57 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "platform/standalone/ipmi_client/Datagram.h"
+
+namespace Tavrin {
+namespace Standalone {
+
+/// The clock of every wait: it goes on evenly, whatever happens to the time of day.
+using Clock = std::chrono::steady_clock;
+
+/// A UDP socket that exchanges datagrams with one address. Errors are those of errno, 0 when there
+/// is none.
+class UdpSocket {
+ public:
+  /// `numericAddress` is an IPv4 or IPv6 address.
+  UdpSocket(const std::string& numericAddress, int port);
+  ~UdpSocket();
+  UdpSocket(const UdpSocket&) = delete;
+  UdpSocket& operator=(const UdpSocket&) = delete;
+
+  /// What keeps the socket from being used at all.
+  [[nodiscard]] int OpenError() const { return openError_; }
+
+  /// Returns at once.
+  int Send(const Datagram& datagram);
+
+  /// What Receive() came back with: a datagram, an error, or neither at its deadline.
+  struct Received {
+    std::optional<Datagram> datagram;
+    int error = 0;
+  };
+
+  /// Waits for a datagram until `deadline`; a caught signal changes nothing about that. What the
+  /// network says of the other end is kept for PeerError() and does not end the waiting either,
+  /// since a controller that starts again comes back.
+  Received Receive(Clock::time_point deadline);
+
+  /// What the network said last of the other end, such as ECONNREFUSED.
+  [[nodiscard]] int PeerError() const { return peerError_; }
+  void ForgetPeerError() { peerError_ = 0; }
+
+ private:
+  bool Wait(Clock::time_point deadline) const;
+  int TakePeerError(int error);
+
+  int descriptor_ = -1;
+  int openError_ = 0;
+  int peerError_ = 0;
+  Datagram buffer_;
+};
+
+}  // namespace Standalone
+}  // namespace Tavrin

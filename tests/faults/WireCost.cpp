@@ -1,0 +1,78 @@
+// What a wire that loses datagrams, or answers that come late, cost with the default settings.
+// usage: wire_cost loss QUERIES PERCENT SEED
+//        wire_cost late QUERIES MILLISECONDS
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "module/smm/smm_inventory/SMMInventory.h"
+#include "platform/standalone/globalconfig/ConfigControl.h"
+#include "tests/faults/Faults.h"
+#include "tests/faults/LeftBehind.h"
+#include "tests/support/Relay.h"
+#include "tests/support/SimulatedSmm.h"
+
+namespace Tavrin {
+namespace {
+
+using std::chrono::milliseconds;
+
+/// The simulator's user, and a wire through the relay.
+TavrinConnection::ConnectionInfo SettingsThrough(const Relay& relay) {
+  TavrinConnection::ConnectionInfo settings;
+  settings.address = "127.0.0.1";
+  settings.port = relay.Port();
+  settings.userName = "admin";
+  settings.password = "sesame";
+  settings.connectionKind = 7;
+  return settings;
+}
+
+/// Prints how many queries succeeded and how long each took, those that failed included.
+void Measure(int queries, const Fault& fault) {
+  Standalone::SetGlobalConfigValue("IPMI_WORKAROUND_FLAGS", 16);
+  const SimulatedSmm simulator({"--generation", "1"});
+  Relay relay(simulator.Port());
+  SMMInventory inventory(SettingsThrough(relay));
+  relay.Break(fault);
+  std::vector<milliseconds::rep> took;
+  int succeeded = 0;
+  for (int query = 0; query < queries; ++query) {
+    std::string machineType;
+    const auto start = std::chrono::steady_clock::now();
+    succeeded += inventory.GetSmmMT(machineType) == StatusCode::Success ? 1 : 0;
+    const auto end = std::chrono::steady_clock::now();
+    took.push_back(std::chrono::duration_cast<milliseconds>(end - start).count());
+  }
+  relay.Heal();
+  std::cout << succeeded << " of " << queries << " queries succeeded; first " << took.front()
+            << " ms, ";
+  std::sort(took.begin(), took.end());
+  std::cout << "median " << took[took.size() / 2] << " ms, longest " << took.back() << " ms; "
+            << OpenSessions(simulator) << " sessions left open\n";
+}
+
+}  // namespace
+}  // namespace Tavrin
+
+extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }
+
+int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  const auto number = [&](std::size_t at) { return std::atoi(arguments[at].c_str()); };
+  if (arguments.size() == 4 && arguments[0] == "loss" && number(1) > 0) {
+    Tavrin::Measure(number(1), Tavrin::Loss(static_cast<std::uint32_t>(number(3)),
+                                            static_cast<unsigned int>(number(2))));
+  } else if (arguments.size() == 3 && arguments[0] == "late" && number(1) > 0) {
+    Tavrin::Measure(number(1), Tavrin::Delayed(std::chrono::milliseconds(number(2))));
+  } else {
+    std::cerr << "usage: wire_cost loss QUERIES PERCENT SEED\n"
+                 "       wire_cost late QUERIES MILLISECONDS\n";
+    return 2;
+  }
+  return 0;
+}
