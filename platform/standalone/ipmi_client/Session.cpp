@@ -2,9 +2,14 @@
 
 #include <freeipmi/freeipmi.h>
 
+#include <utility>
+
 namespace Tavrin {
 namespace Standalone {
 namespace {
+
+/// Memory may be there again when it was short at first.
+constexpr int kAttemptsToClose = 2;
 
 Failure CapabilitiesFailure(const Capabilities& capabilities, bool checksLogin) {
   if (capabilities.completionCode == IPMI_COMP_CODE_NODE_BUSY) {
@@ -22,10 +27,12 @@ Failure CapabilitiesFailure(const Capabilities& capabilities, bool checksLogin) 
 }  // namespace
 
 Session::~Session() {
-  try {
-    Close();
-  } catch (...) {
-    // Without memory to say that it is over, the controller finds that out by itself.
+  for (int attempt = 0; attempt < kAttemptsToClose && stage_ != Stage::Over; ++attempt) {
+    try {
+      Close();
+    } catch (...) {
+      // Where the next attempt has no memory either, the controller finds out by itself.
+    }
   }
 }
 
@@ -85,6 +92,7 @@ Failure Session::OpenSession() {
     return failure.result != 0 ? failure : StatusFailure(opened.status);
   }
   handshake_.managedSystemSessionId = opened.managedSystemSessionId;
+  stage_ = Stage::Begun;
   return opened.mostPrivilegeLevel < login_.privilegeLevel ? FailureOf(Trouble::PrivilegeRefused)
                                                            : Failure{};
 }
@@ -100,12 +108,14 @@ Failure Session::LearnControllersProof() {
     return ReadRakp2(datagram, number, login_, handshake_, rakp2);
   };
   const Failure failure = conversation_.Ask(question);
-  if (failure.result != 0 || rakp2.status != 0) {
-    return failure.result != 0 ? failure : StatusFailure(rakp2.status);
+  if (failure.result != 0) {
+    return failure;
+  }
+  if (rakp2.status != 0) {
+    stage_ = Stage::Over;
+    return StatusFailure(rakp2.status);
   }
   if (!rakp2.provesPassword) {
-    // The controller, which cannot know it otherwise, has the session back at once.
-    conversation_.Tell(MakeRakp3Refusal(conversation_.NextNumber(), handshake_));
     return FailureOf(Trouble::PasswordRefused);
   }
   handshake_.managedSystemRandomNumber = rakp2.managedSystemRandomNumber;
@@ -115,12 +125,15 @@ Failure Session::LearnControllersProof() {
 
 Failure Session::ProvePassword() {
   rakpNumber_ = conversation_.NextNumber();
-  mayBeOpen_ = true;
   Rakp4 rakp4;
   Question question;
   question.silence = Trouble::SilentWhileChecking;
   question.isDelicate = true;
-  question.make = [&] { return MakeRakp3(rakpNumber_, login_, handshake_); };
+  question.make = [&] {
+    Datagram rakp3 = MakeRakp3(rakpNumber_, login_, handshake_);
+    stage_ = Stage::MayBeOpen;
+    return rakp3;
+  };
   question.judge = [&](const Datagram& datagram) {
     return ReadRakp4(datagram, rakpNumber_, login_, handshake_, keys_,
                      Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
@@ -128,7 +141,7 @@ Failure Session::ProvePassword() {
   };
   const Failure failure = conversation_.Ask(question);
   if (failure.result == 0 && rakp4.status != 0) {
-    mayBeOpen_ = false;
+    stage_ = Stage::Over;
     return StatusFailure(rakp4.status);
   }
   // Once the session is open, the controller need not answer a repetition. Whether it is open shows
@@ -148,7 +161,7 @@ Failure Session::RaisePrivilege() {
   question.judge = [&](const Datagram& datagram) { return JudgeWhileRaising(datagram, inSession); };
   const Failure failure = conversation_.Ask(question);
   if (lateStatus_ != 0) {
-    mayBeOpen_ = false;
+    stage_ = Stage::Over;
     return StatusFailure(lateStatus_);
   }
   if (failure.result != 0 || answer.completionCode == 0) {
@@ -181,10 +194,21 @@ Failure Session::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>&
 }
 
 void Session::Close() {
-  if (!mayBeOpen_) {
-    return;
+  switch (stage_) {
+    case Stage::Over:
+      break;
+    case Stage::Begun:
+      // The controller, which cannot know it otherwise, has the session back at once.
+      conversation_.Tell(MakeRakp3Refusal(conversation_.NextNumber(), handshake_));
+      break;
+    case Stage::MayBeOpen:
+      AskToClose();
+      break;
   }
-  mayBeOpen_ = false;
+  stage_ = Stage::Over;
+}
+
+void Session::AskToClose() {
   const std::uint32_t id = handshake_.managedSystemSessionId;
   IPMICOMMAND request;
   request.netFn = IPMI_NET_FN_APP_RQ;

@@ -39,6 +39,13 @@ class Session {
   void Close();
 
  private:
+  /// What the controller has of the session, as far as it is known here.
+  enum class Stage {
+    Over,       ///< Nothing: it was not begun, was refused, or was closed.
+    Begun,      ///< A session that waits for the proof of the password.
+    MayBeOpen,  ///< One that counts as open once the proof has arrived there.
+  };
+
   /// One of the steps.
   using Step = Failure (Session::*)();
 
@@ -47,6 +54,8 @@ class Session {
   Failure LearnControllersProof();
   Failure ProvePassword();
   Failure RaisePrivilege();
+
+  void AskToClose();
 
   /// A question that goes within the session.
   Question MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer);
@@ -63,7 +72,7 @@ class Session {
   std::optional<std::uint32_t> lastAnswer_;
   std::uint8_t rakpNumber_ = 0;  ///< Of RAKP messages 3 and 4.
   std::uint8_t lateStatus_ = 0;  ///< Of a RAKP message 4 that came after its step.
-  bool mayBeOpen_ = false;
+  Stage stage_ = Stage::Over;
 };
 
 }  // namespace Standalone

@@ -37,7 +37,8 @@ int OpenConnected(const addrinfo& address, int& descriptor) {
 
 }  // namespace
 
-UdpSocket::UdpSocket(const std::string& numericAddress, int port) : buffer_(kDatagramCapacity) {
+UdpSocket::UdpSocket(const std::string& numericAddress, int port) {
+  buffer_.reserve(kDatagramCapacity);
   const AddressList address = FindAddress(numericAddress, port);
   openError_ = address ? OpenConnected(*address, descriptor_) : EADDRNOTAVAIL;
 }
@@ -91,12 +92,14 @@ UdpSocket::Received UdpSocket::Receive(Clock::time_point deadline) {
     if (!Wait(deadline)) {
       continue;
     }
+    buffer_.resize(kDatagramCapacity);
     const ssize_t length = recv(descriptor_, buffer_.data(), buffer_.size(), 0);
     if (length >= 0) {
-      return {Datagram(buffer_.begin(), buffer_.begin() + length), 0};
+      buffer_.resize(static_cast<std::size_t>(length));
+      return {&buffer_, 0};
     }
     if (errno != EAGAIN && errno != EINTR && TakePeerError(errno) != 0) {
-      return {std::nullopt, errno};
+      return {nullptr, errno};
     }
   }
   return {};

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
 #include <string>
 
 #include "platform/standalone/ipmi_client/Datagram.h"
@@ -30,13 +29,14 @@ class UdpSocket {
 
   /// What Receive() came back with: a datagram, an error, or neither at its deadline.
   struct Received {
-    std::optional<Datagram> datagram;
+    const Datagram* datagram = nullptr;  ///< Holds until the next call.
     int error = 0;
   };
 
   /// Waits for a datagram until `deadline`; a caught signal changes nothing about that. What the
   /// network says of the other end is kept for PeerError() and does not end the waiting either,
-  /// since a controller that starts again comes back.
+  /// since a controller that starts again comes back. Allocates nothing: without memory the number
+  /// of a session that the controller has just begun would be lost, and nobody could end it.
   Received Receive(Clock::time_point deadline);
 
   /// What the network said last of the other end, such as ECONNREFUSED.
