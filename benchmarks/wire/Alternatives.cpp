@@ -36,13 +36,14 @@ std::string HostAndPort(const TavrinConnection::ConnectionInfo& info) {
   return info.address + ":" + std::to_string(info.port);
 }
 
-std::string IpmiRawConfiguration(const TavrinConnection::ConnectionInfo& info) {
+std::string IpmiRawConfiguration(const TavrinConnection::ConnectionInfo& info,
+                                 const Patience& patience) {
   const ConnectSettings settings = ClientSettings(info);
   return "driver-type LAN_2_0\nusername " + info.userName + "\npassword " + info.password +
          "\ncipher-suite-id " + std::to_string(settings.cipherSuite) +
          "\nprivilege-level ADMIN\nworkaround-flags opensesspriv\nsession-timeout " +
-         std::to_string(settings.sessionTimeoutMs) + "\nretransmission-timeout " +
-         std::to_string(FirstIntervalMs(settings)) + "\n";
+         std::to_string(patience.sessionTimeout.count()) + "\nretransmission-timeout " +
+         std::to_string(patience.retransmissionTimeout.count()) + "\n";
 }
 
 void AppendBytes(std::vector<std::string>& arguments, const IPMICOMMAND& request) {
@@ -74,9 +75,16 @@ void BareExchange(const TavrinConnection::ConnectionInfo& info, const IPMICOMMAN
   }
 }
 
-CommandLines::CommandLines(const TavrinConnection::ConnectionInfo& settings)
+Patience PatienceOfTheClient(const TavrinConnection::ConnectionInfo& info) {
+  const ConnectSettings settings = ClientSettings(info);
+  return {std::chrono::milliseconds(settings.sessionTimeoutMs),
+          std::chrono::milliseconds(FirstIntervalMs(settings))};
+}
+
+CommandLines::CommandLines(const TavrinConnection::ConnectionInfo& settings,
+                           const Patience& patience)
     : settings_(settings),
-      ipmiRawConfiguration_(IpmiRawConfiguration(settings)),
+      ipmiRawConfiguration_(IpmiRawConfiguration(settings, patience)),
       ipmitoolPassword_(settings.password + "\n") {}
 
 std::vector<std::string> CommandLines::IpmiRaw(const IPMICOMMAND& request) const {

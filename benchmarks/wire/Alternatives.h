@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -14,11 +15,24 @@ namespace Tavrin {
 /// unless an answer comes.
 void BareExchange(const TavrinConnection::ConnectionInfo& info, const IPMICOMMAND& request);
 
+/// How long a way waits.
+struct Patience {
+  std::chrono::milliseconds sessionTimeout;
+  std::chrono::milliseconds retransmissionTimeout;
+};
+
+/// As long as the library's client does at first.
+Patience PatienceOfTheClient(const TavrinConnection::ConnectionInfo& info);
+
 /// The command lines of FreeIPMI's ipmi-raw and of ipmitool that send one request each. The
 /// password is in files.
 class CommandLines {
  public:
-  explicit CommandLines(const TavrinConnection::ConnectionInfo& settings);
+  explicit CommandLines(const TavrinConnection::ConnectionInfo& settings)
+      : CommandLines(settings, PatienceOfTheClient(settings)) {}
+
+  /// ipmi-raw waits that long; ipmitool has its own ways.
+  CommandLines(const TavrinConnection::ConnectionInfo& settings, const Patience& patience);
 
   std::vector<std::string> IpmiRaw(const IPMICOMMAND& request) const;
   std::vector<std::string> Ipmitool(const IPMICOMMAND& request) const;
