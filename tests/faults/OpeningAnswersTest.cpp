@@ -46,6 +46,10 @@ Change Add(std::size_t at, std::uint8_t bits) {
   return [at, bits](Bytes& bytes) { bytes.at(at) |= bits; };
 }
 
+Change Flip(std::size_t at, std::uint8_t bits) {
+  return [at, bits](Bytes& bytes) { bytes.at(at) ^= bits; };
+}
+
 void Lose(Bytes& bytes) { bytes.clear(); }
 
 void SpoilEnd(Bytes& bytes) { bytes.back() ^= 0x01U; }
@@ -181,7 +185,7 @@ TEST_F(OpeningAnswers, LowerPrivilegeThanAskedForIsRefused) {
 TEST_F(OpeningAnswers, AnswerToAnotherNumberOrSessionIsNotTaken) {
   for (const OpeningAnswer answer : {OpeningAnswer::OpenSession, OpeningAnswer::Rakp2}) {
     for (const std::size_t at : {kNumberAt, kSessionIdAt}) {
-      ExpectFailure(Changed(answer, Add(at, 0xC0)), ConnectResult::WorthRetrying,
+      ExpectFailure(Changed(answer, Flip(at, 0xC0)), ConnectResult::WorthRetrying,
                     FailureCause::OtherAnswer,
                     "no answer within the session time-out but another request's");
     }
