@@ -34,41 +34,70 @@ class Chance {
 
 bool IsAnswer(const Datagram& datagram) { return datagram.direction == Direction::ToClient; }
 
-// Where things are in an answer of a session that nothing protects.
 constexpr std::size_t kAuthenticationTypeAt = 4;
 constexpr std::size_t kPayloadTypeAt = 5;
-constexpr std::size_t kMessageAt = 16;
-constexpr std::size_t kNetworkFunctionAt = 17;
-constexpr std::size_t kFirstChecksumAt = 18;
-constexpr std::size_t kCommandAt = 21;
-constexpr std::size_t kCompletionCodeAt = 22;
+constexpr std::uint8_t kRmcpPlus = 0x06;
+constexpr std::uint8_t kEncrypted = 0x80;
+constexpr std::uint8_t kProtection = 0xC0;
+
+/// The payload type, with the bits that tell how it is protected; 0xFF in a packet of IPMI 1.5.
+std::uint8_t PayloadType(const Datagram& datagram) {
+  const Bytes& bytes = datagram.bytes;
+  return bytes.size() > kPayloadTypeAt && bytes[kAuthenticationTypeAt] == kRmcpPlus
+             ? bytes[kPayloadTypeAt]
+             : 0xFF;
+}
 
 bool IsSessionAnswer(const Datagram& datagram) {
-  constexpr std::uint8_t kRmcpPlus = 0x06;
-  return IsAnswer(datagram) && datagram.bytes.size() > kCompletionCodeAt + 1 &&
-         datagram.bytes[kAuthenticationTypeAt] == kRmcpPlus && datagram.bytes[kPayloadTypeAt] == 0;
+  return IsAnswer(datagram) && (PayloadType(datagram) & ~kProtection) == 0;
+}
+
+bool IsOpeningAnswer(const Datagram& datagram, OpeningAnswer answer) {
+  const std::uint8_t type = PayloadType(datagram);
+  switch (answer) {
+    case OpeningAnswer::Capabilities:
+      return IsAnswer(datagram) && type == 0xFF;
+    case OpeningAnswer::OpenSession:
+      return IsAnswer(datagram) && type == 0x11;
+    case OpeningAnswer::Rakp2:
+      return IsAnswer(datagram) && type == 0x13;
+    default:
+      return IsAnswer(datagram) && type == 0x15;
+  }
 }
 
 std::uint8_t Checksum(Bytes::iterator begin, Bytes::iterator end) {
   return static_cast<std::uint8_t>(-std::accumulate(begin, end, 0));
 }
 
-/// The first of the two ends the address, the second the message and the datagram.
-void CorrectChecksums(Bytes& bytes) {
-  const auto first = bytes.begin() + kFirstChecksumAt;
-  *first = Checksum(bytes.begin() + kMessageAt, first);
+/// Of an IPMI message that ends the datagram: the first checksum ends its address, the second
+/// itself.
+void CorrectChecksums(Bytes& bytes, std::ptrdiff_t messageAt) {
+  const auto first = bytes.begin() + messageAt + 2;
+  *first = Checksum(first - 2, first);
   bytes.back() = Checksum(first + 1, bytes.end() - 1);
 }
+
+// Where things are in an answer of a session that nothing protects.
+constexpr std::ptrdiff_t kMessageAt = 16;
+constexpr std::size_t kNetworkFunctionAt = 17;
+constexpr std::size_t kCommandAt = 21;
+constexpr std::size_t kCompletionCodeAt = 22;
+constexpr std::uint8_t kSetSessionPrivilegeLevel = 0x3B;
 
 /// Answers of the session with some bits of one byte turned over.
 Fault Flipped(std::size_t at, std::uint8_t bits) {
   return [at, bits](Datagram datagram) {
     if (IsSessionAnswer(datagram)) {
-      datagram.bytes[at] ^= bits;
-      CorrectChecksums(datagram.bytes);
+      datagram.bytes.at(at) ^= bits;
+      CorrectChecksums(datagram.bytes, kMessageAt);
     }
     return Departures{{std::move(datagram)}};
   };
+}
+
+bool IsPrivilegeAnswer(const Datagram& datagram) {
+  return IsSessionAnswer(datagram) && datagram.bytes.at(kCommandAt) == kSetSessionPrivilegeLevel;
 }
 
 }  // namespace
@@ -153,12 +182,47 @@ Fault AnswerToTheRequestBefore(unsigned int count) {
   };
 }
 
+Fault Changed(OpeningAnswer answer, const Change& change) {
+  constexpr std::ptrdiff_t kIpmi15MessageAt = 14;
+  return [answer, change](Datagram datagram) {
+    if (!IsOpeningAnswer(datagram, answer)) {
+      return Departures{{std::move(datagram)}};
+    }
+    change(datagram.bytes);
+    if (answer == OpeningAnswer::Capabilities && !datagram.bytes.empty()) {
+      CorrectChecksums(datagram.bytes, kIpmi15MessageAt);
+    }
+    return datagram.bytes.empty() ? Departures{} : Departures{{std::move(datagram)}};
+  };
+}
+
+Fault Delayed(OpeningAnswer answer, milliseconds delay) {
+  return [answer, delay](const Datagram& datagram) {
+    return Departures{{datagram, IsOpeningAnswer(datagram, answer) ? delay : milliseconds(0)}};
+  };
+}
+
 Fault RefusedPrivilege(std::uint8_t completionCode) {
-  constexpr std::uint8_t kSetSessionPrivilegeLevel = 0x3B;
   return [completionCode](Datagram datagram) {
-    if (IsSessionAnswer(datagram) && datagram.bytes[kCommandAt] == kSetSessionPrivilegeLevel) {
-      datagram.bytes[kCompletionCodeAt] = completionCode;
-      CorrectChecksums(datagram.bytes);
+    if (IsPrivilegeAnswer(datagram)) {
+      datagram.bytes.at(kCompletionCodeAt) = completionCode;
+      CorrectChecksums(datagram.bytes, kMessageAt);
+    }
+    return Departures{{std::move(datagram)}};
+  };
+}
+
+Fault SilentPrivilege() {
+  return [](const Datagram& datagram) {
+    return IsPrivilegeAnswer(datagram) ? Departures{} : Departures{{datagram}};
+  };
+}
+
+Fault Unencrypted(unsigned int count) {
+  return [left = count](Datagram datagram) mutable {
+    if (left > 0 && IsSessionAnswer(datagram)) {
+      --left;
+      datagram.bytes[kPayloadTypeAt] &= static_cast<std::uint8_t>(~kEncrypted);
     }
     return Departures{{std::move(datagram)}};
   };

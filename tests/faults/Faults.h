@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "tests/support/Relay.h"
 
@@ -40,15 +41,30 @@ Fault GarbageFlood(std::uint32_t seed);
 /// Sound for the first `count` datagrams; then, instead of each answer, the one before it.
 Fault AnswerToTheRequestBefore(unsigned int count);
 
-// Forged answers, with checksums that hold; only for cipher suite 0, which protects nothing.
+/// The answers with which a controller opens a session, none of them protected.
+enum class OpeningAnswer { Capabilities, OpenSession, Rakp2, Rakp4 };
 
-/// The controller refuses the privilege level with this completion code, once the session is open.
+/// Every such answer is changed, or lost where the change empties it; checksums are corrected.
+using Change = std::function<void(std::vector<std::uint8_t>&)>;
+Fault Changed(OpeningAnswer answer, const Change& change);
+
+/// Every such answer comes so much later.
+Fault Delayed(OpeningAnswer answer, std::chrono::milliseconds delay);
+
+// The next four are only for cipher suite 0, which protects nothing; checksums are corrected.
+
+/// The controller refuses the privilege level with this completion code, once the session is open,
+/// or does not answer.
 Fault RefusedPrivilege(std::uint8_t completionCode);
+Fault SilentPrivilege();
 
 /// Every answer within the session names another command than its request, or belongs to another
 /// network function.
 Fault OtherCommand();
 Fault OtherNetworkFunction();
+
+/// The first `count` answers within a session say that they are not encrypted.
+Fault Unencrypted(unsigned int count);
 
 /// Sound for the first `count` datagrams, then the fault.
 Fault After(unsigned int count, Fault fault);

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <new>
 #include <string>
 #include <thread>
 
-#include "platform/standalone/globalconfig/ConfigControl.h"
 #include "tests/faults/FaultTest.h"
 
 namespace Tavrin {
@@ -54,6 +54,40 @@ TEST_F(LeftBehind, RefusedPasswordOrUserLeavesNoSession) {
   SMMInventory wrongUser = Unread(settings);
   ExpectQuery(wrongUser, {StatusCode::NotConnected, 1, kSessionTimeout});
   ExpectNoSession();
+}
+
+TEST_F(LeftBehind, ClosedDescriptorZeroStaysClosed) {
+  const int standardInput = dup(STDIN_FILENO);
+  close(STDIN_FILENO);
+  ExpectQuery({StatusCode::Success, 0, kSessionTimeout});
+  EXPECT_NE(access("/proc/self/fd/0", F_OK), 0);
+  relay.Break(Silence());
+  ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  EXPECT_NE(access("/proc/self/fd/0", F_OK), 0);
+  dup2(standardInput, STDIN_FILENO);
+  close(standardInput);
+}
+
+// A session that its controller opens without the client's knowledge has no key to be closed with.
+
+TEST_F(LeftBehind, SessionOfADoubledRequestIsForgottenByTheController) {
+  constexpr unsigned int kOpenSessionRequest = 3;
+  relay.Break(Only(kOpenSessionRequest, Duplicated()));
+  ExpectQuery({StatusCode::Success, 0, kSessionTimeout});
+  EXPECT_EQ(OpenSessions(*simulator), 1);
+  EXPECT_EQ(OpenSessionsInTheEnd(*simulator), 0);
+}
+
+TEST_F(LeftBehind, SessionsOfDoubledRequestsLeaveRoomForOneMore) {
+  // More than the simulator has room for. The second copy is what finds no room then.
+  constexpr int kRoom = 63;
+  relay.Break(Duplicated());
+  for (int query = 0; query <= kRoom; ++query) {
+    std::string text;
+    EXPECT_EQ(inventory.GetSmmMT(text), StatusCode::Success) << query;
+  }
+  EXPECT_GT(OpenSessions(*simulator), kRoom / 2);
+  ExpectRecovery();
 }
 
 TEST_F(LeftBehind, SessionsOfABrokenWireAreForgottenByTheController) {

@@ -1,10 +1,6 @@
 #include "platform/IpmiClient.h"
 
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <string>
@@ -12,6 +8,7 @@
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "tests/platform/LogCapture.h"
 #include "tests/platform/ScopedEnvironment.h"
+#include "tests/support/SilentPort.h"
 
 namespace Tavrin {
 namespace {
@@ -22,31 +19,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
-
-/// A UDP port on loopback that somebody holds and nobody answers on.
-class SilentPort {
- public:
-  SilentPort() : socket_(::socket(AF_INET, SOCK_DGRAM, 0)) {
-    address_.sin_family = AF_INET;
-    address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address_);
-    ::bind(socket_, reinterpret_cast<const sockaddr*>(&address_), size);
-    ::getsockname(socket_, reinterpret_cast<sockaddr*>(&address_), &size);
-  }
-  ~SilentPort() { Close(); }
-  SilentPort(const SilentPort&) = delete;
-  SilentPort& operator=(const SilentPort&) = delete;
-
-  void Close() {
-    ::close(socket_);
-    socket_ = -1;
-  }
-  std::string Text() const { return std::to_string(ntohs(address_.sin_port)); }
-
- private:
-  int socket_;
-  sockaddr_in address_{};
-};
 
 struct Arguments {
   std::string address = "127.0.0.1";

@@ -9,13 +9,16 @@
 #include "platform/IpmiClient.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
+#include "platform/standalone/ipmi_client/LastExchange.h"
 #include "tests/wire/WireTest.h"
 
 namespace Tavrin {
 namespace {
 
 namespace ConnectResult = Standalone::ConnectResult;
+using Standalone::FailureCause;
 using ::testing::AllOf;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -36,12 +39,17 @@ class ClientResult : public WireTest {
                       cipherSuite);
   }
 
-  void ExpectOneLine(const std::string& userName, const std::string& cause) {
+  /// One line, and the same to be asked for.
+  void ExpectOneLine(const std::string& userName, FailureCause cause, const std::string& words,
+                     const std::string& advice) {
+    EXPECT_EQ(Standalone::GetLastExchange().cause, cause);
+    EXPECT_EQ(Standalone::GetLastExchange().words, words);
     ASSERT_THAT(lines, SizeIs(1));
     EXPECT_EQ(lines.front().level, 2U);
     EXPECT_THAT(lines.front().text,
                 AllOf(HasSubstr(simulator->Host()), HasSubstr(std::to_string(simulator->Port())),
-                      HasSubstr(userName), HasSubstr(cause), Not(HasSubstr("sesame"))));
+                      HasSubstr(userName), EndsWith(": " + words + "; " + advice),
+                      Not(HasSubstr("sesame"))));
   }
 
   static std::unique_ptr<SimulatedSmm> simulator;
@@ -79,24 +87,72 @@ TEST_F(ClientResult, RefusedRequestIsAnAnswerWithoutData) {
   EXPECT_EQ(client.send(request, response, completionCode), 0);
   EXPECT_EQ(completionCode, 0xC1);
   EXPECT_THAT(response, IsEmpty());
+  EXPECT_EQ(Standalone::GetLastExchange().cause, FailureCause::None);
+  EXPECT_TRUE(Standalone::GetLastExchange().isAnswered);
+  EXPECT_EQ(Standalone::GetLastExchange().completionCode, 0xC1);
+  EXPECT_EQ(Standalone::GetLastExchange().answerLength, 0U);
+}
+
+TEST_F(ClientResult, RequestThatIsNoneIsRefusedInWords) {
+  IpmiClient client = Client("admin", "sesame");
+  ASSERT_EQ(client.connect(), ConnectResult::Connected);
+  Bytes response;
+  std::uint8_t completionCode = 0;
+  EXPECT_EQ(client.send({0xB0, {}, 0x33}, response, completionCode), ConnectResult::Failed);
+  EXPECT_EQ(Standalone::GetLastExchange().cause, FailureCause::BadSetting);
+  EXPECT_EQ(Standalone::GetLastExchange().words,
+            "the network function is 0x33; expected an even one up to 0x0c, or from 0x2c to 0x3e");
+  EXPECT_EQ(client.send({0xB0, Bytes(65001), 0x32}, response, completionCode),
+            ConnectResult::Failed);
+  EXPECT_EQ(Standalone::GetLastExchange().words,
+            "the request has 65001 data bytes; expected at most 65000");
+  EXPECT_FALSE(Standalone::GetLastExchange().isAnswered);
+}
+
+TEST_F(ClientResult, ClientThatNeverConnectsHasMadeNoAttempt) {
+  const IpmiClient client = Client("admin", "sesame");
+  EXPECT_EQ(Standalone::GetLastExchange().cause, FailureCause::NoAttempt);
+  EXPECT_EQ(Standalone::GetLastExchange().connectionAttempts, 0);
+  EXPECT_EQ(Standalone::GetLastExchange().words, "no attempt to connect was made");
+  EXPECT_EQ(Standalone::GetLastExchange().host, simulator->Host());
 }
 
 TEST_F(ClientResult, WrongUserIsRefused) {
   EXPECT_EQ(Client("nobody", "sesame").connect(), ConnectResult::UserNameRefused);
-  ExpectOneLine("nobody", "the controller does not know the user");
+  ExpectOneLine("nobody", FailureCause::UserNameRefused, "the controller does not know the user",
+                "check the user name");
 }
 
 TEST_F(ClientResult, WrongPasswordIsRefused) {
   EXPECT_EQ(Client("admin", "sesame2").connect(), ConnectResult::PasswordRefused);
-  ExpectOneLine("admin", "the password does not match");
+  ExpectOneLine("admin", FailureCause::PasswordRefused, "the password does not match",
+                "check it, or set IPMI_WORKAROUND_FLAGS to 16 for a controller that computes its "
+                "proof with the level given when the session opens");
 }
 
 TEST_F(ClientResult, RefusedSuiteIsWorthRetrying) {
   EXPECT_EQ(Client("admin", "sesame", 17).connect(), ConnectResult::WorthRetrying);
-  ExpectOneLine("admin",
-                "the controller does not allow the cipher suite; try another "
-                "(IPMI_CIPHER_SUITE)");
+  ExpectOneLine("admin", FailureCause::SuiteRefused,
+                "the controller does not allow the cipher suite",
+                "try another (IPMI_CIPHER_SUITE)");
 }
+
+// RMCP+ with every combination of algorithms that the simulator has.
+class EverySuite : public ClientResult, public testing::WithParamInterface<unsigned long> {};
+
+TEST_P(EverySuite, ConnectsAndExchanges) {
+  IpmiClient client = Client("admin", "sesame", GetParam());
+  Bytes response;
+  std::uint8_t completionCode = 0xFF;
+  ASSERT_EQ(client.connect(), ConnectResult::Connected);
+  EXPECT_EQ(client.send(MachineTypeRequest(), response, completionCode), 0);
+  EXPECT_EQ(std::string(response.begin(), response.begin() + 4), "1QA4");
+  EXPECT_EQ(Client("admin", "sesame2", GetParam()).connect(),
+            GetParam() == 0 ? ConnectResult::Connected : ConnectResult::PasswordRefused);
+}
+
+INSTANTIATE_TEST_SUITE_P(CipherSuites, EverySuite, testing::Values(0, 1, 2, 3, 6, 11),
+                         testing::PrintToStringParamName());
 
 TEST_F(ClientResult, ConfiguredSuiteWinsOverTheFifthArgument) {
   Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 3);
@@ -108,7 +164,11 @@ TEST_F(ClientResult, RefusedPrivilegeIsTold) {
   // Without the workaround the simulator takes the level asked for as one that it may not grant.
   Standalone::SetGlobalConfigValue("IPMI_WORKAROUND_FLAGS", 0);
   EXPECT_EQ(Client("admin", "sesame").connect(), ConnectResult::PrivilegeRefused);
-  ExpectOneLine("admin", "privilege level");
+  ExpectOneLine("admin", FailureCause::PrivilegeRefused,
+                "the controller does not grant the privilege level",
+                "ask for a lower one (IPMI_PRIVILEGE_LEVEL: 2 user, 3 operator, 4 administrator), "
+                "or set IPMI_WORKAROUND_FLAGS to 16 for a controller that takes the level only "
+                "when the session opens");
 }
 
 TEST_F(ClientResult, ControllerGoneBeforeTheRequestIsAFailedSendWithoutAnAnswer) {

@@ -90,12 +90,13 @@ bool Conversation::IsAnswer(const Datagram& datagram, const Question& question, 
   }
 }
 
-/// A message outside of a session is known by its number: it is a second copy, or answers an
-/// earlier attempt that did not wait so long.
+/// A message outside of a session is known by its number: that of an earlier question makes it a
+/// second copy, or the answer that an earlier attempt did not wait for.
 void Conversation::NoticeForeign(const Datagram& datagram, Noticed& noticed) {
   const std::optional<DatagramHead> head = ReadHead(datagram);
-  const bool isNumbered = head && head->sessionId == 0 && head->number < kNumbers;
-  const auto asked = isNumbered ? asked_.at(head->number) : std::nullopt;
+  const bool isOfEarlierQuestion =
+      head && head->sessionId == 0 && head->number < kNumbers && head->number != lastNumber_;
+  const auto asked = isOfEarlierQuestion ? asked_.at(head->number) : std::nullopt;
   if (!asked) {
     noticed.foreign = true;
     return;

@@ -1,0 +1,168 @@
+#include "platform/standalone/ipmi_client/SessionMessages.h"
+
+#include <freeipmi/freeipmi.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <numeric>
+#include <string>
+#include <vector>
+
+namespace Tavrin::Standalone {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+const std::string kUserName = "admin";
+const std::string kPassword = "sesame";
+constexpr std::uint32_t kSessionId = 0x11223344;
+
+/// A controller at the other end of a session, with the same keys.
+class SessionMessages : public testing::TestWithParam<int> {
+ protected:
+  static void SetUpTestSuite() { ipmi_rmcpplus_init(); }
+
+  SessionMessages() : login(kUserName, kPassword) {
+    login.privilegeLevel = 4;
+    ipmi_cipher_suite_id_to_algorithms(
+        static_cast<std::uint8_t>(GetParam()), &login.algorithms.authentication,
+        &login.algorithms.integrity, &login.algorithms.confidentiality);
+    handshake.remoteConsoleRandomNumber.fill(0x5A);
+    handshake.managedSystemRandomNumber.fill(0xA5);
+    EXPECT_TRUE(keys.Compute(login, handshake));
+  }
+
+  Protection Protect(const Algorithms& algorithms) const {
+    return {algorithms, keys, login.password, login.passwordLength};
+  }
+
+  /// An answer has the layout of a request, with the completion code as its first byte of data.
+  Datagram Answer(const IPMICOMMAND& message) const {
+    return MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, kSessionId, 5, message.netFn, 9},
+                       Protect(login.algorithms), message);
+  }
+
+  Verdict Read(const Datagram& datagram) {
+    return ReadAnswer(datagram, Protect(login.algorithms), expected, read);
+  }
+
+  bool IsProtected() const { return login.algorithms.integrity != 0; }
+
+  Login login;
+  Handshake handshake;
+  SessionKeys keys;
+  ExpectedAnswer expected{kSessionId, 9, 0x32, 0xB0, {}, true};
+  IPMICOMMAND answer{0xB0, {0x00, 0x31, 0x51}, 0x33};
+  SessionAnswer read;
+};
+
+TEST_P(SessionMessages, AnswerIsRead) {
+  ASSERT_EQ(Read(Answer(answer)), Verdict::Answer);
+  EXPECT_EQ(read.sequenceNumber, 5U);
+  EXPECT_EQ(read.completionCode, 0);
+  EXPECT_EQ(read.data, (Bytes{0x31, 0x51}));
+}
+
+TEST_P(SessionMessages, RefusalWithoutDataIsRead) {
+  answer.data = {0xC1};
+  ASSERT_EQ(Read(Answer(answer)), Verdict::Answer);
+  EXPECT_EQ(read.completionCode, 0xC1);
+  EXPECT_EQ(read.data, Bytes());
+}
+
+TEST_P(SessionMessages, AnswerWithoutACompletionCodeIsDamaged) {
+  answer.data = {};
+  EXPECT_EQ(Read(Answer(answer)), Verdict::Damaged);
+}
+
+TEST_P(SessionMessages, AnswerIsReadWholeHoweverLong) {
+  answer.data.resize(kMostRequestBytes);
+  std::iota(answer.data.begin(), answer.data.end(), std::uint8_t{0});
+  ASSERT_EQ(Read(Answer(answer)), Verdict::Answer);
+  EXPECT_EQ(read.data, Bytes(answer.data.begin() + 1, answer.data.end()));
+}
+
+TEST_P(SessionMessages, AnotherCommandOrNetworkFunctionIsForeign) {
+  answer.cmd = 0xB1;
+  EXPECT_EQ(Read(Answer(answer)), Verdict::Foreign);
+  answer.cmd = 0xB0;
+  answer.netFn = 0x31;
+  EXPECT_EQ(Read(Answer(answer)), Verdict::Foreign);
+  answer.netFn = 0x32;
+  EXPECT_EQ(Read(Answer(answer)), Verdict::Foreign);
+}
+
+TEST_P(SessionMessages, AnotherNumberOrSessionIsForeign) {
+  expected.number = 10;
+  EXPECT_EQ(Read(Answer(answer)), Verdict::Foreign);
+  expected.number = 9;
+  expected.remoteConsoleSessionId = kSessionId + 1;
+  EXPECT_EQ(Read(Answer(answer)), Verdict::Foreign);
+}
+
+TEST_P(SessionMessages, SecondCopyIsForeignWhereTheSessionIsProtected) {
+  const Verdict copy = IsProtected() ? Verdict::Foreign : Verdict::Answer;
+  for (const std::uint32_t last : {5U, 6U, 0x7FFFFFFFU}) {
+    expected.lastSequenceNumber = last;
+    EXPECT_EQ(Read(Answer(answer)), copy) << last;
+  }
+  for (const std::uint32_t last : {4U, 0U, 0xFFFFFFFFU, 0xF0000000U}) {
+    expected.lastSequenceNumber = last;
+    EXPECT_EQ(Read(Answer(answer)), Verdict::Answer) << last;
+  }
+}
+
+TEST_P(SessionMessages, AnswerThatIsNotProtectedAsAgreedIsDamaged) {
+  for (const int suite : {0, 2, 3}) {
+    Login other = login;
+    ipmi_cipher_suite_id_to_algorithms(
+        static_cast<std::uint8_t>(suite), &other.algorithms.authentication,
+        &other.algorithms.integrity, &other.algorithms.confidentiality);
+    const bool isSame = other.algorithms.integrity == login.algorithms.integrity &&
+                        other.algorithms.confidentiality == login.algorithms.confidentiality;
+    SessionKeys otherKeys;
+    ASSERT_TRUE(otherKeys.Compute(other, handshake));
+    const Datagram datagram =
+        MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, kSessionId, 5, 0x33, 9},
+                    {other.algorithms, otherKeys, other.password, other.passwordLength}, answer);
+    EXPECT_EQ(Read(datagram), isSame ? Verdict::Answer : Verdict::Damaged) << suite;
+  }
+}
+
+TEST_P(SessionMessages, AnswerThatEndsEarlyIsNotTaken) {
+  const Datagram sound = Answer(answer);
+  for (std::size_t length = 0; length < sound.size(); ++length) {
+    EXPECT_NE(Read(Datagram(sound.begin(), sound.begin() + static_cast<std::ptrdiff_t>(length))),
+              Verdict::Answer)
+        << length;
+  }
+}
+
+TEST_P(SessionMessages, ChangedByteIsNotTaken) {
+  // Nothing protects what stands before the session's own part, or else before the message.
+  const Datagram sound = Answer(answer);
+  for (std::size_t at = IsProtected() ? 4 : 16; at < sound.size(); ++at) {
+    Datagram changed = sound;
+    changed[at] ^= 0x10U;
+    EXPECT_NE(Read(changed), Verdict::Answer) << at;
+  }
+}
+
+using UnprotectedSessionMessages = SessionMessages;
+
+TEST_P(UnprotectedSessionMessages, WrongChecksumIsTakenOnlyWhereItIsNotChecked) {
+  Datagram changed = Answer(answer);
+  changed.back() ^= 0x10U;
+  EXPECT_EQ(Read(changed), Verdict::Damaged);
+  expected.checksChecksums = false;
+  EXPECT_EQ(Read(changed), Verdict::Answer);
+}
+
+INSTANTIATE_TEST_SUITE_P(CipherSuites, SessionMessages,
+                         testing::Values(0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17),
+                         testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(CipherSuites, UnprotectedSessionMessages, testing::Values(0, 1, 6, 15),
+                         testing::PrintToStringParamName());
+
+}  // namespace
+}  // namespace Tavrin::Standalone

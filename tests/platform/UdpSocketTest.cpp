@@ -1,0 +1,114 @@
+#include "platform/standalone/ipmi_client/UdpSocket.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+
+#include "tests/support/Signals.h"
+#include "tests/support/SilentPort.h"
+
+namespace Tavrin::Standalone {
+namespace {
+
+using std::chrono::milliseconds;
+
+const Datagram kDatagram = {1, 2, 3};
+constexpr milliseconds kShortly{200};
+/// What a busy machine may add.
+constexpr milliseconds kGrace{1000};
+
+/// Waits for a datagram that does not come; returns how long that took.
+milliseconds WaitInVain(UdpSocket& socket) {
+  const auto start = Clock::now();
+  const UdpSocket::Received received = socket.Receive(start + kShortly);
+  EXPECT_FALSE(received.datagram);
+  EXPECT_EQ(received.error, 0);
+  return std::chrono::duration_cast<milliseconds>(Clock::now() - start);
+}
+
+TEST(UdpSocket, WaitsUntilTheDeadline) {
+  const SilentPort port;
+  UdpSocket socket("127.0.0.1", port.Number());
+  EXPECT_EQ(socket.OpenError(), 0);
+  const milliseconds took = WaitInVain(socket);
+  EXPECT_GE(took, kShortly);
+  EXPECT_LT(took, kShortly + kGrace);
+}
+
+TEST(UdpSocket, CaughtSignalsDoNotChangeTheDeadline) {
+  const SilentPort port;
+  UdpSocket socket("127.0.0.1", port.Number());
+  const Signals signals(milliseconds(1), 0);
+  const milliseconds took = WaitInVain(socket);
+  EXPECT_GE(took, kShortly);
+  EXPECT_LT(took, kShortly + kGrace);
+  EXPECT_GT(signals.Caught(), 10);
+}
+
+TEST(UdpSocket, DeadlineThatIsOverTakesNothing) {
+  SilentPort port;
+  UdpSocket socket("127.0.0.1", port.Number());
+  socket.Send(kDatagram);
+  port.SendBack(kDatagram);
+  EXPECT_FALSE(socket.Receive(Clock::now()).datagram);
+  EXPECT_EQ(socket.Receive(Clock::now() + kGrace).datagram, kDatagram);
+}
+
+TEST(UdpSocket, EmptyAndLongDatagramsComeWhole) {
+  SilentPort port;
+  UdpSocket socket("127.0.0.1", port.Number());
+  for (const std::size_t length : {0U, 1U, 1500U, 65507U}) {
+    const Datagram datagram(length, 0xEE);
+    EXPECT_EQ(socket.Send(datagram), 0);
+    port.SendBack(datagram);
+    EXPECT_EQ(socket.Receive(Clock::now() + kGrace).datagram, datagram) << length;
+  }
+  EXPECT_EQ(socket.Send(Datagram(65508)), EMSGSIZE);
+}
+
+TEST(UdpSocket, ClosedPortIsRememberedAndDoesNotEndTheWaiting) {
+  SilentPort port;
+  const int number = port.Number();
+  port.Close();
+  UdpSocket socket("127.0.0.1", number);
+  EXPECT_EQ(socket.PeerError(), 0);
+  EXPECT_EQ(socket.Send(kDatagram), 0);
+  EXPECT_GE(WaitInVain(socket), kShortly);
+  EXPECT_EQ(socket.PeerError(), ECONNREFUSED);
+  // The network's word on one datagram does not keep the next from being sent.
+  EXPECT_EQ(socket.Send(kDatagram), 0);
+  EXPECT_EQ(socket.Send(kDatagram), 0);
+  socket.ForgetPeerError();
+  EXPECT_EQ(socket.PeerError(), 0);
+}
+
+TEST(UdpSocket, SilentPortIsNotRememberedAsClosed) {
+  const SilentPort port;
+  UdpSocket socket("127.0.0.1", port.Number());
+  EXPECT_EQ(socket.Send(kDatagram), 0);
+  WaitInVain(socket);
+  EXPECT_EQ(socket.PeerError(), 0);
+}
+
+TEST(UdpSocket, AddressThatCannotBeReachedIsAnError) {
+  EXPECT_NE(UdpSocket("no address", 623).OpenError(), 0);
+  // Broadcasts have to be asked for.
+  EXPECT_EQ(UdpSocket("255.255.255.255", 623).OpenError(), EACCES);
+}
+
+TEST(UdpSocket, DescriptorZeroIsClosedLikeAnyOther) {
+  const SilentPort port;
+  const int standardInput = dup(STDIN_FILENO);
+  close(STDIN_FILENO);
+  auto socket = std::make_unique<UdpSocket>("127.0.0.1", port.Number());
+  EXPECT_EQ(access("/proc/self/fd/0", F_OK), 0);
+  socket.reset();
+  EXPECT_NE(access("/proc/self/fd/0", F_OK), 0);
+  dup2(standardInput, STDIN_FILENO);
+  close(standardInput);
+}
+
+}  // namespace
+}  // namespace Tavrin::Standalone
