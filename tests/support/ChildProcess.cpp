@@ -7,14 +7,19 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 namespace Tavrin {
 namespace {
+
+constexpr int kSilence = 60'000;  // Milliseconds.
 
 struct Pipe {
   Pipe() {
@@ -44,6 +49,13 @@ bool Take(int descriptor, std::string& text) {
   const ssize_t count = read(descriptor, buffer.data(), buffer.size());
   text.append(buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
   return count > 0;
+}
+
+/// A process that has ended but was not yet waited for by its parent counts as ended.
+bool HasEnded(pid_t process) {
+  const std::string text = ReadProcessFile(process, "stat");
+  const std::size_t name = text.rfind(") ");
+  return name == std::string::npos || text.at(name + 2) == 'Z' || text.at(name + 2) == 'X';
 }
 
 }  // namespace
@@ -83,6 +95,9 @@ Child::Child(std::vector<std::string> arguments, std::vector<std::string> enviro
 Child::~Child() {
   if (process_ > 0) {
     kill(process_, SIGTERM);
+    if (!EndsSoon(process_)) {
+      kill(process_, SIGKILL);
+    }
     waitpid(process_, nullptr, 0);
   }
   close(output_);
@@ -98,6 +113,12 @@ std::string Child::ReadLine() const {
   return line;
 }
 
+std::vector<pid_t> Child::Children() const {
+  const std::string thread = std::to_string(process_);
+  std::istringstream children(ReadProcessFile(process_, "task/" + thread + "/children"));
+  return {std::istream_iterator<pid_t>(children), {}};
+}
+
 void Child::Signal(int number) const { kill(process_, number); }
 
 Finished Child::Wait() {
@@ -105,7 +126,10 @@ Finished Child::Wait() {
   std::array<pollfd, 2> sources = {{{output_, POLLIN, 0}, {error_, POLLIN, 0}}};
   std::array<std::string*, 2> texts = {&finished.output, &finished.error};
   while (sources[0].fd >= 0 || sources[1].fd >= 0) {
-    poll(sources.data(), sources.size(), -1);
+    if (poll(sources.data(), sources.size(), kSilence) == 0) {
+      kill(process_, SIGKILL);
+      break;
+    }
     for (std::size_t i = 0; i < sources.size(); ++i) {
       if (sources[i].fd >= 0 && sources[i].revents != 0 && !Take(sources[i].fd, *texts[i])) {
         sources[i].fd = -1;
@@ -126,6 +150,15 @@ std::string ReadProcessFile(pid_t process, const std::string& name) {
   std::ostringstream content;
   content << file.rdbuf();
   return content.str();
+}
+
+bool EndsSoon(pid_t process) {
+  constexpr std::chrono::seconds patience{10};
+  const auto giveUp = std::chrono::steady_clock::now() + patience;
+  while (!HasEnded(process) && std::chrono::steady_clock::now() < giveUp) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return HasEnded(process);
 }
 
 TemporaryFile::TemporaryFile(const std::string& content) {
