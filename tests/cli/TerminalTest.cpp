@@ -19,13 +19,6 @@ using Texts = std::vector<std::string>;
 
 class TerminalTest : public testing::Test {
  protected:
-  /// The call by a shell that runs the script, in which "$0" "$@" stands for it.
-  Texts AsScript(const std::string& shellOption, const std::string& script) const {
-    Texts call = {"/bin/sh", shellOption, script};
-    call.insert(call.end(), call_.begin(), call_.end());
-    return call;
-  }
-
   /// The call with what hangups do changed by the option of env.
   Texts WithHangups(const std::string& option) const {
     Texts call = {"/usr/bin/env", option};
@@ -36,7 +29,7 @@ class TerminalTest : public testing::Test {
   /// The call as a job of an interactive shell, which says "at the shell" while it has the terminal
   /// and takes the job back to the foreground at Enter.
   Texts AsJob() const {
-    return AsScript("-mc", "\"$0\" \"$@\"; echo at the shell >&2; read line; fg");
+    return AsScript(R"("$0" "$@"; echo at the shell >&2; read line; fg)", call_, "-mc");
   }
 
   /// Types a password that is refused without anything being sent.
@@ -254,7 +247,7 @@ TEST_F(TerminalTest, ProgramThatWasStoppedUnawaresAsksAgainWithoutEcho) {
 }
 
 TEST_F(TerminalTest, ProgramInTheBackgroundLeavesTheTerminalAloneAndCanBeEnded) {
-  Child shell(AsScript("-mc", "\"$0\" \"$@\" & echo at the shell >&2; read line"), {}, {},
+  Child shell(AsScript(R"("$0" "$@" & echo at the shell >&2; read line)", call_, "-mc"), {}, {},
               terminal_.Name());
   terminal_.ReadUntil("at the shell");
   ASSERT_EQ(shell.Children().size(), 1U);

@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <csignal>
 #include <filesystem>
@@ -9,6 +9,7 @@
 #include "tests/simulator/LauncherProcess.h"
 #include "tests/support/Ipv6Test.h"
 #include "tests/support/SimulatedSmm.h"
+#include "tests/support/UnwritableOutput.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -164,6 +165,21 @@ TEST(Launcher, HelpGoesToStandardOutput) {
   const Finished finished = launcher.Wait();
   EXPECT_EQ(finished.exitCode, 0);
   EXPECT_EQ(finished.error, "");
+}
+
+TEST(Launcher, HelpThatCannotBeWrittenFails) {
+  EXPECT_THAT(ComplaintsAboutUnwritableOutput({SMM_SIMULATOR, "--help"}),
+              testing::Each("smm-simulator: the help text cannot be written; expected an open "
+                            "standard output\ncode 1\n"));
+}
+
+TEST(Launcher, AddressThatNobodyTakesFails) {
+  const TemporaryDirectory directory;
+  EXPECT_THAT(ComplaintsAboutUnwritableOutput({SMM_SIMULATOR, "--generation", "1"},
+                                              {"PATH=/usr/bin:/bin", "TMPDIR=" + directory.Path()}),
+              testing::Each("smm-simulator: nobody takes the line with the address; expected an "
+                            "open standard output\ncode 1\n"));
+  EXPECT_TRUE(fs::is_empty(directory.Path()));
 }
 
 }  // namespace

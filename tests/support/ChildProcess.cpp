@@ -144,6 +144,13 @@ Finished Child::Wait() {
   return finished;
 }
 
+std::vector<std::string> AsScript(const std::string& script, const std::vector<std::string>& call,
+                                  const std::string& shellOption) {
+  std::vector<std::string> whole = {"/bin/sh", shellOption, script};
+  whole.insert(whole.end(), call.begin(), call.end());
+  return whole;
+}
+
 std::string ReadProcessFile(pid_t process, const std::string& name) {
   const std::ifstream file("/proc/" + std::to_string(process) + "/" + name, std::ios::binary);
   // A process may vanish between opening and reading, which an iterator over the file would throw.

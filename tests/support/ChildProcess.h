@@ -47,6 +47,10 @@ class Child {
   int error_ = -1;
 };
 
+/// A call of /bin/sh that runs the script, in which "$0" "$@" stands for `call`.
+std::vector<std::string> AsScript(const std::string& script, const std::vector<std::string>& call,
+                                  const std::string& shellOption = "-c");
+
 /// What the system tells of a process in its file `name` of /proc; empty once the process is gone.
 std::string ReadProcessFile(pid_t process, const std::string& name);
 

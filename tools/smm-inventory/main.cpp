@@ -138,6 +138,7 @@ int RunCommandLine(int argc, const char* const* argv) {
   const std::variant<Options, Notice> request = ParseCommandLine(argc, argv);
   if (const auto* const notice = std::get_if<Notice>(&request)) {
     std::cout << notice->text << std::flush;
+    RequireWholeOutput();
     return ExitCode::Success;
   }
   return Run(std::get<Options>(request));
