@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tests/cli/Terminal.h"
-#include "tests/cli/Tool.h"
+#include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin {
 namespace {
@@ -260,23 +260,42 @@ TEST_F(TerminalTest, ProgramInTheBackgroundLeavesTheTerminalAloneAndCanBeEnded) 
   EXPECT_TRUE(EndsSoon(tool));
 }
 
-TEST_F(TerminalTest, InterruptDuringTheWaitLeavesTheTerminalAsItWas) {
+/// A run that has its password and waits for an enclosure.
+class WaitOnTerminal : public TerminalTest {
+ protected:
+  Child Start(const std::string& terminalKind) const {
+    return {{SMM_INVENTORY, "-H", simulator_.Address(), "-U", "admin", "-W",
+             "open-session-privilege", "identity"},
+            {"IPMI_PASSWORD=sesame", "TERM=" + terminalKind},
+            {},
+            terminal_.Name()};
+  }
+
+ private:
+  SimulatedSmm simulator_{{"--generation", "1"}};
+};
+
+TEST_F(WaitOnTerminal, InterruptLeavesTheTerminalAsItWas) {
   const termios before = terminal_.Settings();
-  call_[2] = "127.0.0.1:9";
-  Child tool(call_, {"IPMI_PASSWORD=sesame", "IPMI_SESSION_TIMEOUT_MS=200", "TERM=vt100"}, {},
-             terminal_.Name());
+  Child tool = Start("vt100");
   terminal_.ReadUntil("attempt 1 of 6");
   terminal_.Type("\x03");
-  EXPECT_EQ(tool.Wait().signal, SIGINT);
+  EXPECT_EQ(EndOf(tool).signal, SIGINT);
   EXPECT_EQ(terminal_.Settings().c_lflag, before.c_lflag);
 }
 
-TEST_F(TerminalTest, TerminalThatCannotMoveItsCursorGetsWholeLines) {
-  call_[2] = "127.0.0.1:9";
-  Child tool(call_, {"IPMI_PASSWORD=sesame", "IPMI_SESSION_TIMEOUT_MS=200", "TERM=dumb"}, {},
-             terminal_.Name());
+TEST_F(WaitOnTerminal, TerminalThatCannotMoveItsCursorGetsWholeLines) {
+  terminal_.Resize(20);
+  const Child tool = Start("dumb");
   terminal_.ReadUntil("attempt 1 of 6, 3 seconds apart ...\r\n");
   EXPECT_THAT(terminal_.Seen(), Not(HasSubstr("\x1b")));
+}
+
+TEST_F(WaitOnTerminal, StatusKeepsToOneRowOfANarrowTerminal) {
+  terminal_.Resize(20);
+  const Child tool = Start("vt100");
+  terminal_.ReadUntil("\r\x1b[K");
+  EXPECT_THAT(terminal_.Seen(), HasSubstr("\nreading the SMM's s\r\x1b[K"));
 }
 
 }  // namespace

@@ -121,7 +121,7 @@ int Run(const Options& options) {
   TavrinConnection::ConnectionInfo info = MakeConnectionInfo(options);
   AskForPassword(options, address, info.password);
 
-  Console console(std::cerr, CanMoveCursor());
+  Console console(std::cerr, CanMoveCursor(), STDERR_FILENO);
   Progress progress(console, ShownLogLevel(options.verbosity));
   const LogRoute route(progress, std::max(ShownLogLevel(options.verbosity), kInfo));
   console.ShowLine(fmt::format("connecting to {}; this takes at least 18 seconds", address));
