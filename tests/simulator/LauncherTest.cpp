@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <regex>
 #include <thread>
 
@@ -124,6 +125,30 @@ TEST(Launcher, MissingIpmiSimIsNamedWithItsPackage) {
             "smm-simulator: the program ipmi_sim is in no directory of PATH; install the Debian "
             "package openipmi\n");
   EXPECT_EQ(launcher.FilesLeft(), 0U);
+}
+
+TEST(Launcher, IpmiSimIsNoFileThatCannotBeExecuted) {
+  const TemporaryDirectory directory;
+  std::ofstream(directory.Path() + "/ipmi_sim") << "no program";
+  const LauncherProcess launcher({"--generation", "1"}, directory.Path() + ":/usr/bin");
+  EXPECT_THAT(launcher.ReadLine(), testing::StartsWith("smm-simulator ready at "));
+}
+
+TEST(Launcher, IpmiSimIsFoundFromWhereTheLauncherWasStarted) {
+  const Child launcher(
+      AsScript(R"(cd /usr && exec "$0" "$@")", {SMM_SIMULATOR, "--generation", "1"}),
+      {"PATH=/none::bin"});
+  EXPECT_THAT(launcher.ReadLine(), testing::StartsWith("smm-simulator ready at "));
+}
+
+TEST(Launcher, IpmiSimReadsNothingAndPrintsIntoAFile) {
+  const LauncherProcess launcher({"--generation", "1"});
+  launcher.ReadLine();
+  ASSERT_EQ(launcher.Children().size(), 1U);
+  const fs::path open = "/proc/" + std::to_string(launcher.Children().front()) + "/fd";
+  EXPECT_EQ(fs::read_symlink(open / "0"), "/dev/null");
+  EXPECT_EQ(fs::read_symlink(open / "1").filename(), "ipmi_sim.log");
+  EXPECT_EQ(fs::read_symlink(open / "2").filename(), "ipmi_sim.log");
 }
 
 TEST(Launcher, BadOptionGivesOneLineAndExitCode2) {
