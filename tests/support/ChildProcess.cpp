@@ -51,13 +51,6 @@ bool Take(int descriptor, std::string& text) {
   return count > 0;
 }
 
-/// A process that has ended but was not yet waited for by its parent counts as ended.
-bool HasEnded(pid_t process) {
-  const std::string text = ReadProcessFile(process, "stat");
-  const std::size_t name = text.rfind(") ");
-  return name == std::string::npos || text.at(name + 2) == 'Z' || text.at(name + 2) == 'X';
-}
-
 }  // namespace
 
 Child::Child(std::vector<std::string> arguments, std::vector<std::string> environment,
@@ -157,6 +150,12 @@ std::string ReadProcessFile(pid_t process, const std::string& name) {
   std::ostringstream content;
   content << file.rdbuf();
   return content.str();
+}
+
+bool HasEnded(pid_t process) {
+  const std::string text = ReadProcessFile(process, "stat");
+  const std::size_t name = text.rfind(") ");
+  return name == std::string::npos || text.at(name + 2) == 'Z' || text.at(name + 2) == 'X';
 }
 
 bool EndsSoon(pid_t process) {

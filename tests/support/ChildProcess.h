@@ -54,6 +54,9 @@ std::vector<std::string> AsScript(const std::string& script, const std::vector<s
 /// What the system tells of a process in its file `name` of /proc; empty once the process is gone.
 std::string ReadProcessFile(pid_t process, const std::string& name);
 
+/// Whether the process has ended, be it that its parent did not yet wait for it.
+bool HasEnded(pid_t process);
+
 /// Whether the process ends within ten seconds.
 bool EndsSoon(pid_t process);
 
