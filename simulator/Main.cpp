@@ -67,12 +67,18 @@ int RunUntilStopped(const LauncherOptions& options) {
   }
 }
 
+int ShowHelp(const std::string& text) {
+  std::cout << text << std::flush;
+  return std::cout ? 0
+                   : Complain("the help text cannot be written; expected an open standard output",
+                              kFailed);
+}
+
 int Run(int argc, const char* const* argv) {
   try {
     return RunUntilStopped(ParseLauncherOptions(argc, argv));
   } catch (const HelpWanted& help) {
-    std::cout << help.what();
-    return 0;
+    return ShowHelp(help.what());
   } catch (const UsageError& error) {
     return Complain(error.what(), kBadUsage);
   } catch (const ScenarioError& error) {

@@ -207,9 +207,13 @@ TEST(JsonReport, EveryByteKeepsTheDocumentAscii) {
 
 TEST(JsonReport, PrintableTextIsGivenAsItIs) {
   Identity identity = FullIdentity();
-  identity.serialNumber.value = R"(a\b"c)";
+  identity.serialNumber.value.clear();
+  for (char c = ' '; c <= '~'; ++c) {
+    identity.serialNumber.value.push_back(c);
+  }
   const json query = QueryOf(DescribeIdentity(identity), "serialNumber");
-  EXPECT_EQ(query.at("value"), R"(a\b"c)");
+  EXPECT_EQ(query.at("value"), identity.serialNumber.value);
+  EXPECT_EQ(query.at("text"), identity.serialNumber.value);
   EXPECT_EQ(query.count("bytes"), 0U);
 }
 

@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -23,7 +25,7 @@ class Terminal {
     name_ = name.data();
   }
   ~Terminal() {
-    close(person_);
+    HangUp();
     close(program_);
   }
   Terminal(const Terminal&) = delete;
@@ -31,11 +33,16 @@ class Terminal {
 
   const std::string& Name() const { return name_; }
   const std::string& Seen() const { return seen_; }
+  /// The program's side.
+  int Descriptor() const { return program_; }
 
+  /// Reads until the text is there, behind what was waited for before.
   void ReadUntil(const std::string& text) {
-    while (seen_.find(text) == std::string::npos) {
-      ASSERT_TRUE(Read()) << seen_;
+    std::size_t found = 0;
+    while ((found = seen_.find(text, waitedFor_)) == std::string::npos) {
+      ASSERT_TRUE(Read()) << "no \"" << text << "\" in \"" << seen_.substr(waitedFor_) << '"';
     }
+    waitedFor_ = found + text.size();
   }
   /// Reads until the program is gone. Its side of the terminal cannot be looked at afterwards.
   void ReadToEnd() {
@@ -47,12 +54,26 @@ class Terminal {
   void Type(const std::string& keys) const {
     EXPECT_EQ(write(person_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
   }
+  /// The person is gone; nothing can be read or typed any more.
+  void HangUp() {
+    close(person_);
+    person_ = -1;
+  }
   termios Settings() const {
     termios settings{};
     EXPECT_EQ(tcgetattr(program_, &settings), 0);
     return settings;
   }
   bool Echoes() const { return (Settings().c_lflag & ECHO) != 0; }
+  void SwitchEchoOn() const {
+    termios settings = Settings();
+    settings.c_lflag |= ECHO;
+    EXPECT_EQ(tcsetattr(program_, TCSANOW, &settings), 0);
+  }
+  void Resize(unsigned short columns) const {
+    const winsize size{24, columns, 0, 0};
+    EXPECT_EQ(ioctl(program_, TIOCSWINSZ, &size), 0);
+  }
   bool HasInput() const {
     fcntl(program_, F_SETFL, O_NONBLOCK);
     char byte = 0;
@@ -60,7 +81,14 @@ class Terminal {
   }
 
  private:
+  /// Takes what comes next; false when the program is gone, or says nothing for half a minute.
   bool Read() {
+    constexpr int silence = 30'000;
+    pollfd source{person_, POLLIN, 0};
+    if (poll(&source, 1, silence) != 1) {
+      ADD_FAILURE() << "the program fell silent after \"" << seen_ << '"';
+      return false;
+    }
     std::array<char, 256> buffer{};
     const ssize_t count = read(person_, buffer.data(), buffer.size());
     seen_.append(buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
@@ -69,6 +97,7 @@ class Terminal {
 
   std::string name_;
   std::string seen_;
+  std::size_t waitedFor_ = 0;
   int person_ = -1;
   int program_ = -1;
 };

@@ -1,12 +1,13 @@
 #include <gmock/gmock.h>
 #include <termios.h>
 
+#include <chrono>
 #include <csignal>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/cli/Terminal.h"
-#include "tests/cli/Tool.h"
 #include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin {
@@ -14,22 +15,65 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+using Texts = std::vector<std::string>;
 
 class TerminalTest : public testing::Test {
  protected:
+  /// The call with what hangups do changed by the option of env.
+  Texts WithHangups(const std::string& option) const {
+    Texts call = {"/usr/bin/env", option};
+    call.insert(call.end(), call_.begin(), call_.end());
+    return call;
+  }
+
+  /// The call as a job of an interactive shell, which says "at the shell" while it has the terminal
+  /// and takes the job back to the foreground at Enter.
+  Texts AsJob() const {
+    return AsScript(R"("$0" "$@"; echo at the shell >&2; read line; fg)", call_, "-mc");
+  }
+
+  /// Types a password that is refused without anything being sent.
+  void TypeUnfitPassword() const { terminal_.Type("sesame-sesame-sesame-\n"); }
+
+  /// What the program left, which ends now or not at all.
+  static Finished EndOf(Child& program) {
+    if (!EndsSoon(program.Process())) {
+      ADD_FAILURE() << "the program hangs";
+      program.Signal(SIGKILL);
+    }
+    return program.Wait();
+  }
+
+  void ExpectRefusalOfTheTypedPassword(Child& program) {
+    EXPECT_EQ(EndOf(program).exitCode, 2);
+    terminal_.ReadUntil(
+        "\r\nsmm-inventory: the password from the terminal is longer than 20 bytes");
+    EXPECT_THAT(terminal_.Seen(), Not(HasSubstr("sesame")));
+    EXPECT_TRUE(terminal_.Echoes());
+  }
+
   Terminal terminal_;
-  std::vector<std::string> call_ = {SMM_INVENTORY, "-H", "a", "-U", "admin"};
+  Texts call_ = {SMM_INVENTORY, "-H", "a", "-U", "admin"};
 };
+
+/// Leaves a program the time to take what was typed, of which nothing shows.
+void LetItBeTaken() { std::this_thread::sleep_for(std::chrono::milliseconds(300)); }
+
+bool StopsSoon(pid_t process) {
+  const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (ReadProcessFile(process, "stat").find(") T ") == std::string::npos &&
+         std::chrono::steady_clock::now() < giveUp) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return std::chrono::steady_clock::now() < giveUp;
+}
 
 TEST_F(TerminalTest, TypedPasswordIsNotShown) {
   Child tool(call_, {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password of admin at a:623: ");
   EXPECT_FALSE(terminal_.Echoes());
-  terminal_.Type("sesame-sesame-sesame-\n");
-  EXPECT_EQ(tool.Wait().exitCode, 2);
-  terminal_.ReadUntil("the password from the terminal is longer than 20 bytes");
-  EXPECT_THAT(terminal_.Seen(), Not(HasSubstr("sesame")));
-  EXPECT_TRUE(terminal_.Echoes());
+  TypeUnfitPassword();
+  ExpectRefusalOfTheTypedPassword(tool);
 }
 
 TEST_F(TerminalTest, PasswordTypedAsStandardInputIsNotShown) {
@@ -37,59 +81,234 @@ TEST_F(TerminalTest, PasswordTypedAsStandardInputIsNotShown) {
   Child tool(call_, {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password of admin at a:623: ");
   EXPECT_FALSE(terminal_.Echoes());
-  terminal_.Type("sesame-sesame-sesame-\n");
-  EXPECT_EQ(tool.Wait().exitCode, 2);
-  terminal_.ReadUntil("the password from the terminal is longer than 20 bytes");
-  EXPECT_THAT(terminal_.Seen(), Not(HasSubstr("sesame")));
-  EXPECT_TRUE(terminal_.Echoes());
+  TypeUnfitPassword();
+  ExpectRefusalOfTheTypedPassword(tool);
+}
+
+TEST_F(TerminalTest, WhatIsTypedBeforeTheQuestionIsNotTakenForThePassword) {
+  terminal_.Type("early\n");
+  Child tool(call_, {}, {}, terminal_.Name());
+  terminal_.ReadUntil("Password");
+  TypeUnfitPassword();
+  ExpectRefusalOfTheTypedPassword(tool);
 }
 
 TEST_F(TerminalTest, WhatIsTypedBeyondThePasswordIsDropped) {
   Child tool(call_, {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password");
   terminal_.Type("sesame-sesame-sesame-and much more\nrm -r precious\n");
-  tool.Wait();
+  EndOf(tool);
   // Nothing is left for whoever reads the terminal next.
   EXPECT_FALSE(terminal_.HasInput());
-}
-
-TEST_F(TerminalTest, InterruptAtThePromptRestoresTheTerminal) {
-  const termios before = terminal_.Settings();
-  Child tool(call_, {}, {}, terminal_.Name());
-  terminal_.ReadUntil("Password");
-  terminal_.Type("\x03");
-  EXPECT_EQ(tool.Wait().signal, SIGINT);
-  EXPECT_EQ(terminal_.Settings().c_lflag, before.c_lflag);
-  EXPECT_EQ(terminal_.Settings().c_cc[VSUSP], before.c_cc[VSUSP]);
 }
 
 TEST_F(TerminalTest, EndOfInputAtThePromptIsAnEmptyPassword) {
   Child tool(call_, {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password");
   terminal_.Type("\x04");
-  EXPECT_EQ(tool.Wait().exitCode, 2);
+  EXPECT_EQ(EndOf(tool).exitCode, 2);
   terminal_.ReadUntil("the password from the terminal is empty");
   EXPECT_TRUE(terminal_.Echoes());
 }
 
-TEST_F(TerminalTest, InterruptDuringTheWaitLeavesTheTerminalAsItWas) {
+TEST_F(TerminalTest, EndOfInputWithinAPasswordDoesNotEndIt) {
+  Child tool(call_, {}, {}, terminal_.Name());
+  terminal_.ReadUntil("Password");
+  terminal_.Type("sesame-sesame\x04");
+  LetItBeTaken();
+  terminal_.Type("-sesame-\n");
+  ExpectRefusalOfTheTypedPassword(tool);
+}
+
+struct Interruption {
+  const char* name;
+  int signal;
+  const char* typed;
+};
+
+void PrintTo(const Interruption& interruption, std::ostream* out) { *out << interruption.name; }
+
+class PromptInterruption : public TerminalTest, public testing::WithParamInterface<Interruption> {};
+
+TEST_P(PromptInterruption, RestoresTheTerminalAndEndsByTheSignal) {
   const termios before = terminal_.Settings();
-  call_[2] = "127.0.0.1:9";
-  Child tool(call_, {"IPMI_PASSWORD=sesame", "IPMI_SESSION_TIMEOUT_MS=200", "TERM=vt100"}, {},
-             terminal_.Name());
-  terminal_.ReadUntil("connecting to");
-  terminal_.Type("\x03");
-  EXPECT_EQ(tool.Wait().signal, SIGINT);
+  Child tool(call_, {}, {}, terminal_.Name());
+  terminal_.ReadUntil("Password");
+  terminal_.Type(GetParam().typed);
+  LetItBeTaken();
+  tool.Signal(GetParam().signal);
+  EXPECT_EQ(EndOf(tool).signal, GetParam().signal);
+  EXPECT_EQ(terminal_.Settings().c_lflag, before.c_lflag);
+  EXPECT_FALSE(terminal_.HasInput());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Signals, PromptInterruption,
+    testing::Values(Interruption{"Interrupt", SIGINT, ""}, Interruption{"Termination", SIGTERM, ""},
+                    Interruption{"Hangup", SIGHUP, ""}, Interruption{"Quit", SIGQUIT, ""},
+                    Interruption{"InterruptWithinALine", SIGINT, "abc"},
+                    Interruption{"InterruptAfterEndOfInputWithinALine", SIGINT, "abc\x04"},
+                    Interruption{"TerminationAfterEndOfInputWithinALine", SIGTERM, "abc\x04"}),
+    [](const testing::TestParamInfo<Interruption>& row) { return row.param.name; });
+
+struct Key {
+  const char* name;
+  const char* typed;
+  int signal;
+};
+
+void PrintTo(const Key& key, std::ostream* out) { *out << key.name; }
+
+class PromptKey : public TerminalTest, public testing::WithParamInterface<Key> {};
+
+TEST_P(PromptKey, EndsTheProgramAlsoAfterEndOfInputWithinALine) {
+  const termios before = terminal_.Settings();
+  Child tool(call_, {}, {}, terminal_.Name());
+  terminal_.ReadUntil("Password");
+  terminal_.Type("abc\x04");
+  LetItBeTaken();
+  terminal_.Type(GetParam().typed);
+  EXPECT_EQ(EndOf(tool).signal, GetParam().signal);
   EXPECT_EQ(terminal_.Settings().c_lflag, before.c_lflag);
 }
 
-TEST_F(TerminalTest, TerminalThatCannotMoveItsCursorGetsWholeLines) {
-  const SimulatedSmm simulator({"--generation", "1"});
-  call_[2] = simulator.Address();
-  call_.insert(call_.end(), {"-W", "open-session-privilege"});
-  Child tool(call_, {"IPMI_PASSWORD=sesame", "TERM=dumb"}, {}, terminal_.Name());
+INSTANTIATE_TEST_SUITE_P(Keys, PromptKey,
+                         testing::Values(Key{"CtrlC", "\x03", SIGINT},
+                                         Key{"CtrlBackslash", "\x1c", SIGQUIT}),
+                         [](const testing::TestParamInfo<Key>& row) { return row.param.name; });
+
+class PromptWithoutHangups : public TerminalTest,
+                             public testing::WithParamInterface<const char*> {};
+
+TEST_P(PromptWithoutHangups, IsNotInterruptedByOne) {
+  Child tool(WithHangups(GetParam()), {}, {}, terminal_.Name());
+  terminal_.ReadUntil("Password");
+  tool.Signal(SIGHUP);
+  LetItBeTaken();
+  TypeUnfitPassword();
+  ExpectRefusalOfTheTypedPassword(tool);
+  EXPECT_EQ(terminal_.Seen().find("Password"), terminal_.Seen().rfind("Password"));
+}
+
+TEST_P(PromptWithoutHangups, EndsWithTheTerminal) {
+  Child tool(WithHangups(GetParam()), {}, {}, terminal_.Name());
+  terminal_.ReadUntil("Password");
+  terminal_.HangUp();
+  EXPECT_EQ(EndOf(tool).exitCode, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Options, PromptWithoutHangups,
+                         testing::Values("--ignore-signal=HUP", "--block-signal=HUP"),
+                         [](const testing::TestParamInfo<const char*>& option) {
+                           return option.index == 0 ? "Ignored" : "Blocked";
+                         });
+
+TEST_F(TerminalTest, StopKeyGivesTheTerminalBackUntilTheProgramContinues) {
+  Child shell(AsJob(), {}, {}, terminal_.Name());
+  terminal_.ReadUntil("Password");
+  terminal_.Type("abc\x04");
+  LetItBeTaken();
+  terminal_.Type("\x1a");
+  terminal_.ReadUntil("at the shell");
+  EXPECT_TRUE(terminal_.Echoes());
+  terminal_.Type("\n");
+  terminal_.ReadUntil("Password");
+  EXPECT_FALSE(terminal_.Echoes());
+  TypeUnfitPassword();
+  ExpectRefusalOfTheTypedPassword(shell);
+}
+
+TEST_F(TerminalTest, StopSignalGivesTheTerminalBackUntilTheProgramContinues) {
+  Child shell(AsJob(), {}, {}, terminal_.Name());
+  terminal_.ReadUntil("Password");
+  ASSERT_EQ(shell.Children().size(), 1U);
+  kill(shell.Children().front(), SIGTSTP);
+  terminal_.ReadUntil("at the shell");
+  EXPECT_TRUE(terminal_.Echoes());
+  terminal_.Type("\n");
+  terminal_.ReadUntil("Password");
+  EXPECT_FALSE(terminal_.Echoes());
+  TypeUnfitPassword();
+  ExpectRefusalOfTheTypedPassword(shell);
+}
+
+TEST_F(TerminalTest, ProgramThatWasStoppedUnawaresAsksAgainWithoutEcho) {
+  Child shell(AsJob(), {}, {}, terminal_.Name());
+  terminal_.ReadUntil("Password");
+  ASSERT_EQ(shell.Children().size(), 1U);
+  kill(shell.Children().front(), SIGSTOP);
+  terminal_.ReadUntil("at the shell");
+  terminal_.SwitchEchoOn();  // As shells with line editing do.
+  terminal_.Type("\n");
+  terminal_.ReadUntil("Password");
+  EXPECT_FALSE(terminal_.Echoes());
+  TypeUnfitPassword();
+  ExpectRefusalOfTheTypedPassword(shell);
+}
+
+TEST_F(TerminalTest, ProgramInTheBackgroundLeavesTheTerminalAloneAndCanBeEnded) {
+  Child shell(AsScript(R"("$0" "$@" & echo at the shell >&2; read line)", call_, "-mc"), {}, {},
+              terminal_.Name());
+  terminal_.ReadUntil("at the shell");
+  ASSERT_EQ(shell.Children().size(), 1U);
+  const pid_t tool = shell.Children().front();
+  EXPECT_TRUE(StopsSoon(tool));
+  EXPECT_TRUE(terminal_.Echoes());
+  EXPECT_THAT(terminal_.Seen(), Not(HasSubstr("Password")));
+  kill(tool, SIGTERM);
+  kill(tool, SIGCONT);
+  EXPECT_TRUE(EndsSoon(tool));
+}
+
+/// A run that has its password and waits for an enclosure.
+class WaitOnTerminal : public TerminalTest {
+ protected:
+  Child Start(const std::string& terminalKind) const {
+    return {{SMM_INVENTORY, "-H", simulator_.Address(), "-U", "admin", "-W",
+             "open-session-privilege", "identity"},
+            {"IPMI_PASSWORD=sesame", "TERM=" + terminalKind},
+            {},
+            terminal_.Name()};
+  }
+
+ private:
+  SimulatedSmm simulator_{{"--generation", "1"}};
+};
+
+TEST_F(WaitOnTerminal, InterruptLeavesTheTerminalAsItWas) {
+  const termios before = terminal_.Settings();
+  Child tool = Start("vt100");
+  terminal_.ReadUntil("attempt 1 of 6");
+  terminal_.Type("\x03");
+  EXPECT_EQ(EndOf(tool).signal, SIGINT);
+  EXPECT_EQ(terminal_.Settings().c_lflag, before.c_lflag);
+}
+
+TEST_F(TerminalTest, InterruptEndsTheWaitForADeadHostAtOnce) {
+  // Port 9 is the discard service, which answers nothing where it runs at all.
+  call_[2] = "127.0.0.1:9";
+  Child tool(call_, {"IPMI_PASSWORD=sesame", "TERM=vt100"}, {}, terminal_.Name());
+  terminal_.ReadUntil("connecting to");
+  LetItBeTaken();
+  const auto typed = std::chrono::steady_clock::now();
+  terminal_.Type("\x03");
+  EXPECT_EQ(EndOf(tool).signal, SIGINT);
+  // A tenth of a second, and what a busy machine may add. A round of attempts takes 13 seconds.
+  EXPECT_LT(std::chrono::steady_clock::now() - typed, std::chrono::milliseconds(1100));
+}
+
+TEST_F(WaitOnTerminal, TerminalThatCannotMoveItsCursorGetsWholeLines) {
+  terminal_.Resize(20);
+  const Child tool = Start("dumb");
   terminal_.ReadUntil("attempt 1 of 6, 3 seconds apart ...\r\n");
   EXPECT_THAT(terminal_.Seen(), Not(HasSubstr("\x1b")));
+}
+
+TEST_F(WaitOnTerminal, StatusKeepsToOneRowOfANarrowTerminal) {
+  terminal_.Resize(20);
+  const Child tool = Start("vt100");
+  terminal_.ReadUntil("\r\x1b[K");
+  EXPECT_THAT(terminal_.Seen(), HasSubstr("\nreading the SMM's s\r\x1b[K"));
 }
 
 }  // namespace

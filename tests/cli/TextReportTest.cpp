@@ -19,6 +19,26 @@ std::string Printed(const Section& section) {
   return out.str();
 }
 
+/// Counts how often what was written is passed on.
+class FlushCount : public std::stringbuf {
+ public:
+  int Value() const { return value_; }
+
+ private:
+  int sync() override {
+    ++value_;
+    return 0;
+  }
+  int value_ = 0;
+};
+
+TEST(TextReport, SectionIsPassedOnBeforeTheNextIsRead) {
+  FlushCount flushes;
+  std::ostream out(&flushes);
+  PrintSection(out, DescribeIdentity(FullIdentity()));
+  EXPECT_EQ(flushes.Value(), 1);
+}
+
 TEST(TextReport, DetectionIsShownLineByLine) {
   EXPECT_EQ(Printed(DescribeDetection(FullDetection())),
             "\n"

@@ -2,10 +2,12 @@
 #include <sys/stat.h>
 
 #include "tests/cli/Tool.h"
+#include "tests/support/UnwritableOutput.h"
 
 namespace Tavrin {
 namespace {
 
+using testing::Each;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -86,6 +88,14 @@ TEST(Tool, HelpAndVersionGoToStandardOutput) {
     EXPECT_EQ(finished.exitCode, 0);
     EXPECT_THAT(finished.output, HasSubstr("smm-inventory"));
     EXPECT_EQ(finished.error, "");
+  }
+}
+
+TEST(Tool, HelpAndVersionThatCannotBeWrittenFail) {
+  for (const std::string option : {"--help", "--version"}) {
+    EXPECT_THAT(
+        ComplaintsAboutUnwritableOutput({SMM_INVENTORY, option}),
+        Each("smm-inventory: unexpected error: standard output cannot be written\ncode 3\n"));
   }
 }
 

@@ -111,9 +111,13 @@ extern "C" int getaddrinfo(const char* /*node*/, const char* /*service*/, const 
   const int error = hints->ai_flags == AI_NUMERICHOST ? resolver.numericError : resolver.nameError;
   *list = nullptr;
   if (error == 0) {
+    // Unless it is told the kind of socket, the system names each address once for each kind.
+    const int kinds = hints->ai_socktype == SOCK_DGRAM ? 1 : 3;
     for (auto address = resolver.addresses.rbegin(); address != resolver.addresses.rend();
          ++address) {
-      *list = Tavrin::Standalone::NewEntry(*address, *list);
+      for (int kind = 0; kind < kinds; ++kind) {
+        *list = Tavrin::Standalone::NewEntry(*address, *list);
+      }
     }
   }
   return error;

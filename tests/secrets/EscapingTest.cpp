@@ -61,13 +61,6 @@ std::string ContentOf(const TemporaryFile& file) {
 const Texts kEnvironment = {"TAVRIN_LOG_LEVEL=4", "IPMI_PASSWORD=sesame", "TERM=xterm",
                             "IPMI_WORKAROUND_FLAGS=16", "SMM_TYPE=0"};
 
-/// A call of the program through a shell that puts `redirection` in force.
-Texts Redirected(const std::string& redirection, const Texts& call) {
-  Texts whole = {"/bin/sh", "-c", "exec \"$0\" \"$@\" " + redirection};
-  whole.insert(whole.end(), call.begin(), call.end());
-  return whole;
-}
-
 class Escaping : public testing::Test {
  protected:
   Texts ToolCall() const {
@@ -83,7 +76,8 @@ class Escaping : public testing::Test {
 
 TEST_F(Escaping, HostileAnswersReachATerminalFromTheToolOnlyEscaped) {
   Terminal terminal;
-  Child tool(Redirected(">/dev/tty", ToolCall()), kEnvironment, {}, terminal.Name());
+  Child tool(AsScript(R"(exec "$0" "$@" >/dev/tty)", ToolCall()), kEnvironment, {},
+             terminal.Name());
   terminal.ReadToEnd();
   tool.Wait();
   // The tool itself rewrites the line of its progress, and the terminal ends lines with two bytes.
@@ -93,7 +87,7 @@ TEST_F(Escaping, HostileAnswersReachATerminalFromTheToolOnlyEscaped) {
 
 TEST_F(Escaping, HostileAnswersReachAFileFromTheToolOnlyEscaped) {
   const TemporaryFile file("");
-  Child(Redirected(">>" + file.Path() + " 2>&1", ToolCall()), kEnvironment).Wait();
+  Child(AsScript(R"(exec "$0" "$@" >>)" + file.Path() + " 2>&1", ToolCall()), kEnvironment).Wait();
   EXPECT_THAT(ContentOf(file), AllOf(IsEscaped(), HasSubstr("machine type ")));
 }
 
@@ -109,7 +103,8 @@ TEST_F(Escaping, HostileAnswersReachATerminalFromTheLibraryOnlyEscaped) {
 
 TEST_F(Escaping, HostileAnswersReachALogFileFromTheLibraryOnlyEscaped) {
   const TemporaryFile file("");
-  Child(Redirected("2>>" + file.Path(), LibraryCall()), kEnvironment, "sesame\n").Wait();
+  Child(AsScript(R"(exec "$0" "$@" 2>>)" + file.Path(), LibraryCall()), kEnvironment, "sesame\n")
+      .Wait();
   EXPECT_THAT(ContentOf(file), IsEscaped());
 }
 

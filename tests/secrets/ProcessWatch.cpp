@@ -18,8 +18,11 @@ void AppendIfNew(const std::string& content, std::string& seen) {
 }  // namespace
 
 ProcessWatch::ProcessWatch(pid_t process) : process_(process) {
-  // At once, so that a process that soon ends is seen however late the thread begins.
-  Read();
+  // At once, so that a process that soon ends is seen however late the thread begins. One that was
+  // just started has no command line to show yet.
+  do {
+    Read();
+  } while (commandLines_.empty() && !HasEnded(process_));
   thread_ = std::thread([this] { Run(); });
 }
 

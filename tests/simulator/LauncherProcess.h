@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -31,16 +29,10 @@ class LauncherProcess : private TemporaryDirectory, public Child {
   explicit LauncherProcess(const std::vector<std::string>& arguments,
                            const std::string& path = "/usr/bin:/bin");
 
-  /// The process ids of its children.
-  std::vector<pid_t> Children() const;
-
   /// How many entries its temporary directory has.
   std::size_t FilesLeft() const;
 
   const std::string& Directory() const { return Path(); }
 };
-
-/// Whether the process ends within two seconds.
-bool EndsSoon(pid_t process);
 
 }  // namespace Tavrin::Simulator

@@ -1,7 +1,8 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <regex>
 #include <thread>
 
@@ -9,6 +10,7 @@
 #include "tests/simulator/LauncherProcess.h"
 #include "tests/support/Ipv6Test.h"
 #include "tests/support/SimulatedSmm.h"
+#include "tests/support/UnwritableOutput.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -125,6 +127,30 @@ TEST(Launcher, MissingIpmiSimIsNamedWithItsPackage) {
   EXPECT_EQ(launcher.FilesLeft(), 0U);
 }
 
+TEST(Launcher, IpmiSimIsNoFileThatCannotBeExecuted) {
+  const TemporaryDirectory directory;
+  std::ofstream(directory.Path() + "/ipmi_sim") << "no program";
+  const LauncherProcess launcher({"--generation", "1"}, directory.Path() + ":/usr/bin");
+  EXPECT_THAT(launcher.ReadLine(), testing::StartsWith("smm-simulator ready at "));
+}
+
+TEST(Launcher, IpmiSimIsFoundFromWhereTheLauncherWasStarted) {
+  const Child launcher(
+      AsScript(R"(cd /usr && exec "$0" "$@")", {SMM_SIMULATOR, "--generation", "1"}),
+      {"PATH=/none::bin"});
+  EXPECT_THAT(launcher.ReadLine(), testing::StartsWith("smm-simulator ready at "));
+}
+
+TEST(Launcher, IpmiSimReadsNothingAndPrintsIntoAFile) {
+  const LauncherProcess launcher({"--generation", "1"});
+  launcher.ReadLine();
+  ASSERT_EQ(launcher.Children().size(), 1U);
+  const fs::path open = "/proc/" + std::to_string(launcher.Children().front()) + "/fd";
+  EXPECT_EQ(fs::read_symlink(open / "0"), "/dev/null");
+  EXPECT_EQ(fs::read_symlink(open / "1").filename(), "ipmi_sim.log");
+  EXPECT_EQ(fs::read_symlink(open / "2").filename(), "ipmi_sim.log");
+}
+
 TEST(Launcher, BadOptionGivesOneLineAndExitCode2) {
   LauncherProcess launcher({"--generation", "3"});
   const Finished finished = launcher.Wait();
@@ -164,6 +190,21 @@ TEST(Launcher, HelpGoesToStandardOutput) {
   const Finished finished = launcher.Wait();
   EXPECT_EQ(finished.exitCode, 0);
   EXPECT_EQ(finished.error, "");
+}
+
+TEST(Launcher, HelpThatCannotBeWrittenFails) {
+  EXPECT_THAT(ComplaintsAboutUnwritableOutput({SMM_SIMULATOR, "--help"}),
+              testing::Each("smm-simulator: the help text cannot be written; expected an open "
+                            "standard output\ncode 1\n"));
+}
+
+TEST(Launcher, AddressThatNobodyTakesFails) {
+  const TemporaryDirectory directory;
+  EXPECT_THAT(ComplaintsAboutUnwritableOutput({SMM_SIMULATOR, "--generation", "1"},
+                                              {"PATH=/usr/bin:/bin", "TMPDIR=" + directory.Path()}),
+              testing::Each("smm-simulator: nobody takes the line with the address; expected an "
+                            "open standard output\ncode 1\n"));
+  EXPECT_TRUE(fs::is_empty(directory.Path()));
 }
 
 }  // namespace

@@ -7,14 +7,19 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 namespace Tavrin {
 namespace {
+
+constexpr int kSilence = 60'000;  // Milliseconds.
 
 struct Pipe {
   Pipe() {
@@ -83,6 +88,9 @@ Child::Child(std::vector<std::string> arguments, std::vector<std::string> enviro
 Child::~Child() {
   if (process_ > 0) {
     kill(process_, SIGTERM);
+    if (!EndsSoon(process_)) {
+      kill(process_, SIGKILL);
+    }
     waitpid(process_, nullptr, 0);
   }
   close(output_);
@@ -98,6 +106,12 @@ std::string Child::ReadLine() const {
   return line;
 }
 
+std::vector<pid_t> Child::Children() const {
+  const std::string thread = std::to_string(process_);
+  std::istringstream children(ReadProcessFile(process_, "task/" + thread + "/children"));
+  return {std::istream_iterator<pid_t>(children), {}};
+}
+
 void Child::Signal(int number) const { kill(process_, number); }
 
 Finished Child::Wait() {
@@ -105,7 +119,10 @@ Finished Child::Wait() {
   std::array<pollfd, 2> sources = {{{output_, POLLIN, 0}, {error_, POLLIN, 0}}};
   std::array<std::string*, 2> texts = {&finished.output, &finished.error};
   while (sources[0].fd >= 0 || sources[1].fd >= 0) {
-    poll(sources.data(), sources.size(), -1);
+    if (poll(sources.data(), sources.size(), kSilence) == 0) {
+      kill(process_, SIGKILL);
+      break;
+    }
     for (std::size_t i = 0; i < sources.size(); ++i) {
       if (sources[i].fd >= 0 && sources[i].revents != 0 && !Take(sources[i].fd, *texts[i])) {
         sources[i].fd = -1;
@@ -120,12 +137,34 @@ Finished Child::Wait() {
   return finished;
 }
 
+std::vector<std::string> AsScript(const std::string& script, const std::vector<std::string>& call,
+                                  const std::string& shellOption) {
+  std::vector<std::string> whole = {"/bin/sh", shellOption, script};
+  whole.insert(whole.end(), call.begin(), call.end());
+  return whole;
+}
+
 std::string ReadProcessFile(pid_t process, const std::string& name) {
   const std::ifstream file("/proc/" + std::to_string(process) + "/" + name, std::ios::binary);
   // A process may vanish between opening and reading, which an iterator over the file would throw.
   std::ostringstream content;
   content << file.rdbuf();
   return content.str();
+}
+
+bool HasEnded(pid_t process) {
+  const std::string text = ReadProcessFile(process, "stat");
+  const std::size_t name = text.rfind(") ");
+  return name == std::string::npos || text.at(name + 2) == 'Z' || text.at(name + 2) == 'X';
+}
+
+bool EndsSoon(pid_t process) {
+  constexpr std::chrono::seconds patience{10};
+  const auto giveUp = std::chrono::steady_clock::now() + patience;
+  while (!HasEnded(process) && std::chrono::steady_clock::now() < giveUp) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return HasEnded(process);
 }
 
 TemporaryFile::TemporaryFile(const std::string& content) {

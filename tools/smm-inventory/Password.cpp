@@ -43,11 +43,15 @@ class LineBuffer {
   std::size_t size_ = 0;
 };
 
+ByteSource BytesOf(int descriptor) {
+  return [descriptor](char& byte) { return read(descriptor, &byte, 1); };
+}
+
 /// Reads one byte; false at the end of the source.
-bool ReadByte(int descriptor, const std::string& source, char& byte) {
+bool ReadByte(const ByteSource& bytes, const std::string& source, char& byte) {
   ssize_t count = 0;
   do {
-    count = read(descriptor, &byte, 1);
+    count = bytes(byte);
   } while (count < 0 && errno == EINTR);
   if (count < 0) {
     throw UsageError(fmt::format("{} cannot be read ({}); expected the password on one line",
@@ -93,10 +97,10 @@ Descriptor OpenPrivateFile(const std::string& path, const std::string& source) {
 
 }  // namespace
 
-void ReadPasswordLine(int descriptor, const std::string& source, std::string& password) {
+void ReadPasswordLine(const ByteSource& bytes, const std::string& source, std::string& password) {
   LineBuffer line;
   char byte = 0;
-  while (!line.Full() && ReadByte(descriptor, source, byte)) {
+  while (!line.Full() && ReadByte(bytes, source, byte)) {
     if (byte == '\n') {
       line.DropTrailingCarriageReturn();
       break;
@@ -107,13 +111,17 @@ void ReadPasswordLine(int descriptor, const std::string& source, std::string& pa
   Accept(line.Text(), source, password);
 }
 
+void ReadPasswordLine(int descriptor, const std::string& source, std::string& password) {
+  ReadPasswordLine(BytesOf(descriptor), source, password);
+}
+
 void ReadPasswordFile(const std::string& path, std::string& password) {
   const std::string source =
       fmt::format("password file \"{}\"", Standalone::EscapeControlBytes(path));
   const Descriptor file = OpenPrivateFile(path, source);
   ReadPasswordLine(file.Get(), source, password);
   char byte = 0;
-  const bool more = ReadByte(file.Get(), source, byte);
+  const bool more = ReadByte(BytesOf(file.Get()), source, byte);
   explicit_bzero(&byte, sizeof byte);
   if (more) {
     WipeText(password);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -19,8 +22,13 @@ constexpr std::size_t kMaxPasswordLength = 20;
 /// refused.
 void ReadPasswordFile(const std::string& path, std::string& password);
 
-/// Reads the first line of an open descriptor as password; `source` names it in a refusal. What
-/// follows the line stays unread.
+/// Gives the next byte of a source, with the results of read(2): 1, or 0 at the end, or -1 and
+/// errno.
+using ByteSource = std::function<ssize_t(char& byte)>;
+
+/// Reads the first line of the bytes, or of an open descriptor, as password; `source` names where
+/// they are from in a refusal. What follows the line stays unread.
+void ReadPasswordLine(const ByteSource& bytes, const std::string& source, std::string& password);
 void ReadPasswordLine(int descriptor, const std::string& source, std::string& password);
 
 /// Takes the password from the value of the environment variable IPMI_PASSWORD.

@@ -181,7 +181,7 @@ int Run(const Options& options) {
   TavrinConnection::ConnectionInfo info = MakeConnectionInfo(options);
   AskForPassword(options, address, info.password);
 
-  Console console(std::cerr, CanMoveCursor());
+  Console console(std::cerr, CanMoveCursor(), STDERR_FILENO);
   Progress progress(console, ShownLogLevel(options.verbosity));
   LoginGuard guard;
   const LogRoute route(progress, guard, std::max(ShownLogLevel(options.verbosity), kInfo));
@@ -205,6 +205,7 @@ int RunCommandLine(int argc, const char* const* argv) {
   const std::variant<Options, Notice> request = ParseCommandLine(argc, argv);
   if (const auto* const notice = std::get_if<Notice>(&request)) {
     std::cout << notice->text << std::flush;
+    RequireWholeOutput();
     return ExitCode::Success;
   }
   return Run(std::get<Options>(request));
