@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "module/smm/smm_inventory/SMMInventory.h"
+#include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tests/faults/FailingAllocation.h"
 #include "tests/faults/LeftBehind.h"
@@ -48,6 +49,9 @@ class Memory : public WireTest, public ::testing::WithParamInterface<unsigned in
   Memory() {
     Standalone::SetLogLineHandler({});
     Standalone::SetMinLogLevel(GetParam());
+    // Nothing is lost here, and a repetition on a busy machine could begin a second session.
+    Standalone::SetGlobalConfigValue("IPMI_SESSION_TIMEOUT_MS", 20000);
+    Standalone::SetGlobalConfigValue("IPMI_RETRANSMISSION_TIMEOUT_MS", 10000);
     testing::internal::CaptureStderr();
   }
   ~Memory() override {

@@ -29,9 +29,7 @@ class Addresses : public WireTest {
  protected:
   Addresses()
       : simulator({"--generation", "1"}),
-        client(kName, "admin", "sesame", std::to_string(simulator.Port()), 3) {
-    Standalone::SetGlobalConfigValue("IPMI_SESSION_TIMEOUT_MS", 100);
-  }
+        client(kName, "admin", "sesame", std::to_string(simulator.Port()), 3) {}
 
   SimulatedSmm simulator;
   IpmiClient client;
