@@ -7,13 +7,11 @@
 
 #include <cerrno>
 #include <memory>
+#include <utility>
 
 namespace Tavrin {
 namespace Standalone {
 namespace {
-
-/// More than any UDP datagram holds.
-constexpr std::size_t kDatagramCapacity = 65536;
 
 using AddressList = std::unique_ptr<addrinfo, void (*)(addrinfo*)>;
 
@@ -37,7 +35,7 @@ int OpenConnected(const addrinfo& address, int& descriptor) {
 
 }  // namespace
 
-UdpSocket::UdpSocket(const std::string& numericAddress, int port) : buffer_(kDatagramCapacity) {
+UdpSocket::UdpSocket(const std::string& numericAddress, int port) {
   const AddressList address = FindAddress(numericAddress, port);
   openError_ = address ? OpenConnected(*address, descriptor_) : EADDRNOTAVAIL;
 }
@@ -91,9 +89,13 @@ UdpSocket::Received UdpSocket::Receive(Clock::time_point deadline) {
     if (!Wait(deadline)) {
       continue;
     }
-    const ssize_t length = recv(descriptor_, buffer_.data(), buffer_.size(), 0);
+    // How long it is comes first, so that a datagram of any length is taken whole.
+    ssize_t length = recv(descriptor_, nullptr, 0, MSG_PEEK | MSG_TRUNC);
+    Datagram datagram(length > 0 ? static_cast<std::size_t>(length) : 0);
+    length = length < 0 ? length : recv(descriptor_, datagram.data(), datagram.size(), 0);
     if (length >= 0) {
-      return {Datagram(buffer_.begin(), buffer_.begin() + length), 0};
+      datagram.resize(static_cast<std::size_t>(length));
+      return {std::move(datagram), 0};
     }
     if (errno != EAGAIN && errno != EINTR && TakePeerError(errno) != 0) {
       return {std::nullopt, errno};

@@ -50,7 +50,6 @@ class UdpSocket {
   int descriptor_ = -1;
   int openError_ = 0;
   int peerError_ = 0;
-  Datagram buffer_;
 };
 
 }  // namespace Standalone
