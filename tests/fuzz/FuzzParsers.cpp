@@ -1,5 +1,6 @@
-// Everything that reads what people write. The first byte of the input is a letter that names the
-// parser, the rest is the text, so that an input can be read and written by hand.
+// Everything that reads what people write, and the datagrams of the IPMI client. The first byte of
+// the input is a letter that names the parser, the rest is the text, so that an input can be read
+// and written by hand.
 
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -19,6 +20,7 @@
 #include "simulator/Enclosure.h"
 #include "simulator/Scenario.h"
 #include "simulator/ScenarioValue.h"
+#include "tests/fuzz/DatagramChecks.h"
 #include "tests/fuzz/FuzzInput.h"
 #include "tests/fuzz/RecordChecks.h"
 #include "tests/fuzz/Require.h"
@@ -307,6 +309,9 @@ bool RunParser(std::uint8_t letter, const std::string& text) {
       return true;
     case 'e':
       CheckEscaping(text);
+      return true;
+    case 'd':
+      CheckDatagram({text.begin(), text.end()});
       return true;
     case 'i':
       CheckScenario(text, EnclosureKind::FirstGeneration);

@@ -12,8 +12,8 @@ namespace Tavrin {
 namespace Standalone {
 namespace {
 
-/// More than any UDP datagram holds.
-constexpr std::size_t kDatagramCapacity = 65536;
+/// What the messages of a session fit in; longer ones take more room when they come.
+constexpr std::size_t kUsualCapacity = 1024;
 
 using AddressList = std::unique_ptr<addrinfo, void (*)(addrinfo*)>;
 
@@ -38,7 +38,7 @@ int OpenConnected(const addrinfo& address, int& descriptor) {
 }  // namespace
 
 UdpSocket::UdpSocket(const std::string& numericAddress, int port) {
-  buffer_.reserve(kDatagramCapacity);
+  buffer_.reserve(kUsualCapacity);
   const AddressList address = FindAddress(numericAddress, port);
   openError_ = address ? OpenConnected(*address, descriptor_) : EADDRNOTAVAIL;
 }
@@ -92,8 +92,10 @@ UdpSocket::Received UdpSocket::Receive(Clock::time_point deadline) {
     if (!Wait(deadline)) {
       continue;
     }
-    buffer_.resize(kDatagramCapacity);
-    const ssize_t length = recv(descriptor_, buffer_.data(), buffer_.size(), 0);
+    // How long it is comes first, so that a datagram of any length is taken whole.
+    ssize_t length = recv(descriptor_, nullptr, 0, MSG_PEEK | MSG_TRUNC);
+    buffer_.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+    length = length < 0 ? length : recv(descriptor_, buffer_.data(), buffer_.size(), 0);
     if (length >= 0) {
       buffer_.resize(static_cast<std::size_t>(length));
       return {&buffer_, 0};

@@ -35,8 +35,9 @@ class UdpSocket {
 
   /// Waits for a datagram until `deadline`; a caught signal changes nothing about that. What the
   /// network says of the other end is kept for PeerError() and does not end the waiting either,
-  /// since a controller that starts again comes back. Allocates nothing: without memory the number
-  /// of a session that the controller has just begun would be lost, and nobody could end it.
+  /// since a controller that starts again comes back. Allocates nothing for a datagram of usual
+  /// length: without memory the number of a session that the controller has just begun would be
+  /// lost, and nobody could end it.
   Received Receive(Clock::time_point deadline);
 
   /// What the network said last of the other end, such as ECONNREFUSED.
