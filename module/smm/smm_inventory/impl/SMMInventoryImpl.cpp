@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <new>
 #include <string>
 #include <utility>
@@ -45,6 +46,14 @@ constexpr int kWorthRetrying = 3;
 constexpr unsigned long kCipherSuite = 3;
 constexpr int kDefaultConnectAttempts = 3;
 constexpr std::uint8_t kNoAnswer = 0xFF;
+
+// Made when the library is loaded: a literal would allocate in every exchange, and a static object
+// of a function would take a lock. Never destroyed, because a thread may still be in an exchange
+// while the process ends. Where there is no memory for it, the library cannot be loaded.
+const std::string& MakeConnectAttemptsKey() noexcept {
+  return *std::make_unique<std::string>("IPMI_CONNECT_RETRY_TIMES").release();
+}
+const std::string& connectAttemptsKey = MakeConnectAttemptsKey();
 
 constexpr int kAcknowledgeAttempts = 6;
 constexpr unsigned int kSecondsBetweenAttempts = 3;
@@ -151,7 +160,7 @@ int SMMInventoryImpl::SendIpmiCmd(const IPMICOMMAND& request, std::vector<std::u
 
   IpmiClient client(address, userName, password, std::to_string(port), kCipherSuite);
   const int error =
-      Connect(client, GetGlobalConfigValue(connectAttemptsKey_, kDefaultConnectAttempts));
+      Connect(client, GetGlobalConfigValue(connectAttemptsKey, kDefaultConnectAttempts));
   if (error != kConnected) {
     response.clear();
     completionCode = kNoAnswer;
