@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/core/AllocationCount.h"
 #include "platform/ConnectionInfo.h"
 #include "platform/IpmiClient.h"
 #include "platform/SMMInfo.h"
@@ -18,6 +19,10 @@
 namespace Tavrin::Double {
 
 using Bytes = std::vector<std::uint8_t>;
+
+/// What a client does with the answer and the completion code that it is handed, which hold what
+/// they held before.
+enum class Filling { Replaces, Appends, LeavesAlone };
 
 /// One conversation that the code under test is expected to have, over a client of its own. The
 /// client compares every byte of the request, and the test fails when one part is left over or one
@@ -30,6 +35,7 @@ struct Exchange {
   Bytes data;
   std::vector<int> connectResults = {0};  ///< One for each call; only the last may be 0.
   int sendResult = 0;
+  Filling filling = Filling::Replaces;
   std::exception_ptr connectException = nullptr;
   std::exception_ptr sendException = nullptr;
   std::function<void()> afterSend = [] {};  ///< What else changes with this answer.
@@ -50,6 +56,7 @@ std::ostream& operator<<(std::ostream& stream, const Line& line);
 struct Platform {
   // What will happen.
   std::vector<Exchange> script;
+  std::optional<Exchange> everyExchange;  ///< With one, any request goes, and the script waits.
   TavrinConnection::ConnectionInfo expectedSettings;
   unsigned int logThreshold = 4;
   std::vector<unsigned int> laterThresholds;  ///< Taken by GetMinLogLevel() one by one, if any.
@@ -57,14 +64,19 @@ struct Platform {
   std::optional<std::int32_t> smmType = 0;  ///< Without one, the caller's is left as passed.
   int smmTypeResult = 0;
   std::exception_ptr smmTypeException = nullptr;
+  std::function<void(const Line&)> whileWritten = [](const Line&) {};  ///< Looks on at each line.
 
   // What did.
   std::size_t exchangesBegun = 0;
   std::vector<Line> lines;
   std::vector<unsigned int> lineNumbers;
+  std::size_t thresholdReads = 0;
   std::vector<unsigned int> pauses;
   std::vector<std::string> events;
   int openConnections = 0;
+  const TavrinConnection::ConnectionInfo* settingsOfInformation = nullptr;
+  const SMMIype* askedSmmType = nullptr;
+  AllocationCount allocationsAtRelease;  ///< When the SMM information was released.
 
   /// Adds one exchange that is expected, with the answer to it.
   void Expect(std::uint8_t netFn, std::uint8_t command, const Bytes& data, const Bytes& response,
@@ -102,7 +114,8 @@ class PlatformTest : public ::testing::Test {
   void TearDown() override { ExpectScriptPlayed(); }
 
   /// Runs the operation at each threshold from 0 to 4 and compares the lines it writes with those
-  /// of `linesAtThreshold4` that the threshold lets through.
+  /// of `linesAtThreshold4` that the threshold lets through. Each of them is to ask for the
+  /// threshold once, whether or not it is written.
   void ExpectLines(const std::vector<Line>& linesAtThreshold4,
                    const std::function<void()>& operation);
 

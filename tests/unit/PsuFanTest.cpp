@@ -214,6 +214,17 @@ TEST_F(PsuFan, SkippedSecondGenerationSlotIsLoggedAsSmm2) {
               [&] { EXPECT_EQ(Get(kSecondGenerationAnswer, 0xFF), Success); });
 }
 
+TEST_F(PsuFan, RecordIsAppendedBehindItsLine) {
+  for (const int smmType : {0, 1}) {
+    inventory.smmType = static_cast<SMMIype>(smmType);
+    std::string seen;
+    platform.whileWritten = [&](const Line&) { seen = Output(); };
+    EXPECT_EQ(Get({0x10, 0x27, 0x32, 0x02, 0x10, 0x27, 0x32, 0x02}), Success);
+    EXPECT_EQ(platform.lines.back().text.substr(0, 9), "PSU:PSU1,");
+    EXPECT_EQ(seen, kAsPassed) << "SMM type " << smmType;
+  }
+}
+
 TEST_F(PsuFan, StatusOfTheFirstExchangeIsHandedOn) {
   ExpectExchangeStatusesHandedOn([this] { return inventory.GetPSUFanSpeed(out); });
   EXPECT_EQ(Output(), kAsPassed);

@@ -182,7 +182,7 @@ int SMMInventoryImpl::SendIpmiCmd(const IPMICOMMAND& request, std::vector<std::u
 void SMMInventoryImpl::TrimSmm2Response(std::vector<std::uint8_t>& response, std::size_t count) {
   SMM_LOG(kDebug) << "it is smm2...";
   if (response.size() < count) {
-    // What callers have always got for such an answer, and what they catch.
+    // Callers catch exactly this for such an answer.
     throw std::bad_alloc();
   }
   response.erase(response.begin(), response.begin() + static_cast<std::ptrdiff_t>(count));
@@ -302,9 +302,8 @@ int SMMInventoryImpl::GetChassisPowerConsumption(ChassisPowerCon& out) {
     return StatusCode::UnusableAnswer;
   }
 
-  ChassisPowerCon power = DecodePower(answer.bytes);
-  SMM_LOG(kDebug) << PowerText(power);
-  out = std::move(power);
+  out = DecodePower(answer.bytes);
+  SMM_LOG(kDebug) << PowerText(out);
   return StatusCode::Success;
 }
 
@@ -321,9 +320,9 @@ int SMMInventoryImpl::GetChassisPowerCap(ChassisPowerCap& out) {
     return StatusCode::UnusableAnswer;
   }
 
-  ChassisPowerCap cap = DecodePowerCap(answer.bytes);
-  SMM_LOG(kDebug) << PowerCapText(cap);
-  out = WithoutAbsentCaps(std::move(cap));
+  out = DecodePowerCap(answer.bytes);
+  SMM_LOG(kDebug) << PowerCapText(out);
+  out = WithoutAbsentCaps(std::move(out));
   return StatusCode::Success;
 }
 
@@ -350,9 +349,9 @@ int SMMInventoryImpl::GetNodePowerConsumption(unsigned long node, ChassisPowerCo
     return StatusCode::UnusableAnswer;
   }
 
-  ChassisPowerCon power = DecodePower(answer.bytes);
-  SMM_LOG(kDebug) << PowerText(power);
-  out = WithoutAbsentReadings(std::move(power));
+  out = DecodePower(answer.bytes);
+  SMM_LOG(kDebug) << PowerText(out);
+  out = WithoutAbsentReadings(std::move(out));
   return StatusCode::Success;
 }
 
@@ -367,7 +366,7 @@ int SMMInventoryImpl::GetPSUFanSpeed(std::vector<PSUFanSpeed>& out) {
 
     const std::string name = "PSU" + std::to_string(slot);
     PSUFanSpeed fans;
-    // The failure lines speak of the power cap; readers of these logs have come to know them so.
+    // The failure lines speak of the power cap. Callers read the log: its words are an interface.
     if (IsSecondGeneration()) {
       if (!answer.IsUsable(kSecondGenerationFanLength)) {
         SMM_LOG(kError) << "Get smm2 chassis power cap failed with error code:"
@@ -404,9 +403,9 @@ IPMICOMMAND SMMInventoryImpl::PsuRegisterRead(std::uint64_t slot, std::uint8_t r
   return request;
 }
 
-// The three register queries differ in what they log, and readers of the log rely on it: only the
-// version and the manufacturer write a line for a failed exchange, and only the version and the
-// position one for an unusable answer.
+// The three register queries differ in what they log, and callers read the log: only the version
+// and the manufacturer write a line for a failed exchange, and only the version and the position
+// one for an unusable answer.
 
 int SMMInventoryImpl::GetPSUVersion(std::map<int, std::string>& versions) {
   for (std::uint64_t slot = 1; slot <= psuSlotCount; ++slot) {
@@ -520,9 +519,10 @@ int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
     return status;
   }
 
+  // Before the answer is judged, so that the caller finds one record a PSU in any case.
+  out.clear();
+  out.resize(psuSlotCount);
   if (!answer.IsUsable(kPsuStatusMinimumLength)) {
-    // The caller finds one record a PSU all the same, with empty texts.
-    out.assign(psuSlotCount, PSUStatus{});
     SMM_LOG(kDebug) << "The gotted PSU status is :\n"
                     << "\nGet PSU statue failed with completionCode is "
                     << std::to_string(answer.completionCode) << ", response.size() is "
@@ -532,10 +532,8 @@ int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
 
   const PsuStatusFlags flags = IsSecondGeneration() ? DecodeSecondGenerationPsuStatus(answer.bytes)
                                                     : DecodeFirstGenerationPsuStatus(answer.bytes);
-  out.clear();
-  out.reserve(psuSlotCount);
   for (std::uint64_t index = 0; index < psuSlotCount; ++index) {
-    out.push_back(ToPsuStatus(flags, index));
+    out[index] = ToPsuStatus(flags, index);
   }
   SMM_LOG(kDebug) << "The gotted PSU status is :\n" << PsuStatusFlagsText(flags, psuSlotCount);
   return StatusCode::Success;
@@ -558,7 +556,7 @@ std::vector<std::uint8_t> SMMInventoryImpl::PsuSelectorData(int psu) const {
 int SMMInventoryImpl::SelectPSUImpl(int psu) {
   const IPMICOMMAND request = OemRequest(kSelectPsuCommand, PsuSelectorData(psu));
   Answer answer;
-  // The line speaks of the PSU's status; readers of these logs have come to know it so.
+  // The line speaks of the PSU's status. Callers read the log: its words are an interface.
   const bool isAcknowledged = SendUntilAcknowledged(request, answer, [](int attempt) {
     SMM_LOG(kProgress) << "Try to get PSU status, start retry " << Times(attempt);
   });
@@ -607,8 +605,8 @@ int SMMInventoryImpl::GetNodeStatus(unsigned long node, NodeStatus& out) {
   if (!IsKnownPowerState(codes.powerState)) {
     SMM_LOG(kError) << "Wrong result";
   }
-  SMM_LOG(kDebug) << "The Node status is :" << NodeStatusCodesText(codes);
   out = ToNodeStatus(codes);
+  SMM_LOG(kDebug) << "The Node status is :" << NodeStatusCodesText(codes);
   return StatusCode::Success;
 }
 
@@ -638,10 +636,12 @@ int SMMInventoryImpl::GetSMMStatusImp(SMMStatus& out) {
   }
 
   const SmmStatusAnswer decoded = DecodeSmmStatus(answer.bytes);
+  const SMMStatus result = ToSmmStatus(decoded);
+  out.platformId = result.platformId;
   if (IsEgs(decoded)) {
     SMM_LOG(kWarning) << "checked SMM2 Type is EGS, For EGS, set default value 6";
   }
-  out = ToSmmStatus(decoded);
+  out.psuSlotCount = result.psuSlotCount;
   return status;
 }
 
