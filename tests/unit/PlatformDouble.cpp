@@ -52,11 +52,13 @@ void Fill(const Exchange& exchange, Bytes& response, std::uint8_t& completionCod
   if (exchange.filling == Filling::LeavesAlone) {
     return;
   }
-  if (exchange.filling == Filling::Replaces) {
+  if (exchange.filling != Filling::Appends) {
     response.clear();
   }
   response.insert(response.end(), exchange.response.begin(), exchange.response.end());
-  completionCode = exchange.completionCode;
+  if (exchange.filling != Filling::ReplacesAllButTheCode) {
+    completionCode = exchange.completionCode;
+  }
 }
 
 void ThrowIfAny(const std::exception_ptr& exception) {

@@ -22,7 +22,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 /// What a client does with the answer and the completion code that it is handed, which hold what
 /// they held before.
-enum class Filling { Replaces, Appends, LeavesAlone };
+enum class Filling { Replaces, ReplacesAllButTheCode, Appends, LeavesAlone };
 
 /// One conversation that the code under test is expected to have, over a client of its own. The
 /// client compares every byte of the request, and the test fails when one part is left over or one

@@ -111,6 +111,13 @@ TEST_F(PsuFan, EverySecondGenerationSlotIsAskedInOrderAndAppended) {
   }
 }
 
+TEST_F(PsuFan, EachSlotHasACompletionCodeOfItsOwn) {
+  Expect(1, {}, 0xC1);
+  Expect(2, kFirstGenerationAnswer, 0xC1);
+  platform.script.back().filling = Double::Filling::ReplacesAllButTheCode;
+  ExpectOutput(2, std::string(kAsPassed) + "PSU2|1000|N/A|||Abnormal;");
+}
+
 TEST_F(PsuFan, NoSlotSendsAndLogsNothing) {
   inventory.psuSlotCount = 0;
   EXPECT_EQ(inventory.GetPSUFanSpeed(out), Success);

@@ -122,6 +122,17 @@ TEST_F(PsuRegisters, EveryPositionLengthAndCompletionCodeHasItsOutcome) {
                    answer);
 }
 
+TEST_F(PsuRegisters, EachSlotHasACompletionCodeOfItsOwn) {
+  for (const Register& psuRegister : kRegisters) {
+    Reset();
+    ExpectRead(psuRegister, 1, {}, 0xC1);
+    ExpectRead(psuRegister, 2, {0x04, '1', '2', '3', '4'}, 0xC1);
+    platform.script.back().filling = Double::Filling::ReplacesAllButTheCode;
+    EXPECT_EQ(Run(psuRegister), Success);
+    EXPECT_EQ(out.count(2), 1U) << "register " << int{psuRegister.code};
+  }
+}
+
 TEST_F(PsuRegisters, SecondGenerationIsAskedBySlot) {
   inventory.smmType = SMM_SECOND_GENERATION;
   inventory.psuSlotCount = 3;
