@@ -185,12 +185,15 @@ TEST_F(NodeStatusQuery, ThresholdIsTestedAnewForEachLine) {
 }
 
 TEST_F(NodeStatusQuery, LengthsBeyond255AreLoggedAsTheyAre) {
-  for (const std::size_t length : std::vector<std::size_t>{256, 260, 261, 300}) {
-    EXPECT_EQ(Get(Bytes(length, 0x80)), UnusableAnswer);
-    EXPECT_EQ(platform.lines.back().text,
-              "The Node status is :\nGet Node statue failed with completionCode is 0, "
-              "response.size() is " +
-                  std::to_string(length));
+  for (const SMMIype smmType : {SMM_FIRST_GENERATION, SMM_SECOND_GENERATION}) {
+    inventory.smmType = smmType;
+    for (const std::size_t length : std::vector<std::size_t>{256, 260, 261, 300}) {
+      EXPECT_EQ(Get(Bytes(length, 0x80)), UnusableAnswer);
+      EXPECT_EQ(platform.lines.back().text,
+                "The Node status is :\nGet Node statue failed with completionCode is 0, "
+                "response.size() is " +
+                    std::to_string(length));
+    }
   }
 }
 
