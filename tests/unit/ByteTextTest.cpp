@@ -21,10 +21,14 @@ TEST(ByteText, DottedHexPadsTheSecondHalfAlone) {
   EXPECT_EQ(DottedHex(0xFF, 0xAB), "ff.ab");
 }
 
-TEST(ByteText, OnlyTheText0IsNotAvailable) {
-  EXPECT_EQ(NotAvailableIfZero("0"), "N/A");
-  for (const std::string reading : {"", "00", "10", "100", "65535", "N/A"}) {
-    EXPECT_EQ(NotAvailableIfZero(reading), reading);
+TEST(ByteText, OnlyTheText0IsReplaced) {
+  std::string zero = "0";
+  ReplaceZero(zero);
+  EXPECT_EQ(zero, "N/A");
+  for (const std::string other : {"", "00", "10", "100", "65535", "N/A"}) {
+    std::string reading = other;
+    ReplaceZero(reading);
+    EXPECT_EQ(reading, other);
   }
 }
 

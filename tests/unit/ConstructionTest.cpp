@@ -71,6 +71,28 @@ TEST_F(Construction, SmmTypeIsAskedBeforeTheStatusAndReleasedAfterIt) {
                           "SMM information destroyed"));
 }
 
+TEST_F(Construction, SmmInformationIsGivenTheObjectItselfAndFillsItsType) {
+  platform.ExpectStatusReads(1, {0x01});
+  const SMMInventoryImpl inventory(TestSettings());
+  EXPECT_EQ(platform.settingsOfInformation, &inventory);
+  EXPECT_EQ(platform.askedSmmType, &inventory.smmType);
+}
+
+TEST_F(Construction, CountsAreStoredBehindTheSuccessLineAndThePlatformIdBeforeIt) {
+  platform.ExpectStatusReads(6, StatusAnswer(0xFD, 0x03));
+  std::string seen;
+  platform.whileWritten = [&](const Line& line) {
+    const auto& inventory = static_cast<const SMMInventoryImpl&>(*platform.settingsOfInformation);
+    seen = line.text + ", " + std::to_string(inventory.smmStatus.platformId) + '/' +
+           std::to_string(inventory.smmStatus.psuSlotCount) + ", " +
+           std::to_string(inventory.psuSlotCount) + " slots, " +
+           std::to_string(inventory.nodeCount) + " nodes, " + platform.events.back();
+  };
+  const SMMInventoryImpl inventory(TestSettings());
+  EXPECT_EQ(seen, kSuccessOn253.text + ", 253/9, 2 slots, 4 nodes, pause");
+  EXPECT_EQ(inventory.psuSlotCount, 9U);
+}
+
 TEST_F(Construction, SmmTypeIsTakenAsReportedWhateverTheResult) {
   for (const int type : {0, 1, 7, -1}) {
     Double::ResetPlatform();
@@ -311,6 +333,46 @@ TEST_F(StatusRead, EgsLineIsWrittenForTheEgsTypeAlone) {
   EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
   EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
   EXPECT_THAT(platform.lines, ElementsAre(kEgsWarning));
+}
+
+TEST_F(StatusRead, PlatformIdIsStoredBeforeTheEgsLineAndTheSlotCountBehindIt) {
+  platform.ExpectStatusReads(6, StatusAnswer(0xFD, 0x04));
+  SMMStatus seen;
+  platform.whileWritten = [&](const Line&) { seen = status; };
+  EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
+  EXPECT_EQ(platform.lines.back(), kEgsWarning);
+  EXPECT_EQ(seen.platformId, 253);
+  EXPECT_EQ(seen.psuSlotCount, -72);
+  EXPECT_EQ(status.psuSlotCount, 6);
+}
+
+TEST_F(StatusRead, OneAnswerServesAllAttempts) {
+  const Bytes answer = {0xFD, 0x12, 0x03};
+  platform.ExpectStatusReads(6, answer);
+  for (Double::Exchange& exchange : platform.script) {
+    exchange.filling = Double::Filling::Appends;
+  }
+  EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
+  EXPECT_EQ(status.platformId, 253);
+  EXPECT_EQ(status.psuSlotCount, 6);
+
+  platform.ExpectStatusReads(6, StatusAnswer(0xFD, 0x03));
+  for (std::size_t attempt = 1; attempt < 6; ++attempt) {
+    platform.script[platform.script.size() - attempt].filling = Double::Filling::LeavesAlone;
+  }
+  EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
+  EXPECT_EQ(status.psuSlotCount, 9);
+}
+
+TEST_F(StatusRead, ThresholdIsTestedAnewForEachLine) {
+  platform.ExpectStatusReads(3, {0x01, 0x02});
+  platform.ExpectStatusReads(1, {0x01});
+  platform.laterThresholds = {3, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 2, 0, 0, 0, 3, 1};
+  EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);
+  EXPECT_THAT(platform.laterThresholds, IsEmpty());
+  EXPECT_THAT(platform.lines, ElementsAre(Line{3, "Try to get SMM status, retry 1 time"},
+                                          Line{3, "Try to get SMM status, retry 3 times"},
+                                          Line{3, "Succeeded get SMM Status"}));
 }
 
 TEST_F(StatusRead, SmmTypeOf1WithAShortAnswerIsNamedInTheDefaultLine) {

@@ -162,6 +162,41 @@ TEST_F(NodeStatusQuery, UnknownPowerStateIsLoggedBeforeTheCodes) {
   EXPECT_EQ(Output(), "Fault|Full|N/A|32");
 }
 
+TEST_F(NodeStatusQuery, RecordIsFilledBehindTheWrongResultLineAndBeforeTheCodes) {
+  std::vector<std::string> seen;
+  platform.whileWritten = [&](const Line&) { seen.push_back(Output()); };
+  EXPECT_EQ(Get({0x60, 2, 255, 0x20}), Success);
+  ASSERT_EQ(seen.size(), 5U);
+  EXPECT_EQ(platform.lines[3], (Line{1, "Wrong result"}));
+  EXPECT_EQ(seen[3], kAsPassed);
+  EXPECT_EQ(seen[4], "Fault|Full|N/A|32");
+}
+
+TEST_F(NodeStatusQuery, ThresholdIsTestedAnewForEachLine) {
+  platform.laterThresholds = {0, 0, 0, 1, 3};
+  EXPECT_EQ(Get({0x60, 2, 255, 0x20}), Success);
+  EXPECT_THAT(platform.lines, ElementsAre(Line{1, "Wrong result"}));
+  platform.ForgetWhatHappened();
+  platform.laterThresholds = {0, 0, 0, 0, 4};
+  EXPECT_EQ(Get({0x60, 2, 255, 0x20}), Success);
+  EXPECT_THAT(platform.laterThresholds, IsEmpty());
+  ASSERT_EQ(platform.lines.size(), 1U);
+  EXPECT_EQ(platform.lines.front().level, 4U);
+}
+
+TEST_F(NodeStatusQuery, LengthsBeyond255AreLoggedAsTheyAre) {
+  for (const SMMIype smmType : {SMM_FIRST_GENERATION, SMM_SECOND_GENERATION}) {
+    inventory.smmType = smmType;
+    for (const std::size_t length : std::vector<std::size_t>{256, 260, 261, 300}) {
+      EXPECT_EQ(Get(Bytes(length, 0x80)), UnusableAnswer);
+      EXPECT_EQ(platform.lines.back().text,
+                "The Node status is :\nGet Node statue failed with completionCode is 0, "
+                "response.size() is " +
+                    std::to_string(length));
+    }
+  }
+}
+
 TEST_F(NodeStatusQuery, FiveBytesFromTheFirstGenerationAreLoggedWithTheirNumber) {
   const Bytes answer = {0x77, 0x80, 1, 1, 0};
   ExpectLines(ExchangeLines("FN=0x32 cmd=0xa7 data=0x2 ", answer) +

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/core/AllocationCount.h"
 #include "platform/ConnectionInfo.h"
 #include "platform/IpmiClient.h"
 #include "platform/SMMInfo.h"
@@ -19,6 +20,10 @@
 namespace Tavrin::Double {
 
 using Bytes = std::vector<std::uint8_t>;
+
+/// What a client does with the answer and the completion code that it is handed, which hold what
+/// they held before.
+enum class Filling { Replaces, ReplacesAllButTheCode, Appends, LeavesAlone };
 
 /// One conversation that the code under test is expected to have, over a client of its own. The
 /// client compares every byte of the request, and the test fails when one part is left over or one
@@ -31,6 +36,7 @@ struct Exchange {
   Bytes data;
   std::vector<int> connectResults = {0};  ///< One for each call; only the last may be 0.
   int sendResult = 0;
+  Filling filling = Filling::Replaces;
   std::exception_ptr connectException = nullptr;
   std::exception_ptr sendException = nullptr;
   std::function<void()> afterSend = [] {};  ///< What else changes with this answer.
@@ -64,6 +70,7 @@ struct Wait {
 struct Platform {
   // What will happen.
   std::vector<Exchange> script;
+  std::optional<Exchange> everyExchange;  ///< With one, any request goes, and the script waits.
   TavrinConnection::ConnectionInfo expectedSettings;
   unsigned int logThreshold = 4;
   std::vector<unsigned int> laterThresholds;  ///< Taken by GetMinLogLevel() one by one, if any.
@@ -73,15 +80,20 @@ struct Platform {
   std::exception_ptr smmTypeException = nullptr;
   std::vector<SleepEnd> sleepEnds;  ///< Taken by sleep() one by one; then it returns 0.
   std::vector<int> waitResults;     ///< Taken by clock_nanosleep() one by one; then it returns 0.
+  std::function<void(const Line&)> whileWritten = [](const Line&) {};  ///< Looks on at each line.
 
   // What did.
   std::size_t exchangesBegun = 0;
   std::vector<Line> lines;
   std::vector<unsigned int> lineNumbers;
+  std::size_t thresholdReads = 0;
   std::vector<unsigned int> pauses;
   std::vector<Wait> waits;
   std::vector<std::string> events;
   int openConnections = 0;
+  const TavrinConnection::ConnectionInfo* settingsOfInformation = nullptr;
+  const SMMIype* askedSmmType = nullptr;
+  AllocationCount allocationsAtRelease;  ///< When the SMM information was released.
 
   /// Adds one exchange that is expected, with the answer to it.
   void Expect(std::uint8_t netFn, std::uint8_t command, const Bytes& data, const Bytes& response,
@@ -119,7 +131,8 @@ class PlatformTest : public ::testing::Test {
   void TearDown() override { ExpectScriptPlayed(); }
 
   /// Runs the operation at each threshold from 0 to 4 and compares the lines it writes with those
-  /// of `linesAtThreshold4` that the threshold lets through.
+  /// of `linesAtThreshold4` that the threshold lets through. Each of them is to ask for the
+  /// threshold once, whether or not it is written.
   void ExpectLines(const std::vector<Line>& linesAtThreshold4,
                    const std::function<void()>& operation);
 

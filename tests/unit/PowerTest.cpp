@@ -144,6 +144,14 @@ TEST_F(ChassisPower, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
             (Line{1, "Get smm chassis power consumption failed with error code:193"}));
 }
 
+TEST_F(ChassisPower, ReadingsAreStoredBeforeTheirLine) {
+  std::string seen;
+  platform.whileWritten = [&](const Line&) { seen = Describe(out); };
+  EXPECT_EQ(Get({1, 0, 2, 0, 3, 0}), Success);
+  EXPECT_EQ(platform.lines.back(), (Line{4, "Min:1,Avg:2,Max:3"}));
+  EXPECT_EQ(seen, "1|2|3");
+}
+
 class ChassisCap : public Double::InventoryTest {
  protected:
   static constexpr const char* kAsPassed = "min|max|protective|user|thermal";
@@ -255,6 +263,16 @@ TEST_F(ChassisCap, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
   EXPECT_EQ(Get({}, 0xC1), UnusableAnswer);
   EXPECT_EQ(platform.lines.back(),
             (Line{1, "Get smm chassis power cap failed with error code:193"}));
+}
+
+TEST_F(ChassisCap, CapsAreStoredRawBeforeTheirLineAndReplacedBehindIt) {
+  std::string seen;
+  platform.whileWritten = [&](const Line&) { seen = Describe(out); };
+  EXPECT_EQ(Get({0, 0, 0xFF, 0xFF, 0, 0, 0xE8, 0x03, 0, 0}), Success);
+  EXPECT_EQ(platform.lines.back(),
+            (Line{4, "Min:0,Max:65535,ProtectiveCap:0,UserCap:1000,ThermalCap:0"}));
+  EXPECT_EQ(seen, "0|65535|0|1000|0");
+  EXPECT_EQ(Describe(out), "N/A|65535|N/A|1000|N/A");
 }
 
 class NodePower : public Double::InventoryTest {
@@ -398,6 +416,15 @@ TEST_F(NodePower, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
   inventory.nodeCount = 12;
   EXPECT_EQ(inventory.GetNodePowerConsumption(12345, out), UnusableAnswer);
   EXPECT_EQ(platform.lines.back(), (Line{1, "node 12345is wrong: need 1-12"}));
+}
+
+TEST_F(NodePower, ReadingsAreStoredRawBeforeTheirLineAndReplacedBehindIt) {
+  std::string seen;
+  platform.whileWritten = [&](const Line&) { seen = Describe(out); };
+  EXPECT_EQ(Get({0, 0, 0xFF, 0xFF, 0x64, 0}), Success);
+  EXPECT_EQ(platform.lines.back(), (Line{4, "Min:0,Avg:65535,Max:100"}));
+  EXPECT_EQ(seen, "0|65535|100");
+  EXPECT_EQ(Describe(out), "N/A|N/A|100");
 }
 
 TEST(PowerDecoder, EveryLowAndHighByteIsReadLittleEndian) {

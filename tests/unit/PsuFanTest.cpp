@@ -111,6 +111,13 @@ TEST_F(PsuFan, EverySecondGenerationSlotIsAskedInOrderAndAppended) {
   }
 }
 
+TEST_F(PsuFan, EachSlotHasACompletionCodeOfItsOwn) {
+  Expect(1, {}, 0xC1);
+  Expect(2, kFirstGenerationAnswer, 0xC1);
+  platform.script.back().filling = Double::Filling::ReplacesAllButTheCode;
+  ExpectOutput(2, std::string(kAsPassed) + "PSU2|1000|N/A|||Abnormal;");
+}
+
 TEST_F(PsuFan, NoSlotSendsAndLogsNothing) {
   inventory.psuSlotCount = 0;
   EXPECT_EQ(inventory.GetPSUFanSpeed(out), Success);
@@ -212,6 +219,17 @@ TEST_F(PsuFan, SkippedSecondGenerationSlotIsLoggedAsSmm2) {
   ExpectLines(ExchangeLines("FN=0x32 cmd=0xa5 data=0x1 ", kSecondGenerationAnswer) +
                   std::vector<Line>{{1, "Get smm2 chassis power cap failed with error code:255"}},
               [&] { EXPECT_EQ(Get(kSecondGenerationAnswer, 0xFF), Success); });
+}
+
+TEST_F(PsuFan, RecordIsAppendedBehindItsLine) {
+  for (const int smmType : {0, 1}) {
+    inventory.smmType = static_cast<SMMIype>(smmType);
+    std::string seen;
+    platform.whileWritten = [&](const Line&) { seen = Output(); };
+    EXPECT_EQ(Get({0x10, 0x27, 0x32, 0x02, 0x10, 0x27, 0x32, 0x02}), Success);
+    EXPECT_EQ(platform.lines.back().text.substr(0, 9), "PSU:PSU1,");
+    EXPECT_EQ(seen, kAsPassed) << "SMM type " << smmType;
+  }
 }
 
 TEST_F(PsuFan, StatusOfTheFirstExchangeIsHandedOn) {

@@ -122,6 +122,17 @@ TEST_F(PsuRegisters, EveryPositionLengthAndCompletionCodeHasItsOutcome) {
                    answer);
 }
 
+TEST_F(PsuRegisters, EachSlotHasACompletionCodeOfItsOwn) {
+  for (const Register& psuRegister : kRegisters) {
+    Reset();
+    ExpectRead(psuRegister, 1, {}, 0xC1);
+    ExpectRead(psuRegister, 2, {0x04, '1', '2', '3', '4'}, 0xC1);
+    platform.script.back().filling = Double::Filling::ReplacesAllButTheCode;
+    EXPECT_EQ(Run(psuRegister), Success);
+    EXPECT_EQ(out.count(2), 1U) << "register " << int{psuRegister.code};
+  }
+}
+
 TEST_F(PsuRegisters, SecondGenerationIsAskedBySlot) {
   inventory.smmType = SMM_SECOND_GENERATION;
   inventory.psuSlotCount = 3;
@@ -214,6 +225,17 @@ TEST_F(PsuRegisters, ManufacturerKeepsAnyByteAsItIs) {
   inventory.smmType = SMM_SECOND_GENERATION;
   EXPECT_EQ(Get(kManufacturer, {0x00, 'B', ' ', '\n', 'E'}), Success);
   EXPECT_EQ(out[1], std::string("\0B \n", 4));
+}
+
+TEST_F(PsuRegisters, TextsAreStoredBeforeTheirLines) {
+  for (const Register& psuRegister : kRegisters) {
+    std::string seen;
+    platform.whileWritten = [&](const Line&) { seen = Output(); };
+    EXPECT_EQ(Get(psuRegister, {0x04, '1', '2', '3', '4'}), Success);
+    EXPECT_EQ(platform.lines.back().text.substr(0, 11), "PSU slot 1 ");
+    EXPECT_EQ(seen, Output());
+    EXPECT_NE(seen, kAsPassed);
+  }
 }
 
 TEST_F(PsuRegisters, VersionsAreLoggedSlotBySlot) {
@@ -571,6 +593,28 @@ TEST_F(PsuFirmware, RecordsAndMissingModulesAreLoggedBehindTheReads) {
                 EXPECT_EQ(Inventory(),
                           std::string(kHeldBefore) + "PSU1|PSUABCDa.01|1.0a|1|Power Supply 1;");
               });
+}
+
+TEST_F(PsuFirmware, RecordIsAppendedBeforeItsLine) {
+  std::string seen;
+  platform.whileWritten = [&](const Line&) { seen = Inventory(); };
+  EXPECT_EQ(GetOne({goodVersion, goodManufacturer, goodPosition}, {0, 0, 0}), Success);
+  EXPECT_EQ(platform.lines.back(), (Line{4, "Power Supply 1 PSU1 1 1.0a PSUBCDEa.01"}));
+  EXPECT_EQ(seen, std::string(kHeldBefore) + "PSU1|PSUBCDEa.01|1.0a|1|Power Supply 1;");
+}
+
+TEST_F(PsuFirmware, ThresholdIsTestedAnewForEachRecordAndMissingModule) {
+  inventory.psuSlotCount = 4;
+  ExpectReads(kVersion, 3, goodVersion);
+  ExpectRead(kVersion, 4, {});
+  ExpectReads(kManufacturer, 4, goodManufacturer);
+  ExpectReads(kPosition, 4, goodPosition);
+  platform.laterThresholds = std::vector<unsigned int>(3 * 4 * 4, 0);
+  platform.laterThresholds.insert(platform.laterThresholds.end(), {3, 4, 3, 4});
+  EXPECT_EQ(inventory.GetPSUFwInfo(firmware), Success);
+  EXPECT_THAT(platform.laterThresholds, IsEmpty());
+  EXPECT_THAT(platform.lines, ElementsAre(Line{4, "Power Supply 2 PSU2 2 1.0a PSUBCDEa.01"},
+                                          Line{4, "PSU slot 4 has no PSU module."}));
 }
 
 TEST_F(PsuFirmware, ZeroByteOfTheManufacturerIsKeptInTheIdentifier) {

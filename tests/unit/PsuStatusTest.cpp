@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -211,6 +213,28 @@ TEST_F(PsuStatusQuery, FailureIsLoggedAtThreshold4Alone) {
       [&] {
         EXPECT_EQ(Get({1, 2, 3, 4, 5}), UnusableAnswer);
       });
+}
+
+TEST_F(PsuStatusQuery, RecordsAreStoredBeforeTheirLine) {
+  std::string seen;
+  platform.whileWritten = [&](const Line&) { seen = Describe(out); };
+  EXPECT_EQ(Get({0x00, 0x00, 0x03, 0x01, 0x00, 0x00}), Success);
+  EXPECT_EQ(seen, "00|00|11|10");
+  EXPECT_EQ(Get({}, 0xC1), UnusableAnswer);
+  EXPECT_EQ(seen, "--|--|--|--");
+}
+
+TEST_F(PsuStatusQuery, OutputIsEmptiedBeforeItIsFilledWhateverTheAnswer) {
+  inventory.psuSlotCount = std::numeric_limits<std::uint64_t>::max();
+  EXPECT_THROW(Get(Bytes(6, 0x01)), std::length_error);
+  EXPECT_TRUE(out.empty());
+  EXPECT_THROW(Get({}, 0xC1), std::length_error);
+  EXPECT_TRUE(out.empty());
+}
+
+TEST_F(PsuStatusQuery, FailedLengthBeyond255IsLoggedAsItIs) {
+  EXPECT_EQ(Get(Bytes(300, 0x01), 0xC1), UnusableAnswer);
+  EXPECT_THAT(platform.lines.back().text, ::testing::EndsWith("response.size() is 300"));
 }
 
 TEST_F(PsuStatusQuery, FailedSecondGenerationAnswerOfTenBytesIsLoggedWithThatSize) {

@@ -198,6 +198,13 @@ TEST_F(Facade, CopiesShareOneImplementationBeyondTheFirst) {
   EXPECT_EQ(copy.GetSmmSN(serialNumber), StatusCode::Success);
 }
 
+TEST_F(Facade, CountOfTheOwnersIsAllocatedApartAndLast) {
+  platform.ExpectStatusReads(1, {0x01});
+  const SMMInventory inventory(TestSettings());
+  const AllocationCount allocations = AllocationsSoFar();
+  EXPECT_EQ(allocations.allocations - platform.allocationsAtRelease.allocations, 1U);
+}
+
 TEST_F(Facade, DestructionSendsNothing) {
   platform.ExpectStatusReads(1, {0x01});
   auto inventory = std::make_unique<SMMInventory>(TestSettings());

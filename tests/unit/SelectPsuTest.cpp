@@ -128,6 +128,30 @@ TEST_F(SelectPsu, EachOfSixAttemptsIsLoggedAndTheVerdict) {
               });
 }
 
+TEST_F(SelectPsu, ThresholdIsTestedAnewForEachLine) {
+  platform.Expect(0x32, 0xF4, {0x00, 0x02}, {});
+  platform.Expect(0x32, 0xF4, {0x00, 0x02}, {});
+  platform.laterThresholds = {2, 0, 0, 0, 3, 0, 0, 0, 2, 0, 0, 0, 3};
+  EXPECT_EQ(Select(1, {0x11}), Success);
+  EXPECT_THAT(platform.laterThresholds, IsEmpty());
+  EXPECT_THAT(platform.lines, ElementsAre(Line{3, "Try to get PSU status, start retry 2 times"},
+                                          Line{3, "Succeeded select PSU "}));
+}
+
+TEST_F(SelectPsu, OneAnswerServesAllAttempts) {
+  platform.Expect(0x32, 0xF4, {0x00, 0x02}, {0x11, 0x22});
+  for (int attempt = 2; attempt <= 6; ++attempt) {
+    platform.Expect(0x32, 0xF4, {0x00, 0x02}, {}, 0xC1);
+    platform.script.back().filling = Double::Filling::LeavesAlone;
+  }
+  EXPECT_EQ(inventory.SelectPSUImpl(2), Success);
+
+  platform.Expect(0x32, 0xF4, {0x00, 0x02}, {}, 0x00);
+  platform.Expect(0x32, 0xF4, {0x00, 0x02}, {0x11}, 0x00);
+  platform.script.back().filling = Double::Filling::Appends;
+  EXPECT_EQ(inventory.SelectPSUImpl(2), Success);
+}
+
 TEST_F(SelectPsu, SuccessAfterSixAttemptsHasNoLineOfItsOwn) {
   platform.logThreshold = 3;
   EXPECT_EQ(Select(6, {0x11, 0x22}), Success);

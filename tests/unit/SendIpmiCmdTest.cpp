@@ -209,6 +209,33 @@ TEST_F(SendIpmiCmd, EachLineCarriesItsOwnLineNumber) {
   EXPECT_LT(platform.lineNumbers[1], platform.lineNumbers[2]);
 }
 
+TEST_F(SendIpmiCmd, LinesAreWrittenBetweenTheEndOfTheConversationAndThatOfTheClient) {
+  std::vector<std::string> seen;
+  platform.whileWritten = [&](const Line&) { seen.push_back(platform.events.back()); };
+  platform.Expect(0x32, 0xB0, {0x05, 0x01}, {0x11});
+  Send();
+  EXPECT_THAT(seen, ElementsAre("disconnect", "disconnect", "disconnect"));
+}
+
+TEST_F(SendIpmiCmd, OutputsOfNoAnswerAreThereBeforeTheFailureLine) {
+  platform.whileWritten = [this](const Line& line) {
+    EXPECT_EQ(line, (Line{1, "connect failed with error:5"}));
+    ExpectOutputsOfNoAnswer();
+    EXPECT_EQ(platform.events.back(), "connect");
+  };
+  platform.ExpectConnectFailures({5});
+  EXPECT_EQ(Send(), StatusCode::NotConnected);
+  EXPECT_EQ(platform.lines.size(), 1U);
+}
+
+TEST_F(SendIpmiCmd, AnswerOf300BytesIsHandedBackAndRenderedInFull) {
+  const Bytes answer(300, 0x41);
+  platform.Expect(0x32, 0xB0, {0x05, 0x01}, answer);
+  EXPECT_EQ(Send(), StatusCode::Success);
+  EXPECT_EQ(response, answer);
+  EXPECT_EQ(platform.lines, Double::ExchangeLines("FN=0x32 cmd=0xb0 data=0x5 0x1 ", answer));
+}
+
 TEST_F(SendIpmiCmd, ExceptionOfConnectReachesTheCallerAndDestroysTheClient) {
   platform.ExpectConnectFailures({5});
   platform.script.back().connectException =

@@ -24,11 +24,10 @@ std::string DottedHex(std::uint8_t first, std::uint8_t second) {
   return Hex(first) + (second < 0x10 ? ".0" : ".") + Hex(second);
 }
 
-std::string NotAvailableIfZero(const std::string& reading) {
+void ReplaceZero(std::string& reading) {
   if (reading == "0") {
-    return "N/A";
+    reading = "N/A";
   }
-  return reading;
 }
 
 std::string RawRendering(const std::vector<std::uint8_t>& bytes) {

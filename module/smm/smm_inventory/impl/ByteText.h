@@ -15,8 +15,9 @@ std::string Hex(std::uint32_t number);
 /// `second` in lower-case hexadecimal with two digits.
 std::string DottedHex(std::uint8_t first, std::uint8_t second);
 
-/// "N/A" for "0", which is how an SMM says that it has no reading; every other text as it is.
-std::string NotAvailableIfZero(const std::string& reading);
+/// Puts "N/A" in place of "0", which is how an SMM says that it has no reading, and leaves every
+/// other text.
+void ReplaceZero(std::string& reading);
 
 /// Each byte as one character, whatever it is, and one blank after it.
 std::string RawRendering(const std::vector<std::uint8_t>& bytes);

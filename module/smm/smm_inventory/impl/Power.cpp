@@ -6,11 +6,11 @@
 namespace Tavrin {
 namespace {
 
-std::string NotAvailableIfAbsent(const std::string& reading) {
+void ReplaceAbsent(std::string& reading) {
   if (reading == "65535") {
-    return "N/A";
+    reading = "N/A";
   }
-  return NotAvailableIfZero(reading);
+  ReplaceZero(reading);
 }
 
 }  // namespace
@@ -29,9 +29,9 @@ std::string PowerText(const ChassisPowerCon& power) {
 }
 
 ChassisPowerCon WithoutAbsentReadings(ChassisPowerCon power) {
-  power.minPower = NotAvailableIfAbsent(power.minPower);
-  power.avgPower = NotAvailableIfAbsent(power.avgPower);
-  power.maxPower = NotAvailableIfAbsent(power.maxPower);
+  ReplaceAbsent(power.minPower);
+  ReplaceAbsent(power.avgPower);
+  ReplaceAbsent(power.maxPower);
   return power;
 }
 
@@ -52,11 +52,11 @@ std::string PowerCapText(const ChassisPowerCap& cap) {
 }
 
 ChassisPowerCap WithoutAbsentCaps(ChassisPowerCap cap) {
-  cap.minCap = NotAvailableIfZero(cap.minCap);
-  cap.maxCap = NotAvailableIfZero(cap.maxCap);
-  cap.protectiveCap = NotAvailableIfZero(cap.protectiveCap);
-  cap.userCap = NotAvailableIfZero(cap.userCap);
-  cap.thermalCap = NotAvailableIfZero(cap.thermalCap);
+  ReplaceZero(cap.minCap);
+  ReplaceZero(cap.maxCap);
+  ReplaceZero(cap.protectiveCap);
+  ReplaceZero(cap.userCap);
+  ReplaceZero(cap.thermalCap);
   return cap;
 }
 

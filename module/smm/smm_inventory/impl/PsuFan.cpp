@@ -56,10 +56,10 @@ std::string FirstGenerationFanText(const PSUFanSpeed& fan) {
 }
 
 PSUFanSpeed WithoutAbsentFans(PSUFanSpeed fans) {
-  fans.speedA = NotAvailableIfZero(fans.speedA);
-  fans.patA = NotAvailableIfZero(fans.patA);
-  fans.speedB = NotAvailableIfZero(fans.speedB);
-  fans.patB = NotAvailableIfZero(fans.patB);
+  ReplaceZero(fans.speedA);
+  ReplaceZero(fans.patA);
+  ReplaceZero(fans.speedB);
+  ReplaceZero(fans.patB);
   return fans;
 }
 

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <ctime>
 #include <map>
+#include <memory>
 #include <new>
 #include <string>
 #include <utility>
@@ -47,6 +48,14 @@ constexpr int kWorthRetrying = 3;
 constexpr unsigned long kCipherSuite = 3;
 constexpr int kDefaultConnectAttempts = 3;
 constexpr std::uint8_t kNoAnswer = 0xFF;
+
+// Made when the library is loaded: a literal would allocate in every exchange, and a static object
+// of a function would take a lock. Never destroyed, because a thread may still be in an exchange
+// while the process ends. Where there is no memory for it, the library cannot be loaded.
+const std::string& MakeConnectAttemptsKey() noexcept {
+  return *std::make_unique<std::string>("IPMI_CONNECT_RETRY_TIMES").release();
+}
+const std::string& connectAttemptsKey = MakeConnectAttemptsKey();
 
 constexpr int kAcknowledgeAttempts = 6;
 constexpr unsigned int kSecondsBetweenAttempts = 3;
@@ -169,7 +178,7 @@ int SMMInventoryImpl::SendIpmiCmd(const IPMICOMMAND& request, std::vector<std::u
 
   IpmiClient client(address, userName, password, std::to_string(port), kCipherSuite);
   const int error =
-      Connect(client, GetGlobalConfigValue(connectAttemptsKey_, kDefaultConnectAttempts));
+      Connect(client, GetGlobalConfigValue(connectAttemptsKey, kDefaultConnectAttempts));
   if (error != kConnected) {
     response.clear();
     completionCode = kNoAnswer;
@@ -191,7 +200,7 @@ int SMMInventoryImpl::SendIpmiCmd(const IPMICOMMAND& request, std::vector<std::u
 void SMMInventoryImpl::TrimSmm2Response(std::vector<std::uint8_t>& response, std::size_t count) {
   SMM_LOG(kDebug) << "it is smm2...";
   if (response.size() < count) {
-    // What callers have always got for such an answer, and what they catch.
+    // Callers catch exactly this for such an answer.
     throw std::bad_alloc();
   }
   response.erase(response.begin(), response.begin() + static_cast<std::ptrdiff_t>(count));
@@ -311,9 +320,8 @@ int SMMInventoryImpl::GetChassisPowerConsumption(ChassisPowerCon& out) {
     return StatusCode::UnusableAnswer;
   }
 
-  ChassisPowerCon power = DecodePower(answer.bytes);
-  SMM_LOG(kDebug) << PowerText(power);
-  out = std::move(power);
+  out = DecodePower(answer.bytes);
+  SMM_LOG(kDebug) << PowerText(out);
   return StatusCode::Success;
 }
 
@@ -330,9 +338,9 @@ int SMMInventoryImpl::GetChassisPowerCap(ChassisPowerCap& out) {
     return StatusCode::UnusableAnswer;
   }
 
-  ChassisPowerCap cap = DecodePowerCap(answer.bytes);
-  SMM_LOG(kDebug) << PowerCapText(cap);
-  out = WithoutAbsentCaps(std::move(cap));
+  out = DecodePowerCap(answer.bytes);
+  SMM_LOG(kDebug) << PowerCapText(out);
+  out = WithoutAbsentCaps(std::move(out));
   return StatusCode::Success;
 }
 
@@ -359,9 +367,9 @@ int SMMInventoryImpl::GetNodePowerConsumption(unsigned long node, ChassisPowerCo
     return StatusCode::UnusableAnswer;
   }
 
-  ChassisPowerCon power = DecodePower(answer.bytes);
-  SMM_LOG(kDebug) << PowerText(power);
-  out = WithoutAbsentReadings(std::move(power));
+  out = DecodePower(answer.bytes);
+  SMM_LOG(kDebug) << PowerText(out);
+  out = WithoutAbsentReadings(std::move(out));
   return StatusCode::Success;
 }
 
@@ -376,7 +384,7 @@ int SMMInventoryImpl::GetPSUFanSpeed(std::vector<PSUFanSpeed>& out) {
 
     const std::string name = "PSU" + std::to_string(slot);
     PSUFanSpeed fans;
-    // The failure lines speak of the power cap; readers of these logs have come to know them so.
+    // The failure lines speak of the power cap. Callers read the log: its words are an interface.
     if (IsSecondGeneration()) {
       if (!answer.IsUsable(kSecondGenerationFanLength)) {
         SMM_LOG(kError) << "Get smm2 chassis power cap failed with error code:"
@@ -413,9 +421,9 @@ IPMICOMMAND SMMInventoryImpl::PsuRegisterRead(std::uint64_t slot, std::uint8_t r
   return request;
 }
 
-// The three register queries differ in what they log, and readers of the log rely on it: only the
-// version and the manufacturer write a line for a failed exchange, and only the version and the
-// position one for an unusable answer.
+// The three register queries differ in what they log, and callers read the log: only the version
+// and the manufacturer write a line for a failed exchange, and only the version and the position
+// one for an unusable answer.
 
 int SMMInventoryImpl::GetPSUVersion(std::map<int, std::string>& versions) {
   for (std::uint64_t slot = 1; slot <= psuSlotCount; ++slot) {
@@ -529,9 +537,10 @@ int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
     return status;
   }
 
+  // Before the answer is judged, so that the caller finds one record a PSU in any case.
+  out.clear();
+  out.resize(psuSlotCount);
   if (!answer.IsUsable(kPsuStatusMinimumLength)) {
-    // The caller finds one record a PSU all the same, with empty texts.
-    out.assign(psuSlotCount, PSUStatus{});
     SMM_LOG(kDebug) << "The gotted PSU status is :\n"
                     << "\nGet PSU statue failed with completionCode is "
                     << std::to_string(answer.completionCode) << ", response.size() is "
@@ -541,10 +550,8 @@ int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
 
   const PsuStatusFlags flags = IsSecondGeneration() ? DecodeSecondGenerationPsuStatus(answer.bytes)
                                                     : DecodeFirstGenerationPsuStatus(answer.bytes);
-  out.clear();
-  out.reserve(psuSlotCount);
   for (std::uint64_t index = 0; index < psuSlotCount; ++index) {
-    out.push_back(ToPsuStatus(flags, index));
+    out[index] = ToPsuStatus(flags, index);
   }
   SMM_LOG(kDebug) << "The gotted PSU status is :\n" << PsuStatusFlagsText(flags, psuSlotCount);
   return StatusCode::Success;
@@ -567,7 +574,7 @@ std::vector<std::uint8_t> SMMInventoryImpl::PsuSelectorData(int psu) const {
 int SMMInventoryImpl::SelectPSUImpl(int psu) {
   const IPMICOMMAND request = OemRequest(kSelectPsuCommand, PsuSelectorData(psu));
   Answer answer;
-  // The line speaks of the PSU's status; readers of these logs have come to know it so.
+  // The line speaks of the PSU's status. Callers read the log: its words are an interface.
   const bool isAcknowledged = SendUntilAcknowledged(request, answer, [](int attempt) {
     SMM_LOG(kProgress) << "Try to get PSU status, start retry " << Times(attempt);
   });
@@ -616,8 +623,8 @@ int SMMInventoryImpl::GetNodeStatus(unsigned long node, NodeStatus& out) {
   if (!IsKnownPowerState(codes.powerState)) {
     SMM_LOG(kError) << "Wrong result";
   }
-  SMM_LOG(kDebug) << "The Node status is :" << NodeStatusCodesText(codes);
   out = ToNodeStatus(codes);
+  SMM_LOG(kDebug) << "The Node status is :" << NodeStatusCodesText(codes);
   return StatusCode::Success;
 }
 
@@ -647,10 +654,12 @@ int SMMInventoryImpl::GetSMMStatusImp(SMMStatus& out) {
   }
 
   const SmmStatusAnswer decoded = DecodeSmmStatus(answer.bytes);
+  const SMMStatus result = ToSmmStatus(decoded);
+  out.platformId = result.platformId;
   if (IsEgs(decoded)) {
     SMM_LOG(kWarning) << "checked SMM2 Type is EGS, For EGS, set default value 6";
   }
-  out = ToSmmStatus(decoded);
+  out.psuSlotCount = result.psuSlotCount;
   return status;
 }
 

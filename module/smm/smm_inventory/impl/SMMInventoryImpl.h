@@ -81,9 +81,6 @@ class SMMInventoryImpl : public TavrinConnection::ConnectionInfo {
   /// Removes the bytes that a second-generation SMM puts in front of an answer. Throws
   /// std::bad_alloc when the response holds fewer than `count`.
   void TrimSmm2Response(std::vector<std::uint8_t>& response, std::size_t count);
-
-  /// A member, because a literal would allocate a std::string in every exchange.
-  const std::string connectAttemptsKey_ = "IPMI_CONNECT_RETRY_TIMES";
 };
 
 }  // namespace Tavrin
