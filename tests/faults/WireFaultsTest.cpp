@@ -6,6 +6,7 @@
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
 #include "tests/faults/FaultTest.h"
+#include "tests/support/Signals.h"
 
 namespace Tavrin {
 namespace {
@@ -195,6 +196,14 @@ TEST_F(WireFault, AnswerWithAnotherNetworkFunctionIsNotTakenForTheAnswer) {
   ExpectQuery({StatusCode::UnusableAnswer, 0, kSilentSend});
   ExpectRecovery();
   ExpectNoSession();
+}
+
+TEST_F(WireFault, CaughtSignalsDoNotMoveTheEndOfTheWaiting) {
+  relay.Break(Silence());
+  const Signals signals(milliseconds(1), 0);
+  const auto start = std::chrono::steady_clock::now();
+  ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  EXPECT_GE(std::chrono::steady_clock::now() - start, kSilentConnect);
 }
 
 }  // namespace
