@@ -68,7 +68,7 @@ bool Conversation::Await(Clock::time_point end, const Question& question, Notice
   for (;;) {
     const UdpSocket::Received received = socket_.Receive(end);
     error = received.error;
-    if (!received.datagram) {
+    if (received.datagram == nullptr) {
       return false;
     }
     if (IsAnswer(*received.datagram, question, noticed)) {

@@ -171,7 +171,7 @@ Failure IpmiClient::State::OpenSession(const ConnectSettings& settings) {
                                      &login.algorithms.integrity,
                                      &login.algorithms.confidentiality);
   session.emplace(*conversation, login, settings);
-  const Failure failure = session->Open();
+  Failure failure = session->Open();
   if (failure.result != 0) {
     session.reset();
     return failure;

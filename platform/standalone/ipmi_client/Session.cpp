@@ -40,7 +40,7 @@ Failure Session::Open() {
   for (const Step step :
        {&Session::AskCapabilities, &Session::OpenSession, &Session::LearnControllersProof,
         &Session::ProvePassword, &Session::RaisePrivilege}) {
-    const Failure failure = (this->*step)();
+    Failure failure = (this->*step)();
     if (failure.result != 0) {
       Close();
       return failure;
@@ -107,7 +107,7 @@ Failure Session::LearnControllersProof() {
   question.judge = [&](const Datagram& datagram) {
     return ReadRakp2(datagram, number, login_, handshake_, rakp2);
   };
-  const Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(question);
   if (failure.result != 0) {
     return failure;
   }
@@ -159,7 +159,7 @@ Failure Session::RaisePrivilege() {
   const Question inSession = MakeQuestion(request, Trouble::SilentWhileOpening, answer);
   Question question = inSession;
   question.judge = [&](const Datagram& datagram) { return JudgeWhileRaising(datagram, inSession); };
-  const Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(question);
   if (lateStatus_ != 0) {
     stage_ = Stage::Over;
     return StatusFailure(lateStatus_);
@@ -184,8 +184,7 @@ Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Question& que
 Failure Session::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
                           std::uint8_t& completionCode) {
   SessionAnswer answer;
-  const Failure failure =
-      conversation_.Ask(MakeQuestion(request, Trouble::SilentToRequest, answer));
+  Failure failure = conversation_.Ask(MakeQuestion(request, Trouble::SilentToRequest, answer));
   if (failure.result == 0) {
     response = std::move(answer.data);
     completionCode = answer.completionCode;
