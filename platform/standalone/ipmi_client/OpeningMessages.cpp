@@ -117,18 +117,18 @@ struct UnpackedIpmi15 {
   FiidObject message{tmpl_cmd_get_channel_authentication_capabilities_rs};
   FiidObject messageTrailer{tmpl_lan_msg_trlr};
 
-  bool Unpack(const Datagram& datagram) const {
+  [[nodiscard]] bool Unpack(const Datagram& datagram) const {
     return unassemble_ipmi_lan_pkt(datagram.data(), static_cast<unsigned int>(datagram.size()),
                                    rmcpHeader.Get(), sessionHeader.Get(), messageHeader.Get(),
                                    message.Get(), messageTrailer.Get(),
                                    IPMI_INTERFACE_FLAGS_DEFAULT) == 1;
   }
 
-  bool HasRightChecksums() const {
+  [[nodiscard]] bool HasRightChecksums() const {
     return ipmi_lan_check_checksum(messageHeader.Get(), message.Get(), messageTrailer.Get()) == 1;
   }
 
-  bool IsCapabilities() const {
+  [[nodiscard]] bool IsCapabilities() const {
     return messageHeader.Number("net_fn") == IPMI_NET_FN_APP_RS &&
            message.Number("cmd") == IPMI_CMD_GET_CHANNEL_AUTHENTICATION_CAPABILITIES;
   }

@@ -33,9 +33,8 @@ Failure Session::Open() {
   for (const Step step :
        {&Session::AskCapabilities, &Session::OpenSession, &Session::LearnControllersProof,
         &Session::ProvePassword, &Session::RaisePrivilege}) {
-    const Failure failure = (this->*step)();
+    Failure failure = (this->*step)();
     if (failure.result != 0) {
-      Close();
       return failure;
     }
   }
@@ -53,7 +52,7 @@ Failure Session::AskCapabilities() {
   question.judge = [&](const Datagram& datagram) {
     return ReadCapabilities(datagram, number, login_, checksChecksums, capabilities);
   };
-  const Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(question);
   return failure.result != 0
              ? failure
              : CapabilitiesFailure(
@@ -80,7 +79,7 @@ Failure Session::OpenSession() {
   question.judge = [&](const Datagram& datagram) {
     return ReadOpenedSession(datagram, number, handshake_, opened);
   };
-  const Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(question);
   if (failure.result != 0 || opened.status != 0) {
     return failure.result != 0 ? failure : StatusFailure(opened.status);
   }
@@ -99,7 +98,7 @@ Failure Session::LearnControllersProof() {
   question.judge = [&](const Datagram& datagram) {
     return ReadRakp2(datagram, number, login_, handshake_, rakp2);
   };
-  const Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(question);
   if (failure.result != 0 || rakp2.status != 0) {
     return failure.result != 0 ? failure : StatusFailure(rakp2.status);
   }
@@ -126,7 +125,7 @@ Failure Session::ProvePassword() {
                      Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
                      rakp4);
   };
-  const Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(question);
   if (failure.result == 0 && rakp4.status != 0) {
     mayBeOpen_ = false;
     return StatusFailure(rakp4.status);
@@ -146,7 +145,7 @@ Failure Session::RaisePrivilege() {
   const Question inSession = MakeQuestion(request, Trouble::SilentWhileOpening, answer);
   Question question = inSession;
   question.judge = [&](const Datagram& datagram) { return JudgeWhileRaising(datagram, inSession); };
-  const Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(question);
   if (lateStatus_ != 0) {
     mayBeOpen_ = false;
     return StatusFailure(lateStatus_);
@@ -171,8 +170,7 @@ Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Question& que
 Failure Session::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
                           std::uint8_t& completionCode) {
   SessionAnswer answer;
-  const Failure failure =
-      conversation_.Ask(MakeQuestion(request, Trouble::SilentToRequest, answer));
+  Failure failure = conversation_.Ask(MakeQuestion(request, Trouble::SilentToRequest, answer));
   if (failure.result == 0) {
     response = std::move(answer.data);
     completionCode = answer.completionCode;
@@ -184,7 +182,6 @@ void Session::Close() {
   if (!mayBeOpen_) {
     return;
   }
-  mayBeOpen_ = false;
   const std::uint32_t id = handshake_.managedSystemSessionId;
   IPMICOMMAND request;
   request.netFn = IPMI_NET_FN_APP_RQ;

@@ -1,5 +1,7 @@
 #include "platform/standalone/ipmi_client/SessionMessages.h"
 
+#include <array>
+
 namespace Tavrin {
 namespace Standalone {
 namespace {
@@ -8,10 +10,12 @@ constexpr unsigned int kRequired = FIID_FIELD_REQUIRED | FIID_FIELD_LENGTH_FIXED
 constexpr unsigned int kOptional = FIID_FIELD_OPTIONAL | FIID_FIELD_LENGTH_VARIABLE;
 
 // Any request and any answer; lengths in bits. What one datagram holds fits.
-constexpr fiid_field_t kRequestFields[] = {
-    {8, "cmd", kRequired}, {8 * 65536, "data", kOptional}, {0, "", 0}};
-constexpr fiid_field_t kAnswerFields[] = {
-    {8, "cmd", kRequired}, {8, "comp_code", kRequired}, {8 * 65536, "data", kOptional}, {0, "", 0}};
+constexpr std::array<fiid_field_t, 3> kRequestFields = {
+    {{8, "cmd", kRequired}, {8 * 65536, "data", kOptional}, {0, "", 0}}};
+constexpr std::array<fiid_field_t, 4> kAnswerFields = {{{8, "cmd", kRequired},
+                                                        {8, "comp_code", kRequired},
+                                                        {8 * 65536, "data", kOptional},
+                                                        {0, "", 0}}};
 
 bool IsFilled(const IPMICOMMAND& request, const FiidObject& message) {
   return fiid_obj_set(message.Get(), "cmd", request.cmd) == 0 &&
@@ -54,7 +58,7 @@ bool IsProtectedAsAgreed(const DatagramHead& head, const Algorithms& algorithms)
 
 Datagram MakeRequest(const Envelope& envelope, const Protection& protection,
                      const IPMICOMMAND& request) {
-  const FiidObject message(kRequestFields);
+  const FiidObject message(kRequestFields.data());
   return IsFilled(request, message) ? Pack(envelope, protection, message) : Datagram();
 }
 
@@ -67,7 +71,7 @@ Verdict ReadAnswer(const Datagram& datagram, const Protection& protection,
   if (!IsOfSession(*head, expected)) {
     return Verdict::Foreign;
   }
-  UnpackedPacket packet(kAnswerFields);
+  UnpackedPacket packet(kAnswerFields.data());
   if (!IsProtectedAsAgreed(*head, protection.algorithms) || !packet.Unpack(datagram, protection) ||
       (expected.checksChecksums && !packet.HasRightChecksums()) ||
       fiid_obj_packet_valid(packet.message.Get()) != 1) {

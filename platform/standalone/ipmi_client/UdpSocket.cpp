@@ -20,8 +20,9 @@ AddressList FindAddress(const std::string& numericAddress, int port) {
   hints.ai_socktype = SOCK_DGRAM;
   hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
   addrinfo* list = nullptr;
-  getaddrinfo(numericAddress.c_str(), std::to_string(port).c_str(), &hints, &list);
-  return {list, freeaddrinfo};
+  const int error =
+      getaddrinfo(numericAddress.c_str(), std::to_string(port).c_str(), &hints, &list);
+  return {error == 0 ? list : nullptr, freeaddrinfo};
 }
 
 /// A connected socket takes datagrams from its other end only, and hears what the network says of

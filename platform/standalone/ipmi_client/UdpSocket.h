@@ -44,7 +44,7 @@ class UdpSocket {
   void ForgetPeerError() { peerError_ = 0; }
 
  private:
-  bool Wait(Clock::time_point deadline) const;
+  [[nodiscard]] bool Wait(Clock::time_point deadline) const;
   int TakePeerError(int error);
 
   int descriptor_ = -1;
