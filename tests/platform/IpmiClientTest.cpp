@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/standalone/ipmi_client/ConnectResult.h"
+#include "platform/standalone/ipmi_client/LastExchange.h"
 #include "tests/platform/LogCapture.h"
 #include "tests/platform/ScopedEnvironment.h"
 #include "tests/support/SilentPort.h"
@@ -14,8 +15,10 @@ namespace Tavrin {
 namespace {
 
 namespace ConnectResult = Standalone::ConnectResult;
+using Standalone::FailureCause;
 using std::chrono::milliseconds;
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
@@ -28,10 +31,11 @@ struct Arguments {
   unsigned long cipherSuite = 3;
 };
 
-/// The result of one connect(), and the one line that it wrote.
+/// The result of one connect(), the one line that it wrote, and the cause that can be asked for.
 struct Outcome {
   int result;
   std::string text;
+  FailureCause cause;
 };
 
 Outcome Connect(const Arguments& arguments) {
@@ -42,7 +46,11 @@ Outcome Connect(const Arguments& arguments) {
   EXPECT_THAT(capture.lines, SizeIs(1));
   EXPECT_EQ(capture.lines.at(0).level, 2U);
   EXPECT_EQ(capture.lines.at(0).source, "platform/standalone/ipmi_client/IpmiClient");
-  return {result, capture.lines.at(0).text};
+  const Standalone::LastExchange& exchange = Standalone::GetLastExchange();
+  EXPECT_EQ(exchange.result, result);
+  EXPECT_EQ(exchange.connectionAttempts, 1);
+  EXPECT_THAT(capture.lines.at(0).text, HasSubstr(": " + exchange.words));
+  return {result, capture.lines.at(0).text, exchange.cause};
 }
 
 TEST(IpmiClientArguments, UserNameOverSixteenBytesIsRefused) {
@@ -50,6 +58,7 @@ TEST(IpmiClientArguments, UserNameOverSixteenBytesIsRefused) {
   arguments.userName = std::string(17, 'u');
   const Outcome outcome = Connect(arguments);
   EXPECT_EQ(outcome.result, ConnectResult::ArgumentTooLong);
+  EXPECT_EQ(outcome.cause, FailureCause::BadSetting);
   EXPECT_EQ(outcome.text,
             "connect failed: host 127.0.0.1, port 623, user \"uuuuuuuuuuuuuuuuu\": the user name "
             "has 17 bytes; expected at most 16");
@@ -60,6 +69,7 @@ TEST(IpmiClientArguments, PasswordOverTwentyBytesIsRefusedAndNotShown) {
   arguments.password = std::string(21, 'p');
   const Outcome outcome = Connect(arguments);
   EXPECT_EQ(outcome.result, ConnectResult::ArgumentTooLong);
+  EXPECT_EQ(outcome.cause, FailureCause::BadSetting);
   EXPECT_THAT(outcome.text, AllOf(HasSubstr("the password has 21 bytes; expected at most 20"),
                                   Not(HasSubstr("ppp"))));
 }
@@ -72,7 +82,10 @@ TEST(IpmiClientArguments, ZeroByteInACredentialIsRefused) {
   for (const Arguments& arguments : {inUserName, inPassword}) {
     const Outcome outcome = Connect(arguments);
     EXPECT_EQ(outcome.result, ConnectResult::InvalidSetting);
-    EXPECT_THAT(outcome.text, HasSubstr("zero byte"));
+    EXPECT_EQ(outcome.cause, FailureCause::BadSetting);
+    EXPECT_THAT(outcome.text,
+                EndsWith(": the user name or the password holds a zero byte, which IPMI cannot "
+                         "carry"));
   }
 }
 
@@ -82,6 +95,7 @@ TEST(IpmiClientArguments, HostThatDoesNotResolveIsABadHostName) {
     arguments.address = host;
     const Outcome outcome = Connect(arguments);
     EXPECT_EQ(outcome.result, ConnectResult::BadHostName) << host;
+    EXPECT_EQ(outcome.cause, FailureCause::HostName) << host;
     EXPECT_THAT(outcome.text, HasSubstr("the host name does not resolve")) << host;
   }
 }
@@ -123,33 +137,42 @@ TEST(IpmiClientArguments, NothingIsWrittenBelowTheWarningThreshold) {
   EXPECT_THAT(capture.lines, SizeIs(0));
 }
 
-/// Connects to `port` of 127.0.0.1 and expects the time-out at 1000 ms, neither much earlier nor a
-/// retransmission later.
-void ExpectTimeout(const std::string& port) {
-  const ScopedEnvironment session("IPMI_SESSION_TIMEOUT_MS", "1000");
-  const ScopedEnvironment retransmission("IPMI_RETRANSMISSION_TIMEOUT_MS", "400");
+/// Connects to `port` of 127.0.0.1 and expects the time-out at 500 ms, neither earlier nor with the
+/// next repetition.
+void ExpectTimeout(const std::string& port, FailureCause cause, const std::string& words) {
+  const ScopedEnvironment session("IPMI_SESSION_TIMEOUT_MS", "500");
   Arguments arguments;
   arguments.port = port;
   const auto before = std::chrono::steady_clock::now();
   const Outcome outcome = Connect(arguments);
   const auto elapsed = std::chrono::steady_clock::now() - before;
   EXPECT_EQ(outcome.result, ConnectResult::WorthRetrying);
-  EXPECT_THAT(outcome.text, AllOf(HasSubstr("host 127.0.0.1, port " + port + ", user \"operator\""),
-                                  HasSubstr("no answer within the session time-out"),
+  EXPECT_EQ(outcome.cause, cause);
+  EXPECT_THAT(outcome.text, AllOf(HasSubstr("host 127.0.0.1, port " + port +
+                                            ", user \"operator\": " + words + "; check"),
                                   Not(HasSubstr("swordfish"))));
-  EXPECT_GE(elapsed, milliseconds(900));
-  EXPECT_LT(elapsed, milliseconds(1300));
+  EXPECT_GE(elapsed, milliseconds(500));
+  EXPECT_LT(elapsed, milliseconds(1500));
 }
 
-TEST(IpmiClientTimeout, SilentControllerIsNoticedWithinTheSessionTimeout) {
+TEST(IpmiClientTimeout, SilentControllerIsNoticedAtTheSessionTimeout) {
   const SilentPort port;
-  ExpectTimeout(port.Text());
+  ExpectTimeout(port.Text(), FailureCause::Silence, "no answer within the session time-out");
 }
 
-TEST(IpmiClientTimeout, ClosedPortIsNoticedWithinTheSessionTimeout) {
+TEST(IpmiClientTimeout, ClosedPortIsNoticedAtTheSessionTimeout) {
   SilentPort port;
   port.Close();
-  ExpectTimeout(port.Text());
+  ExpectTimeout(port.Text(), FailureCause::Unreachable,
+                "no answer within the session time-out: nobody listens at the port");
+}
+
+TEST(IpmiClientTimeout, AddressThatMayNotBeSentToIsNoticedAtOnce) {
+  Arguments arguments;
+  arguments.address = "255.255.255.255";
+  const Outcome outcome = Connect(arguments);
+  EXPECT_EQ(outcome.result, ConnectResult::Failed);
+  EXPECT_EQ(outcome.cause, FailureCause::Forbidden);
 }
 
 TEST(IpmiClientTimeout, ShortSessionTimeoutNeedsNoOtherSetting) {

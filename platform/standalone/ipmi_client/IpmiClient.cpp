@@ -186,7 +186,7 @@ Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std:
   if (!session) {
     return FailureOf(Standalone::Trouble::NotConnected);
   }
-  const Failure failure = CheckRequest(request);
+  Failure failure = CheckRequest(request);
   return failure.result == 0 ? session->Exchange(request, response, completionCode) : failure;
 }
 

@@ -42,7 +42,6 @@ Failure Session::Open() {
         &Session::ProvePassword, &Session::RaisePrivilege}) {
     Failure failure = (this->*step)();
     if (failure.result != 0) {
-      Close();
       return failure;
     }
   }
@@ -60,7 +59,7 @@ Failure Session::AskCapabilities() {
   question.judge = [&](const Datagram& datagram) {
     return ReadCapabilities(datagram, number, login_, checksChecksums, capabilities);
   };
-  const Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(question);
   return failure.result != 0
              ? failure
              : CapabilitiesFailure(
@@ -87,7 +86,7 @@ Failure Session::OpenSession() {
   question.judge = [&](const Datagram& datagram) {
     return ReadOpenedSession(datagram, number, handshake_, opened);
   };
-  const Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(question);
   if (failure.result != 0 || opened.status != 0) {
     return failure.result != 0 ? failure : StatusFailure(opened.status);
   }
@@ -139,7 +138,7 @@ Failure Session::ProvePassword() {
                      Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
                      rakp4);
   };
-  const Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(question);
   if (failure.result == 0 && rakp4.status != 0) {
     stage_ = Stage::Over;
     return StatusFailure(rakp4.status);

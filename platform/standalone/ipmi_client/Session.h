@@ -16,7 +16,8 @@ namespace Tavrin {
 namespace Standalone {
 
 /// A session of IPMI 2.0. It refers to the conversation and to the texts of its login, which
-/// outlive it.
+/// outlive it. At its end it tells the controller, if that may hold it for open; what becomes of
+/// that matters to nobody but the controller.
 class Session {
  public:
   Session(Conversation& conversation, const Login& login, const ConnectSettings& settings)
@@ -26,17 +27,12 @@ class Session {
   Session& operator=(const Session&) = delete;
 
   /// The five steps that open a session: what the controller can do, the session's number, the
-  /// proof of the password in two steps, the privilege level. A failure leaves nothing open that
-  /// can be closed.
+  /// proof of the password in two steps, the privilege level.
   Failure Open();
 
   /// Fills `response` and `completionCode` when it returns a failure with result 0.
   Failure Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
                    std::uint8_t& completionCode);
-
-  /// Tells the controller that the session is over, if it may have one. What becomes of that
-  /// matters to nobody but the controller.
-  void Close();
 
  private:
   /// What the controller has of the session, as far as it is known here.
@@ -54,7 +50,7 @@ class Session {
   Failure LearnControllersProof();
   Failure ProvePassword();
   Failure RaisePrivilege();
-
+  void Close();
   void AskToClose();
 
   /// A question that goes within the session.
