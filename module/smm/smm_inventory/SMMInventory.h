@@ -21,7 +21,7 @@ class SMMInventoryImpl;
 ///   exchange opens a connection of its own, with up to `IPMI_CONNECT_RETRY_TIMES` attempts
 ///   (configuration value, default 3), and closes it again. Nothing stays open between operations.
 ///   With an SMM that stays silent, an exchange blocks for as many times the session time-out of
-///   the IPMI client as there are attempts (standalone client: 3 times 4 seconds by default). One
+///   the IPMI client as there are attempts (standalone client: 3 times 4.5 seconds by default). One
 ///   that answers, but each step late, can take longer; docs/reliability.md gives the bound.
 /// - It returns one of the values of StatusCode. An output argument belongs to the caller. Unless
 ///   the operation says otherwise, it is replaced as a whole on Success and left exactly as passed

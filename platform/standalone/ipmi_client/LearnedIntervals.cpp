@@ -19,8 +19,9 @@ struct Intervals {
 };
 
 Intervals& ThisProcesssIntervals() {
-  static Intervals intervals;
-  return intervals;
+  // Never destroyed: a thread may still be in an exchange while the process ends.
+  static auto* const intervals = new Intervals;
+  return *intervals;
 }
 
 }  // namespace
