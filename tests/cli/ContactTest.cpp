@@ -192,8 +192,8 @@ TEST(DeadHost, ForbiddenAttemptIsNamedAsTheCause) {
     EXPECT_THAT(
         run.finished.error,
         HasSubstr("no IPMI connection could be opened (IPMI_CONNECT_RETRY_TIMES is 0, which "
-                  "allows no attempt); next: set IPMI_CONNECT_RETRY_TIMES to 1 or more, or "
-                  "allow attempts with --attempts\n"));
+                  "allows no attempt); next: give --attempts 3, or set "
+                  "IPMI_CONNECT_RETRY_TIMES to 1 or more\n"));
   }
 }
 

@@ -51,7 +51,7 @@ struct CauseRow {
 const std::vector<CauseRow>& CauseRows() {
   static const std::vector<CauseRow> table = {
       {FailureCause::NoAttempt,
-       "set IPMI_CONNECT_RETRY_TIMES to 1 or more, or allow attempts with --attempts"},
+       "give --attempts 3, or set IPMI_CONNECT_RETRY_TIMES to 1 or more"},
       {FailureCause::BadSetting, "correct that setting"},
       {FailureCause::HostName, "check the host name, or give the address"},
       {FailureCause::NameServer, "run again later, or give the address"},

@@ -14,7 +14,7 @@ std::string AnswerWords(std::size_t length) {
                      : fmt::format("its answer has {} byte{}", length, length == 1 ? "" : "s");
 }
 
-/// The client has no words for what it was never told to do.
+/// The client does not know which setting forbids attempts.
 std::string NoAttemptWords() {
   return fmt::format("IPMI_CONNECT_RETRY_TIMES is {}, which allows no attempt",
                      GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", 0));

@@ -43,7 +43,7 @@ class Enclosure {
   Enclosure(const TavrinConnection::ConnectionInfo& info, SMMIype generation, Progress& progress,
             LoginGuard& guard);
 
-  /// Asked first, this is what notices that the SMM is not reachable.
+  /// Asked first, this notices an SMM that was lost since its generation was found out.
   Detection ReadDetection();
 
   Identity ReadIdentity();

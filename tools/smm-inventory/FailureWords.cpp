@@ -46,7 +46,7 @@ constexpr const char* kRunAgain =
 
 constexpr std::array kCauseSteps = {
     CauseStep{FailureCause::NoAttempt,
-              "set IPMI_CONNECT_RETRY_TIMES to 1 or more, or allow attempts with --attempts"},
+              "give --attempts 3, or set IPMI_CONNECT_RETRY_TIMES to 1 or more"},
     CauseStep{FailureCause::BadSetting, "correct that setting"},
     CauseStep{FailureCause::HostName, "check the host name, or give the address"},
     CauseStep{FailureCause::NameServer, "run again later, or give the address"},

@@ -119,7 +119,7 @@ void Declare(CLI::App& app, RawOptions& raw) {
   app.add_option("--session-timeout", raw.sessionTimeout,
                  "How long the SMM may stay silent before an attempt fails,\n"
                  "from 0.1 to 600; more for one that answers late")
-      ->option_text("SECONDS");
+      ->option_text("SECONDS [4.5]");
   app.add_flag("--json", raw.isJson, "Print one JSON document instead of tables");
   app.add_flag("-v,--verbose", raw.verbosity, "Show more of the log; repeatable");
 }

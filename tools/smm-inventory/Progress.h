@@ -18,8 +18,8 @@ class Progress {
   /// Takes one line, as the handler that SetLogLineHandler calls.
   void Take(const Standalone::LogLine& line);
 
-  /// Between these the library repeats a request until the SMM acknowledges it: its attempts are
-  /// shown under the wait's name, and the first failure at once.
+  /// Between these the library repeats a request up to six times: its attempts are shown under the
+  /// wait's name, and the first failure at once.
   void BeginWait(const std::string& name);
   void EndWait();
 
