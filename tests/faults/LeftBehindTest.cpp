@@ -56,6 +56,13 @@ TEST_F(LeftBehind, RefusedPasswordOrUserLeavesNoSession) {
   ExpectNoSession();
 }
 
+TEST_F(LeftBehind, SessionIsClosedThoughTheWordOfItIsLostOnce) {
+  constexpr unsigned int kCloseSessionRequest = 13;
+  relay.Break(Only(kCloseSessionRequest, Silence()));
+  ExpectQuery({StatusCode::Success, 0, kSessionTimeout});
+  ExpectNoSession();
+}
+
 TEST_F(LeftBehind, ClosedDescriptorZeroStaysClosed) {
   const int standardInput = dup(STDIN_FILENO);
   close(STDIN_FILENO);

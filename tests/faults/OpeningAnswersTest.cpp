@@ -275,6 +275,16 @@ TEST_F(OpeningAnswers, WrongChecksumIsTakenWithTheWorkaroundAlone) {
   ExpectSuccess(fault);
 }
 
+TEST_F(OpeningAnswers, SessionOfAClientThatIsJustDroppedIsClosed) {
+  // Of these, the last takes the password itself for a key.
+  for (const int suite : {0, 1, 3, 11}) {
+    Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", suite);
+    EXPECT_EQ(Connect(nullptr), ConnectResult::Connected);
+    client.reset();
+    EXPECT_EQ(OpenSessions(simulator), 0) << suite;
+  }
+}
+
 struct PrivilegeRow {
   std::uint8_t completionCode;
   int result;

@@ -12,8 +12,12 @@ namespace Tavrin {
 namespace {
 
 using std::chrono::milliseconds;
+using ::testing::AllOf;
 using ::testing::ContainsRegex;
+using ::testing::Ge;
 using ::testing::HasSubstr;
+using ::testing::Le;
+using ::testing::SizeIs;
 using WireFault = FaultTest;
 
 /// The number of the datagram that answers the request for a session, and how many open one.
@@ -25,6 +29,22 @@ TEST_F(WireFault, SilenceIsNotConnectedAfterEveryAttempt) {
   ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
   ExpectRecovery();
   ExpectNoSession();
+}
+
+TEST_F(WireFault, SilentControllerIsAskedLessOftenFromAttemptToAttempt) {
+  std::vector<milliseconds::rep> asked;
+  const auto start = std::chrono::steady_clock::now();
+  relay.Break([&](const Datagram& /*datagram*/) {
+    const auto now = std::chrono::steady_clock::now();
+    asked.push_back(std::chrono::duration_cast<milliseconds>(now - start).count());
+    return std::vector<Departure>{};
+  });
+  ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
+  relay.Heal();
+  // A machine that is held up asks less often still, but never sooner.
+  ASSERT_THAT(asked, SizeIs(AllOf(Ge(6), Le(5 + 3 + 2))));
+  EXPECT_GE(asked[1] - asked[0], 390);
+  EXPECT_GE(asked.back() - asked[asked.size() - 2], 1590);
 }
 
 TEST_F(WireFault, SilenceInTheMiddleOfOpeningIsNotConnectedAfterEveryAttempt) {

@@ -4,8 +4,8 @@ namespace Tavrin {
 namespace Standalone {
 
 /// What IpmiClient::connect() and send() return when the standalone client stands behind it. Only
-/// `WorthRetrying` means that the same call may succeed a moment later; a session that fell silent,
-/// or stayed unused for longer than IPMI_SESSION_TIMEOUT_MS, has to be connected again first.
+/// `WorthRetrying` means that the same call may succeed a moment later; a session that fell silent
+/// has to be connected again first.
 namespace ConnectResult {
 constexpr int Connected = 0;
 constexpr int WorthRetrying = 3;    ///< Time-out, controller busy, no free session, refused suite,

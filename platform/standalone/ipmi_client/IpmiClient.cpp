@@ -103,7 +103,7 @@ milliseconds NeededInterval(milliseconds longestRoundTrip, milliseconds usual) {
 
 struct IpmiClient::State {
   State() = default;
-  ~State() { explicit_bzero(password.data(), password.size()); }
+  ~State();
   State(const State&) = delete;
   State& operator=(const State&) = delete;
 
@@ -111,7 +111,7 @@ struct IpmiClient::State {
   Failure ChooseAddress(const ConnectSettings& settings);
   Failure OpenSession(const ConnectSettings& settings);
   Failure Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
-                   std::uint8_t& completionCode);
+                   std::uint8_t& completionCode) const;
   void Report(const std::string& action, const Failure& failure, unsigned int line) const;
 
   std::string address;
@@ -120,13 +120,16 @@ struct IpmiClient::State {
   std::string port;
   unsigned long cipherSuite = 0;
   std::size_t failedAttempts = 0;
-  std::string numericAddress;  ///< The one of this attempt, once it is known.
-  /// Where the conversation goes.
-  std::string conversationAddress;
-  int conversationPort = 0;
+  std::string numericAddress;       ///< The one of this attempt, once it is known.
+  std::string conversationAddress;  ///< Where the conversation goes.
   std::optional<Standalone::Conversation> conversation;
-  std::optional<Standalone::Session> session;  ///< Refers to the conversation and the texts.
+  std::unique_ptr<Standalone::Session> session;  ///< Refers to the conversation and the texts.
 };
+
+IpmiClient::State::~State() {
+  session.reset();  // Some cipher suites take the password to say that it is over.
+  explicit_bzero(password.data(), password.size());
+}
 
 Failure IpmiClient::State::Open() {
   ConnectSettings settings;
@@ -150,10 +153,9 @@ Failure IpmiClient::State::ChooseAddress(const ConnectSettings& settings) {
     return failure;
   }
   numericAddress = addresses[failedAttempts % addresses.size()];
-  if (!conversation || conversationAddress != numericAddress || conversationPort != settings.port) {
+  if (!conversation || conversationAddress != numericAddress) {
     conversation.emplace(numericAddress, settings.port);
     conversationAddress = numericAddress;
-    conversationPort = settings.port;
   }
   return {};
 }
@@ -170,19 +172,19 @@ Failure IpmiClient::State::OpenSession(const ConnectSettings& settings) {
   ipmi_cipher_suite_id_to_algorithms(settings.cipherSuite, &login.algorithms.authentication,
                                      &login.algorithms.integrity,
                                      &login.algorithms.confidentiality);
-  session.emplace(*conversation, login, settings);
-  Failure failure = session->Open();
+  auto opened = std::make_unique<Standalone::Session>(*conversation, login, settings);
+  Failure failure = opened->Open();
   if (failure.result != 0) {
-    session.reset();
     return failure;
   }
+  session = std::move(opened);
   Standalone::LearnInterval(numericAddress, settings.port,
                             NeededInterval(conversation->LongestRoundTrip(), usual));
   return {};
 }
 
 Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
-                                    std::uint8_t& completionCode) {
+                                    std::uint8_t& completionCode) const {
   if (!session) {
     return FailureOf(Standalone::Trouble::NotConnected);
   }

@@ -13,10 +13,11 @@ enum class FailureCause {
   None,              ///< An answer came, whatever its completion code.
   NoAttempt,         ///< A client was made and never told to connect: IPMI_CONNECT_RETRY_TIMES is
                      ///< 0 or less.
-  BadSetting,        ///< A setting, the port, the user name or the password cannot be used.
+  BadSetting,        ///< A setting, the port, the user name, the password or the request cannot be
+                     ///< used.
   HostName,          ///< The host name does not resolve.
   NameServer,        ///< No name server answered; may pass.
-  Unreachable,       ///< The network says that nobody is there.
+  Unreachable,       ///< The network says that nobody is there, or listens at the port.
   Forbidden,         ///< This machine does not permit sending there.
   Silence,           ///< Nobody answered anything.
   FellSilent,        ///< The controller answered at first, then no more.
@@ -29,8 +30,8 @@ enum class FailureCause {
   PasswordRefused,   ///< The controller's proof of the password does not match ours.
   PrivilegeRefused,  ///< The user may not have the privilege level asked for.
   DamagedAnswer,     ///< What came could not be read.
-  OtherAnswer,       ///< What came answers another request.
-  Memory,            ///< Memory is short on this machine.
+  OtherAnswer,       ///< What came answers another request, or its repetition crossed the answer.
+  Memory,            ///< Memory or file descriptors are short on this machine.
   Other,             ///< Anything else; the words tell.
 };
 
