@@ -131,13 +131,15 @@ struct IpmiClient::State {
 Failure IpmiClient::State::Open() {
   ConnectSettings settings;
   Failure failure = CheckCredentials(userName, password);
-  if (failure.result == 0) {
-    failure = Standalone::ReadConnectSettings(port, cipherSuite, settings);
+  if (failure) {
+    return failure;
   }
-  if (failure.result == 0) {
-    failure = ChooseAddress(settings);
+  failure = Standalone::ReadConnectSettings(port, cipherSuite, settings);
+  if (failure) {
+    return failure;
   }
-  return failure.result == 0 ? OpenSession(settings) : failure;
+  failure = ChooseAddress(settings);
+  return failure ? failure : OpenSession(settings);
 }
 
 /// A name may stand for several addresses, of which some lead nowhere: an attempt after one that
@@ -146,7 +148,7 @@ Failure IpmiClient::State::Open() {
 Failure IpmiClient::State::ChooseAddress(const ConnectSettings& settings) {
   std::vector<std::string> addresses;
   Failure failure = Standalone::ResolveHost(address, addresses);
-  if (failure.result != 0) {
+  if (failure) {
     return failure;
   }
   numericAddress = addresses[failedAttempts % addresses.size()];
@@ -172,7 +174,7 @@ Failure IpmiClient::State::OpenSession(const ConnectSettings& settings) {
                                      &login.algorithms.confidentiality);
   session.emplace(*conversation, login, settings);
   Failure failure = session->Open();
-  if (failure.result != 0) {
+  if (failure) {
     session.reset();
     return failure;
   }
@@ -187,7 +189,7 @@ Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std:
     return FailureOf(Standalone::Trouble::NotConnected);
   }
   Failure failure = CheckRequest(request);
-  return failure.result == 0 ? session->Exchange(request, response, completionCode) : failure;
+  return failure ? failure : session->Exchange(request, response, completionCode);
 }
 
 void IpmiClient::State::Report(const std::string& action, const Failure& failure,
@@ -224,7 +226,7 @@ int IpmiClient::connect() {
   const Failure failure = state_->Open();
   ++ThisThreadsExchange().connectionAttempts;
   RememberFailure(failure);
-  if (failure.result != ConnectResult::Connected) {
+  if (failure) {
     ++state_->failedAttempts;
     if (IsReporting()) {
       state_->Report("connect", failure, __LINE__);
@@ -239,10 +241,10 @@ int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& resp
   completionCode = kNoCompletionCode;
   const Failure failure = state_->Exchange(request, response, completionCode);
   RememberFailure(failure);
-  ThisThreadsExchange().isAnswered = failure.result == 0;
+  ThisThreadsExchange().isAnswered = !failure;
   ThisThreadsExchange().completionCode = completionCode;
   ThisThreadsExchange().answerLength = response.size();
-  if (failure.result != 0 && IsReporting()) {
+  if (failure && IsReporting()) {
     state_->Report(
         "send of network function " + HexByte(request.netFn) + " command " + HexByte(request.cmd),
         failure, __LINE__);

@@ -41,7 +41,7 @@ Failure Session::Open() {
        {&Session::AskCapabilities, &Session::OpenSession, &Session::LearnControllersProof,
         &Session::ProvePassword, &Session::RaisePrivilege}) {
     Failure failure = (this->*step)();
-    if (failure.result != 0) {
+    if (failure) {
       return failure;
     }
   }
@@ -60,11 +60,11 @@ Failure Session::AskCapabilities() {
     return ReadCapabilities(datagram, number, login_, checksChecksums, capabilities);
   };
   Failure failure = conversation_.Ask(question);
-  return failure.result != 0
-             ? failure
-             : CapabilitiesFailure(
-                   capabilities,
-                   !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_AUTHENTICATION_CAPABILITIES));
+  if (failure) {
+    return failure;
+  }
+  return CapabilitiesFailure(capabilities,
+                             !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_AUTHENTICATION_CAPABILITIES));
 }
 
 Failure Session::OpenSession() {
@@ -87,8 +87,11 @@ Failure Session::OpenSession() {
     return ReadOpenedSession(datagram, number, handshake_, opened);
   };
   Failure failure = conversation_.Ask(question);
-  if (failure.result != 0 || opened.status != 0) {
-    return failure.result != 0 ? failure : StatusFailure(opened.status);
+  if (failure) {
+    return failure;
+  }
+  if (opened.status != 0) {
+    return StatusFailure(opened.status);
   }
   handshake_.managedSystemSessionId = opened.managedSystemSessionId;
   stage_ = Stage::Begun;
@@ -107,7 +110,7 @@ Failure Session::LearnControllersProof() {
     return ReadRakp2(datagram, number, login_, handshake_, rakp2);
   };
   Failure failure = conversation_.Ask(question);
-  if (failure.result != 0) {
+  if (failure) {
     return failure;
   }
   if (rakp2.status != 0) {
@@ -139,7 +142,7 @@ Failure Session::ProvePassword() {
                      rakp4);
   };
   Failure failure = conversation_.Ask(question);
-  if (failure.result == 0 && rakp4.status != 0) {
+  if (!failure && rakp4.status != 0) {
     stage_ = Stage::Over;
     return StatusFailure(rakp4.status);
   }
@@ -163,7 +166,7 @@ Failure Session::RaisePrivilege() {
     stage_ = Stage::Over;
     return StatusFailure(lateStatus_);
   }
-  if (failure.result != 0 || answer.completionCode == 0) {
+  if (failure || answer.completionCode == 0) {
     return failure;
   }
   return CompletionCodeFailure("Set Session Privilege Level", answer.completionCode);
@@ -184,7 +187,7 @@ Failure Session::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>&
                           std::uint8_t& completionCode) {
   SessionAnswer answer;
   Failure failure = conversation_.Ask(MakeQuestion(request, Trouble::SilentToRequest, answer));
-  if (failure.result == 0) {
+  if (!failure) {
     response = std::move(answer.data);
     completionCode = answer.completionCode;
   }

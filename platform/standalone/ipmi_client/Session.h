@@ -30,7 +30,7 @@ class Session {
   /// proof of the password in two steps, the privilege level.
   Failure Open();
 
-  /// Fills `response` and `completionCode` when it returns a failure with result 0.
+  /// Fills `response` and `completionCode` when it does not fail.
   Failure Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
                    std::uint8_t& completionCode);
 
