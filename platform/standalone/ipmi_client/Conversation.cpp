@@ -35,7 +35,7 @@ void Conversation::AskInPassing(const Question& question) {
 
 /// A controller that took long for one question is given twice as long before the next is repeated.
 milliseconds Conversation::IntervalFor(const Question& question) const {
-  return std::max(question.isDelicate ? patience_.delicateInterval : patience_.interval,
+  return std::max(question.isOpening ? patience_.openingInterval : patience_.interval,
                   2 * roundTrip_);
 }
 

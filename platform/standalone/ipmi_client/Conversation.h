@@ -18,7 +18,7 @@ namespace Standalone {
 struct Patience {
   std::chrono::milliseconds timeout{0};
   std::chrono::milliseconds interval{0};
-  std::chrono::milliseconds delicateInterval{0};  ///< Of delicate questions.
+  std::chrono::milliseconds openingInterval{0};  ///< Of questions that open a session.
 };
 
 /// One question of a conversation: what is sent, and what is made of that which comes.
@@ -26,9 +26,9 @@ struct Question {
   /// The datagram of the first sending and of each repetition; empty when it cannot be made.
   std::function<Datagram()> make;
   std::function<Verdict(const Datagram&)> judge;
-  /// Whether a repetition may spoil what follows: of a controller that is only slow, a message that
-  /// opens a session may not be asked twice.
-  bool isDelicate = false;
+  /// Whether it opens a session. A repetition to a controller that is only slow may spoil what
+  /// follows, so these questions wait for longer before they are repeated.
+  bool isOpening = false;
   Trouble silence = Trouble::NoAnswer;  ///< What it is when nothing at all comes.
 };
 

@@ -54,7 +54,7 @@ Failure Session::AskCapabilities() {
   Capabilities capabilities;
   Question question;
   question.silence = Trouble::NoAnswer;
-  question.isDelicate = true;
+  question.isOpening = true;
   question.make = [&] { return MakeCapabilitiesRequest(number, login_.privilegeLevel); };
   question.judge = [&](const Datagram& datagram) {
     return ReadCapabilities(datagram, number, login_, checksChecksums, capabilities);
@@ -79,7 +79,7 @@ Failure Session::OpenSession() {
   OpenedSession opened;
   Question question;
   question.silence = Trouble::SilentWhileOpening;
-  question.isDelicate = true;
+  question.isOpening = true;
   question.make = [&] {
     return MakeOpenSessionRequest(number, level, login_.algorithms, handshake_);
   };
@@ -104,7 +104,7 @@ Failure Session::LearnControllersProof() {
   Rakp2 rakp2;
   Question question;
   question.silence = Trouble::SilentWhileChecking;
-  question.isDelicate = true;
+  question.isOpening = true;
   question.make = [&] { return MakeRakp1(number, login_, handshake_); };
   question.judge = [&](const Datagram& datagram) {
     return ReadRakp2(datagram, number, login_, handshake_, rakp2);
@@ -130,7 +130,7 @@ Failure Session::ProvePassword() {
   Rakp4 rakp4;
   Question question;
   question.silence = Trouble::SilentWhileChecking;
-  question.isDelicate = true;
+  question.isOpening = true;
   question.make = [&] {
     Datagram rakp3 = MakeRakp3(rakpNumber_, login_, handshake_);
     stage_ = Stage::MayBeOpen;
