@@ -46,7 +46,7 @@ enum class Trouble {
   CrossedRepetition,      ///< The controller checked our proof against another random number.
   SessionForgotten,       ///< The controller does not know the session that is being opened.
   NotConnected,           ///< A request without an open session.
-  NoAttempt,              ///< A client that was never told to connect.
+  NoAttempt,              ///< A client that was never told to connect. The last of the list.
 };
 
 Failure FailureOf(Trouble trouble);
