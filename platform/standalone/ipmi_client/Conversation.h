@@ -39,8 +39,9 @@ class Conversation {
  public:
   Conversation(const std::string& numericAddress, int port) : socket_(numericAddress, port) {}
 
-  /// A number for the next question, 0 to 63 in turn.
-  std::uint8_t NextNumber();
+  /// The message tag of the next question, 0 to 63 in turn. It serves as requester sequence number
+  /// of a request, too.
+  std::uint8_t NextTag();
 
   /// Holds for all questions until it is called again.
   void BeginAttempt(const Patience& patience);
@@ -72,16 +73,16 @@ class Conversation {
   [[nodiscard]] Failure SilenceFailure(Trouble silence, const Noticed& noticed) const;
   [[nodiscard]] std::chrono::milliseconds IntervalFor(const Question& question) const;
 
-  static constexpr std::size_t kNumbers = 64;
+  static constexpr std::size_t kTags = 64;
 
   UdpSocket socket_;
   Patience patience_;
   std::chrono::milliseconds roundTrip_{0};  ///< Of the question before, as far as it is known.
   std::chrono::milliseconds longestRoundTrip_{0};
   std::chrono::milliseconds lateness_{0};  ///< Of an answer that nobody waited for any more.
-  std::uint8_t lastNumber_ = 0;
-  /// When the question of each number was asked first.
-  std::array<std::optional<Clock::time_point>, kNumbers> asked_{};
+  std::uint8_t lastTag_ = 0;
+  /// When the question of each tag was asked first.
+  std::array<std::optional<Clock::time_point>, kTags> asked_{};
 };
 
 }  // namespace Standalone

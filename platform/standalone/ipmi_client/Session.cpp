@@ -21,7 +21,7 @@ Failure CapabilitiesFailure(const Capabilities& capabilities, bool checksLogin) 
   if (checksLogin && !capabilities.isUserAllowed) {
     return FailureOf(Trouble::UserNameRefused);
   }
-  return checksLogin && capabilities.wantsKey ? FailureOf(Trouble::KeyMissing) : Failure{};
+  return checksLogin && capabilities.needsKg ? FailureOf(Trouble::KeyMissing) : Failure{};
 }
 
 }  // namespace
@@ -49,15 +49,15 @@ Failure Session::Open() {
 }
 
 Failure Session::AskCapabilities() {
-  const std::uint8_t number = conversation_.NextNumber();
+  const std::uint8_t tag = conversation_.NextTag();
   const bool checksChecksums = !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK);
   Capabilities capabilities;
   Question question;
   question.silence = Trouble::NoAnswer;
   question.isOpening = true;
-  question.make = [&] { return MakeCapabilitiesRequest(number, login_.privilegeLevel); };
+  question.make = [&] { return MakeCapabilitiesRequest(tag, login_.privilegeLevel); };
   question.judge = [&](const Datagram& datagram) {
-    return ReadCapabilities(datagram, number, login_, checksChecksums, capabilities);
+    return ReadCapabilities(datagram, tag, login_, checksChecksums, capabilities);
   };
   Failure failure = conversation_.Ask(question);
   if (failure) {
@@ -71,7 +71,7 @@ Failure Session::OpenSession() {
   if (!DrawNumbers(handshake_)) {
     return FailureOf(Trouble::ResourcesShort);
   }
-  const std::uint8_t number = conversation_.NextNumber();
+  const std::uint8_t tag = conversation_.NextTag();
   // Some controllers take the level here for the one to be held, and not for its limit.
   const std::uint8_t level = Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_OPEN_SESSION_PRIVILEGE)
                                  ? login_.privilegeLevel
@@ -80,11 +80,9 @@ Failure Session::OpenSession() {
   Question question;
   question.silence = Trouble::SilentWhileOpening;
   question.isOpening = true;
-  question.make = [&] {
-    return MakeOpenSessionRequest(number, level, login_.algorithms, handshake_);
-  };
+  question.make = [&] { return MakeOpenSessionRequest(tag, level, login_.algorithms, handshake_); };
   question.judge = [&](const Datagram& datagram) {
-    return ReadOpenedSession(datagram, number, handshake_, opened);
+    return ReadOpenedSession(datagram, tag, handshake_, opened);
   };
   Failure failure = conversation_.Ask(question);
   if (failure) {
@@ -95,19 +93,19 @@ Failure Session::OpenSession() {
   }
   handshake_.managedSystemSessionId = opened.managedSystemSessionId;
   stage_ = Stage::Begun;
-  return opened.mostPrivilegeLevel < login_.privilegeLevel ? FailureOf(Trouble::PrivilegeRefused)
-                                                           : Failure{};
+  return opened.maximumPrivilegeLevel < login_.privilegeLevel ? FailureOf(Trouble::PrivilegeRefused)
+                                                              : Failure{};
 }
 
 Failure Session::LearnControllersProof() {
-  const std::uint8_t number = conversation_.NextNumber();
+  const std::uint8_t tag = conversation_.NextTag();
   Rakp2 rakp2;
   Question question;
   question.silence = Trouble::SilentWhileChecking;
   question.isOpening = true;
-  question.make = [&] { return MakeRakp1(number, login_, handshake_); };
+  question.make = [&] { return MakeRakp1(tag, login_, handshake_); };
   question.judge = [&](const Datagram& datagram) {
-    return ReadRakp2(datagram, number, login_, handshake_, rakp2);
+    return ReadRakp2(datagram, tag, login_, handshake_, rakp2);
   };
   Failure failure = conversation_.Ask(question);
   if (failure) {
@@ -126,18 +124,18 @@ Failure Session::LearnControllersProof() {
 }
 
 Failure Session::ProvePassword() {
-  rakpNumber_ = conversation_.NextNumber();
+  rakpTag_ = conversation_.NextTag();
   Rakp4 rakp4;
   Question question;
   question.silence = Trouble::SilentWhileChecking;
   question.isOpening = true;
   question.make = [&] {
-    Datagram rakp3 = MakeRakp3(rakpNumber_, login_, handshake_);
+    Datagram rakp3 = MakeRakp3(rakpTag_, login_, handshake_);
     stage_ = Stage::MayBeOpen;
     return rakp3;
   };
   question.judge = [&](const Datagram& datagram) {
-    return ReadRakp4(datagram, rakpNumber_, login_, handshake_, keys_,
+    return ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_,
                      Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
                      rakp4);
   };
@@ -175,7 +173,7 @@ Failure Session::RaisePrivilege() {
 /// A refusal in a RAKP message 4 that came too late for its step ends this one.
 Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Question& question) {
   Rakp4 rakp4;
-  const Verdict verdict = ReadRakp4(datagram, rakpNumber_, login_, handshake_, keys_, false, rakp4);
+  const Verdict verdict = ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_, false, rakp4);
   if (verdict == Verdict::Answer && rakp4.status != 0) {
     lateStatus_ = rakp4.status;
     return Verdict::Answer;
@@ -200,7 +198,7 @@ void Session::Close() {
       break;
     case Stage::Begun:
       // The controller, which cannot know it otherwise, has the session back at once.
-      conversation_.Tell(MakeRakp3Refusal(conversation_.NextNumber(), handshake_));
+      conversation_.Tell(MakeRakp3Refusal(conversation_.NextTag(), handshake_));
       break;
     case Stage::MayBeOpen:
       AskToClose();
@@ -221,10 +219,11 @@ void Session::AskToClose() {
   conversation_.AskInPassing(MakeQuestion(request, Trouble::SilentToRequest, answer));
 }
 
-/// A repetition has the number of its request, so that a controller can tell it from another one,
-/// and a sequence number of its own. The question refers to `answer` and to `request`.
+/// A repetition has the requester sequence number of its request, so that a controller can tell it
+/// from another request, and a session sequence number of its own. The question refers to `answer`
+/// and to `request`.
 Question Session::MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer) {
-  const std::uint8_t number = conversation_.NextNumber();
+  const std::uint8_t number = conversation_.NextTag();
   Question question;
   question.silence = silence;
   question.make = [this, &request, number] {

@@ -47,8 +47,8 @@ class Session {
 
   Failure AskCapabilities();
   Failure OpenSession();
-  Failure LearnControllersProof();
-  Failure ProvePassword();
+  Failure LearnControllersProof();  ///< RAKP messages 1 and 2.
+  Failure ProvePassword();          ///< RAKP messages 3 and 4.
   Failure RaisePrivilege();
   void Close();
   void AskToClose();
@@ -66,7 +66,7 @@ class Session {
   SessionKeys keys_;
   std::uint32_t sequenceNumber_ = 0;  ///< Of the last request sent.
   std::optional<std::uint32_t> lastAnswer_;
-  std::uint8_t rakpNumber_ = 0;  ///< Of RAKP messages 3 and 4.
+  std::uint8_t rakpTag_ = 0;     ///< Of RAKP messages 3 and 4.
   std::uint8_t lateStatus_ = 0;  ///< Of a RAKP message 4 that came after its step.
   Stage stage_ = Stage::Over;
 };
