@@ -20,8 +20,7 @@ using Standalone::ConnectSettings;
 
 ConnectSettings ClientSettings(const TavrinConnection::ConnectionInfo& info) {
   ConnectSettings settings;
-  if (Standalone::ReadConnectSettings(std::to_string(info.port), kCipherSuite, settings).result !=
-      0) {
+  if (Standalone::ReadConnectSettings(std::to_string(info.port), kCipherSuite, settings)) {
     throw std::runtime_error("the configuration is out of range");
   }
   return settings;

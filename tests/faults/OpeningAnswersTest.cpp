@@ -118,8 +118,10 @@ TEST_F(OpeningAnswers, CapabilitiesThatRuleASessionOutAreTold) {
   const auto capabilities = [](const Change& change) {
     return Changed(OpeningAnswer::Capabilities, change);
   };
-  ExpectFailure(capabilities(Set(kCapabilitiesCodeAt, 0xC0)), ConnectResult::WorthRetrying,
-                FailureCause::Busy, "the controller is busy");
+  for (const int passing : {0xC0, 0xC3, 0xCE, 0xCF, 0xD2}) {
+    ExpectFailure(capabilities(Set(kCapabilitiesCodeAt, static_cast<std::uint8_t>(passing))),
+                  ConnectResult::WorthRetrying, FailureCause::Busy, "the controller is busy");
+  }
   ExpectFailure(capabilities(Set(kCapabilitiesCodeAt, 0xCC)), ConnectResult::Failed,
                 FailureCause::Ipmi20Missing, "the controller does not offer IPMI 2.0");
   ExpectFailure(capabilities(Clear(kCapabilitiesVersionsAt, 0x02)), ConnectResult::Failed,
@@ -247,6 +249,18 @@ TEST_F(OpeningAnswers, RefusalOfTheProofIsTakenAlsoWhenItComesLate) {
     return departures;
   };
   ExpectFailure(late, ConnectResult::WorthRetrying, FailureCause::OtherAnswer, words);
+}
+
+TEST_F(OpeningAnswers, RefusalBehindTheProofIsPassedOver) {
+  // Another datagram is in the place of RAKP message 4 when its change made a difference.
+  ExpectSuccess(
+      [changed = Changed(OpeningAnswer::Rakp4, Refuse(0x02))](const Datagram& datagram) mutable {
+        std::vector<Departure> departures = changed(datagram);
+        if (departures.front().datagram.bytes != datagram.bytes) {
+          departures.insert(departures.begin(), {datagram});
+        }
+        return departures;
+      });
 }
 
 TEST_F(OpeningAnswers, CheckValueWithoutAnAlgorithmIsTakenWithTheWorkaroundAlone) {

@@ -1,6 +1,5 @@
-// What a wire that loses datagrams, or answers that come late, cost with the default settings.
-// usage: wire_cost loss QUERIES PERCENT SEED
-//        wire_cost late QUERIES MILLISECONDS
+// What a wire that loses datagrams costs with the default settings.
+// usage: wire_cost QUERIES PERCENT SEED
 
 #include <algorithm>
 #include <chrono>
@@ -62,17 +61,12 @@ void Measure(int queries, const Fault& fault) {
 extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> arguments(argv + 1, argv + argc);
-  const auto number = [&](std::size_t at) { return std::atoi(arguments[at].c_str()); };
-  if (arguments.size() == 4 && arguments[0] == "loss" && number(1) > 0) {
-    Tavrin::Measure(number(1), Tavrin::Loss(static_cast<std::uint32_t>(number(3)),
-                                            static_cast<unsigned int>(number(2))));
-  } else if (arguments.size() == 3 && arguments[0] == "late" && number(1) > 0) {
-    Tavrin::Measure(number(1), Tavrin::Delayed(std::chrono::milliseconds(number(2))));
-  } else {
-    std::cerr << "usage: wire_cost loss QUERIES PERCENT SEED\n"
-                 "       wire_cost late QUERIES MILLISECONDS\n";
+  const int queries = argc == 4 ? std::atoi(argv[1]) : 0;
+  if (queries <= 0) {
+    std::cerr << "usage: wire_cost QUERIES PERCENT SEED\n";
     return 2;
   }
+  Tavrin::Measure(queries, Tavrin::Loss(static_cast<std::uint32_t>(std::atoi(argv[3])),
+                                        static_cast<unsigned int>(std::atoi(argv[2]))));
   return 0;
 }

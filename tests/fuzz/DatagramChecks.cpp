@@ -78,9 +78,9 @@ void CheckDatagram(const std::vector<std::uint8_t>& input) {
   Client client(rest.OneOf<std::uint8_t>({0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17}));
   const Datagram datagram = rest.Rest();
   client.handshake.remoteConsoleSessionId = RemoteConsoleSessionId(datagram);
-  const std::optional<DatagramHead> head = ReadHead(datagram);
-  CheckOpening(datagram, head ? head->number : std::uint8_t{0}, client);
-  CheckSession(datagram, head ? head->sessionId : 0, client);
+  const std::optional<DatagramHeader> header = ReadHeader(datagram);
+  CheckOpening(datagram, header ? header->number : std::uint8_t{0}, client);
+  CheckSession(datagram, header ? header->sessionId : 0, client);
 }
 
 }  // namespace Tavrin::Fuzz

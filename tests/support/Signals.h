@@ -10,7 +10,7 @@
 namespace Tavrin {
 
 /// Interrupts the thread that makes this with a caught signal, over and over for as long as this
-/// lives. One at a time.
+/// lives, and leaves the signal's handler as it was. One at a time.
 class Signals {
  public:
   /// `flags` are those of sigaction(), for example SA_RESTART.
@@ -19,7 +19,7 @@ class Signals {
     struct sigaction action {};
     action.sa_handler = [](int /*number*/) { ++Count(); };
     action.sa_flags = flags;
-    sigaction(SIGUSR1, &action, nullptr);
+    sigaction(SIGUSR1, &action, &before_);
     thread_ = std::thread([this, period, target = pthread_self()] {
       while (!ends_) {
         pthread_kill(target, SIGUSR1);
@@ -30,6 +30,9 @@ class Signals {
   ~Signals() {
     ends_ = true;
     thread_.join();
+    // The last signal may still be on its way; to ignore it once drops it.
+    std::signal(SIGUSR1, SIG_IGN);
+    sigaction(SIGUSR1, &before_, nullptr);
   }
   Signals(const Signals&) = delete;
   Signals& operator=(const Signals&) = delete;
@@ -43,6 +46,7 @@ class Signals {
     return count;
   }
 
+  struct sigaction before_ {};
   std::atomic<bool> ends_{false};
   std::thread thread_;
 };

@@ -4,12 +4,13 @@ namespace Tavrin {
 namespace Standalone {
 
 /// What IpmiClient::connect() and send() return when the standalone client stands behind it. Only
-/// `WorthRetrying` means that the same call may succeed a moment later; a session that fell silent
-/// has to be connected again first.
+/// `WorthRetrying` means that the same call may succeed a moment later. A session that its
+/// controller has forgotten in the meantime stays silent until it is connected again.
 namespace ConnectResult {
 constexpr int Connected = 0;
-constexpr int WorthRetrying = 3;    ///< Time-out, controller busy, no free session, refused suite,
-                                    ///< damaged or unexpected datagram.
+constexpr int WorthRetrying = 3;    ///< Time-out, unreachable network, name server away, controller
+                                    ///< busy, no free session, refused suite, damaged or
+                                    ///< unexpected datagram.
 constexpr int BadHostName = 4;      ///< The host name does not resolve, or is not a valid name.
 constexpr int UserNameRefused = 5;  ///< The controller does not know the user.
 constexpr int PasswordRefused = 6;  ///< The controller's proof of the password does not match ours.

@@ -50,14 +50,18 @@ std::string Range(int lowest, int highest) {
   return "a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest);
 }
 
-/// A configuration value, which must lie between `lowest` and `highest`.
-unsigned int ReadInRange(const std::string& key, int defaultValue, int lowest, int highest,
+/// The value of `key`, which must lie between `lowest` and `highest`.
+unsigned int TakeInRange(const std::string& key, int value, int lowest, int highest,
                          Complaint& complaint) {
-  const int value = GetGlobalConfigValue(key, defaultValue);
   if (value < lowest || value > highest) {
     complaint.Add(key, std::to_string(value), Range(lowest, highest));
   }
   return static_cast<unsigned int>(std::clamp(value, lowest, highest));
+}
+
+unsigned int ReadInRange(const std::string& key, int defaultValue, int lowest, int highest,
+                         Complaint& complaint) {
+  return TakeInRange(key, GetGlobalConfigValue(key, defaultValue), lowest, highest, complaint);
 }
 
 int ReadPort(const std::string& text, Complaint& complaint) {
@@ -102,10 +106,11 @@ unsigned int ReadWorkaroundFlags(Complaint& complaint) {
 
 unsigned int ReadRetransmissionTimeout(const ConnectSettings& settings, Complaint& complaint) {
   constexpr const char* key = "IPMI_RETRANSMISSION_TIMEOUT_MS";
-  if (GetGlobalConfigValue(key, kIntervalOfEachAttempt) == kIntervalOfEachAttempt) {
+  const int timeout = GetGlobalConfigValue(key, kIntervalOfEachAttempt);
+  if (timeout == kIntervalOfEachAttempt) {
     return kIntervalOfEachAttempt;
   }
-  return ReadInRange(key, kIntervalOfEachAttempt, kShortestTimeoutMs,
+  return TakeInRange(key, timeout, kShortestTimeoutMs,
                      static_cast<int>(settings.sessionTimeoutMs) - 1, complaint);
 }
 

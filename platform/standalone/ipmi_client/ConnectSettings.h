@@ -24,7 +24,7 @@ struct ConnectSettings {
 };
 
 /// Reads `settings` from the port text, the cipher suite given in code, and the configuration.
-/// Returns a failure with result 0 when every one is in range.
+/// Fails unless every one is in range.
 Failure ReadConnectSettings(const std::string& port, unsigned long cipherSuite,
                             ConnectSettings& settings);
 

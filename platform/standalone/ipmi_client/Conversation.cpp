@@ -15,10 +15,10 @@ milliseconds Between(Clock::time_point from, Clock::time_point to) {
 
 }  // namespace
 
-std::uint8_t Conversation::NextNumber() {
-  lastNumber_ = static_cast<std::uint8_t>((lastNumber_ + 1U) % kNumbers);
-  asked_.at(lastNumber_) = Clock::now();
-  return lastNumber_;
+std::uint8_t Conversation::NextTag() {
+  lastTag_ = static_cast<std::uint8_t>((lastTag_ + 1U) % kTags);
+  asked_.at(lastTag_) = Clock::now();
+  return lastTag_;
 }
 
 void Conversation::BeginAttempt(const Patience& patience) {
@@ -35,7 +35,7 @@ void Conversation::AskInPassing(const Question& question) {
 
 /// A controller that took long for one question is given twice as long before the next is repeated.
 milliseconds Conversation::IntervalFor(const Question& question) const {
-  return std::max(question.isDelicate ? patience_.delicateInterval : patience_.interval,
+  return std::max(question.isOpening ? patience_.openingInterval : patience_.interval,
                   2 * roundTrip_);
 }
 
@@ -90,13 +90,13 @@ bool Conversation::IsAnswer(const Datagram& datagram, const Question& question, 
   }
 }
 
-/// A message outside of a session is known by its number: that of an earlier question makes it a
+/// A message outside of a session is known by its tag: that of an earlier question makes it a
 /// second copy, or the answer that an earlier attempt did not wait for.
 void Conversation::NoticeForeign(const Datagram& datagram, Noticed& noticed) {
-  const std::optional<DatagramHead> head = ReadHead(datagram);
+  const std::optional<DatagramHeader> header = ReadHeader(datagram);
   const bool isOfEarlierQuestion =
-      head && head->sessionId == 0 && head->number < kNumbers && head->number != lastNumber_;
-  const auto asked = isOfEarlierQuestion ? asked_.at(head->number) : std::nullopt;
+      header && header->sessionId == 0 && header->number < kTags && header->number != lastTag_;
+  const auto asked = isOfEarlierQuestion ? asked_.at(header->number) : std::nullopt;
   if (!asked) {
     noticed.foreign = true;
     return;

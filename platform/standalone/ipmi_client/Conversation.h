@@ -18,7 +18,7 @@ namespace Standalone {
 struct Patience {
   std::chrono::milliseconds timeout{0};
   std::chrono::milliseconds interval{0};
-  std::chrono::milliseconds delicateInterval{0};  ///< Of delicate questions.
+  std::chrono::milliseconds openingInterval{0};  ///< Of questions that open a session.
 };
 
 /// One question of a conversation: what is sent, and what is made of that which comes.
@@ -26,9 +26,9 @@ struct Question {
   /// The datagram of the first sending and of each repetition; empty when it cannot be made.
   std::function<Datagram()> make;
   std::function<Verdict(const Datagram&)> judge;
-  /// Whether a repetition may spoil what follows: of a controller that is only slow, a message that
-  /// opens a session may not be asked twice.
-  bool isDelicate = false;
+  /// Whether it opens a session. A repetition to a controller that is only slow may spoil what
+  /// follows, so these questions wait for longer before they are repeated.
+  bool isOpening = false;
   Trouble silence = Trouble::NoAnswer;  ///< What it is when nothing at all comes.
 };
 
@@ -39,8 +39,12 @@ class Conversation {
  public:
   Conversation(const std::string& numericAddress, int port) : socket_(numericAddress, port) {}
 
-  /// A number for the next question, 0 to 63 in turn.
-  std::uint8_t NextNumber();
+  /// Whether there is a socket to hold it over.
+  [[nodiscard]] bool IsOpen() const { return socket_.OpenError() == 0; }
+
+  /// The message tag of the next question, 0 to 63 in turn. It serves as requester sequence number
+  /// of a request, too.
+  std::uint8_t NextTag();
 
   /// Holds for all questions until it is called again.
   void BeginAttempt(const Patience& patience);
@@ -72,16 +76,16 @@ class Conversation {
   [[nodiscard]] Failure SilenceFailure(Trouble silence, const Noticed& noticed) const;
   [[nodiscard]] std::chrono::milliseconds IntervalFor(const Question& question) const;
 
-  static constexpr std::size_t kNumbers = 64;
+  static constexpr std::size_t kTags = 64;
 
   UdpSocket socket_;
   Patience patience_;
   std::chrono::milliseconds roundTrip_{0};  ///< Of the question before, as far as it is known.
   std::chrono::milliseconds longestRoundTrip_{0};
   std::chrono::milliseconds lateness_{0};  ///< Of an answer that nobody waited for any more.
-  std::uint8_t lastNumber_ = 0;
-  /// When the question of each number was asked first.
-  std::array<std::optional<Clock::time_point>, kNumbers> asked_{};
+  std::uint8_t lastTag_ = 0;
+  /// When the question of each tag was asked first.
+  std::array<std::optional<Clock::time_point>, kTags> asked_{};
 };
 
 }  // namespace Standalone

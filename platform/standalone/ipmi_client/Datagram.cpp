@@ -17,7 +17,7 @@ std::uint32_t LittleEndian(const Datagram& datagram, std::size_t at, std::size_t
   return value;
 }
 
-std::optional<DatagramHead> ReadRmcpPlusHead(const Datagram& datagram) {
+std::optional<DatagramHeader> ReadRmcpPlusHeader(const Datagram& datagram) {
   constexpr std::size_t kPayloadTypeAt = 5;
   constexpr std::uint8_t kEncrypted = 0x80;
   constexpr std::uint8_t kAuthenticated = 0x40;
@@ -28,18 +28,18 @@ std::optional<DatagramHead> ReadRmcpPlusHead(const Datagram& datagram) {
       datagram.size() - kPayloadAt < LittleEndian(datagram, kLengthAt, 2)) {
     return std::nullopt;
   }
-  DatagramHead head;
-  head.isRmcpPlus = true;
+  DatagramHeader header;
+  header.isRmcpPlus = true;
   const std::uint8_t type = datagram[kPayloadTypeAt];
-  head.payloadType = static_cast<std::uint8_t>(type & ~(kEncrypted | kAuthenticated));
-  head.isEncrypted = (type & kEncrypted) != 0;
-  head.isAuthenticated = (type & kAuthenticated) != 0;
-  head.sessionId = LittleEndian(datagram, kSessionIdAt, 4);
-  head.number = datagram[kPayloadAt];
-  return head;
+  header.payloadType = static_cast<std::uint8_t>(type & ~(kEncrypted | kAuthenticated));
+  header.isEncrypted = (type & kEncrypted) != 0;
+  header.isAuthenticated = (type & kAuthenticated) != 0;
+  header.sessionId = LittleEndian(datagram, kSessionIdAt, 4);
+  header.number = datagram[kPayloadAt];
+  return header;
 }
 
-std::optional<DatagramHead> ReadIpmi15Head(const Datagram& datagram) {
+std::optional<DatagramHeader> ReadIpmi15Header(const Datagram& datagram) {
   constexpr std::size_t kSessionIdAt = 9;
   constexpr std::size_t kLengthAt = 13;
   constexpr std::size_t kMessageAt = 14;
@@ -47,24 +47,24 @@ std::optional<DatagramHead> ReadIpmi15Head(const Datagram& datagram) {
   if (datagram.size() <= kNumberAt || datagram.size() - kMessageAt < datagram[kLengthAt]) {
     return std::nullopt;
   }
-  DatagramHead head;
-  head.sessionId = LittleEndian(datagram, kSessionIdAt, 4);
-  head.number = static_cast<std::uint8_t>(datagram[kNumberAt] >> 2U);  // Below it is the LUN.
-  return head;
+  DatagramHeader header;
+  header.sessionId = LittleEndian(datagram, kSessionIdAt, 4);
+  header.number = static_cast<std::uint8_t>(datagram[kNumberAt] >> 2U);  // Below it is the LUN.
+  return header;
 }
 
 }  // namespace
 
-std::optional<DatagramHead> ReadHead(const Datagram& datagram) {
+std::optional<DatagramHeader> ReadHeader(const Datagram& datagram) {
   if (datagram.size() <= kAuthenticationTypeAt || datagram[0] != RMCP_VERSION_1_0 ||
       datagram[kMessageClassAt] != RMCP_HDR_MESSAGE_CLASS_IPMI) {
     return std::nullopt;
   }
   switch (datagram[kAuthenticationTypeAt]) {
     case IPMI_AUTHENTICATION_TYPE_RMCPPLUS:
-      return ReadRmcpPlusHead(datagram);
+      return ReadRmcpPlusHeader(datagram);
     case IPMI_AUTHENTICATION_TYPE_NONE:
-      return ReadIpmi15Head(datagram);
+      return ReadIpmi15Header(datagram);
     default:
       return std::nullopt;
   }

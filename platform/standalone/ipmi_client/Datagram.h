@@ -17,7 +17,7 @@ enum class Verdict {
 };
 
 /// What a datagram says of itself without any key.
-struct DatagramHead {
+struct DatagramHeader {
   /// Whether it belongs to IPMI 2.0; otherwise to IPMI 1.5, which only asks what a controller can
   /// do.
   bool isRmcpPlus = false;
@@ -31,7 +31,7 @@ struct DatagramHead {
 };
 
 /// Nothing when the datagram is no IPMI message or ends before its message does.
-std::optional<DatagramHead> ReadHead(const Datagram& datagram);
+std::optional<DatagramHeader> ReadHeader(const Datagram& datagram);
 
 }  // namespace Standalone
 }  // namespace Tavrin

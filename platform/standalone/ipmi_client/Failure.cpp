@@ -96,6 +96,18 @@ constexpr std::array kRows = {
         "no attempt to connect was made", "set IPMI_CONNECT_RETRY_TIMES to at least 1"},
 };
 
+/// Whether the row of each trouble stands at its place, so that none is without one.
+constexpr bool HasEachTroubleAtItsPlace() {
+  for (std::size_t place = 0; place < kRows.size(); ++place) {
+    if (kRows[place].trouble != static_cast<Trouble>(place)) {
+      return false;
+    }
+  }
+  return kRows.size() == static_cast<std::size_t>(Trouble::NoAttempt) + 1;
+}
+
+static_assert(HasEachTroubleAtItsPlace());
+
 std::string Seconds(std::chrono::milliseconds duration) {
   const auto tenths = (duration.count() + 50) / 100;
   return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " seconds";
@@ -130,9 +142,8 @@ constexpr std::array kStatuses = {
 }  // namespace
 
 Failure FailureOf(Trouble trouble) {
-  const auto* const row = std::find_if(
-      kRows.begin(), kRows.end(), [trouble](const Row& one) { return one.trouble == trouble; });
-  return {row->result, row->cause, row->words, row->advice};
+  const Row& row = kRows.at(static_cast<std::size_t>(trouble));
+  return {row.result, row.cause, row.words, row.advice};
 }
 
 Failure LateFailure(std::chrono::milliseconds lateness) {

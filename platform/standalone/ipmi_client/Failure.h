@@ -4,17 +4,21 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
 
 namespace Tavrin {
 namespace Standalone {
 
-/// Why a step of a conversation failed.
+/// How a step of a conversation ended: why it failed, or that it did not.
 struct Failure {
-  int result = 0;  ///< One of ConnectResult.
+  int result = ConnectResult::Connected;  ///< One of ConnectResult.
   FailureCause cause = FailureCause::None;
   std::string words;   ///< What happened, printable and without advice.
   std::string advice;  ///< What to try, with the configuration's keys; may be empty.
+
+  /// Whether it failed.
+  explicit operator bool() const { return result != ConnectResult::Connected; }
 };
 
 /// What can go wrong that needs no number to be told.
@@ -42,7 +46,7 @@ enum class Trouble {
   CrossedRepetition,      ///< The controller checked our proof against another random number.
   SessionForgotten,       ///< The controller does not know the session that is being opened.
   NotConnected,           ///< A request without an open session.
-  NoAttempt,              ///< A client that was never told to connect.
+  NoAttempt,              ///< A client that was never told to connect. The last of the list.
 };
 
 Failure FailureOf(Trouble trouble);

@@ -134,13 +134,15 @@ IpmiClient::State::~State() {
 Failure IpmiClient::State::Open() {
   ConnectSettings settings;
   Failure failure = CheckCredentials(userName, password);
-  if (failure.result == 0) {
-    failure = Standalone::ReadConnectSettings(port, cipherSuite, settings);
+  if (failure) {
+    return failure;
   }
-  if (failure.result == 0) {
-    failure = ChooseAddress(settings);
+  failure = Standalone::ReadConnectSettings(port, cipherSuite, settings);
+  if (failure) {
+    return failure;
   }
-  return failure.result == 0 ? OpenSession(settings) : failure;
+  failure = ChooseAddress(settings);
+  return failure ? failure : OpenSession(settings);
 }
 
 /// A name may stand for several addresses, of which some lead nowhere: an attempt after one that
@@ -149,11 +151,11 @@ Failure IpmiClient::State::Open() {
 Failure IpmiClient::State::ChooseAddress(const ConnectSettings& settings) {
   std::vector<std::string> addresses;
   Failure failure = Standalone::ResolveHost(address, addresses);
-  if (failure.result != 0) {
+  if (failure) {
     return failure;
   }
   numericAddress = addresses[failedAttempts % addresses.size()];
-  if (!conversation || conversationAddress != numericAddress) {
+  if (!conversation || !conversation->IsOpen() || conversationAddress != numericAddress) {
     conversation.emplace(numericAddress, settings.port);
     conversationAddress = numericAddress;
   }
@@ -163,7 +165,9 @@ Failure IpmiClient::State::ChooseAddress(const ConnectSettings& settings) {
 Failure IpmiClient::State::OpenSession(const ConnectSettings& settings) {
   PrepareCryptography();
   const milliseconds usual = Standalone::RepetitionInterval(settings, 0);
-  const milliseconds learned = Standalone::LearnedInterval(numericAddress, settings.port);
+  // Whatever was learned, there is time for a repetition.
+  const milliseconds learned = std::min(Standalone::LearnedInterval(numericAddress, settings.port),
+                                        milliseconds(settings.sessionTimeoutMs) * 3 / 4);
   conversation->BeginAttempt(
       {milliseconds(settings.sessionTimeoutMs), std::max(usual, learned),
        std::max(Standalone::RepetitionInterval(settings, failedAttempts), learned)});
@@ -174,7 +178,7 @@ Failure IpmiClient::State::OpenSession(const ConnectSettings& settings) {
                                      &login.algorithms.confidentiality);
   auto opened = std::make_unique<Standalone::Session>(*conversation, login, settings);
   Failure failure = opened->Open();
-  if (failure.result != 0) {
+  if (failure) {
     return failure;
   }
   session = std::move(opened);
@@ -189,7 +193,7 @@ Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std:
     return FailureOf(Standalone::Trouble::NotConnected);
   }
   Failure failure = CheckRequest(request);
-  return failure.result == 0 ? session->Exchange(request, response, completionCode) : failure;
+  return failure ? failure : session->Exchange(request, response, completionCode);
 }
 
 void IpmiClient::State::Report(const std::string& action, const Failure& failure,
@@ -226,7 +230,7 @@ int IpmiClient::connect() {
   const Failure failure = state_->Open();
   ++ThisThreadsExchange().connectionAttempts;
   RememberFailure(failure);
-  if (failure.result != ConnectResult::Connected) {
+  if (failure) {
     ++state_->failedAttempts;
     if (IsReporting()) {
       state_->Report("connect", failure, __LINE__);
@@ -241,10 +245,10 @@ int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& resp
   completionCode = kNoCompletionCode;
   const Failure failure = state_->Exchange(request, response, completionCode);
   RememberFailure(failure);
-  ThisThreadsExchange().isAnswered = failure.result == 0;
+  ThisThreadsExchange().isAnswered = !failure;
   ThisThreadsExchange().completionCode = completionCode;
   ThisThreadsExchange().answerLength = response.size();
-  if (failure.result != 0 && IsReporting()) {
+  if (failure && IsReporting()) {
     state_->Report(
         "send of network function " + HexByte(request.netFn) + " command " + HexByte(request.cmd),
         failure, __LINE__);

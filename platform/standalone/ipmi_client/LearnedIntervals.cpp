@@ -18,7 +18,7 @@ struct Intervals {
   std::map<std::pair<std::string, int>, milliseconds> needed;
 };
 
-Intervals& ThisProcesssIntervals() {
+Intervals& IntervalsOfTheProcess() {
   // Never destroyed: a thread may still be in an exchange while the process ends.
   static auto* const intervals = new Intervals;
   return *intervals;
@@ -27,7 +27,7 @@ Intervals& ThisProcesssIntervals() {
 }  // namespace
 
 milliseconds LearnedInterval(const std::string& numericAddress, int port) {
-  Intervals& intervals = ThisProcesssIntervals();
+  Intervals& intervals = IntervalsOfTheProcess();
   const std::unique_lock<std::mutex> lock(intervals.mutex, std::try_to_lock);
   if (!lock) {
     return milliseconds(0);
@@ -37,7 +37,7 @@ milliseconds LearnedInterval(const std::string& numericAddress, int port) {
 }
 
 void LearnInterval(const std::string& numericAddress, int port, milliseconds interval) {
-  Intervals& intervals = ThisProcesssIntervals();
+  Intervals& intervals = IntervalsOfTheProcess();
   const std::unique_lock<std::mutex> lock(intervals.mutex, std::try_to_lock);
   if (!lock) {
     return;

@@ -26,15 +26,15 @@ Datagram PackOpening(std::uint8_t payloadType, const FiidObject& message) {
   return Pack({payloadType, 0, 0, IPMI_NET_FN_APP_RQ, 0}, Unprotected(), message);
 }
 
-/// Takes a message apart that has come in the place of an answer of that type and number. A refusal
+/// Takes a message apart that has come in the place of an answer of that type and tag. A refusal
 /// holds nothing for certain but its status.
-Verdict UnpackOpening(const Datagram& datagram, std::uint8_t payloadType, std::uint8_t number,
+Verdict UnpackOpening(const Datagram& datagram, std::uint8_t payloadType, std::uint8_t tag,
                       UnpackedPacket& packet, std::uint8_t& status) {
-  const std::optional<DatagramHead> head = ReadHead(datagram);
-  if (!head) {
+  const std::optional<DatagramHeader> header = ReadHeader(datagram);
+  if (!header) {
     return Verdict::Damaged;
   }
-  if (!head->isRmcpPlus || head->payloadType != payloadType || head->number != number) {
+  if (!header->isRmcpPlus || header->payloadType != payloadType || header->number != tag) {
     return Verdict::Foreign;
   }
   const bool isWhole = packet.Unpack(datagram, Unprotected());
@@ -90,8 +90,8 @@ bool ProvesPassword(const FiidObject& message, const Login& login, const Handsha
              login.privilegeLevel, login.userName, login.userNameLength, message.Get()) == 1;
 }
 
-bool HoldsCheckValue(const FiidObject& message, const Login& login, const Handshake& handshake,
-                     const SessionKeys& keys) {
+bool HasRightIntegrityCheckValue(const FiidObject& message, const Login& login,
+                                 const Handshake& handshake, const SessionKeys& keys) {
   return ipmi_rmcpplus_check_rakp_4_integrity_check_value(
              login.algorithms.authentication, keys.SessionIntegrity().Data(),
              keys.SessionIntegrity().length, handshake.remoteConsoleRandomNumber.data(),
@@ -100,12 +100,11 @@ bool HoldsCheckValue(const FiidObject& message, const Login& login, const Handsh
              static_cast<unsigned int>(handshake.managedSystemGuid.size()), message.Get()) == 1;
 }
 
-Datagram PackRakp3(std::uint8_t number, std::uint8_t status, const Handshake& handshake,
+Datagram PackRakp3(std::uint8_t tag, std::uint8_t status, const Handshake& handshake,
                    const std::uint8_t* proof, unsigned int length) {
   const FiidObject message(tmpl_rmcpplus_rakp_message_3);
-  const bool isFilled =
-      fill_rmcpplus_rakp_message_3(number, status, handshake.managedSystemSessionId, proof, length,
-                                   message.Get()) == 0;
+  const bool isFilled = fill_rmcpplus_rakp_message_3(tag, status, handshake.managedSystemSessionId,
+                                                     proof, length, message.Get()) == 0;
   return isFilled ? PackOpening(IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_3, message) : Datagram();
 }
 
@@ -138,19 +137,19 @@ void FillCapabilities(const FiidObject& message, const Login& login, Capabilitie
   capabilities.hasIpmi20 = ipmi_check_authentication_capabilities_ipmi_2_0(message.Get()) == 1;
   capabilities.isUserAllowed = ipmi_check_authentication_capabilities_username(
                                    login.userName, login.password, message.Get()) == 1;
-  capabilities.wantsKey = ipmi_check_authentication_capabilities_k_g(nullptr, message.Get()) != 1;
+  capabilities.needsKg = ipmi_check_authentication_capabilities_k_g(nullptr, message.Get()) != 1;
 }
 
 }  // namespace
 
-Datagram MakeCapabilitiesRequest(std::uint8_t number, std::uint8_t privilegeLevel) {
+Datagram MakeCapabilitiesRequest(std::uint8_t tag, std::uint8_t privilegeLevel) {
   const FiidObject rmcpHeader(tmpl_rmcp_hdr);
   const FiidObject sessionHeader(tmpl_lan_session_hdr);
   const FiidObject messageHeader(tmpl_lan_msg_hdr_rq);
   const FiidObject message(tmpl_cmd_get_channel_authentication_capabilities_rq);
   if (fill_rmcp_hdr_ipmi(rmcpHeader.Get()) != 0 ||
       fill_lan_session_hdr(IPMI_AUTHENTICATION_TYPE_NONE, 0, 0, sessionHeader.Get()) != 0 ||
-      fill_lan_msg_hdr(IPMI_SLAVE_ADDRESS_BMC, IPMI_NET_FN_APP_RQ, IPMI_BMC_IPMB_LUN_BMC, number,
+      fill_lan_msg_hdr(IPMI_SLAVE_ADDRESS_BMC, IPMI_NET_FN_APP_RQ, IPMI_BMC_IPMB_LUN_BMC, tag,
                        messageHeader.Get()) != 0 ||
       fill_cmd_get_channel_authentication_capabilities(
           IPMI_CHANNEL_NUMBER_CURRENT_CHANNEL, privilegeLevel, IPMI_GET_IPMI_V20_EXTENDED_DATA,
@@ -165,13 +164,13 @@ Datagram MakeCapabilitiesRequest(std::uint8_t number, std::uint8_t privilegeLeve
   return datagram;
 }
 
-Verdict ReadCapabilities(const Datagram& datagram, std::uint8_t number, const Login& login,
+Verdict ReadCapabilities(const Datagram& datagram, std::uint8_t tag, const Login& login,
                          bool checksChecksums, Capabilities& capabilities) {
-  const std::optional<DatagramHead> head = ReadHead(datagram);
-  if (!head) {
+  const std::optional<DatagramHeader> header = ReadHeader(datagram);
+  if (!header) {
     return Verdict::Damaged;
   }
-  if (head->isRmcpPlus || head->sessionId != 0 || head->number != number) {
+  if (header->isRmcpPlus || header->sessionId != 0 || header->number != tag) {
     return Verdict::Foreign;
   }
   const UnpackedIpmi15 packet;
@@ -193,23 +192,23 @@ Verdict ReadCapabilities(const Datagram& datagram, std::uint8_t number, const Lo
   return Verdict::Answer;
 }
 
-Datagram MakeOpenSessionRequest(std::uint8_t number, std::uint8_t privilegeLevel,
+Datagram MakeOpenSessionRequest(std::uint8_t tag, std::uint8_t privilegeLevel,
                                 const Algorithms& algorithms, const Handshake& handshake) {
   const FiidObject message(tmpl_rmcpplus_open_session_request);
   const bool isFilled =
-      fill_rmcpplus_open_session(number, privilegeLevel, handshake.remoteConsoleSessionId,
+      fill_rmcpplus_open_session(tag, privilegeLevel, handshake.remoteConsoleSessionId,
                                  algorithms.authentication, algorithms.integrity,
                                  algorithms.confidentiality, message.Get()) == 0;
   return isFilled ? PackOpening(IPMI_PAYLOAD_TYPE_RMCPPLUS_OPEN_SESSION_REQUEST, message)
                   : Datagram();
 }
 
-Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t number, const Handshake& handshake,
+Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t tag, const Handshake& handshake,
                           OpenedSession& opened) {
   UnpackedPacket packet(tmpl_rmcpplus_open_session_response);
   OpenedSession read;
   const Verdict verdict = UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RMCPPLUS_OPEN_SESSION_RESPONSE,
-                                        number, packet, read.status);
+                                        tag, packet, read.status);
   if (verdict != Verdict::Answer) {
     return verdict;
   }
@@ -217,7 +216,7 @@ Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t number, const H
     if (!IsForUs(packet.message, handshake)) {
       return Verdict::Foreign;
     }
-    read.mostPrivilegeLevel =
+    read.maximumPrivilegeLevel =
         static_cast<std::uint8_t>(packet.message.Number("maximum_privilege_level").value_or(0));
     read.managedSystemSessionId =
         static_cast<std::uint32_t>(packet.message.Number("managed_system_session_id").value_or(0));
@@ -226,23 +225,23 @@ Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t number, const H
   return Verdict::Answer;
 }
 
-Datagram MakeRakp1(std::uint8_t number, const Login& login, const Handshake& handshake) {
+Datagram MakeRakp1(std::uint8_t tag, const Login& login, const Handshake& handshake) {
   const FiidObject message(tmpl_rmcpplus_rakp_message_1);
   const auto& random = handshake.remoteConsoleRandomNumber;
   const bool isFilled =
-      fill_rmcpplus_rakp_message_1(number, handshake.managedSystemSessionId, random.data(),
+      fill_rmcpplus_rakp_message_1(tag, handshake.managedSystemSessionId, random.data(),
                                    static_cast<unsigned int>(random.size()), login.privilegeLevel,
                                    IPMI_NAME_ONLY_LOOKUP, login.userName, login.userNameLength,
                                    message.Get()) == 0;
   return isFilled ? PackOpening(IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_1, message) : Datagram();
 }
 
-Verdict ReadRakp2(const Datagram& datagram, std::uint8_t number, const Login& login,
+Verdict ReadRakp2(const Datagram& datagram, std::uint8_t tag, const Login& login,
                   const Handshake& handshake, Rakp2& rakp2) {
   UnpackedPacket packet(tmpl_rmcpplus_rakp_message_2);
   Rakp2 read;
   const Verdict verdict =
-      UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_2, number, packet, read.status);
+      UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_2, tag, packet, read.status);
   if (verdict != Verdict::Answer) {
     return verdict;
   }
@@ -263,7 +262,7 @@ Verdict ReadRakp2(const Datagram& datagram, std::uint8_t number, const Login& lo
   return Verdict::Answer;
 }
 
-Datagram MakeRakp3(std::uint8_t number, const Login& login, const Handshake& handshake) {
+Datagram MakeRakp3(std::uint8_t tag, const Login& login, const Handshake& handshake) {
   std::array<std::uint8_t, kProofCapacity> proof{};
   const auto& random = handshake.managedSystemRandomNumber;
   const int length = ipmi_calculate_rakp_3_key_exchange_authentication_code(
@@ -272,21 +271,21 @@ Datagram MakeRakp3(std::uint8_t number, const Login& login, const Handshake& han
       IPMI_NAME_ONLY_LOOKUP, login.privilegeLevel, login.userName, login.userNameLength,
       proof.data(), static_cast<unsigned int>(proof.size()));
   return length < 0 ? Datagram()
-                    : PackRakp3(number, RMCPPLUS_STATUS_NO_ERRORS, handshake, proof.data(),
+                    : PackRakp3(tag, RMCPPLUS_STATUS_NO_ERRORS, handshake, proof.data(),
                                 static_cast<unsigned int>(length));
 }
 
-Datagram MakeRakp3Refusal(std::uint8_t number, const Handshake& handshake) {
-  return PackRakp3(number, RMCPPLUS_STATUS_INVALID_INTEGRITY_CHECK_VALUE, handshake, nullptr, 0);
+Datagram MakeRakp3Refusal(std::uint8_t tag, const Handshake& handshake) {
+  return PackRakp3(tag, RMCPPLUS_STATUS_INVALID_INTEGRITY_CHECK_VALUE, handshake, nullptr, 0);
 }
 
-Verdict ReadRakp4(const Datagram& datagram, std::uint8_t number, const Login& login,
+Verdict ReadRakp4(const Datagram& datagram, std::uint8_t tag, const Login& login,
                   const Handshake& handshake, const SessionKeys& keys, bool takesAnyCheckValue,
                   Rakp4& rakp4) {
   UnpackedPacket packet(tmpl_rmcpplus_rakp_message_4);
   Rakp4 read;
   const Verdict verdict =
-      UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_4, number, packet, read.status);
+      UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_4, tag, packet, read.status);
   if (verdict != Verdict::Answer) {
     return verdict;
   }
@@ -296,7 +295,7 @@ Verdict ReadRakp4(const Datagram& datagram, std::uint8_t number, const Login& lo
     }
     const bool needsNone = takesAnyCheckValue && login.algorithms.authentication ==
                                                      IPMI_AUTHENTICATION_ALGORITHM_RAKP_NONE;
-    if (!needsNone && !HoldsCheckValue(packet.message, login, handshake, keys)) {
+    if (!needsNone && !HasRightIntegrityCheckValue(packet.message, login, handshake, keys)) {
       return Verdict::Damaged;
     }
   }

@@ -8,37 +8,38 @@
 namespace Tavrin {
 namespace Standalone {
 
-// The messages that open a session, none of them protected. Each request carries a number, 0 to 63,
-// that comes back in its answer. What is made is empty when memory is short; what is read fills its
-// last argument only when it is the answer.
+// The messages that open a session, none of them protected. Each request carries a message tag, 0
+// to 63, that comes back in its answer; that of IPMI 1.5 carries it as its requester sequence
+// number. What is made is empty when memory is short; what is read fills its last argument only
+// when it is the answer.
 
 /// Get Channel Authentication Capabilities, which still goes in a packet of IPMI 1.5.
-Datagram MakeCapabilitiesRequest(std::uint8_t number, std::uint8_t privilegeLevel);
+Datagram MakeCapabilitiesRequest(std::uint8_t tag, std::uint8_t privilegeLevel);
 
 struct Capabilities {
   std::uint8_t completionCode = 0;  ///< The others hold when it is 0.
   bool hasIpmi20 = false;
   bool isUserAllowed = false;  ///< A login with or without name and password, as it is made.
-  bool wantsKey = false;       ///< K_g.
+  bool needsKg = false;        ///< A key besides the password.
 };
 
-Verdict ReadCapabilities(const Datagram& datagram, std::uint8_t number, const Login& login,
+Verdict ReadCapabilities(const Datagram& datagram, std::uint8_t tag, const Login& login,
                          bool checksChecksums, Capabilities& capabilities);
 
 /// `privilegeLevel` 0 asks for the highest that the controller grants.
-Datagram MakeOpenSessionRequest(std::uint8_t number, std::uint8_t privilegeLevel,
+Datagram MakeOpenSessionRequest(std::uint8_t tag, std::uint8_t privilegeLevel,
                                 const Algorithms& algorithms, const Handshake& handshake);
 
 struct OpenedSession {
   std::uint8_t status = 0;  ///< The others hold when it is 0.
-  std::uint8_t mostPrivilegeLevel = 0;
+  std::uint8_t maximumPrivilegeLevel = 0;
   std::uint32_t managedSystemSessionId = 0;
 };
 
-Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t number, const Handshake& handshake,
+Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t tag, const Handshake& handshake,
                           OpenedSession& opened);
 
-Datagram MakeRakp1(std::uint8_t number, const Login& login, const Handshake& handshake);
+Datagram MakeRakp1(std::uint8_t tag, const Login& login, const Handshake& handshake);
 
 struct Rakp2 {
   std::uint8_t status = 0;  ///< The others hold when it is 0.
@@ -47,14 +48,14 @@ struct Rakp2 {
   bool provesPassword = false;  ///< The controller knows the same one, as far as the suite asks.
 };
 
-Verdict ReadRakp2(const Datagram& datagram, std::uint8_t number, const Login& login,
+Verdict ReadRakp2(const Datagram& datagram, std::uint8_t tag, const Login& login,
                   const Handshake& handshake, Rakp2& rakp2);
 
 /// Empty also when the proof of the password cannot be computed.
-Datagram MakeRakp3(std::uint8_t number, const Login& login, const Handshake& handshake);
+Datagram MakeRakp3(std::uint8_t tag, const Login& login, const Handshake& handshake);
 
 /// RAKP message 3 of somebody who does not take the controller's proof: it ends the session.
-Datagram MakeRakp3Refusal(std::uint8_t number, const Handshake& handshake);
+Datagram MakeRakp3Refusal(std::uint8_t tag, const Handshake& handshake);
 
 struct Rakp4 {
   std::uint8_t status = 0;
@@ -62,7 +63,7 @@ struct Rakp4 {
 
 /// Without an authentication algorithm an integrity check value must not be there, unless
 /// `takesAnyCheckValue`.
-Verdict ReadRakp4(const Datagram& datagram, std::uint8_t number, const Login& login,
+Verdict ReadRakp4(const Datagram& datagram, std::uint8_t tag, const Login& login,
                   const Handshake& handshake, const SessionKeys& keys, bool takesAnyCheckValue,
                   Rakp4& rakp4);
 

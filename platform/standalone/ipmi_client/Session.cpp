@@ -2,6 +2,8 @@
 
 #include <freeipmi/freeipmi.h>
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace Tavrin {
@@ -11,8 +13,20 @@ namespace {
 /// Memory may be there again when it was short at first.
 constexpr int kAttemptsToClose = 2;
 
+/// Whether a controller that refuses with this code may answer in a moment.
+bool MayPass(std::uint8_t completionCode) {
+  constexpr std::array passing = {
+      0xC0,  // busy
+      0xC3,  // took too long
+      0xCE,  // could not provide the answer
+      0xCF,  // does not answer a repetition
+      0xD2,  // still initializing
+  };
+  return std::find(passing.begin(), passing.end(), completionCode) != passing.end();
+}
+
 Failure CapabilitiesFailure(const Capabilities& capabilities, bool checksLogin) {
-  if (capabilities.completionCode == IPMI_COMP_CODE_NODE_BUSY) {
+  if (MayPass(capabilities.completionCode)) {
     return FailureOf(Trouble::Busy);
   }
   if (capabilities.completionCode != 0 || !capabilities.hasIpmi20) {
@@ -21,7 +35,7 @@ Failure CapabilitiesFailure(const Capabilities& capabilities, bool checksLogin) 
   if (checksLogin && !capabilities.isUserAllowed) {
     return FailureOf(Trouble::UserNameRefused);
   }
-  return checksLogin && capabilities.wantsKey ? FailureOf(Trouble::KeyMissing) : Failure{};
+  return checksLogin && capabilities.needsKg ? FailureOf(Trouble::KeyMissing) : Failure{};
 }
 
 }  // namespace
@@ -41,7 +55,7 @@ Failure Session::Open() {
        {&Session::AskCapabilities, &Session::OpenSession, &Session::LearnControllersProof,
         &Session::ProvePassword, &Session::RaisePrivilege}) {
     Failure failure = (this->*step)();
-    if (failure.result != 0) {
+    if (failure) {
       return failure;
     }
   }
@@ -49,29 +63,29 @@ Failure Session::Open() {
 }
 
 Failure Session::AskCapabilities() {
-  const std::uint8_t number = conversation_.NextNumber();
+  const std::uint8_t tag = conversation_.NextTag();
   const bool checksChecksums = !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK);
   Capabilities capabilities;
   Question question;
   question.silence = Trouble::NoAnswer;
-  question.isDelicate = true;
-  question.make = [&] { return MakeCapabilitiesRequest(number, login_.privilegeLevel); };
+  question.isOpening = true;
+  question.make = [&] { return MakeCapabilitiesRequest(tag, login_.privilegeLevel); };
   question.judge = [&](const Datagram& datagram) {
-    return ReadCapabilities(datagram, number, login_, checksChecksums, capabilities);
+    return ReadCapabilities(datagram, tag, login_, checksChecksums, capabilities);
   };
   Failure failure = conversation_.Ask(question);
-  return failure.result != 0
-             ? failure
-             : CapabilitiesFailure(
-                   capabilities,
-                   !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_AUTHENTICATION_CAPABILITIES));
+  if (failure) {
+    return failure;
+  }
+  return CapabilitiesFailure(capabilities,
+                             !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_AUTHENTICATION_CAPABILITIES));
 }
 
 Failure Session::OpenSession() {
   if (!DrawNumbers(handshake_)) {
     return FailureOf(Trouble::ResourcesShort);
   }
-  const std::uint8_t number = conversation_.NextNumber();
+  const std::uint8_t tag = conversation_.NextTag();
   // Some controllers take the level here for the one to be held, and not for its limit.
   const std::uint8_t level = Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_OPEN_SESSION_PRIVILEGE)
                                  ? login_.privilegeLevel
@@ -79,35 +93,36 @@ Failure Session::OpenSession() {
   OpenedSession opened;
   Question question;
   question.silence = Trouble::SilentWhileOpening;
-  question.isDelicate = true;
-  question.make = [&] {
-    return MakeOpenSessionRequest(number, level, login_.algorithms, handshake_);
-  };
+  question.isOpening = true;
+  question.make = [&] { return MakeOpenSessionRequest(tag, level, login_.algorithms, handshake_); };
   question.judge = [&](const Datagram& datagram) {
-    return ReadOpenedSession(datagram, number, handshake_, opened);
+    return ReadOpenedSession(datagram, tag, handshake_, opened);
   };
   Failure failure = conversation_.Ask(question);
-  if (failure.result != 0 || opened.status != 0) {
-    return failure.result != 0 ? failure : StatusFailure(opened.status);
+  if (failure) {
+    return failure;
+  }
+  if (opened.status != 0) {
+    return StatusFailure(opened.status);
   }
   handshake_.managedSystemSessionId = opened.managedSystemSessionId;
   stage_ = Stage::Begun;
-  return opened.mostPrivilegeLevel < login_.privilegeLevel ? FailureOf(Trouble::PrivilegeRefused)
-                                                           : Failure{};
+  return opened.maximumPrivilegeLevel < login_.privilegeLevel ? FailureOf(Trouble::PrivilegeRefused)
+                                                              : Failure{};
 }
 
 Failure Session::LearnControllersProof() {
-  const std::uint8_t number = conversation_.NextNumber();
+  const std::uint8_t tag = conversation_.NextTag();
   Rakp2 rakp2;
   Question question;
   question.silence = Trouble::SilentWhileChecking;
-  question.isDelicate = true;
-  question.make = [&] { return MakeRakp1(number, login_, handshake_); };
+  question.isOpening = true;
+  question.make = [&] { return MakeRakp1(tag, login_, handshake_); };
   question.judge = [&](const Datagram& datagram) {
-    return ReadRakp2(datagram, number, login_, handshake_, rakp2);
+    return ReadRakp2(datagram, tag, login_, handshake_, rakp2);
   };
   Failure failure = conversation_.Ask(question);
-  if (failure.result != 0) {
+  if (failure) {
     return failure;
   }
   if (rakp2.status != 0) {
@@ -123,26 +138,27 @@ Failure Session::LearnControllersProof() {
 }
 
 Failure Session::ProvePassword() {
-  rakpNumber_ = conversation_.NextNumber();
+  rakpTag_ = conversation_.NextTag();
   Rakp4 rakp4;
   Question question;
   question.silence = Trouble::SilentWhileChecking;
-  question.isDelicate = true;
+  question.isOpening = true;
   question.make = [&] {
-    Datagram rakp3 = MakeRakp3(rakpNumber_, login_, handshake_);
+    Datagram rakp3 = MakeRakp3(rakpTag_, login_, handshake_);
     stage_ = Stage::MayBeOpen;
     return rakp3;
   };
   question.judge = [&](const Datagram& datagram) {
-    return ReadRakp4(datagram, rakpNumber_, login_, handshake_, keys_,
+    return ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_,
                      Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
                      rakp4);
   };
   Failure failure = conversation_.Ask(question);
-  if (failure.result == 0 && rakp4.status != 0) {
+  if (!failure && rakp4.status != 0) {
     stage_ = Stage::Over;
     return StatusFailure(rakp4.status);
   }
+  isProven_ = !failure;
   // Once the session is open, the controller need not answer a repetition. Whether it is open shows
   // in the next step, where an authenticated answer proves that both have the same keys.
   const bool showsLater = login_.algorithms.integrity != IPMI_INTEGRITY_ALGORITHM_NONE;
@@ -160,19 +176,23 @@ Failure Session::RaisePrivilege() {
   question.judge = [&](const Datagram& datagram) { return JudgeWhileRaising(datagram, inSession); };
   Failure failure = conversation_.Ask(question);
   if (lateStatus_ != 0) {
-    stage_ = Stage::Over;
     return StatusFailure(lateStatus_);
   }
-  if (failure.result != 0 || answer.completionCode == 0) {
+  if (failure || answer.completionCode == 0) {
     return failure;
   }
   return CompletionCodeFailure("Set Session Privilege Level", answer.completionCode);
 }
 
-/// A refusal in a RAKP message 4 that came too late for its step ends this one.
+/// A refusal in a RAKP message 4 that came too late for its step ends this one. Nothing protects
+/// such a message, so once the controller has proven its keys, none ends the session any more: a
+/// repetition of RAKP message 3 may be refused, and anybody may forge a refusal.
 Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Question& question) {
+  if (isProven_) {
+    return question.judge(datagram);
+  }
   Rakp4 rakp4;
-  const Verdict verdict = ReadRakp4(datagram, rakpNumber_, login_, handshake_, keys_, false, rakp4);
+  const Verdict verdict = ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_, false, rakp4);
   if (verdict == Verdict::Answer && rakp4.status != 0) {
     lateStatus_ = rakp4.status;
     return Verdict::Answer;
@@ -184,7 +204,7 @@ Failure Session::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>&
                           std::uint8_t& completionCode) {
   SessionAnswer answer;
   Failure failure = conversation_.Ask(MakeQuestion(request, Trouble::SilentToRequest, answer));
-  if (failure.result == 0) {
+  if (!failure) {
     response = std::move(answer.data);
     completionCode = answer.completionCode;
   }
@@ -197,7 +217,7 @@ void Session::Close() {
       break;
     case Stage::Begun:
       // The controller, which cannot know it otherwise, has the session back at once.
-      conversation_.Tell(MakeRakp3Refusal(conversation_.NextNumber(), handshake_));
+      conversation_.Tell(MakeRakp3Refusal(conversation_.NextTag(), handshake_));
       break;
     case Stage::MayBeOpen:
       AskToClose();
@@ -218,10 +238,11 @@ void Session::AskToClose() {
   conversation_.AskInPassing(MakeQuestion(request, Trouble::SilentToRequest, answer));
 }
 
-/// A repetition has the number of its request, so that a controller can tell it from another one,
-/// and a sequence number of its own. The question refers to `answer` and to `request`.
+/// A repetition has the requester sequence number of its request, so that a controller can tell it
+/// from another request, and a session sequence number of its own. The question refers to `answer`
+/// and to `request`.
 Question Session::MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer) {
-  const std::uint8_t number = conversation_.NextNumber();
+  const std::uint8_t number = conversation_.NextTag();
   Question question;
   question.silence = silence;
   question.make = [this, &request, number] {

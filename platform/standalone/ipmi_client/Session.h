@@ -30,7 +30,7 @@ class Session {
   /// proof of the password in two steps, the privilege level.
   Failure Open();
 
-  /// Fills `response` and `completionCode` when it returns a failure with result 0.
+  /// Fills `response` and `completionCode` when it does not fail.
   Failure Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
                    std::uint8_t& completionCode);
 
@@ -47,8 +47,8 @@ class Session {
 
   Failure AskCapabilities();
   Failure OpenSession();
-  Failure LearnControllersProof();
-  Failure ProvePassword();
+  Failure LearnControllersProof();  ///< RAKP messages 1 and 2.
+  Failure ProvePassword();          ///< RAKP messages 3 and 4.
   Failure RaisePrivilege();
   void Close();
   void AskToClose();
@@ -66,8 +66,9 @@ class Session {
   SessionKeys keys_;
   std::uint32_t sequenceNumber_ = 0;  ///< Of the last request sent.
   std::optional<std::uint32_t> lastAnswer_;
-  std::uint8_t rakpNumber_ = 0;  ///< Of RAKP messages 3 and 4.
+  std::uint8_t rakpTag_ = 0;     ///< Of RAKP messages 3 and 4.
   std::uint8_t lateStatus_ = 0;  ///< Of a RAKP message 4 that came after its step.
+  bool isProven_ = false;        ///< A RAKP message 4 came whose check value is right.
   Stage stage_ = Stage::Over;
 };
 

@@ -44,14 +44,14 @@ bool AnswersRequest(const UnpackedPacket& packet, const ExpectedAnswer& expected
          packet.message.Number("cmd") == expected.command;
 }
 
-bool IsOfSession(const DatagramHead& head, const ExpectedAnswer& expected) {
-  return head.isRmcpPlus && head.payloadType == IPMI_PAYLOAD_TYPE_IPMI &&
-         head.sessionId == expected.remoteConsoleSessionId;
+bool IsOfSession(const DatagramHeader& header, const ExpectedAnswer& expected) {
+  return header.isRmcpPlus && header.payloadType == IPMI_PAYLOAD_TYPE_IPMI &&
+         header.sessionId == expected.remoteConsoleSessionId;
 }
 
-bool IsProtectedAsAgreed(const DatagramHead& head, const Algorithms& algorithms) {
-  return head.isAuthenticated == (algorithms.integrity != IPMI_INTEGRITY_ALGORITHM_NONE) &&
-         head.isEncrypted == (algorithms.confidentiality != IPMI_CONFIDENTIALITY_ALGORITHM_NONE);
+bool IsProtectedAsAgreed(const DatagramHeader& header, const Algorithms& algorithms) {
+  return header.isAuthenticated == (algorithms.integrity != IPMI_INTEGRITY_ALGORITHM_NONE) &&
+         header.isEncrypted == (algorithms.confidentiality != IPMI_CONFIDENTIALITY_ALGORITHM_NONE);
 }
 
 }  // namespace
@@ -64,15 +64,16 @@ Datagram MakeRequest(const Envelope& envelope, const Protection& protection,
 
 Verdict ReadAnswer(const Datagram& datagram, const Protection& protection,
                    const ExpectedAnswer& expected, SessionAnswer& answer) {
-  const std::optional<DatagramHead> head = ReadHead(datagram);
-  if (!head) {
+  const std::optional<DatagramHeader> header = ReadHeader(datagram);
+  if (!header) {
     return Verdict::Damaged;
   }
-  if (!IsOfSession(*head, expected)) {
+  if (!IsOfSession(*header, expected)) {
     return Verdict::Foreign;
   }
   UnpackedPacket packet(kAnswerFields.data());
-  if (!IsProtectedAsAgreed(*head, protection.algorithms) || !packet.Unpack(datagram, protection) ||
+  if (!IsProtectedAsAgreed(*header, protection.algorithms) ||
+      !packet.Unpack(datagram, protection) ||
       (expected.checksChecksums && !packet.HasRightChecksums()) ||
       fiid_obj_packet_valid(packet.message.Get()) != 1) {
     return Verdict::Damaged;

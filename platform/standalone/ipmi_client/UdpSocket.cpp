@@ -53,16 +53,13 @@ UdpSocket::~UdpSocket() {
 int UdpSocket::Send(const Datagram& datagram) {
   // What the network said of an earlier datagram comes first, in the place of this one.
   for (int attempt = 0; attempt < 2; ++attempt) {
-    if (send(descriptor_, datagram.data(), datagram.size(), MSG_NOSIGNAL) >= 0) {
+    // Without room to send in it is as good as lost on the way, and repeated like that.
+    if (send(descriptor_, datagram.data(), datagram.size(), MSG_NOSIGNAL) >= 0 || errno == EAGAIN) {
       return 0;
     }
-    if (errno == EAGAIN) {
-      return 0;  // No room to send in: as good as lost on the way, and repeated like that.
+    if (TakePeerError(errno) != 0) {
+      return errno;
     }
-    if (TakePeerError(errno) == 0) {
-      continue;
-    }
-    return errno;
   }
   return peerError_;
 }
