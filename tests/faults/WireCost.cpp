@@ -61,12 +61,12 @@ void Measure(int queries, const Fault& fault) {
 extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }
 
 int main(int argc, char** argv) {
-  const int queries = argc == 4 ? std::atoi(argv[1]) : 0;
-  if (queries <= 0) {
+  const auto number = [&](int at) { return std::strtol(argv[at], nullptr, 10); };
+  if (argc != 4 || number(1) <= 0) {
     std::cerr << "usage: wire_cost QUERIES PERCENT SEED\n";
     return 2;
   }
-  Tavrin::Measure(queries, Tavrin::Loss(static_cast<std::uint32_t>(std::atoi(argv[3])),
-                                        static_cast<unsigned int>(std::atoi(argv[2]))));
+  Tavrin::Measure(static_cast<int>(number(1)), Tavrin::Loss(static_cast<std::uint32_t>(number(3)),
+                                                            static_cast<unsigned int>(number(2))));
   return 0;
 }
