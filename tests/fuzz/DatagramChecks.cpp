@@ -54,7 +54,7 @@ void CheckSession(const Datagram& datagram, std::uint32_t sessionId, const Clien
     const Verdict verdict = ReadAnswer(
         datagram, protection, {sessionId, 0, 0x06, 0x01, std::nullopt, checksChecksums}, answer);
     Require(verdict == Verdict::Answer || answer.data.empty(), "only an answer has data");
-    Require(answer.data.size() < datagram.size(), "data are part of the datagram");
+    Require(answer.data.size() <= datagram.size(), "data are part of the datagram");
   }
 }
 
