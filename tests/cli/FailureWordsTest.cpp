@@ -50,8 +50,7 @@ struct CauseRow {
 
 const std::vector<CauseRow>& CauseRows() {
   static const std::vector<CauseRow> table = {
-      {FailureCause::NoAttempt,
-       "give --attempts 3, or set IPMI_CONNECT_RETRY_TIMES to 1 or more"},
+      {FailureCause::NoAttempt, "give --attempts 3, or set IPMI_CONNECT_RETRY_TIMES to 1 or more"},
       {FailureCause::BadSetting, "correct that setting"},
       {FailureCause::HostName, "check the host name, or give the address"},
       {FailureCause::NameServer, "run again later, or give the address"},
