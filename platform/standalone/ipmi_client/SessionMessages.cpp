@@ -1,5 +1,6 @@
 #include "platform/standalone/ipmi_client/SessionMessages.h"
 
+#include <algorithm>
 #include <array>
 
 namespace Tavrin {
@@ -9,13 +10,23 @@ namespace {
 constexpr unsigned int kRequired = FIID_FIELD_REQUIRED | FIID_FIELD_LENGTH_FIXED;
 constexpr unsigned int kOptional = FIID_FIELD_OPTIONAL | FIID_FIELD_LENGTH_VARIABLE;
 
-// Any request and any answer; lengths in bits. What one datagram holds fits.
-constexpr std::array<fiid_field_t, 3> kRequestFields = {
-    {{8, "cmd", kRequired}, {8 * 65536, "data", kOptional}, {0, "", 0}}};
-constexpr std::array<fiid_field_t, 4> kAnswerFields = {{{8, "cmd", kRequired},
-                                                        {8, "comp_code", kRequired},
-                                                        {8 * 65536, "data", kOptional},
-                                                        {0, "", 0}}};
+// Any request and any answer with at most so many data bytes. FreeIPMI makes room for all of them
+// in each message, and takes a field without room for the end of its list.
+
+unsigned int BitsOf(std::size_t dataBytes) {
+  return static_cast<unsigned int>(8 * std::max<std::size_t>(dataBytes, 1));
+}
+
+std::array<fiid_field_t, 3> RequestFields(std::size_t dataBytes) {
+  return {{{8, "cmd", kRequired}, {BitsOf(dataBytes), "data", kOptional}, {0, "", 0}}};
+}
+
+std::array<fiid_field_t, 4> AnswerFields(std::size_t dataBytes) {
+  return {{{8, "cmd", kRequired},
+           {8, "comp_code", kRequired},
+           {BitsOf(dataBytes), "data", kOptional},
+           {0, "", 0}}};
+}
 
 bool IsFilled(const IPMICOMMAND& request, const FiidObject& message) {
   return fiid_obj_set(message.Get(), "cmd", request.cmd) == 0 &&
@@ -58,7 +69,7 @@ bool IsProtectedAsAgreed(const DatagramHeader& header, const Algorithms& algorit
 
 Datagram MakeRequest(const Envelope& envelope, const Protection& protection,
                      const IPMICOMMAND& request) {
-  const FiidObject message(kRequestFields.data());
+  const FiidObject message(RequestFields(request.data.size()).data());
   return IsFilled(request, message) ? Pack(envelope, protection, message) : Datagram();
 }
 
@@ -71,7 +82,7 @@ Verdict ReadAnswer(const Datagram& datagram, const Protection& protection,
   if (!IsOfSession(*header, expected)) {
     return Verdict::Foreign;
   }
-  UnpackedPacket packet(kAnswerFields.data());
+  UnpackedPacket packet(AnswerFields(datagram.size()).data());
   if (!IsProtectedAsAgreed(*header, protection.algorithms) ||
       !packet.Unpack(datagram, protection) ||
       (expected.checksChecksums && !packet.HasRightChecksums()) ||
