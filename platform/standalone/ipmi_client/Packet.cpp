@@ -23,6 +23,16 @@ bool IsFilled(const Envelope& envelope, const Algorithms& algorithms, const Fiid
          fill_rmcpplus_session_trlr(sessionTrailer.Get()) == 0;
 }
 
+/// FreeIPMI clears it before it takes a packet apart. Making one anew each time would cost more
+/// than all the rest of the packet, since it has room for the longest payload.
+const FiidObject& ThisThreadsPayload() {
+  thread_local FiidObject payload(tmpl_rmcpplus_payload);
+  if (payload.Get() == nullptr) {
+    payload = FiidObject(tmpl_rmcpplus_payload);  // There may be memory again.
+  }
+  return payload;
+}
+
 }  // namespace
 
 Datagram Pack(const Envelope& envelope, const Protection& protection, const FiidObject& message) {
@@ -53,7 +63,6 @@ UnpackedPacket::UnpackedPacket(const fiid_field_t* fieldsOfMessage)
       messageHeader(tmpl_lan_msg_hdr_rs),
       message(fieldsOfMessage),
       rmcpHeader_(tmpl_rmcp_hdr),
-      payload_(tmpl_rmcpplus_payload),
       messageTrailer_(tmpl_lan_msg_trlr),
       sessionTrailer_(tmpl_rmcpplus_session_trlr) {}
 
@@ -65,7 +74,7 @@ bool UnpackedPacket::Unpack(const Datagram& datagram, const Protection& protecti
           protection.algorithms.authentication, protection.algorithms.integrity,
           protection.algorithms.confidentiality, integrity.Data(), integrity.length,
           confidentiality.Data(), confidentiality.length, datagram.data(), length,
-          rmcpHeader_.Get(), sessionHeader.Get(), payload_.Get(), messageHeader.Get(),
+          rmcpHeader_.Get(), sessionHeader.Get(), ThisThreadsPayload().Get(), messageHeader.Get(),
           message.Get(), messageTrailer_.Get(), sessionTrailer_.Get(),
           IPMI_INTERFACE_FLAGS_DEFAULT) != 1) {
     return false;

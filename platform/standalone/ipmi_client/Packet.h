@@ -48,7 +48,6 @@ class UnpackedPacket {
 
  private:
   FiidObject rmcpHeader_;
-  FiidObject payload_;
   FiidObject messageTrailer_;
   FiidObject sessionTrailer_;
 };
