@@ -52,6 +52,17 @@ class TerminalTest : public testing::Test {
     EXPECT_TRUE(terminal_.Echoes());
   }
 
+  /// The call was stopped at the prompt; it is continued, and asks again.
+  void ExpectTheTerminalBackUntilItContinues(Child& shell) {
+    terminal_.ReadUntil("at the shell");
+    EXPECT_TRUE(terminal_.Echoes());
+    terminal_.Type("\n");
+    terminal_.ReadUntil("Password");
+    EXPECT_FALSE(terminal_.Echoes());
+    TypeUnfitPassword();
+    ExpectRefusalOfTheTypedPassword(shell);
+  }
+
   Terminal terminal_;
   Texts call_ = {SMM_INVENTORY, "-H", "a", "-U", "admin"};
 };
@@ -209,13 +220,7 @@ TEST_F(TerminalTest, StopKeyGivesTheTerminalBackUntilTheProgramContinues) {
   terminal_.Type("abc\x04");
   LetItBeTaken();
   terminal_.Type("\x1a");
-  terminal_.ReadUntil("at the shell");
-  EXPECT_TRUE(terminal_.Echoes());
-  terminal_.Type("\n");
-  terminal_.ReadUntil("Password");
-  EXPECT_FALSE(terminal_.Echoes());
-  TypeUnfitPassword();
-  ExpectRefusalOfTheTypedPassword(shell);
+  ExpectTheTerminalBackUntilItContinues(shell);
 }
 
 TEST_F(TerminalTest, StopSignalGivesTheTerminalBackUntilTheProgramContinues) {
@@ -223,13 +228,7 @@ TEST_F(TerminalTest, StopSignalGivesTheTerminalBackUntilTheProgramContinues) {
   terminal_.ReadUntil("Password");
   ASSERT_EQ(shell.Children().size(), 1U);
   kill(shell.Children().front(), SIGTSTP);
-  terminal_.ReadUntil("at the shell");
-  EXPECT_TRUE(terminal_.Echoes());
-  terminal_.Type("\n");
-  terminal_.ReadUntil("Password");
-  EXPECT_FALSE(terminal_.Echoes());
-  TypeUnfitPassword();
-  ExpectRefusalOfTheTypedPassword(shell);
+  ExpectTheTerminalBackUntilItContinues(shell);
 }
 
 TEST_F(TerminalTest, ProgramThatWasStoppedUnawaresAsksAgainWithoutEcho) {

@@ -23,9 +23,7 @@ TavrinConnection::ConnectionInfo Through(const Relay& relay, const SimulatedSmm&
                                          milliseconds sessionTimeout) {
   Standalone::SetGlobalConfigValue("IPMI_SESSION_TIMEOUT_MS",
                                    static_cast<int>(sessionTimeout.count()));
-  TavrinConnection::ConnectionInfo settings = SettingsOf(simulator);
-  settings.port = relay.Port();
-  return settings;
+  return SettingsOf(simulator, relay.Port());
 }
 
 }  // namespace

@@ -129,7 +129,6 @@ class Signals : public ::testing::TestWithParam<int> {
   Signals() {
     Standalone::SetGlobalConfigValue("IPMI_WORKAROUND_FLAGS", 16);
     relay.Break(Delayed(milliseconds(30)));
-    settings.port = relay.Port();
     handler.LetIn();
   }
 
@@ -175,7 +174,7 @@ class Signals : public ::testing::TestWithParam<int> {
   CountingHandler handler{GetParam()};
   SimulatedSmm simulator{{"--generation", "2", "--platform", "253"}};
   Relay relay{simulator.Port()};
-  TavrinConnection::ConnectionInfo settings = SettingsOf(simulator);
+  TavrinConnection::ConnectionInfo settings = SettingsOf(simulator, relay.Port());
 };
 
 TEST_P(Signals, EachSecondDoNoHarm) { ExpectNoHarmBy(seconds(1)); }

@@ -91,20 +91,10 @@ class Soak {
   Count count;
 
  private:
-  TavrinConnection::ConnectionInfo Settings() const {
-    TavrinConnection::ConnectionInfo settings;
-    settings.address = "127.0.0.1";
-    settings.port = relay_.Port();
-    settings.userName = "admin";
-    settings.password = "sesame";
-    settings.connectionKind = 7;
-    return settings;
-  }
-
   std::unique_ptr<SimulatedSmm> simulator_ =
       std::make_unique<SimulatedSmm>(std::vector<std::string>{"--generation", "1"});
   Relay relay_{simulator_->Port()};
-  SMMInventory inventory_{Settings()};
+  SMMInventory inventory_{SettingsOf(*simulator_, relay_.Port())};
 };
 
 void Configure() {

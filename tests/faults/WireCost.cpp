@@ -20,23 +20,12 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// The simulator's user, and a wire through the relay.
-TavrinConnection::ConnectionInfo SettingsThrough(const Relay& relay) {
-  TavrinConnection::ConnectionInfo settings;
-  settings.address = "127.0.0.1";
-  settings.port = relay.Port();
-  settings.userName = "admin";
-  settings.password = "sesame";
-  settings.connectionKind = 7;
-  return settings;
-}
-
 /// Prints how many queries succeeded and how long each took, those that failed included.
 void Measure(int queries, const Fault& fault) {
   Standalone::SetGlobalConfigValue("IPMI_WORKAROUND_FLAGS", 16);
   const SimulatedSmm simulator({"--generation", "1"});
   Relay relay(simulator.Port());
-  SMMInventory inventory(SettingsThrough(relay));
+  SMMInventory inventory(SettingsOf(simulator, relay.Port()));
   relay.Break(fault);
   std::vector<milliseconds::rep> took;
   int succeeded = 0;

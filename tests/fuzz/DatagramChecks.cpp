@@ -42,8 +42,8 @@ void CheckOpening(const Datagram& datagram, std::uint8_t number, Client& client)
   Rakp2 rakp2;
   const Verdict asRakp2 = ReadRakp2(datagram, number, client.login, client.handshake, rakp2);
   Require(asRakp2 == Verdict::Answer || !rakp2.provesPassword, "only an answer proves a password");
-  Rakp4 rakp4;
-  ReadRakp4(datagram, number, client.login, client.handshake, client.keys, false, rakp4);
+  std::uint8_t status = 0;
+  ReadRakp4(datagram, number, client.login, client.handshake, client.keys, false, status);
 }
 
 void CheckSession(const Datagram& datagram, std::uint32_t sessionId, const Client& client) {

@@ -109,8 +109,7 @@ const std::vector<Row>& Rows() {
         "the controller forgot the session while it was being opened", "try again"}},
       {Trouble::NotConnected, {Failed, FailureCause::Other, "no session is open", "connect first"}},
       {Trouble::NoAttempt,
-       {WorthRetrying, FailureCause::NoAttempt, "no attempt to connect was made",
-        "set IPMI_CONNECT_RETRY_TIMES to at least 1"}},
+       {WorthRetrying, FailureCause::NoAttempt, "no attempt to connect was made", ""}},
   };
   return rows;
 }
@@ -167,6 +166,10 @@ TEST(Failure, EachCompletionCodeOfAnOpeningSessionHasItsTrouble) {
   const std::map<int, Trouble> known = {{0x80, Trouble::PrivilegeRefused},
                                         {0x81, Trouble::PrivilegeRefused},
                                         {0xC0, Trouble::Busy},
+                                        {0xC3, Trouble::Busy},
+                                        {0xCE, Trouble::Busy},
+                                        {0xCF, Trouble::Busy},
+                                        {0xD2, Trouble::Busy},
                                         {0xD4, Trouble::PrivilegeInsufficient}};
   for (int code = 1; code <= 0xFF; ++code) {
     const Failure failure = CompletionCodeFailure("Close", static_cast<std::uint8_t>(code));

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <new>
 
+#include "tests/support/AllocationFunctions.h"
+
 namespace Tavrin {
 namespace {
 
@@ -29,35 +31,6 @@ bool HoldsPart(const void* block, std::size_t size, const char* secret) {
   return false;
 }
 
-void* Allocate(std::size_t size) {
-  void* const memory = std::calloc(1, sizeof(Header) + size);
-  if (memory == nullptr) {
-    return nullptr;
-  }
-  return new (memory) Header{size} + 1;
-}
-
-void* AllocateOrThrow(std::size_t size) {
-  void* const block = Allocate(size);
-  if (block == nullptr) {
-    throw std::bad_alloc();
-  }
-  return block;
-}
-
-void Free(void* block) {
-  if (block == nullptr) {
-    return;
-  }
-  Header* const header = static_cast<Header*>(block) - 1;
-  const char* const secret = secretBytes;
-  if (secret != nullptr) {
-    ++blockCount;
-    traceCount += HoldsPart(block, header->size, secret) ? 1 : 0;
-  }
-  std::free(header);
-}
-
 }  // namespace
 
 FreedMemory::FreedMemory(std::string_view secret) {
@@ -73,19 +46,25 @@ std::size_t FreedMemory::BlockCount() const { return blockCount; }
 
 std::size_t FreedMemory::TraceCount() const { return traceCount; }
 
-}  // namespace Tavrin
+void* Allocate(std::size_t size) noexcept {
+  void* const memory = std::calloc(1, sizeof(Header) + size);
+  if (memory == nullptr) {
+    return nullptr;
+  }
+  return new (memory) Header{size} + 1;
+}
 
-void* operator new(std::size_t size) { return Tavrin::AllocateOrThrow(size); }
-void* operator new[](std::size_t size) { return Tavrin::AllocateOrThrow(size); }
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return Tavrin::Allocate(size);
+void Free(void* block) noexcept {
+  if (block == nullptr) {
+    return;
+  }
+  Header* const header = static_cast<Header*>(block) - 1;
+  const char* const secret = secretBytes;
+  if (secret != nullptr) {
+    ++blockCount;
+    traceCount += HoldsPart(block, header->size, secret) ? 1 : 0;
+  }
+  std::free(header);
 }
-void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return Tavrin::Allocate(size);
-}
-void operator delete(void* block) noexcept { Tavrin::Free(block); }
-void operator delete[](void* block) noexcept { Tavrin::Free(block); }
-void operator delete(void* block, std::size_t /*size*/) noexcept { Tavrin::Free(block); }
-void operator delete[](void* block, std::size_t /*size*/) noexcept { Tavrin::Free(block); }
-void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept { Tavrin::Free(block); }
-void operator delete[](void* block, const std::nothrow_t& /*tag*/) noexcept { Tavrin::Free(block); }
+
+}  // namespace Tavrin

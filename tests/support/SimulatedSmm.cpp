@@ -42,9 +42,13 @@ std::uint16_t SimulatedSmm::Port() const {
 }
 
 TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator) {
+  return SettingsOf(simulator, simulator.Port());
+}
+
+TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator, std::uint16_t port) {
   TavrinConnection::ConnectionInfo settings;
   settings.address = simulator.Host();
-  settings.port = simulator.Port();
+  settings.port = port;
   settings.userName = "admin";
   settings.password = "sesame";
   settings.connectionKind = 7;

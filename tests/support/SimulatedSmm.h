@@ -34,7 +34,8 @@ class SimulatedSmm {
   std::string address_;
 };
 
-/// The settings that open a session on the simulator.
+/// The settings that open a session on the simulator; with a port, through a relay in front of it.
 TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator);
+TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator, std::uint16_t port);
 
 }  // namespace Tavrin

@@ -51,7 +51,7 @@ constexpr std::array<CommandWords, 8> kCommands = {{
      "psus"},
     {Command::SelectPsu, "select-psu", " N",
      "Selects PSU N, from 1 to 9; says what was sent for N, and\n"
-     "                              whether the SMM acknowledged",
+     "whether the SMM acknowledged",
      "Selects PSU N, from 1 to 9, and says what was sent for N and whether the SMM acknowledged "
      "it.\n"
      "A first-generation SMM takes at most 3, which is sent for any greater number; platform 254 "
@@ -115,9 +115,15 @@ std::string LikeliestCommand(const std::string& word) {
 }
 
 std::string CommandList() {
+  constexpr std::size_t summaryColumn = 30;
   std::string list;
   for (const CommandWords& words : kCommands) {
-    list += fmt::format("  {:<28}{}\n", std::string(words.name) + words.argument, words.summary);
+    list += fmt::format("  {:<{}}", std::string(words.name) + words.argument, summaryColumn - 2);
+    for (const char character : std::string_view(words.summary)) {
+      list += character;
+      list.append(character == '\n' ? summaryColumn : 0, ' ');
+    }
+    list += '\n';
   }
   return list;
 }

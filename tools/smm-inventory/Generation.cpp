@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "platform/GlobalConfig.h"
 #include "platform/IpmiClient.h"
+#include "platform/standalone/ipmi_client/ConnectRound.h"
 #include "platform/standalone/smmcommoninfo/LastDetection.h"
 
 namespace Tavrin {
@@ -11,22 +11,12 @@ namespace {
 
 using Standalone::FailureCause;
 
-// As the library connects for each of its exchanges.
-constexpr unsigned long kCipherSuite = 3;
-constexpr int kDefaultAttempts = 3;
-constexpr int kConnected = 0;
-constexpr int kWorthRetrying = 3;
-
 bool CanConnect(const TavrinConnection::ConnectionInfo& info) {
   IpmiClient client(info.address, info.userName, info.password, std::to_string(info.port),
-                    kCipherSuite);
-  const int attempts = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", kDefaultAttempts);
-  int result = kWorthRetrying;
-  for (int attempt = 0; attempt < attempts && result == kWorthRetrying; ++attempt) {
-    result = client.connect();
-  }
+                    Standalone::kLibraryCipherSuite);
+  const bool isConnected = Standalone::ConnectAsTheLibrary(client);
   client.disconnect();
-  return result == kConnected;
+  return isConnected;
 }
 
 /// Whether an exchange can end so after its connection was opened.

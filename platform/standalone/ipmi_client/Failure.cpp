@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "platform/standalone/HexByte.h"
+#include "platform/standalone/PassingRefusal.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 
 namespace Tavrin {
@@ -93,7 +94,7 @@ constexpr std::array kRows = {
     Row{Trouble::NotConnected, ConnectResult::Failed, FailureCause::Other, "no session is open",
         "connect first"},
     Row{Trouble::NoAttempt, ConnectResult::WorthRetrying, FailureCause::NoAttempt,
-        "no attempt to connect was made", "set IPMI_CONNECT_RETRY_TIMES to at least 1"},
+        "no attempt to connect was made", ""},
 };
 
 /// Whether the row of each trouble stands at its place, so that none is without one.
@@ -164,9 +165,10 @@ Failure StatusFailure(std::uint8_t status) {
 }
 
 Failure CompletionCodeFailure(const std::string& command, std::uint8_t completionCode) {
+  if (MayPass(completionCode)) {
+    return FailureOf(Trouble::Busy);
+  }
   switch (completionCode) {
-    case IPMI_COMP_CODE_NODE_BUSY:
-      return FailureOf(Trouble::Busy);
     case IPMI_COMP_CODE_INSUFFICIENT_PRIVILEGE_LEVEL:
       return FailureOf(Trouble::PrivilegeInsufficient);
     case IPMI_COMP_CODE_SET_SESSION_PRIVILEGE_LEVEL_REQUESTED_LEVEL_NOT_AVAILABLE_FOR_USER:

@@ -281,15 +281,15 @@ Datagram MakeRakp3Refusal(std::uint8_t tag, const Handshake& handshake) {
 
 Verdict ReadRakp4(const Datagram& datagram, std::uint8_t tag, const Login& login,
                   const Handshake& handshake, const SessionKeys& keys, bool takesAnyCheckValue,
-                  Rakp4& rakp4) {
+                  std::uint8_t& status) {
   UnpackedPacket packet(tmpl_rmcpplus_rakp_message_4);
-  Rakp4 read;
+  std::uint8_t readStatus = 0;
   const Verdict verdict =
-      UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_4, tag, packet, read.status);
+      UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_4, tag, packet, readStatus);
   if (verdict != Verdict::Answer) {
     return verdict;
   }
-  if (read.status == RMCPPLUS_STATUS_NO_ERRORS) {
+  if (readStatus == RMCPPLUS_STATUS_NO_ERRORS) {
     if (!IsForUs(packet.message, handshake)) {
       return Verdict::Foreign;
     }
@@ -299,7 +299,7 @@ Verdict ReadRakp4(const Datagram& datagram, std::uint8_t tag, const Login& login
       return Verdict::Damaged;
     }
   }
-  rakp4 = read;
+  status = readStatus;
   return Verdict::Answer;
 }
 

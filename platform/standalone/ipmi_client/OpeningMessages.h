@@ -57,15 +57,11 @@ Datagram MakeRakp3(std::uint8_t tag, const Login& login, const Handshake& handsh
 /// RAKP message 3 of somebody who does not take the controller's proof: it ends the session.
 Datagram MakeRakp3Refusal(std::uint8_t tag, const Handshake& handshake);
 
-struct Rakp4 {
-  std::uint8_t status = 0;
-};
-
-/// Without an authentication algorithm an integrity check value must not be there, unless
-/// `takesAnyCheckValue`.
+/// Fills `status` with RAKP message 4's when it is the answer. Without an authentication algorithm
+/// an integrity check value must not be there, unless `takesAnyCheckValue`.
 Verdict ReadRakp4(const Datagram& datagram, std::uint8_t tag, const Login& login,
                   const Handshake& handshake, const SessionKeys& keys, bool takesAnyCheckValue,
-                  Rakp4& rakp4);
+                  std::uint8_t& status);
 
 }  // namespace Standalone
 }  // namespace Tavrin

@@ -2,9 +2,9 @@
 
 #include <freeipmi/freeipmi.h>
 
-#include <algorithm>
-#include <array>
 #include <utility>
+
+#include "platform/standalone/PassingRefusal.h"
 
 namespace Tavrin {
 namespace Standalone {
@@ -12,18 +12,6 @@ namespace {
 
 /// Memory may be there again when it was short at first.
 constexpr int kAttemptsToClose = 2;
-
-/// Whether a controller that refuses with this code may answer in a moment.
-bool MayPass(std::uint8_t completionCode) {
-  constexpr std::array passing = {
-      0xC0,  // busy
-      0xC3,  // took too long
-      0xCE,  // could not provide the answer
-      0xCF,  // does not answer a repetition
-      0xD2,  // still initializing
-  };
-  return std::find(passing.begin(), passing.end(), completionCode) != passing.end();
-}
 
 Failure CapabilitiesFailure(const Capabilities& capabilities, bool checksLogin) {
   if (MayPass(capabilities.completionCode)) {
@@ -139,7 +127,7 @@ Failure Session::LearnControllersProof() {
 
 Failure Session::ProvePassword() {
   rakpTag_ = conversation_.NextTag();
-  Rakp4 rakp4;
+  std::uint8_t status = 0;
   Question question;
   question.silence = Trouble::SilentWhileChecking;
   question.isOpening = true;
@@ -151,12 +139,12 @@ Failure Session::ProvePassword() {
   question.judge = [&](const Datagram& datagram) {
     return ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_,
                      Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
-                     rakp4);
+                     status);
   };
   Failure failure = conversation_.Ask(question);
-  if (!failure && rakp4.status != 0) {
+  if (!failure && status != 0) {
     stage_ = Stage::Over;
-    return StatusFailure(rakp4.status);
+    return StatusFailure(status);
   }
   isProven_ = !failure;
   // Once the session is open, the controller need not answer a repetition. Whether it is open shows
@@ -191,10 +179,10 @@ Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Question& que
   if (isProven_) {
     return question.judge(datagram);
   }
-  Rakp4 rakp4;
-  const Verdict verdict = ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_, false, rakp4);
-  if (verdict == Verdict::Answer && rakp4.status != 0) {
-    lateStatus_ = rakp4.status;
+  std::uint8_t status = 0;
+  const Verdict verdict = ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_, false, status);
+  if (verdict == Verdict::Answer && status != 0) {
+    lateStatus_ = status;
     return Verdict::Answer;
   }
   return question.judge(datagram);

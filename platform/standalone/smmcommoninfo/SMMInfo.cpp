@@ -1,7 +1,5 @@
 #include "platform/SMMInfo.h"
 
-#include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstring>
 #include <string>
@@ -12,6 +10,8 @@
 #include "platform/IpmiClient.h"
 #include "platform/Log.h"
 #include "platform/standalone/HexByte.h"
+#include "platform/standalone/PassingRefusal.h"
+#include "platform/standalone/ipmi_client/ConnectRound.h"
 #include "platform/standalone/smmcommoninfo/LastDetection.h"
 
 namespace Tavrin {
@@ -27,9 +27,6 @@ constexpr unsigned int kWarning = 2;
 constexpr int kDetected = 0;
 constexpr int kNotDetected = 1;
 
-constexpr int kWorthRetrying = 3;  // of connect() and send()
-constexpr unsigned long kCipherSuite = 3;
-constexpr int kDefaultAttempts = 3;
 constexpr int kExchanges = 3;
 constexpr std::chrono::milliseconds kPauseBetweenExchanges{500};
 
@@ -58,27 +55,6 @@ void ReportNotDetected(const ConnectionInfo& info, const std::string& cause) {
        __LINE__);
 }
 
-bool Connect(IpmiClient& client) {
-  const int attempts = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", kDefaultAttempts);
-  int result = kWorthRetrying;
-  for (int attempt = 0; attempt < attempts && result == kWorthRetrying; ++attempt) {
-    result = client.connect();
-  }
-  return result == 0;
-}
-
-/// Whether a controller that refuses with this code may answer the same request in a moment.
-bool MayPass(std::uint8_t completionCode) {
-  constexpr std::array passing = {
-      0xC0,  // busy
-      0xC3,  // took too long
-      0xCE,  // could not provide the answer
-      0xCF,  // does not answer a repetition; the next exchange is none
-      0xD2,  // still initializing
-  };
-  return std::find(passing.begin(), passing.end(), completionCode) != passing.end();
-}
-
 /// What one exchange came to.
 struct Attempt {
   std::string cause;  ///< Why the generation is not known; empty when it is.
@@ -88,14 +64,14 @@ struct Attempt {
 Attempt Refused(std::uint8_t completionCode) {
   return {
       "the status request was refused with completion code " + Standalone::HexByte(completionCode),
-      MayPass(completionCode)};
+      Standalone::MayPass(completionCode)};
 }
 
 /// Asks the controller once; stores the answer in `type` when it tells the generation.
 Attempt Ask(const ConnectionInfo& info, SMMIype& type) {
   IpmiClient client(info.address, info.userName, info.password, std::to_string(info.port),
-                    kCipherSuite);
-  if (!Connect(client)) {
+                    Standalone::kLibraryCipherSuite);
+  if (!Standalone::ConnectAsTheLibrary(client)) {
     // It had its attempts; more would only make a dead host's caller wait for longer.
     return {"no connection could be opened", false};
   }
@@ -104,7 +80,7 @@ Attempt Ask(const ConnectionInfo& info, SMMIype& type) {
   const int sent = client.send({kStatusCommand, {}, kOemNetFn}, response, completionCode);
   client.disconnect();
   if (sent != 0) {
-    return {"the status request got no answer", sent == kWorthRetrying};
+    return {"the status request got no answer", sent == Standalone::ConnectResult::WorthRetrying};
   }
   if (completionCode != 0) {
     return Refused(completionCode);
