@@ -116,8 +116,7 @@ TEST(RefusedLogin, DocumentHoldsTheFailureAlone) {
 
 TEST(RefusedLogin, InTheMiddleOfARunIsTheLast) {
   auto simulator = std::make_unique<SimulatedSmm>(Texts{"--generation", "2"});
-  const std::uint16_t port = simulator->Port();
-  const Relay relay(port);
+  Relay relay(simulator->Port());
   Texts call = CallArguments("127.0.0.1:" + std::to_string(relay.Port()), {});
   call.insert(call.begin(), SMM_INVENTORY);
   Child tool(call, {}, "sesame\n");
@@ -128,8 +127,8 @@ TEST(RefusedLogin, InTheMiddleOfARunIsTheLast) {
   simulator.reset();
   const std::size_t before = relay.SessionsAskedFor();
   simulator =
-      std::make_unique<SimulatedSmm>(Texts{"--generation", "2", "--port", std::to_string(port)},
-                                     R"({"overrides": []})", "changed");
+      std::make_unique<SimulatedSmm>(Texts{"--generation", "2"}, R"({"overrides": []})", "changed");
+  relay.Lead(simulator->Port());
   const Finished finished = tool.Wait();
   EXPECT_EQ(finished.exitCode, 1);
   EXPECT_EQ(relay.SessionsAskedFor(), before + 1);

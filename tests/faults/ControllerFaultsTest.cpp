@@ -8,6 +8,7 @@
 #include "tests/faults/FaultTest.h"
 #include "tests/simulator/RawSession.h"
 #include "tests/support/Ipv6Test.h"
+#include "tests/support/SilentPort.h"
 
 namespace Tavrin {
 namespace {
@@ -16,23 +17,19 @@ using ControllerFault = FaultTest;
 using ControllerFaultOnIpv6 = Ipv6Test<FaultTest>;
 
 TEST_F(ControllerFault, KilledInTheMiddleOfASessionIsAnUnusableAnswerUntilItIsBack) {
-  const std::string port = std::to_string(simulator->Port());
   relay.Break(SilenceAfter(5, [this] { simulator.reset(); }));
   ExpectQuery({StatusCode::UnusableAnswer, 0, kSilentSend});
   relay.Heal();
   ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
-  simulator =
-      std::make_unique<SimulatedSmm>(std::vector<std::string>{"--generation", "1", "--port", port});
+  RestartController();
   ExpectRecovery();
   ExpectNoSession();
 }
 
 TEST_F(ControllerFault, KilledWhileTheSessionOpensIsNotConnectedUntilItIsBack) {
-  const std::string port = std::to_string(simulator->Port());
   relay.Break(SilenceAfter(2, [this] { simulator.reset(); }));
   ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
-  simulator =
-      std::make_unique<SimulatedSmm>(std::vector<std::string>{"--generation", "1", "--port", port});
+  RestartController();
   ExpectRecovery();
   ExpectNoSession();
 }
@@ -98,12 +95,11 @@ TEST_F(ControllerFault, NameThatDoesNotResolveIsTriedOnce) {
   ExpectNoSession();
 }
 
-/// A port that nobody listens on.
-std::uint16_t ClosedPort() { return Relay(0).Port(); }
-
 TEST_F(ControllerFault, ClosedPortIsNotConnectedAfterEveryAttempt) {
+  SilentPort closed;
+  closed.Refuse();
   TavrinConnection::ConnectionInfo settings = Direct();
-  settings.port = ClosedPort();
+  settings.port = closed.Number();
   SMMInventory unheard = Unread(settings);
   ExpectQuery(unheard, {StatusCode::NotConnected, kAttempts, kSilentConnect});
   ExpectRecovery();
@@ -111,9 +107,11 @@ TEST_F(ControllerFault, ClosedPortIsNotConnectedAfterEveryAttempt) {
 }
 
 TEST_F(ControllerFaultOnIpv6, ClosedPortIsNotConnectedAfterEveryAttempt) {
+  SilentPort closed("::1");
+  closed.Refuse();
   TavrinConnection::ConnectionInfo settings = Direct();
   settings.address = "::1";
-  settings.port = ClosedPort();
+  settings.port = closed.Number();
   SMMInventory unheard = Unread(settings);
   ExpectQuery(unheard, {StatusCode::NotConnected, kAttempts, kSilentConnect});
   ExpectRecovery();

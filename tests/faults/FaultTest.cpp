@@ -19,6 +19,8 @@ constexpr const char* kScenario = R"({"overrides": [
     {"command": "0xB0", "data": "05 01", "completionCode": "0xD5"},
     {"command": "0xB0", "data": "05 0B", "silent": true}]})";
 
+const std::vector<std::string> kFirstGeneration = {"--generation", "1"};
+
 TavrinConnection::ConnectionInfo Through(const Relay& relay, const SimulatedSmm& simulator,
                                          milliseconds sessionTimeout) {
   Standalone::SetGlobalConfigValue("IPMI_SESSION_TIMEOUT_MS",
@@ -29,8 +31,7 @@ TavrinConnection::ConnectionInfo Through(const Relay& relay, const SimulatedSmm&
 }  // namespace
 
 FaultTest::FaultTest()
-    : simulator(
-          std::make_unique<SimulatedSmm>(std::vector<std::string>{"--generation", "1"}, kScenario)),
+    : simulator(std::make_unique<SimulatedSmm>(kFirstGeneration, kScenario)),
       relay(simulator->Port()),
       inventory(Through(relay, *simulator, kSessionTimeout)) {}
 
@@ -86,6 +87,12 @@ void FaultTest::ExpectMostQueries(int count, int successes) {
     EXPECT_LE(FailedAttempts(), static_cast<std::size_t>(kAttempts));
   }
   EXPECT_GE(succeeded, successes);
+}
+
+void FaultTest::RestartController() {
+  simulator.reset();
+  simulator = std::make_unique<SimulatedSmm>(kFirstGeneration);
+  relay.Lead(simulator->Port());
 }
 
 void FaultTest::ExpectRecovery() {

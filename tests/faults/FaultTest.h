@@ -52,6 +52,9 @@ class FaultTest : public WireTest {
   /// at most kSlowestQuery.
   void ExpectMostQueries(int count, int successes);
 
+  /// Ends the controller if it still runs, and puts another one behind the relay.
+  void RestartController();
+
   /// With the fault gone, the same object reads the machine type at the first attempt.
   void ExpectRecovery();
 

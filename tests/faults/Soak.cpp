@@ -75,10 +75,9 @@ class Soak {
   }
 
   void RestartController() {
-    const std::string port = std::to_string(simulator_->Port());
     simulator_.reset();
-    simulator_ = std::make_unique<SimulatedSmm>(
-        std::vector<std::string>{"--generation", "1", "--port", port});
+    simulator_ = std::make_unique<SimulatedSmm>(std::vector<std::string>{"--generation", "1"});
+    relay_.Lead(simulator_->Port());
   }
 
   /// The relay's own descriptors come and go with the clients that it remembers.

@@ -162,7 +162,7 @@ TEST(IpmiClientTimeout, SilentControllerIsNoticedAtTheSessionTimeout) {
 
 TEST(IpmiClientTimeout, ClosedPortIsNoticedAtTheSessionTimeout) {
   SilentPort port;
-  port.Close();
+  port.Refuse();
   ExpectTimeout(port.Text(), FailureCause::Unreachable,
                 "no answer within the session time-out: nobody listens at the port");
 }

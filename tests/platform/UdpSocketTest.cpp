@@ -72,9 +72,8 @@ TEST(UdpSocket, EmptyAndLongDatagramsComeWhole) {
 
 TEST(UdpSocket, ClosedPortIsRememberedAndDoesNotEndTheWaiting) {
   SilentPort port;
-  const int number = port.Number();
-  port.Close();
-  UdpSocket socket("127.0.0.1", number);
+  port.Refuse();
+  UdpSocket socket("127.0.0.1", port.Number());
   EXPECT_EQ(socket.PeerError(), 0);
   EXPECT_EQ(socket.Send(kDatagram), 0);
   EXPECT_GE(WaitInVain(socket), kShortly);

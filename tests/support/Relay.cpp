@@ -190,7 +190,7 @@ int Relay::MillisecondsToNext() const {
 
 void Relay::Send(const Client& client, const Datagram& datagram) const {
   const bool toClient = datagram.direction == Direction::ToClient;
-  const sockaddr_in target = Loopback(toClient ? client.port : controllerPort_);
+  const sockaddr_in target = Loopback(toClient ? client.port : controllerPort_.load());
   // What a closed port refuses is lost, as it would be on a real wire.
   static_cast<void>(sendto(toClient ? front_.Get() : client.towardsController.Get(),
                            datagram.bytes.data(), datagram.bytes.size(), 0,

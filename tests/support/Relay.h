@@ -48,6 +48,10 @@ class Relay {
   void Break(Fault fault);
   void Heal() { Break(nullptr); }
 
+  /// The controller is at that port from now on, as one that was restarted: its old port may have
+  /// gone to somebody else meanwhile.
+  void Lead(std::uint16_t controllerPort) { controllerPort_ = controllerPort; }
+
   /// How many RMCP+ sessions clients asked for since the relay began, repetitions not counted.
   std::size_t SessionsAskedFor() const;
 
@@ -68,7 +72,7 @@ class Relay {
   int MillisecondsToNext() const;
   void Send(const Client& client, const Datagram& datagram) const;
 
-  std::uint16_t controllerPort_;
+  std::atomic<std::uint16_t> controllerPort_;
   Simulator::FileDescriptor front_;
   std::uint16_t port_;
   mutable std::mutex mutex_;

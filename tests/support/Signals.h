@@ -26,6 +26,10 @@ class Signals {
         std::this_thread::sleep_for(period);
       }
     });
+    // A thread that begins holds a descriptor for a moment, which others would count.
+    while (Count() == 0) {
+      std::this_thread::yield();
+    }
   }
   ~Signals() {
     ends_ = true;

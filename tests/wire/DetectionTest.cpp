@@ -8,6 +8,7 @@
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
 #include "platform/standalone/smmcommoninfo/LastDetection.h"
+#include "tests/support/Relay.h"
 #include "tests/wire/WireTest.h"
 
 // How a program learns whether an object knows its SMM, and what becomes of one that does not.
@@ -70,7 +71,8 @@ TEST_F(Detection, LastExchangeTellsWhetherConstructionReadTheStatus) {
 
 TEST_F(Detection, ObjectMadeWhileTheSmmIsAwayReadsWrongNumbersUntilANewOneIsMade) {
   auto simulator = std::make_unique<SimulatedSmm>(kPlatform254);
-  const TavrinConnection::ConnectionInfo settings = SettingsOf(*simulator);
+  Relay relay(simulator->Port());
+  const TavrinConnection::ConnectionInfo settings = SettingsOf(*simulator, relay.Port());
   simulator.reset();
   Standalone::SetGlobalConfigValue("IPMI_SESSION_TIMEOUT_MS", 100);
   Standalone::SetGlobalConfigValue("IPMI_RETRANSMISSION_TIMEOUT_MS", 50);
@@ -78,9 +80,8 @@ TEST_F(Detection, ObjectMadeWhileTheSmmIsAwayReadsWrongNumbersUntilANewOneIsMade
   EXPECT_EQ(Standalone::GetLastDetectionOutcome(), DetectionOutcome::Unknown);
   EXPECT_FALSE(Standalone::GetLastExchange().isAnswered);
 
-  std::vector<std::string> options = kPlatform254;
-  options.insert(options.end(), {"--port", std::to_string(settings.port)});
-  simulator = std::make_unique<SimulatedSmm>(options);
+  simulator = std::make_unique<SimulatedSmm>(kPlatform254);
+  relay.Lead(simulator->Port());
   Standalone::SetGlobalConfigValue("IPMI_SESSION_TIMEOUT_MS", 1000);
   Standalone::SetGlobalConfigValue("IPMI_RETRANSMISSION_TIMEOUT_MS", 500);
   // The request's byte 05 stands in front of the reading 0x0279, and is taken for its low byte.
