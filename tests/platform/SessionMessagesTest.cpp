@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/standalone/ipmi_client/Packet.h"
+
 namespace Tavrin::Standalone {
 namespace {
 
@@ -73,6 +75,16 @@ TEST_P(SessionMessages, RefusalWithoutDataIsRead) {
 TEST_P(SessionMessages, AnswerWithoutACompletionCodeIsDamaged) {
   answer.data = {};
   EXPECT_EQ(Read(Answer(answer)), Verdict::Damaged);
+}
+
+TEST_P(SessionMessages, PacketWithoutAMessageHeaderHasNoneOfThePacketBefore) {
+  ASSERT_EQ(Read(Answer(answer)), Verdict::Answer);
+  const Datagram refusedSession = {0x06, 0x00, 0xFF, 0x07, 0x06, 0x11, 0x00, 0x00,
+                                   0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x08, 0x00,
+                                   0x01, 0x01, 0x00, 0x00, 0x04, 0x03, 0x02, 0x01};
+  UnpackedPacket packet(tmpl_rmcpplus_open_session_response);
+  ASSERT_TRUE(packet.Unpack(refusedSession, Protect({})));
+  EXPECT_EQ(packet.MessageHeader().Number("rq_seq"), std::nullopt);
 }
 
 TEST_P(SessionMessages, AnswerIsReadWholeHoweverLong) {

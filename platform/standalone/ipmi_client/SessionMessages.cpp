@@ -43,15 +43,15 @@ bool IsLater(std::uint32_t number, std::uint32_t last) {
 /// Only where answers are authenticated; controllers that need not count do not always.
 bool IsSecondCopy(const UnpackedPacket& packet, const Protection& protection,
                   const ExpectedAnswer& expected) {
-  const auto number = packet.sessionHeader.Number("session_sequence_number").value_or(0);
+  const auto number = packet.SessionHeader().Number("session_sequence_number").value_or(0);
   return protection.algorithms.integrity != IPMI_INTEGRITY_ALGORITHM_NONE &&
          expected.lastSequenceNumber &&
          !IsLater(static_cast<std::uint32_t>(number), *expected.lastSequenceNumber);
 }
 
 bool AnswersRequest(const UnpackedPacket& packet, const ExpectedAnswer& expected) {
-  return packet.messageHeader.Number("rq_seq") == expected.number &&
-         packet.messageHeader.Number("net_fn") == expected.networkFunction + 1U &&
+  return packet.MessageHeader().Number("rq_seq") == expected.number &&
+         packet.MessageHeader().Number("net_fn") == expected.networkFunction + 1U &&
          packet.message.Number("cmd") == expected.command;
 }
 
@@ -93,7 +93,7 @@ Verdict ReadAnswer(const Datagram& datagram, const Protection& protection,
     return Verdict::Foreign;
   }
   answer.sequenceNumber = static_cast<std::uint32_t>(
-      packet.sessionHeader.Number("session_sequence_number").value_or(0));
+      packet.SessionHeader().Number("session_sequence_number").value_or(0));
   answer.completionCode = static_cast<std::uint8_t>(packet.message.Number("comp_code").value_or(0));
   answer.data = packet.message.Bytes("data");
   return Verdict::Answer;

@@ -537,10 +537,10 @@ int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
     return status;
   }
 
-  // Before the answer is judged, so that the caller finds one record a PSU in any case.
+  // One record a PSU in any case, and before a line is written.
   out.clear();
-  out.resize(psuSlotCount);
   if (!answer.IsUsable(kPsuStatusMinimumLength)) {
+    out.resize(psuSlotCount);
     SMM_LOG(kDebug) << "The gotted PSU status is :\n"
                     << "\nGet PSU statue failed with completionCode is "
                     << std::to_string(answer.completionCode) << ", response.size() is "
@@ -550,8 +550,9 @@ int SMMInventoryImpl::GetPSUStatus(std::vector<PSUStatus>& out) {
 
   const PsuStatusFlags flags = IsSecondGeneration() ? DecodeSecondGenerationPsuStatus(answer.bytes)
                                                     : DecodeFirstGenerationPsuStatus(answer.bytes);
+  out.reserve(psuSlotCount);
   for (std::uint64_t index = 0; index < psuSlotCount; ++index) {
-    out[index] = ToPsuStatus(flags, index);
+    out.push_back(ToPsuStatus(flags, index));
   }
   SMM_LOG(kDebug) << "The gotted PSU status is :\n" << PsuStatusFlagsText(flags, psuSlotCount);
   return StatusCode::Success;
