@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/smm-inventory/Cause.h"
+#include "reading/Cause.h"
 #include "tools/smm-inventory/Section.h"
 
 namespace Tavrin {

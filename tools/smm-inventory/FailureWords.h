@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tools/smm-inventory/Cause.h"
+#include "reading/Cause.h"
 
 namespace Tavrin {
 

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "tools/smm-inventory/Cause.h"
+#include "reading/Cause.h"
 
 namespace Tavrin {
 

@@ -6,7 +6,7 @@
 #include <array>
 #include <string_view>
 
-#include "tools/smm-inventory/Cause.h"
+#include "reading/Cause.h"
 
 namespace Tavrin {
 namespace {

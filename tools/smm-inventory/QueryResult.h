@@ -1,7 +1,7 @@
 #pragma once
 
 #include "module/smm/smm_inventory/StatusCode.h"
-#include "tools/smm-inventory/Cause.h"
+#include "reading/Cause.h"
 
 namespace Tavrin {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/smm-inventory/Cause.h"
+#include "reading/Cause.h"
 
 namespace Tavrin {
 

@@ -1,4 +1,4 @@
-#include "tools/smm-inventory/Cause.h"
+#include "reading/Cause.h"
 
 #include <fmt/format.h>
 

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "platform/standalone/logger/LogControl.h"
+#include "reading/Cause.h"
+#include "reading/Reading.h"
+
+namespace Tavrin {
+
+/// Is told how a pass goes on, on the thread that makes it. Each call does nothing unless it is
+/// overridden.
+class Observer {
+ public:
+  Observer() = default;
+  virtual ~Observer() = default;
+  Observer(const Observer&) = delete;
+  Observer& operator=(const Observer&) = delete;
+
+  /// Up to which level LineWritten() is called: 0 for no line, 4 for every one.
+  [[nodiscard]] virtual unsigned int LogLevel() const { return 0; }
+  virtual void LineWritten(const Standalone::LogLine& /*line*/) {}
+
+  /// Between these two the library repeats one request up to `attempts` times, 3 seconds apart.
+  virtual void WaitBegins(const std::string& /*name*/) {}
+  virtual void AttemptBegins(int /*number*/, int /*attempts*/) {}
+  virtual void WaitEnds() {}
+
+  /// A connection attempt came to nothing; within a wait there may be more of them.
+  virtual void AttemptFailed(const Cause& /*cause*/) {}
+
+  /// That part of the reading is done; parts that come later are still empty.
+  virtual void PartRead(const Reading& /*soFar*/, Part /*part*/) {}
+};
+
+}  // namespace Tavrin

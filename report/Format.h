@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "reading/Reading.h"
+
+namespace Tavrin {
+
+/// What a report says beside the reading.
+struct ReportContext {
+  std::string toolVersion;  ///< Of the program that reports, such as "0.1.0".
+};
+
+/// One way to write a reading down. A pass is written in pieces, of which each may be empty: one
+/// before anything is read, one for each part as soon as it is read, and one at the end. Every
+/// piece comes out the same however often it is made.
+struct Format {
+  std::string_view name;     ///< As --format takes it.
+  std::string_view summary;  ///< One line for the help.
+  std::string (*begin)(const std::string& address);
+  std::string (*part)(const Reading& soFar, Part part);
+  std::string (*end)(const Reading& reading, const ReportContext& context);
+};
+
+/// All formats, the tool's default first.
+const std::vector<Format>& Formats();
+
+/// The format of that name, in exactly that spelling; nullptr when there is none.
+const Format* FindFormat(std::string_view name);
+
+}  // namespace Tavrin
