@@ -3,9 +3,6 @@
 #include "module/smm/smm_inventory/impl/ByteReader.h"
 
 namespace Tavrin {
-
-using namespace std::string_literals;
-
 namespace {
 
 // The length at which the second generation's flags lie apart from where they usually do.
@@ -61,10 +58,10 @@ PsuStatusFlags DecodeSecondGenerationPsuStatus(const std::vector<std::uint8_t>& 
 }
 
 PSUStatus ToPsuStatus(const PsuStatusFlags& flags, std::uint64_t psuIndex) {
-  return {IsSet(flags.epow, psuIndex) ? "trigger"s : "not trigger"s,
-          IsSet(flags.throttle, psuIndex) ? "trigger"s : "not trigger"s,
-          IsSet(flags.present, psuIndex) ? "present"s : "not present"s,
-          IsSet(flags.powerGood, psuIndex) ? "power good"s : "not power good"s};
+  return {IsSet(flags.epow, psuIndex) ? "trigger" : "not trigger",
+          IsSet(flags.throttle, psuIndex) ? "trigger" : "not trigger",
+          IsSet(flags.present, psuIndex) ? "present" : "not present",
+          IsSet(flags.powerGood, psuIndex) ? "power good" : "not power good"};
 }
 
 std::string PsuStatusFlagsText(const PsuStatusFlags& flags, std::uint64_t psuCount) {
