@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstddef>
 #include <future>
 #include <stdexcept>
 #include <string>
@@ -114,9 +115,9 @@ TEST(ThreadConfig, OtherThreadsDoNotSeeIt) {
 
 TEST(ThreadConfig, ThreadsReadTheirOwnAtTheSameTime) {
   const std::string key = "PLATFORM_TEST_EACH";
-  std::vector<std::future<int>> strangers;
+  std::vector<std::future<int>> strangers(8);
   for (int index = 0; index < 8; ++index) {
-    strangers.push_back(std::async(std::launch::async, [index, &key] {
+    strangers[static_cast<std::size_t>(index)] = std::async(std::launch::async, [index, &key] {
       ThreadConfig own({{key, index}});
       int foreign = 0;
       for (int count = 0; count < 2000; ++count) {
@@ -125,7 +126,7 @@ TEST(ThreadConfig, ThreadsReadTheirOwnAtTheSameTime) {
         foreign += Read(key) == index + 8 * count ? 0 : 1;
       }
       return foreign;
-    }));
+    });
   }
   for (std::future<int>& foreign : strangers) {
     EXPECT_EQ(foreign.get(), 0);

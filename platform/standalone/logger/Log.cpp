@@ -124,7 +124,7 @@ void Write(const Compose& compose) {
 constexpr int kNotRead = -1;
 
 /// What the environment says, for as long as nobody else has said anything.
-std::atomic<int> threshold{kNotRead};
+std::atomic<int> processThreshold{kNotRead};
 
 /// The environment's threshold, if it is one.
 std::optional<int> ParseThreshold(const char* text) {
@@ -145,13 +145,13 @@ void ReportRejectedThreshold(const char* text) {
 /// Takes the environment's threshold, once. What is to be said about it is said behind that: the
 /// handler that gets the line may ask for the threshold.
 void ReadThreshold() {
-  if (threshold != kNotRead) {
+  if (processThreshold != kNotRead) {
     return;
   }
   const char* const text = std::getenv(kLevelKey);
   const std::optional<int> given = text == nullptr ? kDefaultLevel : ParseThreshold(text);
   int expected = kNotRead;
-  if (threshold.compare_exchange_strong(expected, given.value_or(kDefaultLevel)) && !given) {
+  if (processThreshold.compare_exchange_strong(expected, given.value_or(kDefaultLevel)) && !given) {
     ReportRejectedThreshold(text);
   }
 }
@@ -189,7 +189,7 @@ unsigned int Log::GetMinLogLevel() {
     return innermostOutput->threshold;
   }
   ReadThreshold();
-  return static_cast<unsigned int>(threshold);
+  return static_cast<unsigned int>(processThreshold);
 }
 
 namespace Standalone {
@@ -197,7 +197,7 @@ namespace Standalone {
 void SetMinLogLevel(unsigned int level) {
   // The environment's comes first, so that a malformed one is reported whoever wins.
   ReadThreshold();
-  threshold = static_cast<int>(std::min(level, kHighestLevel));
+  processThreshold = static_cast<int>(std::min(level, kHighestLevel));
 }
 
 void SetLogLineHandler(std::function<void(const LogLine&)> handler) {
@@ -206,8 +206,8 @@ void SetLogLineHandler(std::function<void(const LogLine&)> handler) {
 
 struct ThreadLog::State : ThreadOutput {};
 
-ThreadLog::ThreadLog(unsigned int minLevel, std::function<void(const LogLine&)> handler)
-    : state_(new State{{std::min(minLevel, kHighestLevel), std::move(handler), innermostOutput}}) {
+ThreadLog::ThreadLog(unsigned int threshold, std::function<void(const LogLine&)> handler)
+    : state_(new State{{std::min(threshold, kHighestLevel), std::move(handler), innermostOutput}}) {
   innermostOutput = state_.get();
 }
 
