@@ -17,6 +17,7 @@
 
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
+#include "platform/standalone/logger/ThreadLog.h"
 
 namespace Tavrin {
 namespace {
@@ -81,6 +82,15 @@ class Output {
   std::lock_guard<std::mutex> lock_;
 };
 
+/// Where the lines of one thread go, and where they went before. Needs no lock.
+struct ThreadOutput {
+  unsigned int threshold;
+  std::function<void(const LogLine&)> handler;
+  const ThreadOutput* outer;
+};
+
+thread_local const ThreadOutput* innermostOutput = nullptr;
+
 spdlog::level::level_enum Severity(unsigned int level) {
   constexpr std::array severities = {spdlog::level::err, spdlog::level::err, spdlog::level::warn,
                                      spdlog::level::info, spdlog::level::debug};
@@ -88,6 +98,10 @@ spdlog::level::level_enum Severity(unsigned int level) {
 }
 
 void HandOn(const LogLine& line) {
+  if (innermostOutput != nullptr) {
+    innermostOutput->handler(line);
+    return;
+  }
   Output output;
   if (output.Handler()) {
     output.Handler()(line);
@@ -110,7 +124,7 @@ void Write(const Compose& compose) {
 constexpr int kNotRead = -1;
 
 /// What the environment says, for as long as nobody else has said anything.
-std::atomic<int> threshold{kNotRead};
+std::atomic<int> processThreshold{kNotRead};
 
 /// The environment's threshold, if it is one.
 std::optional<int> ParseThreshold(const char* text) {
@@ -131,13 +145,13 @@ void ReportRejectedThreshold(const char* text) {
 /// Takes the environment's threshold, once. What is to be said about it is said behind that: the
 /// handler that gets the line may ask for the threshold.
 void ReadThreshold() {
-  if (threshold != kNotRead) {
+  if (processThreshold != kNotRead) {
     return;
   }
   const char* const text = std::getenv(kLevelKey);
   const std::optional<int> given = text == nullptr ? kDefaultLevel : ParseThreshold(text);
   int expected = kNotRead;
-  if (threshold.compare_exchange_strong(expected, given.value_or(kDefaultLevel)) && !given) {
+  if (processThreshold.compare_exchange_strong(expected, given.value_or(kDefaultLevel)) && !given) {
     ReportRejectedThreshold(text);
   }
 }
@@ -158,12 +172,11 @@ struct Log::State {
 };
 
 Log::Log(unsigned int level, const std::string& sourcePath, unsigned int line)
-    : state_(std::make_unique<State>(level, sourcePath, line)) {
-  // Before any line is handed on: a handler that asks for the threshold must not be the first.
-  ReadThreshold();
-}
+    : state_(std::make_unique<State>(level, sourcePath, line)) {}
 
 Log::~Log() {
+  // Before the line is handed on: a handler that asks for the threshold must not be the first.
+  GetMinLogLevel();
   Write([this] {
     return LogLine{state_->level, std::move(state_->source), state_->line, state_->text.str()};
   });
@@ -172,8 +185,11 @@ Log::~Log() {
 std::ostream& Log::Stream() { return state_->text; }
 
 unsigned int Log::GetMinLogLevel() {
+  if (innermostOutput != nullptr) {
+    return innermostOutput->threshold;
+  }
   ReadThreshold();
-  return static_cast<unsigned int>(threshold);
+  return static_cast<unsigned int>(processThreshold);
 }
 
 namespace Standalone {
@@ -181,12 +197,21 @@ namespace Standalone {
 void SetMinLogLevel(unsigned int level) {
   // The environment's comes first, so that a malformed one is reported whoever wins.
   ReadThreshold();
-  threshold = static_cast<int>(std::min(level, kHighestLevel));
+  processThreshold = static_cast<int>(std::min(level, kHighestLevel));
 }
 
 void SetLogLineHandler(std::function<void(const LogLine&)> handler) {
   Output().Handler().swap(handler);
 }
+
+struct ThreadLog::State : ThreadOutput {};
+
+ThreadLog::ThreadLog(unsigned int threshold, std::function<void(const LogLine&)> handler)
+    : state_(new State{{std::min(threshold, kHighestLevel), std::move(handler), innermostOutput}}) {
+  innermostOutput = state_.get();
+}
+
+ThreadLog::~ThreadLog() { innermostOutput = state_->outer; }
 
 std::string EscapeControlBytes(const std::string& text) {
   constexpr const char* hexDigits = "0123456789abcdef";
