@@ -17,6 +17,7 @@
 
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
+#include "support/EscapeControlBytes.h"
 
 namespace Tavrin {
 namespace {
@@ -94,7 +95,7 @@ void HandOn(const LogLine& line) {
     return;
   }
   const std::string whole = line.source + ":" + std::to_string(line.line) + ": " + line.text;
-  output.Console().log(Severity(line.level), Standalone::EscapeControlBytes(whole));
+  output.Console().log(Severity(line.level), EscapeControlBytes(whole));
 }
 
 /// Hands on what `compose` returns. Without memory, or when the handler throws, the line is lost:
@@ -188,28 +189,7 @@ void SetLogLineHandler(std::function<void(const LogLine&)> handler) {
   Output().Handler().swap(handler);
 }
 
-std::string EscapeControlBytes(const std::string& text) {
-  constexpr const char* hexDigits = "0123456789abcdef";
-  std::string escaped;
-  escaped.reserve(text.size());
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (character == '\\') {
-      escaped += "\\\\";
-    } else if (character == '\n') {
-      escaped += "\\n";
-    } else if (character == '\r') {
-      escaped += "\\r";
-    } else if (character == '\t') {
-      escaped += "\\t";
-    } else if (byte < 0x20 || byte > 0x7E) {
-      escaped += {'\\', 'x', hexDigits[byte >> 4U], hexDigits[byte & 0xFU]};
-    } else {
-      escaped += character;
-    }
-  }
-  return escaped;
-}
+std::string EscapeControlBytes(const std::string& text) { return Tavrin::EscapeControlBytes(text); }
 
 }  // namespace Standalone
 }  // namespace Tavrin
