@@ -10,9 +10,9 @@
 #include <optional>
 #include <system_error>
 
-#include "simulator/FileDescriptor.h"
 #include "simulator/LoopbackPort.h"
 #include "simulator/Scenario.h"
+#include "support/FileDescriptor.h"
 
 namespace Tavrin::Simulator {
 namespace {

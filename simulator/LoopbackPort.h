@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "simulator/FileDescriptor.h"
+#include "support/FileDescriptor.h"
 
 namespace Tavrin::Simulator {
 

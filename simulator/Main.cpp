@@ -7,6 +7,7 @@
 #include "simulator/LauncherOptions.h"
 #include "simulator/ScenarioValue.h"
 #include "simulator/SimulatedEnclosure.h"
+#include "support/EscapeControlBytes.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -14,24 +15,9 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kBadUsage = 2;
 
-/// The text with every byte outside printable ASCII as \xNN: complaints show arguments and
-/// ipmi_sim's output, neither of which may drive the terminal.
-std::string Printable(const std::string& text) {
-  constexpr const char* hexDigits = "0123456789abcdef";
-  std::string printable;
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte >= ' ' && byte <= '~') {
-      printable += character;
-    } else {
-      printable += {'\\', 'x', hexDigits[byte >> 4U], hexDigits[byte & 0xFU]};
-    }
-  }
-  return printable;
-}
-
+/// Complaints show arguments and ipmi_sim's output, neither of which may drive the terminal.
 int Complain(const std::string& what, int exitCode) {
-  std::cerr << "smm-simulator: " << Printable(what) << "\n";
+  std::cerr << "smm-simulator: " << EscapeControlBytes(what) << "\n";
   return exitCode;
 }
 

@@ -1,5 +1,7 @@
 #include "simulator/SimulatedEnclosure.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -13,6 +15,7 @@
 
 #include "simulator/ModuleSettings.h"
 #include "simulator/SimulatorLayout.h"
+#include "support/FileDescriptor.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -25,6 +28,7 @@ constexpr const char* kModuleName = "smm_simulator_module.so";
 constexpr const char* kOutputName = "ipmi_sim.log";
 constexpr const char* kStateName = "state";
 constexpr std::chrono::seconds kStartPatience{10};
+constexpr std::chrono::seconds kStopPatience{2};
 constexpr int kPingMilliseconds = 100;
 constexpr std::chrono::milliseconds kPingPause{10};
 constexpr int kPortAttempts = 20;
@@ -83,6 +87,11 @@ constexpr const char* kEmulationCommands =
     "mc_add 0x20 0 no-device-sdrs 0x23 1 0 0x9f 0 0\n"
     "mc_enable 0x20\n";
 
+std::string InWords(const ProcessEnd& end) {
+  return end.signal != 0 ? "by signal " + std::to_string(end.signal)
+                         : "with exit status " + std::to_string(end.exitCode);
+}
+
 /// Another program opened the port between the reservation's trial and ipmi_sim's start.
 class PortTaken : public StartError {
  public:
@@ -93,11 +102,17 @@ class PortTaken : public StartError {
 
 SimulatedEnclosure::SimulatedEnclosure(LauncherOptions options, PortReservation port)
     : options_(std::move(options)), port_(std::move(port)) {
-  const std::string program = FindIpmiSim();
+  Program program;
+  program.arguments = {FindIpmiSim(), "-c", "lan.conf", "-f", "commands", "-s", kStateName, "-n"};
+  program.directory = directory_.Path();
+  program.isKilledWithThread = true;
+  program.patience = kStopPatience;
   WriteFiles();
-  process_ = std::make_unique<ChildProcess>(
-      std::vector<std::string>{program, "-c", "lan.conf", "-f", "commands", "-s", kStateName, "-n"},
-      directory_.Path(), kOutputName);
+  const FileDescriptor output(open((directory_.Path() + "/" + kOutputName).c_str(),
+                                   O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  program.output = output.Get();
+  program.error = output.Get();
+  process_ = std::make_unique<ChildProcess>(program);
   WaitUntilItAnswers();
 }
 
@@ -139,7 +154,8 @@ std::optional<std::string> SimulatedEnclosure::Ended() {
     return std::nullopt;
   }
   const std::string line = LastOutputLine();
-  return "ipmi_sim ended " + *how + (line.empty() ? "" : "; its last line was \"" + line + "\"");
+  return "ipmi_sim ended " + InWords(*how) +
+         (line.empty() ? "" : "; its last line was \"" + line + "\"");
 }
 
 std::string SimulatedEnclosure::LastOutputLine() const {

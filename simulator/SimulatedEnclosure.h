@@ -5,10 +5,10 @@
 #include <stdexcept>
 #include <string>
 
-#include "simulator/ChildProcess.h"
 #include "simulator/LauncherOptions.h"
 #include "simulator/LoopbackPort.h"
-#include "simulator/PrivateDirectory.h"
+#include "support/ChildProcess.h"
+#include "support/TemporaryDirectory.h"
 
 namespace Tavrin::Simulator {
 
@@ -38,7 +38,7 @@ class SimulatedEnclosure {
 
   LauncherOptions options_;
   PortReservation port_;
-  PrivateDirectory directory_;
+  TemporaryDirectory directory_{"smm-simulator-"};
   std::unique_ptr<ChildProcess> process_;
 };
 

@@ -22,8 +22,8 @@
 #include <utility>
 #include <vector>
 
-#include "benchmarks/core/AllocationCount.h"
 #include "benchmarks/core/PlatformDouble.h"
+#include "benchmarks/support/AllocationCount.h"
 #include "benchmarks/support/Median.h"
 #include "module/smm/smm_inventory/SMMInventory.h"
 

@@ -6,7 +6,7 @@
 
 #include "platform/ConnectionInfo.h"
 #include "platform/IpmiClient.h"
-#include "tests/support/ChildProcess.h"
+#include "support/TemporaryFile.h"
 
 namespace Tavrin {
 

@@ -11,9 +11,7 @@
 #include <ctime>
 #include <deque>
 #include <exception>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
@@ -41,12 +39,6 @@ double ProcessorSecondsOf(pid_t process) {
     throw std::runtime_error("a simulator is gone");
   }
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
-std::vector<pid_t> ChildrenOf(pid_t process) {
-  const std::string number = std::to_string(process);
-  std::ifstream file("/proc/" + number + "/task/" + number + "/children");
-  return {std::istream_iterator<pid_t>(file), {}};
 }
 
 /// What the simulators, each a launcher and the `ipmi_sim` that it started, have taken until now.

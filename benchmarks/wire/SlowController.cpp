@@ -19,7 +19,7 @@
 #include "benchmarks/wire/Alternatives.h"
 #include "benchmarks/wire/SimulatedEnclosure.h"
 #include "module/smm/smm_inventory/SMMInventory.h"
-#include "tests/faults/Faults.h"
+#include "tests/support/Faults.h"
 #include "tests/support/Relay.h"
 
 namespace Tavrin {

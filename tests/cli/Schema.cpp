@@ -1,6 +1,6 @@
 #include "tests/cli/Schema.h"
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Child.h"
 
 namespace Tavrin {
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include "support/TemporaryFile.h"
 #include "tests/cli/Tool.h"
 #include "tests/support/UnwritableOutput.h"
 

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "module/smm/smm_inventory/SMMInventory.h"
-#include "tests/faults/Faults.h"
 #include "tests/faults/LeftBehind.h"
+#include "tests/support/Faults.h"
 #include "tests/support/Relay.h"
 #include "tests/wire/WireTest.h"
 

@@ -17,8 +17,8 @@
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "platform/standalone/smmcommoninfo/LastDetection.h"
-#include "tests/faults/Faults.h"
 #include "tests/faults/LeftBehind.h"
+#include "tests/support/Faults.h"
 #include "tests/support/Relay.h"
 #include "tests/support/SimulatedSmm.h"
 

@@ -10,8 +10,8 @@
 
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
-#include "tests/faults/Faults.h"
 #include "tests/faults/LeftBehind.h"
+#include "tests/support/Faults.h"
 #include "tests/support/Relay.h"
 #include "tests/support/SimulatedSmm.h"
 

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Child.h"
 
 namespace Tavrin {
 namespace {

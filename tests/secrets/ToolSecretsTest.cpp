@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "support/TemporaryFile.h"
 #include "tests/cli/Terminal.h"
 #include "tests/secrets/Passwords.h"
 #include "tests/secrets/ProcessWatch.h"

@@ -15,7 +15,7 @@ extern "C" {
 #include "simulator/Message.h"
 #include "simulator/ModuleSettings.h"
 #include "simulator/SimulatorLayout.h"
-#include "tests/support/ChildProcess.h"
+#include "support/TemporaryFile.h"
 
 // What ipmi_sim finds in the module.
 extern "C" int ipmi_sim_module_init(sys_data_t* system, const char* options);

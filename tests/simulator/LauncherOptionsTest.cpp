@@ -6,7 +6,7 @@
 
 #include "simulator/LoopbackPort.h"
 #include "simulator/ScenarioValue.h"
-#include "tests/support/ChildProcess.h"
+#include "support/TemporaryFile.h"
 
 namespace Tavrin::Simulator {
 namespace {

@@ -4,23 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
+#include "support/TemporaryDirectory.h"
+#include "tests/support/Child.h"
 
 namespace Tavrin::Simulator {
-
-/// A temporary directory; removed with all it holds when the object is destroyed.
-class TemporaryDirectory {
- public:
-  TemporaryDirectory();
-  ~TemporaryDirectory();
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 /// A launcher with a temporary directory of its own, so that what it leaves there shows. The
 /// directory is a base, too, because it has to be there before the process is.

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "simulator/LoopbackPort.h"
+#include "support/TemporaryFile.h"
 #include "tests/simulator/LauncherProcess.h"
 #include "tests/support/Ipv6Test.h"
 #include "tests/support/SimulatedSmm.h"
@@ -128,7 +129,7 @@ TEST(Launcher, MissingIpmiSimIsNamedWithItsPackage) {
 }
 
 TEST(Launcher, IpmiSimIsNoFileThatCannotBeExecuted) {
-  const TemporaryDirectory directory;
+  const TemporaryDirectory directory("launcher-test-");
   std::ofstream(directory.Path() + "/ipmi_sim") << "no program";
   const LauncherProcess launcher({"--generation", "1"}, directory.Path() + ":/usr/bin");
   EXPECT_THAT(launcher.ReadLine(), testing::StartsWith("smm-simulator ready at "));
@@ -162,7 +163,7 @@ TEST(Launcher, BadOptionGivesOneLineAndExitCode2) {
 TEST(Launcher, ComplaintCannotDriveTheTerminal) {
   LauncherProcess launcher({"--generation", "\x1b[2J\n\x7f\xc2\x9b\\"});
   EXPECT_EQ(launcher.Wait().error,
-            "smm-simulator: --generation is \"\\x1b[2J\\x0a\\x7f\\xc2\\x9b\\\"; expected 1 or 2\n");
+            "smm-simulator: --generation is \"\\x1b[2J\\n\\x7f\\xc2\\x9b\\\\\"; expected 1 or 2\n");
 }
 
 TEST(Launcher, UnreadableScenarioGivesOneLineAndExitCode2) {
@@ -199,7 +200,7 @@ TEST(Launcher, HelpThatCannotBeWrittenFails) {
 }
 
 TEST(Launcher, AddressThatNobodyTakesFails) {
-  const TemporaryDirectory directory;
+  const TemporaryDirectory directory("launcher-test-");
   EXPECT_THAT(ComplaintsAboutUnwritableOutput({SMM_SIMULATOR, "--generation", "1"},
                                               {"PATH=/usr/bin:/bin", "TMPDIR=" + directory.Path()}),
               testing::Each("smm-simulator: nobody takes the line with the address; expected an "

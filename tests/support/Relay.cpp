@@ -14,7 +14,6 @@ namespace Tavrin {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Simulator::FileDescriptor;
 
 /// A client keeps its socket no longer than one conversation, so that the older ones can go.
 constexpr std::size_t kClientCapacity = 32;

@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "simulator/FileDescriptor.h"
+#include "support/FileDescriptor.h"
 
 namespace Tavrin {
 
@@ -73,7 +73,7 @@ class Relay {
   void Send(const Client& client, const Datagram& datagram) const;
 
   std::atomic<std::uint16_t> controllerPort_;
-  Simulator::FileDescriptor front_;
+  FileDescriptor front_;
   std::uint16_t port_;
   mutable std::mutex mutex_;
   Fault fault_;  // Guarded by mutex_, as are the three below.

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/FileDescriptor.h"
+#include "support/FileDescriptor.h"
 
 namespace Tavrin {
 
@@ -47,7 +47,7 @@ class SilentPort {
     return reinterpret_cast<sockaddr*>(&storage);
   }
 
-  static Simulator::FileDescriptor Bound(const char* address) {
+  static FileDescriptor Bound(const char* address) {
     addrinfo hints = {};
     hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
     hints.ai_socktype = SOCK_DGRAM;
@@ -55,7 +55,7 @@ class SilentPort {
     if (::getaddrinfo(address, "0", &hints, &found) != 0) {
       throw std::runtime_error(std::string(address) + " is no address");
     }
-    Simulator::FileDescriptor socket(::socket(found->ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    FileDescriptor socket(::socket(found->ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     const bool bound = ::bind(socket.Get(), found->ai_addr, found->ai_addrlen) == 0;
     ::freeaddrinfo(found);
     if (!bound) {
@@ -64,7 +64,7 @@ class SilentPort {
     return socket;
   }
 
-  static std::uint16_t NumberOf(const Simulator::FileDescriptor& socket) {
+  static std::uint16_t NumberOf(const FileDescriptor& socket) {
     sockaddr_storage self = {};
     socklen_t size = sizeof self;
     ::getsockname(socket.Get(), AsAddress(self), &size);
@@ -73,7 +73,7 @@ class SilentPort {
     return static_cast<std::uint16_t>(std::stoi(text.data()));
   }
 
-  Simulator::FileDescriptor socket_;
+  FileDescriptor socket_;
   std::uint16_t number_;
 };
 

@@ -5,7 +5,8 @@
 #include <vector>
 
 #include "platform/ConnectionInfo.h"
-#include "tests/support/ChildProcess.h"
+#include "support/TemporaryFile.h"
+#include "tests/support/Child.h"
 
 namespace Tavrin {
 

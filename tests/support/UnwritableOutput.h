@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Child.h"
 
 namespace Tavrin {
 

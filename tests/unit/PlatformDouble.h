@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "benchmarks/core/AllocationCount.h"
+#include "benchmarks/support/AllocationCount.h"
 #include "platform/ConnectionInfo.h"
 #include "platform/IpmiClient.h"
 #include "platform/SMMInfo.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "benchmarks/core/AllocationCount.h"
+#include "benchmarks/support/AllocationCount.h"
 #include "module/smm/smm_inventory/StatusCode.h"
 #include "tests/unit/InventoryDouble.h"
 

@@ -13,7 +13,7 @@
 #include <system_error>
 
 #include "platform/standalone/logger/LogControl.h"
-#include "tools/smm-inventory/Descriptor.h"
+#include "support/FileDescriptor.h"
 #include "tools/smm-inventory/Prompt.h"
 #include "tools/smm-inventory/UsageError.h"
 
@@ -78,8 +78,8 @@ void Accept(std::string_view text, const std::string& source, std::string& passw
   password.assign(text);
 }
 
-Descriptor OpenPrivateFile(const std::string& path, const std::string& source) {
-  Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+FileDescriptor OpenPrivateFile(const std::string& path, const std::string& source) {
+  FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
   struct stat status {};
   if (file.Get() < 0 || fstat(file.Get(), &status) != 0) {
     throw UsageError(
@@ -118,7 +118,7 @@ void ReadPasswordLine(int descriptor, const std::string& source, std::string& pa
 void ReadPasswordFile(const std::string& path, std::string& password) {
   const std::string source =
       fmt::format("password file \"{}\"", Standalone::EscapeControlBytes(path));
-  const Descriptor file = OpenPrivateFile(path, source);
+  const FileDescriptor file = OpenPrivateFile(path, source);
   ReadPasswordLine(file.Get(), source, password);
   char byte = 0;
   const bool more = ReadByte(BytesOf(file.Get()), source, byte);

@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <csignal>
 
-#include "tools/smm-inventory/Descriptor.h"
+#include "support/FileDescriptor.h"
 #include "tools/smm-inventory/Password.h"
 #include "tools/smm-inventory/UsageError.h"
 
@@ -68,7 +68,7 @@ class HeldSignals {
  private:
   sigset_t interrupting_;
   sigset_t before_{};
-  Descriptor arrivals_;
+  FileDescriptor arrivals_;
 };
 
 void Write(int terminal, const std::string& text) {
@@ -125,7 +125,7 @@ bool Ask(int terminal, const std::string& prompt, std::string& password) {
 }  // namespace
 
 void PromptForPassword(const std::string& prompt, std::string& password) {
-  const Descriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NONBLOCK));
+  const FileDescriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NONBLOCK));
   if (terminal.Get() < 0) {
     throw UsageError(
         "no password given and no terminal to ask on; expected --password-file FILE, "

@@ -18,6 +18,7 @@
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "platform/standalone/logger/ThreadLog.h"
+#include "support/EscapeControlBytes.h"
 
 namespace Tavrin {
 namespace {
@@ -108,7 +109,7 @@ void HandOn(const LogLine& line) {
     return;
   }
   const std::string whole = line.source + ":" + std::to_string(line.line) + ": " + line.text;
-  output.Console().log(Severity(line.level), Standalone::EscapeControlBytes(whole));
+  output.Console().log(Severity(line.level), EscapeControlBytes(whole));
 }
 
 /// Hands on what `compose` returns. Without memory, or when the handler throws, the line is lost:
@@ -213,28 +214,7 @@ ThreadLog::ThreadLog(unsigned int threshold, std::function<void(const LogLine&)>
 
 ThreadLog::~ThreadLog() { innermostOutput = state_->outer; }
 
-std::string EscapeControlBytes(const std::string& text) {
-  constexpr const char* hexDigits = "0123456789abcdef";
-  std::string escaped;
-  escaped.reserve(text.size());
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (character == '\\') {
-      escaped += "\\\\";
-    } else if (character == '\n') {
-      escaped += "\\n";
-    } else if (character == '\r') {
-      escaped += "\\r";
-    } else if (character == '\t') {
-      escaped += "\\t";
-    } else if (byte < 0x20 || byte > 0x7E) {
-      escaped += {'\\', 'x', hexDigits[byte >> 4U], hexDigits[byte & 0xFU]};
-    } else {
-      escaped += character;
-    }
-  }
-  return escaped;
-}
+std::string EscapeControlBytes(const std::string& text) { return Tavrin::EscapeControlBytes(text); }
 
 }  // namespace Standalone
 }  // namespace Tavrin

@@ -1,4 +1,4 @@
-#include "simulator/PrivateDirectory.h"
+#include "support/TemporaryDirectory.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,23 +9,23 @@
 #include <filesystem>
 #include <system_error>
 
-#include "simulator/FileDescriptor.h"
+#include "support/FileDescriptor.h"
 
-namespace Tavrin::Simulator {
+namespace Tavrin {
 
-PrivateDirectory::PrivateDirectory()
-    : path_((std::filesystem::temp_directory_path() / "smm-simulator-XXXXXX").string()) {
+TemporaryDirectory::TemporaryDirectory(const std::string& prefix)
+    : path_((std::filesystem::temp_directory_path() / (prefix + "XXXXXX")).string()) {
   if (mkdtemp(path_.data()) == nullptr) {
     throw std::system_error(errno, std::generic_category(), "no temporary directory " + path_);
   }
 }
 
-PrivateDirectory::~PrivateDirectory() {
+TemporaryDirectory::~TemporaryDirectory() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }
 
-void PrivateDirectory::Write(const std::string& name, const std::string& content) const {
+void TemporaryDirectory::Write(const std::string& name, const std::string& content) const {
   const std::string path = path_ + "/" + name;
   const FileDescriptor file(
       open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR));
@@ -36,4 +36,4 @@ void PrivateDirectory::Write(const std::string& name, const std::string& content
   }
 }
 
-}  // namespace Tavrin::Simulator
+}  // namespace Tavrin

@@ -1,4 +1,4 @@
-#include "benchmarks/core/AllocationCount.h"
+#include "benchmarks/support/AllocationCount.h"
 
 #include <cstdlib>
 #include <new>

@@ -1,4 +1,4 @@
-#include "tests/faults/Faults.h"
+#include "tests/support/Faults.h"
 
 #include <numeric>
 #include <optional>

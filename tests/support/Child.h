@@ -5,6 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "support/ChildProcess.h"
+#include "support/FileDescriptor.h"
+#include "support/Pipe.h"
+
 namespace Tavrin {
 
 /// What a finished process left.
@@ -15,19 +19,15 @@ struct Finished {
   std::string error;
 };
 
-/// A child process in a session of its own, so that it has no terminal but the one it is given. It
-/// is ended when the object is, and killed when it does not end then.
+/// A child process whose input is given and whose output is taken. It is ended when the object is.
 class Child {
  public:
   /// `environment` holds NAME=value texts and stands alone: nothing is inherited. With a terminal,
   /// standard input and error are that device; otherwise `input` is all that standard input holds.
-  Child(std::vector<std::string> arguments, std::vector<std::string> environment,
+  Child(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
         const std::string& input = {}, const std::string& terminal = {});
-  ~Child();
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
 
-  pid_t Process() const { return process_; }
+  pid_t Process() const { return process_.Id(); }
 
   /// The process ids of its own children.
   std::vector<pid_t> Children() const;
@@ -35,16 +35,18 @@ class Child {
   /// The next line of standard output, without its end; empty at the end of output.
   std::string ReadLine() const;
 
-  void Signal(int number) const;
+  void Signal(int number) const { process_.Signal(number); }
 
   /// Takes all output until the process ends. One that says nothing for a minute is killed, so that
   /// it fails its test instead of holding up all of them.
   Finished Wait();
 
  private:
-  pid_t process_ = -1;
-  int output_ = -1;
-  int error_ = -1;
+  Child(Program program, const std::string& input, Pipe in, Pipe out, Pipe err);
+
+  FileDescriptor output_;
+  FileDescriptor error_;
+  ChildProcess process_;
 };
 
 /// A call of /bin/sh that runs the script, in which "$0" "$@" stands for `call`.
@@ -54,24 +56,13 @@ std::vector<std::string> AsScript(const std::string& script, const std::vector<s
 /// What the system tells of a process in its file `name` of /proc; empty once the process is gone.
 std::string ReadProcessFile(pid_t process, const std::string& name);
 
+/// The process ids of a process's children, those that its first thread started.
+std::vector<pid_t> ChildrenOf(pid_t process);
+
 /// Whether the process has ended, be it that its parent did not yet wait for it.
 bool HasEnded(pid_t process);
 
 /// Whether the process ends within ten seconds.
 bool EndsSoon(pid_t process);
-
-/// A file for one test, readable by its owner alone; removed with the object.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const std::string& content);
-  ~TemporaryFile();
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 }  // namespace Tavrin
