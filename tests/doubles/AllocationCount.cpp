@@ -1,4 +1,4 @@
-#include "benchmarks/core/AllocationCount.h"
+#include "tests/doubles/AllocationCount.h"
 
 #include <cstdlib>
 #include <new>
