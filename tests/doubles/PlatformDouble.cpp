@@ -18,7 +18,7 @@ namespace Tavrin::Double {
 namespace {
 
 void EndWith(const std::string& text) {
-  std::cerr << text << '\n';
+  std::cerr << "Broken promise: " << text << '\n';
   std::abort();
 }
 
@@ -26,7 +26,7 @@ void (*theComplaint)(const std::string&) = EndWith;
 
 void Require(bool holds, const char* promise) {
   if (!holds) {
-    theComplaint(std::string("broken promise: ") + promise);
+    theComplaint(promise);
   }
 }
 
