@@ -15,48 +15,26 @@
 
 #include <benchmark/benchmark.h>
 
-#include <array>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "benchmarks/core/PlatformDouble.h"
-#include "benchmarks/support/AllocationCount.h"
 #include "benchmarks/support/Median.h"
 #include "module/smm/smm_inventory/SMMInventory.h"
+#include "tests/doubles/AllocationCount.h"
+#include "tests/doubles/Operations.h"
+#include "tests/doubles/PlatformDouble.h"
 
 namespace Tavrin {
 namespace {
 
-using Query = int (*)(SMMInventory& inventory);
-
-struct Operation {
-  const char* name;
-  Query query;
-};
-
-template <typename Output>
-using Getter = int (SMMInventory::*)(Output&);
-
-template <typename Output, Getter<Output> getter>
-int Get(SMMInventory& inventory) {
-  Output output;
-  return (inventory.*getter)(output);
-}
-
-template <typename Output>
-using NodeGetter = int (SMMInventory::*)(unsigned long, Output&);
-
-template <typename Output, NodeGetter<Output> getter>
-int GetOfNode(SMMInventory& inventory) {
-  Output output;
-  return (inventory.*getter)(2, output);
-}
+using Query = std::function<int(SMMInventory&)>;
 
 int Construct(SMMInventory& /*inventory*/) {
-  static const TavrinConnection::ConnectionInfo settings = Double::ConnectionSettings();
+  static const TavrinConnection::ConnectionInfo settings = Double::TestSettings();
   return SMMInventory(settings).GetNodeNub() > 0 ? StatusCode::Success : StatusCode::NoUsableResult;
 }
 
@@ -64,27 +42,13 @@ int GetNodeNub(SMMInventory& inventory) {
   return inventory.GetNodeNub() > 0 ? StatusCode::Success : StatusCode::NoUsableResult;
 }
 
-int SelectPsu(SMMInventory& inventory) { return inventory.SelectPSU(2); }
-
-constexpr std::array kOperations = {
-    Operation{"Construction", Construct},
-    Operation{"GetSmmMT", Get<std::string, &SMMInventory::GetSmmMT>},
-    Operation{"GetSmmSN", Get<std::string, &SMMInventory::GetSmmSN>},
-    Operation{"GetSmmVersion", Get<std::string, &SMMInventory::GetSmmVersion>},
-    Operation{"GetSmmName", Get<std::string, &SMMInventory::GetSmmName>},
-    Operation{"GetChassisPowerConsumption",
-              Get<ChassisPowerCon, &SMMInventory::GetChassisPowerConsumption>},
-    Operation{"GetChassisPowerCap", Get<ChassisPowerCap, &SMMInventory::GetChassisPowerCap>},
-    Operation{"GetNodePowerConsumption",
-              GetOfNode<ChassisPowerCon, &SMMInventory::GetNodePowerConsumption>},
-    Operation{"GetPSUFanSpeed", Get<std::vector<PSUFanSpeed>, &SMMInventory::GetPSUFanSpeed>},
-    Operation{"GetPSUFwInfo", Get<std::vector<PSUFwInfo>, &SMMInventory::GetPSUFwInfo>},
-    Operation{"GetPSUStatus", Get<std::vector<PSUStatus>, &SMMInventory::GetPSUStatus>},
-    Operation{"SelectPSU", SelectPsu},
-    Operation{"GetNodeStatus", GetOfNode<NodeStatus, &SMMInventory::GetNodeStatus>},
-    Operation{"GetSMMStatus", Get<SMMStatus, &SMMInventory::GetSMMStatus>},
-    Operation{"GetNodeNub", GetNodeNub},
-};
+/// The operation with a fresh output, and of the second node or PSU.
+Query QueryOf(const Double::Operation<SMMInventory>& operation) {
+  return [&operation](SMMInventory& inventory) {
+    Double::Output output = operation.fresh;
+    return operation.call(inventory, 2, output);
+  };
+}
 
 /// What the library passes to its client.
 constexpr unsigned long kCipherSuite = 3;
@@ -106,7 +70,7 @@ class BareExchange {
   }
 
  private:
-  TavrinConnection::ConnectionInfo settings_ = Double::ConnectionSettings();
+  TavrinConnection::ConnectionInfo settings_ = Double::TestSettings();
   std::string port_ = std::to_string(settings_.port);
   IPMICOMMAND request_;
 };
@@ -125,12 +89,16 @@ double NanosecondsPerCall(Call call) {
 
 /// The median of many differences, each between two measurements right after one another, so that
 /// what else the machine does disturbs both alike or one difference among many.
-double NanosecondsAboveDouble(SMMInventory& inventory, Query query) {
-  IPMICOMMAND request;
-  Double::ThePlatform().lastRequest = &request;
+double NanosecondsAboveDouble(SMMInventory& inventory, const Query& query) {
+  IPMICOMMAND last;
+  const auto answerTo = Double::ThePlatform().answerTo;
+  Double::ThePlatform().answerTo = [&](const IPMICOMMAND& request) -> const Double::Bytes& {
+    last = request;
+    return answerTo(request);
+  };
   query(inventory);
-  Double::ThePlatform().lastRequest = nullptr;
-  const BareExchange bareExchange(request);
+  Double::ThePlatform().answerTo = answerTo;
+  const BareExchange bareExchange(last);
 
   constexpr std::size_t kPairs = 101;
   std::vector<double> differences(kPairs);
@@ -141,9 +109,7 @@ double NanosecondsAboveDouble(SMMInventory& inventory, Query query) {
   return Median(differences);
 }
 
-void Measure(benchmark::State& state, Query query) {
-  SMMInventory inventory(Double::ConnectionSettings());
-
+void Measure(benchmark::State& state, SMMInventory inventory, const Query& query) {
   const Double::Tally tallyBefore = Double::TallyOfThisThread();
   const AllocationCount allocationsBefore = AllocationsSoFar();
   const int status = query(inventory);
@@ -170,29 +136,41 @@ void Measure(benchmark::State& state, Query query) {
   }
 }
 
-void MeasureOperation(benchmark::State& state, Query query) {
-  Double::ThePlatform() =
-      Double::PlatformOf(state.range(0) == 2 ? SMM_SECOND_GENERATION : SMM_FIRST_GENERATION);
-  Double::ThePlatform().logThreshold = static_cast<unsigned int>(state.range(1));
-  Measure(state, query);
+void PlayEnclosure(SMMIype generation, std::int64_t logThreshold) {
+  Double::ThePlatform().answerTo = Double::SampleAnswersOf(generation);
+  Double::ThePlatform().smmType = generation;
+  Double::ThePlatform().logThreshold = static_cast<unsigned int>(logThreshold);
+}
+
+void MeasureOperation(benchmark::State& state, const Query& query) {
+  PlayEnclosure(state.range(0) == 2 ? SMM_SECOND_GENERATION : SMM_FIRST_GENERATION, state.range(1));
+  Measure(state, SMMInventory(Double::TestSettings()), query);
 }
 
 /// The longest answer that is measured, where it is logged the most often: as it came and, on a
 /// second-generation SMM, once more without the bytes in front. All of it is one text.
 void MeasureLongAnswer(benchmark::State& state) {
-  constexpr std::size_t kLongest = 256;
-  Double::ThePlatform() = Double::PlatformOf(SMM_SECOND_GENERATION);
-  Double::ThePlatform().logThreshold = static_cast<unsigned int>(state.range(0));
-  Double::ThePlatform().answers.name.resize(kLongest, 'n');
-  Measure(state, Get<std::string, &SMMInventory::GetSmmName>);
+  PlayEnclosure(SMM_SECOND_GENERATION, state.range(0));
+  const SMMInventory inventory(Double::TestSettings());
+  const Double::Bytes longest(256, 'n');
+  Double::ThePlatform().answerTo = [&](const IPMICOMMAND&) -> const Double::Bytes& {
+    return longest;
+  };
+  Measure(state, inventory, QueryOf(Double::OperationNamed<SMMInventory>("GetSmmName")));
+}
+
+void Register(const char* name, const Query& query) {
+  benchmark::RegisterBenchmark(name, MeasureOperation, query)
+      ->ArgNames({"generation", "threshold"})
+      ->ArgsProduct({{1, 2}, {0, 4}});
 }
 
 void RegisterAll() {
-  for (const Operation& operation : kOperations) {
-    benchmark::RegisterBenchmark(operation.name, MeasureOperation, operation.query)
-        ->ArgNames({"generation", "threshold"})
-        ->ArgsProduct({{1, 2}, {0, 4}});
+  Register("Construction", Construct);
+  for (const auto& operation : Double::Operations<SMMInventory>()) {
+    Register(operation.name, QueryOf(operation));
   }
+  Register("GetNodeNub", GetNodeNub);
   benchmark::RegisterBenchmark("LongAnswer", MeasureLongAnswer)->ArgName("threshold")->Arg(4);
 }
 

@@ -22,12 +22,14 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "benchmarks/core/PlatformDouble.h"
 #include "benchmarks/support/Growth.h"
 #include "benchmarks/support/Median.h"
 #include "benchmarks/support/WholeInventory.h"
+#include "tests/doubles/Operations.h"
+#include "tests/doubles/PlatformDouble.h"
 
 namespace Tavrin {
 namespace {
@@ -45,7 +47,7 @@ struct Run {
 
 Run ReadEnclosures(std::size_t count) {
   const long residentBefore = ResidentKib();
-  const Reading reading = ReadAtOnce({count, Double::ConnectionSettings()});
+  const Reading reading = ReadAtOnce({count, Double::TestSettings()});
   return {reading.cost, reading.residentKib - residentBefore};
 }
 
@@ -82,8 +84,13 @@ struct Runs {
 };
 
 void Measure() {
-  Double::ThePlatform() = Double::PlatformOf(SMM_SECOND_GENERATION);
-  Double::ThePlatform().answerTime = kAnswerTime;
+  Double::ThePlatform().smmType = SMM_SECOND_GENERATION;
+  Double::ThePlatform().logThreshold = 0;
+  Double::ThePlatform().answerTo = [answerTo = Double::SampleAnswersOf(SMM_SECOND_GENERATION)](
+                                       const IPMICOMMAND& request) -> const Double::Bytes& {
+    std::this_thread::sleep_for(kAnswerTime);
+    return answerTo(request);
+  };
 
   std::array all = {Runs{Growth(1)}, Runs{Growth(10)}, Runs{Growth(100)}, Runs{Growth(500)}};
   for (int round = 0; round < kRounds; ++round) {

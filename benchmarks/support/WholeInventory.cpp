@@ -5,14 +5,16 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <variant>
 
 #include "benchmarks/support/Gate.h"
 #include "module/smm/smm_inventory/SMMInventory.h"
+#include "tests/doubles/Operations.h"
 
 namespace Tavrin {
 namespace {
 
-constexpr unsigned long kNodes = 12;
+constexpr int kNodes = 12;
 constexpr std::size_t kPsus = 9;
 
 void Require(bool holds, const char* query) {
@@ -21,52 +23,33 @@ void Require(bool holds, const char* query) {
   }
 }
 
-void QueryIdentity(SMMInventory& inventory) {
-  std::string text;
-  Require(inventory.GetSmmMT(text) == StatusCode::Success, "GetSmmMT");
-  Require(inventory.GetSmmSN(text) == StatusCode::Success, "GetSmmSN");
-  Require(inventory.GetSmmVersion(text) == StatusCode::Success, "GetSmmVersion");
-  Require(inventory.GetSmmName(text) == StatusCode::Success, "GetSmmName");
+template <typename Record>
+bool HasAnEntryAPsu(const Record& /*record*/) {
+  return true;
 }
 
-void QueryPower(SMMInventory& inventory) {
-  ChassisPowerCon power;
-  ChassisPowerCap cap;
-  Require(inventory.GetChassisPowerConsumption(power) == StatusCode::Success,
-          "GetChassisPowerConsumption");
-  Require(inventory.GetChassisPowerCap(cap) == StatusCode::Success, "GetChassisPowerCap");
+template <typename Record>
+bool HasAnEntryAPsu(const std::vector<Record>& records) {
+  return records.size() == kPsus;
 }
 
-void QueryNodes(SMMInventory& inventory) {
-  Require(inventory.GetNodeNub() == kNodes, "GetNodeNub");
-  for (unsigned long node = 1; node <= kNodes; ++node) {
-    NodeStatus status;
-    ChassisPowerCon power;
-    Require(inventory.GetNodeStatus(node, status) == StatusCode::Success, "GetNodeStatus");
-    Require(inventory.GetNodePowerConsumption(node, power) == StatusCode::Success,
-            "GetNodePowerConsumption");
-  }
-}
-
-void QueryPsus(SMMInventory& inventory) {
-  std::vector<PSUFanSpeed> fans;
-  std::vector<PSUFwInfo> firmware;
-  std::vector<PSUStatus> psus;
-  Require(inventory.GetPSUFanSpeed(fans) == StatusCode::Success && fans.size() == kPsus,
-          "GetPSUFanSpeed");
-  Require(inventory.GetPSUFwInfo(firmware) == StatusCode::Success && firmware.size() == kPsus,
-          "GetPSUFwInfo");
-  Require(inventory.GetPSUStatus(psus) == StatusCode::Success && psus.size() == kPsus,
-          "GetPSUStatus");
+void Query(SMMInventory& inventory, const Double::Operation<SMMInventory>& operation,
+           int argument) {
+  Double::Output output = operation.fresh;
+  Require(operation.call(inventory, argument, output) == StatusCode::Success &&
+              std::visit([](const auto& filled) { return HasAnEntryAPsu(filled); }, output),
+          operation.name);
 }
 
 void QueryAll(SMMInventory& inventory) {
-  QueryIdentity(inventory);
-  QueryPower(inventory);
-  QueryNodes(inventory);
-  QueryPsus(inventory);
-  SMMStatus status;
-  Require(inventory.GetSMMStatus(status) == StatusCode::Success, "GetSMMStatus");
+  Require(inventory.GetNodeNub() == kNodes, "GetNodeNub");
+  for (const auto& operation : Double::Operations<SMMInventory>()) {
+    const int last = operation.argument == Double::Argument::Node ? kNodes : 1;
+    for (int argument = 1; argument <= last && operation.argument != Double::Argument::Psu;
+         ++argument) {
+      Query(inventory, operation, argument);
+    }
+  }
 }
 
 }  // namespace

@@ -21,13 +21,13 @@
 #include "benchmarks/support/Median.h"
 #include "benchmarks/support/Process.h"
 #include "benchmarks/support/WholeInventory.h"
-#include "benchmarks/wire/SimulatedEnclosure.h"
+#include "benchmarks/wire/LargestEnclosure.h"
 
 namespace Tavrin {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using Simulators = std::deque<SimulatedEnclosure>;
+using Simulators = std::deque<LargestEnclosure>;
 
 constexpr std::size_t kMostEnclosures = 32;
 constexpr int kRounds = 7;

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "benchmarks/support/WholeInventory.h"
-#include "benchmarks/wire/SimulatedEnclosure.h"
+#include "benchmarks/wire/LargestEnclosure.h"
 
 int main(int argc, char** argv) {
   if (argc != 2) {

@@ -17,7 +17,7 @@
 
 #include "benchmarks/support/Process.h"
 #include "benchmarks/wire/Alternatives.h"
-#include "benchmarks/wire/SimulatedEnclosure.h"
+#include "benchmarks/wire/LargestEnclosure.h"
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "tests/support/Faults.h"
 #include "tests/support/Relay.h"
@@ -57,7 +57,7 @@ void ReadName(SMMInventory& inventory) {
 
 /// The object is made before the answers are late, since a status read has six exchanges.
 Json Compare(milliseconds lateness) {
-  const SimulatedEnclosure smm;
+  const LargestEnclosure smm;
   Relay relay(smm.Port());
   const TavrinConnection::ConnectionInfo settings = SettingsFor(relay.Port());
   SMMInventory inventory(settings);

@@ -24,10 +24,11 @@
 #include "benchmarks/support/Process.h"
 #include "benchmarks/support/WholeInventory.h"
 #include "benchmarks/wire/Alternatives.h"
-#include "benchmarks/wire/Conversation.h"
-#include "benchmarks/wire/SimulatedEnclosure.h"
+#include "benchmarks/wire/LargestEnclosure.h"
+#include "benchmarks/wire/OverheardConversation.h"
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
+#include "tests/doubles/Pauses.h"
 #include "tests/support/Relay.h"
 
 namespace Tavrin {
@@ -124,7 +125,7 @@ Json CompareExchanges(const TavrinConnection::ConnectionInfo& settings, SMMInven
 }
 
 std::vector<RoundTrip> RoundTripsOf(Relay& relay, const std::function<void()>& run) {
-  const Conversation conversation(relay);
+  const OverheardConversation conversation(relay);
   run();
   return conversation.RoundTrips();
 }
@@ -186,7 +187,7 @@ Cost RunAll(const std::vector<Arguments>& lines) {
 std::vector<IPMICOMMAND> CommandsOfInventory(Relay& relay,
                                              const TavrinConnection::ConnectionInfo& throughRelay) {
   Standalone::SetGlobalConfigValue(kSuiteKey, kReadableSuite);
-  const Conversation conversation(relay);
+  const OverheardConversation conversation(relay);
   ReadWholeInventory(throughRelay);
   Standalone::SetGlobalConfigValue(kSuiteKey, kSuiteOfTheCaller);
   return conversation.Commands();
@@ -194,10 +195,10 @@ std::vector<IPMICOMMAND> CommandsOfInventory(Relay& relay,
 
 Json CountInventory(Relay& relay, const TavrinConnection::ConnectionInfo& throughRelay) {
   const std::size_t sessionsBefore = relay.SessionsAskedFor();
-  const unsigned int pausedBefore = PausedSeconds();
+  const std::uint64_t pausedBefore = Double::PausedSeconds();
   ReadWholeInventory(throughRelay);
   return {{"exchanges", relay.SessionsAskedFor() - sessionsBefore},
-          {"paused_s", PausedSeconds() - pausedBefore}};
+          {"paused_s", Double::PausedSeconds() - pausedBefore}};
 }
 
 /// The processes that read a whole inventory in one way, one after the other.
@@ -223,12 +224,12 @@ std::vector<Arguments> LinesOf(Tool tool, const CommandLines& commandLines,
 }
 
 std::size_t DatagramsOf(Relay& relay, const std::vector<Arguments>& lines) {
-  const Conversation conversation(relay);
+  const OverheardConversation conversation(relay);
   RunAll(lines);
   return conversation.Datagrams();
 }
 
-Json CompareInventories(Relay& relay, const SimulatedEnclosure& smm) {
+Json CompareInventories(Relay& relay, const LargestEnclosure& smm) {
   const auto throughRelay = SettingsFor(relay.Port());
   const std::vector<IPMICOMMAND> commands = CommandsOfInventory(relay, throughRelay);
   Json result = CountInventory(relay, throughRelay);
@@ -279,7 +280,7 @@ void HoldOnOneProcessor() {
 void Run() {
   HoldOnOneProcessor();
   ConfigureForSimulator();
-  const SimulatedEnclosure smm;
+  const LargestEnclosure smm;
   Relay relay(smm.Port());
   const auto direct = SettingsFor(smm.Port());
   const auto throughRelay = SettingsFor(relay.Port());

@@ -28,8 +28,8 @@ struct Exchange {
 ///
 /// `argument` is the node number or the PSU to select and is left out by other operations; request
 /// and answer are hexadecimal and may come several times. `NAME.expected` beside it says what the
-/// operation returns, and then what its output holds (see RecordText.h). Texts and numbers of the
-/// output are "before" and -1 when the operation is called, lists are empty.
+/// operation returns, and then what its output holds (see tests/doubles/RecordText.h). Texts and
+/// numbers of the output are "before" and -1 when the operation is called, lists are empty.
 struct AnswerFile {
   std::string operation;
   std::int32_t smmType = 0;

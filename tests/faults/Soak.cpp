@@ -158,8 +158,6 @@ int Run(int queries) {
 }  // namespace
 }  // namespace Tavrin
 
-extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }
-
 int main(int argc, char** argv) {
   if (argc != 2 || std::atoi(argv[1]) < 30) {
     std::cerr << "usage: soak QUERIES; expected at least 30 queries\n";

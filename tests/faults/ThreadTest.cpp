@@ -13,6 +13,7 @@
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "simulator/Enclosure.h"
+#include "tests/doubles/Operations.h"
 #include "tests/faults/LeftBehind.h"
 #include "tests/support/SimulatedSmm.h"
 
@@ -39,33 +40,17 @@ const std::vector<Kind>& Kinds() {
 
 /// Runs every query once. Returns how many did not succeed, or gave another machine than `model`.
 int FailuresOfEveryQuery(SMMInventory& object, const Simulator::Enclosure& model) {
-  std::string machineType;
-  std::string serialNumber;
-  std::string text;
-  ChassisPowerCon power;
-  ChassisPowerCap cap;
-  std::vector<PSUFanSpeed> fans;
-  std::vector<PSUFwInfo> firmware;
-  std::vector<PSUStatus> psus;
-  NodeStatus node;
-  SMMStatus status;
-  const std::vector<int> statuses = {object.GetSmmMT(machineType),
-                                     object.GetSmmSN(serialNumber),
-                                     object.GetSmmVersion(text),
-                                     object.GetSmmName(text),
-                                     object.GetChassisPowerConsumption(power),
-                                     object.GetChassisPowerCap(cap),
-                                     object.GetNodePowerConsumption(1, power),
-                                     object.GetPSUFanSpeed(fans),
-                                     object.GetPSUFwInfo(firmware),
-                                     object.GetPSUStatus(psus),
-                                     object.SelectPSU(1),
-                                     object.GetNodeStatus(1, node),
-                                     object.GetSMMStatus(status)};
-  const auto failures = std::count_if(statuses.begin(), statuses.end(),
-                                      [](int one) { return one != StatusCode::Success; });
-  return static_cast<int>(failures) + (machineType != model.machineType ? 1 : 0) +
-         (serialNumber != model.serialNumber ? 1 : 0);
+  int failures = 0;
+  for (const auto& operation : Double::Operations<SMMInventory>()) {
+    Double::Output output = operation.fresh;
+    const std::string* const expected =
+        operation.name == std::string("GetSmmMT")   ? &model.machineType
+        : operation.name == std::string("GetSmmSN") ? &model.serialNumber
+                                                    : nullptr;
+    failures += operation.call(object, 1, output) != StatusCode::Success ? 1 : 0;
+    failures += expected != nullptr && std::get<std::string>(output) != *expected ? 1 : 0;
+  }
+  return failures;
 }
 
 /// Changes the configuration over and over while it lives, each time to a value that works.
@@ -130,5 +115,3 @@ TEST(Threads, SixtyFourObjectsReadEightControllersAtOnceWhileTheConfigurationCha
 
 }  // namespace
 }  // namespace Tavrin
-
-extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }

@@ -47,8 +47,6 @@ void Measure(int queries, const Fault& fault) {
 }  // namespace
 }  // namespace Tavrin
 
-extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }
-
 int main(int argc, char** argv) {
   const auto number = [&](int at) { return std::strtol(argv[at], nullptr, 10); };
   if (argc != 4 || number(1) <= 0) {

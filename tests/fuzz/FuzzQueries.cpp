@@ -1,24 +1,27 @@
 // Queries in conversation with an SMM that the input makes up. Its first bytes choose, in this
 // order, the SMM's generation, its platform, PSU slots, log threshold, kind of connection, attempts
 // to connect, and whether the facade is called or the implementation. Then come the queries: the
-// operation, its argument in two bytes, and for each exchange what ConversationDouble.h says.
+// operation by its place in the table (behind its end come three that are the implementation's
+// alone), its argument in two bytes, and for each exchange what MakeUpExchange() reads.
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <map>
 #include <new>
 #include <optional>
 #include <set>
 #include <string>
 #include <type_traits>
+#include <variant>
 #include <vector>
 
 #include "module/smm/smm_inventory/SMMInventory.h"
-#include "module/smm/smm_inventory/impl/SMMInventoryImpl.h"
-#include "tests/answers/RecordText.h"
-#include "tests/fuzz/ConversationDouble.h"
-#include "tests/fuzz/Operations.h"
+#include "tests/doubles/Implementation.h"
+#include "tests/doubles/Operations.h"
+#include "tests/doubles/PlatformDouble.h"
+#include "tests/fuzz/FuzzInput.h"
 #include "tests/fuzz/QueryModel.h"
 #include "tests/fuzz/RecordChecks.h"
 #include "tests/fuzz/Require.h"
@@ -26,22 +29,18 @@
 namespace Tavrin::Fuzz {
 namespace {
 
-using Answers::Text;
-using Answers::TextOfAll;
+using Double::Implementation;
+using Double::Output;
+using Double::Text;
+using Double::ThePlatform;
 
 using Slots = std::set<std::uint64_t>;
 using SlotTexts = std::map<int, std::string>;
 
 const std::string kBefore = "before";
 
-/// The implementation under the names of the facade.
-class Implementation : public SMMInventoryImpl {
- public:
-  using SMMInventoryImpl::SMMInventoryImpl;
-  int SelectPSU(int psu) { return SelectPSUImpl(psu); }
-  int GetSMMStatus(SMMStatus& status) { return GetSMMStatusImp(status); }
-  [[nodiscard]] unsigned long GetNodeNub() const { return nodeCount; }
-};
+/// The rest of what the fuzzer made up.
+FuzzInput theInput;
 
 /// What the call returned or threw. Any other exception ends the fuzzer.
 template <typename Call>
@@ -59,41 +58,35 @@ int OutcomeOf(Call call) {
 template <typename Inventory>
 class Queries {
  public:
+  static constexpr std::size_t kRegisters = 3;
+
   Queries(Inventory& inventory, const SmmModel& smm) : inventory_(inventory), smm_(smm) {}
 
-  void Run(std::size_t operation, std::int16_t argument) {
-    TheConversation().ForgetWhatHappened();
+  void Run(std::size_t place, std::int16_t argument) {
+    using Query = void (Queries::*)();
+    static const std::map<std::string, Query> queries = {
+        {"GetSmmMT", &Queries::MachineType},
+        {"GetSmmSN", &Queries::SerialNumber},
+        {"GetSmmVersion", &Queries::Version},
+        {"GetSmmName", &Queries::Name},
+        {"GetChassisPowerConsumption", &Queries::ChassisPower},
+        {"GetChassisPowerCap", &Queries::PowerCap},
+        {"GetNodePowerConsumption", &Queries::NodePower},
+        {"GetPSUFanSpeed", &Queries::Fans},
+        {"GetPSUFwInfo", &Queries::Firmware},
+        {"GetPSUStatus", &Queries::PsuFlags},
+        {"SelectPSU", &Queries::Selection},
+        {"GetNodeStatus", &Queries::NodeState},
+        {"GetSMMStatus", &Queries::Status},
+    };
+    ThePlatform().ForgetWhatHappened();
     argument_ = argument;
-    switch (operation) {
-      case 0:
-        return MachineType();
-      case 1:
-        return SerialNumber();
-      case 2:
-        return Version();
-      case 3:
-        return Name();
-      case 4:
-        return ChassisPower();
-      case 5:
-        return PowerCap();
-      case 6:
-        return NodePower();
-      case 7:
-        return Fans();
-      case 8:
-        return Firmware();
-      case 9:
-        return PsuFlags();
-      case 10:
-        return Selection();
-      case 11:
-        return NodeState();
-      case 12:
-        return Status();
-      default:
-        return Register(operation);
+    const auto& operations = Double::Operations<Inventory>();
+    if (place >= operations.size()) {
+      return Register(place - operations.size());
     }
+    operation_ = &operations[place];
+    (this->*queries.at(operation_->name))();
   }
 
  private:
@@ -102,24 +95,36 @@ class Queries {
     return {smm_.status.platformId == 253 ? std::uint8_t{0x0D} : std::uint8_t{0x05}};
   }
 
-  /// A query that fills one record on success, and leaves it as it was on everything else.
-  template <typename Record, typename Query, typename Expect, typename Check>
-  void One(const Record& before, Query query, Expect expect, Check check) {
-    Record record = before;
-    const int status = OutcomeOf([&] { return query(record); });
-    Require(status == expect(record), "a query returns what its answer stands for");
+  int Call(Output& output) {
+    return OutcomeOf([&] { return operation_->call(inventory_, argument_, output); });
+  }
+
+  /// Runs a query that fills one record on success, and leaves it as it was on everything else.
+  template <typename Record, typename Expect>
+  void ExpectOne(Expect expect, void (*check)(const Record&)) {
+    const Output before = Double::Marked(operation_->fresh);
+    Output output = before;
+    const int status = Call(output);
+    Require(status == expect(), "a query returns what its answer stands for");
     if (status == 0) {
-      check(record);
+      check(std::get<Record>(output));
     } else {
-      Require(Text(record) == Text(before), "a failure leaves the record as it was");
+      Require(Text(output) == Text(before), "a failure leaves the record as it was");
     }
-    Require(TheConversation().openConnections == 0, "no connection stays open");
+    Require(ThePlatform().openConnections == 0, "no connection stays open");
+  }
+
+  /// The same for a query of one exchange whose answer loses its first bytes in the second
+  /// generation.
+  template <typename Record>
+  void ExpectTrimmed(std::uint8_t command, const Bytes& data, std::size_t prefix,
+                     std::size_t minimumLength, void (*check)(const Record&)) {
+    ExpectOne([&] { return StatusOfTrimmed(smm_, command, data, prefix, minimumLength); }, check);
   }
 
   void MachineType() {
-    One(
-        kBefore, [&](std::string& text) { return inventory_.GetSmmMT(text); },
-        [&](const std::string&) {
+    ExpectOne<std::string>(
+        [&] {
           const int status = StatusOfTrimmed(smm_, 0xB0, {0x05, 0x00}, 2, 4);
           return status == 0 && !HasMachineType() ? 4 : status;
         },
@@ -130,7 +135,7 @@ class Queries {
 
   /// Whether the last answer has four letters or digits where the machine type stands.
   [[nodiscard]] bool HasMachineType() const {
-    const Bytes& answer = TheConversation().exchanges.back().answer;
+    const Bytes& answer = ThePlatform().exchanges.back().response;
     const auto begin = answer.begin() + (smm_.IsSecondGeneration() ? 2 : 0);
     return IsAlphanumericText(std::string(begin, begin + 4));
   }
@@ -142,76 +147,44 @@ class Queries {
   }
 
   void SerialNumber() {
-    One(
-        kBefore, [&](std::string& text) { return inventory_.GetSmmSN(text); },
-        [&](const std::string&) {
-          return StatusOfTrimmed(smm_, 0xB0, {0x05, 0x01}, 2, 1);
-        },
-        [](const std::string& text) {
-          Require(IsPrintable(text), "a serial number is printable");
-          Require(text.empty() || (text.front() != ' ' && text.back() != ' '),
-                  "a serial number has no outer blanks");
-        });
+    ExpectTrimmed<std::string>(0xB0, {0x05, 0x01}, 2, 1, [](const std::string& text) {
+      Require(IsPrintable(text), "a serial number is printable");
+      Require(text.empty() || (text.front() != ' ' && text.back() != ' '),
+              "a serial number has no outer blanks");
+    });
   }
 
   void Version() {
-    One(
-        kBefore, [&](std::string& text) { return inventory_.GetSmmVersion(text); },
-        [&](const std::string&) { return StatusOfTrimmed(smm_, 0xA8, {}, 1, 6); },
-        [](const std::string& text) { Require(IsSmmVersion(text), "a version has its form"); });
+    ExpectTrimmed<std::string>(0xA8, {}, 1, 6, [](const std::string& text) {
+      Require(IsSmmVersion(text), "a version has its form");
+    });
   }
 
   void Name() {
-    One(
-        kBefore, [&](std::string& text) { return inventory_.GetSmmName(text); },
-        [&](const std::string&) {
-          return StatusOfTrimmed(smm_, 0xB0, {0x05, 0x0B}, 2, 1);
-        },
-        [](const std::string& text) { Require(IsPrintable(text), "a name is printable"); });
+    ExpectTrimmed<std::string>(0xB0, {0x05, 0x0B}, 2, 1, [](const std::string& text) {
+      Require(IsPrintable(text), "a name is printable");
+    });
   }
 
-  void ChassisPower() {
-    One(
-        ChassisPowerCon{kBefore, kBefore, kBefore},
-        [&](ChassisPowerCon& power) { return inventory_.GetChassisPowerConsumption(power); },
-        [&](const ChassisPowerCon&) {
-          return StatusOfTrimmed(smm_, 0x98, ChassisSelector(), 1, 6);
-        },
-        CheckChassisPower);
-  }
+  void ChassisPower() { ExpectTrimmed(0x98, ChassisSelector(), 1, 6, CheckChassisPower); }
 
-  void PowerCap() {
-    One(
-        ChassisPowerCap{kBefore, kBefore, kBefore, kBefore, kBefore},
-        [&](ChassisPowerCap& cap) { return inventory_.GetChassisPowerCap(cap); },
-        [&](const ChassisPowerCap&) {
-          return StatusOfTrimmed(smm_, 0x9D, ChassisSelector(), 1, 10);
-        },
-        CheckPowerCap);
-  }
+  void PowerCap() { ExpectTrimmed(0x9D, ChassisSelector(), 1, 10, CheckPowerCap); }
 
   void NodePower() {
-    One(
-        ChassisPowerCon{kBefore, kBefore, kBefore},
-        [&](ChassisPowerCon& power) { return inventory_.GetNodePowerConsumption(Node(), power); },
-        [&](const ChassisPowerCon&) { return StatusOfNodeQuery(smm_, 0x98, Node(), 6, 255); },
-        CheckNodePower);
+    ExpectOne([&] { return StatusOfNodeQuery(smm_, 0x98, Node(), 6, 255); }, CheckNodePower);
   }
 
   void NodeState() {
     const std::size_t most = smm_.IsSecondGeneration() ? 5 : 4;
-    One(
-        NodeStatus{kBefore, kBefore, kBefore, -1},
-        [&](NodeStatus& status) { return inventory_.GetNodeStatus(Node(), status); },
-        [&](const NodeStatus&) { return StatusOfNodeQuery(smm_, 0xA7, Node(), 4, most); },
-        CheckNodeStatus);
+    ExpectOne([&] { return StatusOfNodeQuery(smm_, 0xA7, Node(), 4, most); }, CheckNodeStatus);
   }
 
   void Selection() {
-    const int status = OutcomeOf([&] { return inventory_.SelectPSU(argument_); });
+    Output nothing;
+    const int status = Call(nothing);
     Exchange last;
     int expected = StatusOfRepeated(smm_, 0xF4, SelectionData(smm_, argument_), last);
-    if (expected == 0 && (last.completionCode != 0 || last.answer.empty())) {
+    if (expected == 0 && (last.completionCode != 0 || last.response.empty())) {
       expected = 4;
     }
     Require(status == expected, "a selection returns what its last answer stands for");
@@ -219,10 +192,10 @@ class Queries {
 
   /// Writes its record on one failure, too, and not on every success.
   void Status() {
-    SMMStatus record{-1, -1};
-    SMMStatus expected = record;
+    Output record = SMMStatus{-1, -1};
+    SMMStatus expected{-1, -1};
     const unsigned long nodes = inventory_.GetNodeNub();
-    const int status = OutcomeOf([&] { return inventory_.GetSMMStatus(record); });
+    const int status = Call(record);
     Require(status == StatusOfStatusRead(smm_, expected),
             "a status read returns what its last answer stands for");
     Require(Text(record) == Text(expected), "a status read writes what its last answer says");
@@ -232,8 +205,9 @@ class Queries {
 
   void Fans() {
     const PSUFanSpeed before{kBefore, kBefore, kBefore, kBefore, kBefore, kBefore};
-    std::vector<PSUFanSpeed> fans = {before};
-    const int status = OutcomeOf([&] { return inventory_.GetPSUFanSpeed(fans); });
+    Output output = std::vector<PSUFanSpeed>{before};
+    const int status = Call(output);
+    const auto& fans = std::get<std::vector<PSUFanSpeed>>(output);
     Slots slots;
     Require(status == StatusOfFans(smm_, slots), "a fan query returns what its answers stand for");
     Require(fans.size() == 1 + slots.size() && Text(fans[0]) == Text(before),
@@ -246,8 +220,9 @@ class Queries {
 
   void Firmware() {
     const PSUFwInfo before{kBefore, kBefore, kBefore, kBefore, kBefore};
-    std::vector<PSUFwInfo> firmware = {before};
-    const int status = OutcomeOf([&] { return inventory_.GetPSUFwInfo(firmware); });
+    Output output = std::vector<PSUFwInfo>{before};
+    const int status = Call(output);
+    const auto& firmware = std::get<std::vector<PSUFwInfo>>(output);
     Slots slots;
     Require(status == StatusOfFirmware(smm_, slots),
             "a firmware query returns what its answers stand for");
@@ -265,12 +240,13 @@ class Queries {
 
   void PsuFlags() {
     const PSUStatus before{kBefore, kBefore, kBefore, kBefore};
-    std::vector<PSUStatus> psus = {before};
-    const int status = OutcomeOf([&] { return inventory_.GetPSUStatus(psus); });
+    Output output = std::vector<PSUStatus>{before};
+    const int status = Call(output);
+    const auto& psus = std::get<std::vector<PSUStatus>>(output);
     const int expected = StatusOfTrimmed(smm_, 0x91, {}, 0, 6);
     Require(status == expected, "a flag query returns what its answer stands for");
     if (status != 0 && status != 3) {
-      Require(TextOfAll(psus) == Text(before), "flags stay as they were when nothing was sent");
+      Require(Text(psus) == Text(before), "flags stay as they were when nothing was sent");
       return;
     }
     Require(psus.size() == smm_.psuSlotCount, "every slot has its flags");
@@ -283,11 +259,11 @@ class Queries {
     }
   }
 
-  void Register(std::size_t operation) {
+  void Register(std::size_t which) {
     if constexpr (std::is_same_v<Inventory, Implementation>) {
-      if (operation == 13) {
+      if (which == 0) {
         RegisterOf(&SMMInventoryImpl::GetPSUVersion, StatusOfVersions);
-      } else if (operation == 14) {
+      } else if (which == 1) {
         RegisterOf(&SMMInventoryImpl::GetPSUManufacture, StatusOfManufacturers);
       } else {
         RegisterOf(&SMMInventoryImpl::GetPSUPosition, StatusOfPositions);
@@ -317,8 +293,56 @@ class Queries {
 
   Inventory& inventory_;
   const SmmModel& smm_;
+  const Double::Operation<Inventory>* operation_ = nullptr;
   std::int16_t argument_ = 0;
 };
+
+/// Leaves no more attempts to connect than are configured, and no answer without a connection.
+Exchange Attempted(Exchange exchange) {
+  const auto attempts = static_cast<std::size_t>(std::max(ThePlatform().connectAttempts, 0));
+  if (exchange.connectResults.size() > attempts) {
+    exchange.connectResults.resize(attempts);
+  }
+  if (attempts == 0) {
+    exchange.connectException = nullptr;
+  }
+  if (!exchange.Connects()) {
+    exchange.response.clear();
+    exchange.completionCode = 0xFF;
+  }
+  return exchange;
+}
+
+/// How an exchange goes. The first byte says it of the connection: below 0xC0 it connects at once;
+/// below 0xE0 it does after 1 to 8 failures that are worth retrying; below 0xF0 it fails for good;
+/// below 0xF8 it connects and no answer comes; below 0xFC connect() throws; from there on send()
+/// does. Where an answer comes, its completion code, its length and its bytes follow.
+Exchange MakeUpExchange() {
+  Exchange exchange;
+  const std::uint8_t link = theInput.Byte();
+  if (link >= 0xC0 && link < 0xE0) {
+    exchange.connectResults.assign(1U + link % 8U, 3);
+    exchange.connectResults.push_back(0);
+  } else if (link >= 0xE0 && link < 0xF0) {
+    const int result = link % 16;
+    exchange.connectResults = {result == 0 || result == 3 ? -1 : result};
+  } else if (link >= 0xF8 && link < 0xFC) {
+    exchange.connectResults = {-1};
+    exchange.connectException = std::make_exception_ptr(PlatformFault());
+  }
+  exchange = Attempted(exchange);
+  if (exchange.Connects() && link >= 0xFC) {
+    exchange.sendException = std::make_exception_ptr(PlatformFault());
+  }
+  if (exchange.Connects() && link < 0xF0) {
+    exchange.completionCode = theInput.Byte();
+    exchange.response = theInput.Bytes(theInput.Byte());
+  } else {
+    exchange.completionCode = 0xFF;
+    exchange.sendResult = -1;
+  }
+  return exchange;
+}
 
 /// What every exchange of the construction gets as answer; nothing when the input makes it up.
 std::optional<Bytes> ConstructionAnswer(std::uint8_t choice) {
@@ -342,10 +366,9 @@ std::optional<Bytes> ConstructionAnswer(std::uint8_t choice) {
 
 /// What construction is to find out. Returns what its status read returns, or that it throws.
 int ConstructionOutcome(SmmModel& smm) {
-  const Conversation& conversation = TheConversation();
-  const int kind = conversation.settings.connectionKind;
+  const int kind = ThePlatform().expectedSettings.connectionKind;
   smm.admitsExchanges = kind == 1 || kind == 7;
-  smm.smmType = conversation.knowsSmmType ? conversation.smmType : 0;
+  smm.smmType = ThePlatform().smmType.value_or(0);
   const int status = StatusOfStatusRead(smm, smm.status);
   if (status == 0) {
     smm.psuSlotCount = static_cast<std::uint64_t>(smm.status.psuSlotCount);
@@ -358,11 +381,11 @@ template <typename Inventory>
 void RunQueries(Inventory& inventory, const SmmModel& smm) {
   constexpr int kMostQueries = 8;
   Queries<Inventory> queries(inventory, smm);
-  FuzzInput& input = TheConversation().input;
-  for (int count = 0; count < kMostQueries && (count == 0 || !input.AtEnd()); ++count) {
-    const std::size_t operation = input.Byte() % kOperations.size();
-    const int low = input.Byte();
-    queries.Run(operation, static_cast<std::int16_t>(low + 256 * input.Byte()));
+  const std::size_t places = Double::Operations<Inventory>().size() + queries.kRegisters;
+  for (int count = 0; count < kMostQueries && (count == 0 || !theInput.AtEnd()); ++count) {
+    const std::size_t place = theInput.Byte() % places;
+    const int low = theInput.Byte();
+    queries.Run(place, static_cast<std::int16_t>(low + 256 * theInput.Byte()));
   }
 }
 
@@ -383,7 +406,7 @@ template <typename Inventory>
 void RunObject(const std::optional<std::uint64_t>& slotCount) {
   std::optional<Inventory> inventory;
   const int outcome = OutcomeOf([&] {
-    inventory.emplace(TheConversation().settings);
+    inventory.emplace(ThePlatform().expectedSettings);
     return 0;
   });
   SmmModel smm;
@@ -395,34 +418,30 @@ void RunObject(const std::optional<std::uint64_t>& slotCount) {
   }
   Require(inventory->GetNodeNub() == smm.nodeCount, "construction counts the nodes");
   CompareMembers(*inventory, smm, slotCount);
-  TheConversation().fixedAnswer.reset();
+  ThePlatform().everyExchange.reset();
   RunQueries(*inventory, smm);
 }
 
-TavrinConnection::ConnectionInfo SettingsOfKind(std::int32_t connectionKind) {
-  TavrinConnection::ConnectionInfo settings;
-  settings.address = "192.0.2.17";
-  settings.port = 9623;
-  settings.userName = "operator-7";
-  settings.password = "correct horse";
-  settings.connectionKind = connectionKind;
-  return settings;
-}
-
-void RunConversation(const FuzzInput& bytes) {
-  Conversation& conversation = TheConversation();
-  conversation = Conversation{};
-  conversation.input = bytes;
-  FuzzInput& input = conversation.input;
-  conversation.smmType = input.OneOf<std::int32_t>({0, 1, 7, -1});
-  conversation.knowsSmmType = conversation.smmType != -1;
-  conversation.fixedAnswer = ConstructionAnswer(input.Byte());
+void RunConversation() {
+  Double::Platform& platform = ThePlatform();
+  platform = {};
+  platform.improvise = MakeUpExchange;
+  const auto smmType = theInput.OneOf<std::int32_t>({0, 1, 7, -1});
+  platform.smmType = smmType == -1 ? std::nullopt : std::optional(smmType);
+  platform.smmTypeResult = platform.smmType ? 0 : -1;
+  const std::optional<Bytes> constructionAnswer = ConstructionAnswer(theInput.Byte());
   const auto slotCount =
-      input.OneOf<std::optional<std::uint64_t>>({std::nullopt, 0, 1, 2, 6, 9, 33});
-  conversation.logThreshold = input.OneOf<unsigned int>({4, 0, 1, 2, 3});
-  conversation.settings = SettingsOfKind(input.OneOf<std::int32_t>({7, 1, 0, 3, -1}));
-  conversation.connectAttempts = input.OneOf<int>({3, 1, 2, 8, 0, -1});
-  if (input.Byte() % 2 == 0) {
+      theInput.OneOf<std::optional<std::uint64_t>>({std::nullopt, 0, 1, 2, 6, 9, 33});
+  platform.logThreshold = theInput.OneOf<unsigned int>({4, 0, 1, 2, 3});
+  platform.expectedSettings = Double::TestSettings();
+  platform.expectedSettings.connectionKind = theInput.OneOf<std::int32_t>({7, 1, 0, 3, -1});
+  platform.connectAttempts = theInput.OneOf<int>({3, 1, 2, 8, 0, -1});
+  if (constructionAnswer) {
+    platform.everyExchange.emplace();
+    platform.everyExchange->response = *constructionAnswer;
+    platform.everyExchange = Attempted(*platform.everyExchange);
+  }
+  if (theInput.Byte() % 2 == 0) {
     RunObject<SMMInventory>(slotCount);
   } else {
     RunObject<Implementation>(slotCount);
@@ -433,6 +452,7 @@ void RunConversation(const FuzzInput& bytes) {
 }  // namespace Tavrin::Fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  Tavrin::Fuzz::RunConversation(Tavrin::Fuzz::FuzzInput(bytes, size));
+  Tavrin::Fuzz::theInput = Tavrin::Fuzz::FuzzInput(bytes, size);
+  Tavrin::Fuzz::RunConversation();
   return 0;
 }

@@ -29,7 +29,7 @@ int StatusOfRegister(const SmmModel& smm, ExchangeCursor& cursor, std::uint8_t r
 }  // namespace
 
 ExchangeCursor::~ExchangeCursor() {
-  Require(position_ == TheConversation().exchanges.size(),
+  Require(position_ == Double::ThePlatform().exchanges.size(),
           "no more requests are sent than are needed");
 }
 
@@ -37,15 +37,15 @@ int ExchangeCursor::Next(std::uint8_t netFn, std::uint8_t command, const Bytes& 
   if (!smm_.admitsExchanges) {
     return 1;
   }
-  Require(position_ < TheConversation().exchanges.size(), "every request that is needed is sent");
-  last = TheConversation().exchanges[position_++];
-  Require(!last.connected || (last.request.netFn == netFn && last.request.cmd == command &&
-                              last.request.data == data),
+  Require(position_ < Double::ThePlatform().exchanges.size(),
+          "every request that is needed is sent");
+  last = Double::ThePlatform().exchanges[position_++];
+  Require(!last.Connects() || (last.netFn == netFn && last.command == command && last.data == data),
           "a request says what its query asks for");
-  if (last.faulted) {
+  if (last.connectException || last.sendException) {
     return kRaisesPlatformFault;
   }
-  return last.connected ? 0 : 2;
+  return last.Connects() ? 0 : 2;
 }
 
 int StatusOfTrimmed(const SmmModel& smm, std::uint8_t command, const Bytes& data,
@@ -55,7 +55,7 @@ int StatusOfTrimmed(const SmmModel& smm, std::uint8_t command, const Bytes& data
     return status;
   }
   const std::size_t removed = smm.IsSecondGeneration() ? prefix : 0;
-  if (cursor.last.answer.size() < removed) {
+  if (cursor.last.response.size() < removed) {
     return kRaisesBadAlloc;
   }
   return cursor.IsGood(removed + minimumLength) ? 0 : 3;
@@ -70,7 +70,7 @@ int StatusOfNodeQuery(const SmmModel& smm, std::uint8_t command, unsigned long n
   if (const int status = cursor.Next(0x32, command, {LowByte(node)}); status != 0) {
     return status;
   }
-  return cursor.IsGood(fewest) && cursor.last.answer.size() <= most ? 0 : 3;
+  return cursor.IsGood(fewest) && cursor.last.response.size() <= most ? 0 : 3;
 }
 
 int StatusOfRepeated(const SmmModel& smm, std::uint8_t command, const Bytes& data, Exchange& last) {
@@ -80,12 +80,13 @@ int StatusOfRepeated(const SmmModel& smm, std::uint8_t command, const Bytes& dat
   int status = 0;
   for (; pauses < 6; ++pauses) {
     status = cursor.Next(0x32, command, data);
-    const bool isAcknowledged = cursor.last.answer.size() == 1 && cursor.IsGood(1);
+    const bool isAcknowledged = cursor.last.response.size() == 1 && cursor.IsGood(1);
     if (status == kRaisesPlatformFault || isAcknowledged) {
       break;
     }
   }
-  Require(TheConversation().pauses == pauses, "a pause follows each attempt in vain");
+  Require(Double::ThePlatform().pauses == std::vector<unsigned int>(pauses, 3),
+          "a pause of three seconds follows each attempt in vain");
   last = cursor.last;
   return status == kRaisesPlatformFault ? status : 0;
 }
@@ -95,12 +96,12 @@ int StatusOfStatusRead(const SmmModel& smm, SMMStatus& status) {
   if (StatusOfRepeated(smm, 0xA8, {}, last) == kRaisesPlatformFault) {
     return kRaisesPlatformFault;
   }
-  if (last.answer.size() >= 14) {
-    const bool is253 = last.answer[0] == 0xFD;
+  if (last.response.size() >= 14) {
+    const bool is253 = last.response[0] == 0xFD;
     status.platformId = is253 ? 253 : 254;
-    status.psuSlotCount = !is253 ? 2 : last.answer[13] == 0x03 ? 9 : 6;
+    status.psuSlotCount = !is253 ? 2 : last.response[13] == 0x03 ? 9 : 6;
   }
-  return last.completionCode == 0 && !last.answer.empty() ? 0 : 4;
+  return last.completionCode == 0 && !last.response.empty() ? 0 : 4;
 }
 
 Bytes SelectionData(const SmmModel& smm, int psu) {

@@ -6,14 +6,18 @@
 #include <vector>
 
 #include "module/smm/smm_inventory/InventoryRecords.h"
-#include "tests/fuzz/ConversationDouble.h"
+#include "tests/doubles/PlatformDouble.h"
 
 namespace Tavrin::Fuzz {
 
 // What the queries are to return, said once more in the plainest way, from the conversation that
 // they had.
 
-using Bytes = std::vector<std::uint8_t>;
+using Double::Bytes;
+using Double::Exchange;
+
+/// What a fuzzed platform throws, where a platform library may throw anything.
+struct PlatformFault {};
 
 /// What stands for the status of an operation that throws instead of returning one.
 constexpr int kRaisesBadAlloc = -1;
@@ -42,7 +46,7 @@ class ExchangeCursor {
   int Next(std::uint8_t netFn, std::uint8_t command, const Bytes& data);
 
   [[nodiscard]] bool IsGood(std::size_t minimumLength) const {
-    return last.completionCode == 0 && last.answer.size() >= minimumLength;
+    return last.completionCode == 0 && last.response.size() >= minimumLength;
   }
 
   Exchange last;

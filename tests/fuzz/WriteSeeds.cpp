@@ -2,7 +2,6 @@
 // from: one file each in the folders queries, decoders and parsers of the directory named.
 // usage: write_seeds DIRECTORY
 
-#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -10,7 +9,7 @@
 #include <string>
 
 #include "tests/answers/AnswerFile.h"
-#include "tests/fuzz/Operations.h"
+#include "tests/doubles/Operations.h"
 
 namespace Tavrin::Fuzz {
 namespace {
@@ -27,9 +26,10 @@ void Write(const fs::path& path, const Bytes& bytes) {
              static_cast<std::streamsize>(bytes.size()));
 }
 
-std::uint8_t OperationIndex(const std::string& name) {
-  const auto* const found = std::find(kOperations.begin(), kOperations.end(), name);
-  return static_cast<std::uint8_t>(found - kOperations.begin());
+std::uint8_t PlaceOf(const std::string& operation) {
+  const auto& operations = Double::Operations<SMMInventory>();
+  return static_cast<std::uint8_t>(&Double::OperationNamed<SMMInventory>(operation) -
+                                   operations.data());
 }
 
 /// What stands in front of the exchanges; see FuzzQueries.cpp for the places in its lists.
@@ -45,7 +45,7 @@ Bytes QueryHeader(const AnswerFile& file) {
           0,
           0,
           1,
-          OperationIndex(file.operation),
+          PlaceOf(file.operation),
           static_cast<std::uint8_t>(argument % 256),
           static_cast<std::uint8_t>(argument / 256)};
 }

@@ -12,34 +12,17 @@
 
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/IpmiClient.h"
-
-// Takes the place of the C library's, so that the pauses of construction take no time.
-extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }
+#include "tests/doubles/Operations.h"
 
 namespace Tavrin {
 namespace {
 
 void AskEverything(const TavrinConnection::ConnectionInfo& info) {
   SMMInventory inventory(info);
-  std::string text;
-  inventory.GetSmmMT(text);
-  inventory.GetSmmSN(text);
-  inventory.GetSmmVersion(text);
-  inventory.GetSmmName(text);
-  ChassisPowerCon power;
-  inventory.GetChassisPowerConsumption(power);
-  inventory.GetNodePowerConsumption(1, power);
-  ChassisPowerCap caps;
-  inventory.GetChassisPowerCap(caps);
-  NodeStatus node;
-  inventory.GetNodeStatus(1, node);
-  std::vector<PSUFanSpeed> fans;
-  inventory.GetPSUFanSpeed(fans);
-  std::vector<PSUFwInfo> firmware;
-  inventory.GetPSUFwInfo(firmware);
-  std::vector<PSUStatus> flags;
-  inventory.GetPSUStatus(flags);
-  inventory.SelectPSU(1);
+  for (const auto& operation : Double::Operations<SMMInventory>()) {
+    Double::Output output = operation.fresh;
+    operation.call(inventory, 1, output);
+  }
 }
 
 void AskThroughClient(const TavrinConnection::ConnectionInfo& info) {

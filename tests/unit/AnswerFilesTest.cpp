@@ -5,8 +5,7 @@
 #include <iterator>
 #include <set>
 
-#include "tests/unit/InventoryDouble.h"
-#include "tests/unit/Operations.h"
+#include "tests/unit/InventoryTest.h"
 
 namespace Tavrin::Double {
 namespace {
@@ -45,7 +44,7 @@ class AnswerFiles : public InventoryTest,
                       {exchange.answer.begin() + 1, exchange.answer.end()}, exchange.answer.at(0));
       platform.script.back().filling = filling;
     }
-    return Operations().at(file.operation)(inventory, file.argument);
+    return Ask(file.operation, file.argument);
   }
 
   static std::string Expected() {
@@ -72,8 +71,8 @@ TEST(AnswerFolder, EveryOperationHasAnswers) {
     folders.insert(path.parent_path().filename());
   }
   std::set<std::string> operations;
-  for (const auto& [name, operation] : Operations()) {
-    operations.insert(name);
+  for (const Operation<Implementation>& operation : Operations<Implementation>()) {
+    operations.insert(operation.name);
   }
   EXPECT_EQ(folders, operations);
 }

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "module/smm/smm_inventory/StatusCode.h"
-#include "tests/unit/InventoryDouble.h"
+#include "tests/unit/InventoryTest.h"
 
 namespace Tavrin {
 namespace {
@@ -95,14 +95,13 @@ TEST_F(Construction, CountsAreStoredBehindTheSuccessLineAndThePlatformIdBeforeIt
 
 TEST_F(Construction, SmmTypeIsTakenAsReportedWhateverTheResult) {
   for (const int type : {0, 1, 7, -1}) {
-    Double::ResetPlatform();
-    platform.expectedSettings = TestSettings();
+    StartAnew();
     platform.smmType = type;
     platform.smmTypeResult = 5;
     platform.ExpectStatusReads(1, {0x01});
     const SMMInventoryImpl inventory(TestSettings());
     EXPECT_EQ(static_cast<int>(inventory.smmType), type);
-    Double::ExpectScriptPlayed();
+    ExpectScriptPlayed();
   }
 }
 

@@ -10,7 +10,7 @@
 #include "module/smm/smm_inventory/impl/SMMInventoryImpl.h"
 #include "platform/GlobalConfig.h"
 #include "platform/Log.h"
-#include "tests/unit/PlatformDouble.h"
+#include "tests/unit/PlatformTest.h"
 
 // Callers, and the libraries behind the platform, were compiled with these types: which members a
 // record has, in which order and of which width. The compiler checks all but the last test.

@@ -5,7 +5,7 @@
 #include <ctime>
 #include <vector>
 
-#include "tests/unit/InventoryDouble.h"
+#include "tests/unit/InventoryTest.h"
 
 namespace Tavrin {
 namespace {

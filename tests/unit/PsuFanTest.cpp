@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "module/smm/smm_inventory/StatusCode.h"
-#include "tests/unit/InventoryDouble.h"
+#include "tests/unit/InventoryTest.h"
 
 namespace Tavrin {
 namespace {

@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/PlatformDouble.h"
+#include "tests/doubles/AllocationCount.h"
+#include "tests/unit/PlatformTest.h"
 
 namespace Tavrin {
 namespace {
@@ -200,9 +201,10 @@ TEST_F(Facade, CopiesShareOneImplementationBeyondTheFirst) {
 
 TEST_F(Facade, CountOfTheOwnersIsAllocatedApartAndLast) {
   platform.ExpectStatusReads(1, {0x01});
+  AllocationCount atRelease;
+  platform.onRelease = [&] { atRelease = AllocationsSoFar(); };
   const SMMInventory inventory(TestSettings());
-  const AllocationCount allocations = AllocationsSoFar();
-  EXPECT_EQ(allocations.allocations - platform.allocationsAtRelease.allocations, 1U);
+  EXPECT_EQ(AllocationsSoFar().allocations - atRelease.allocations, 1U);
 }
 
 TEST_F(Facade, DestructionSendsNothing) {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/unit/PlatformDouble.h"
+#include "tests/unit/PlatformTest.h"
 
 namespace Tavrin {
 namespace {

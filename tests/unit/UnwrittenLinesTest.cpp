@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "benchmarks/support/AllocationCount.h"
 #include "module/smm/smm_inventory/StatusCode.h"
-#include "tests/unit/InventoryDouble.h"
+#include "tests/doubles/AllocationCount.h"
+#include "tests/unit/InventoryTest.h"
 
 namespace Tavrin {
 namespace {

@@ -80,7 +80,7 @@ TEST_P(EveryEnclosure, GivesMachineTypeAndSerialNumberOfItsModel) {
 
 TEST_P(EveryEnclosure, IsDetectedWithinSixAttempts) {
   SMMInventory inventory(SettingsOf(simulator));
-  EXPECT_THAT(Pauses(), ElementsAre(3, 3, 3, 3, 3, 3));
+  EXPECT_THAT(pauses, ElementsAre(3, 3, 3, 3, 3, 3));
   EXPECT_EQ(inventory.GetNodeNub(), GetParam().nodeCount);
 }
 

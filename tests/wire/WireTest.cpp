@@ -1,23 +1,25 @@
 #include "tests/wire/WireTest.h"
 
 #include "platform/standalone/globalconfig/ConfigControl.h"
+#include "tests/doubles/Pauses.h"
 
 namespace Tavrin {
 
-std::vector<unsigned int>& Pauses() {
-  static std::vector<unsigned int> pauses;
-  return pauses;
-}
-
 WireTest::WireTest() {
-  Pauses().clear();
+  Double::OnPause([this](unsigned int seconds) {
+    pauses.push_back(seconds);
+    return 0U;
+  });
   Standalone::SetGlobalConfigValue("IPMI_WORKAROUND_FLAGS", 16);
   Standalone::SetGlobalConfigValue("IPMI_SESSION_TIMEOUT_MS", 1000);
   Standalone::SetMinLogLevel(2);
   Standalone::SetLogLineHandler([this](const Standalone::LogLine& line) { lines.push_back(line); });
 }
 
-WireTest::~WireTest() { Standalone::SetLogLineHandler({}); }
+WireTest::~WireTest() {
+  Standalone::SetLogLineHandler({});
+  Double::OnPause({});
+}
 
 std::string WireTest::LogText() const {
   std::string text;
@@ -28,8 +30,3 @@ std::string WireTest::LogText() const {
 }
 
 }  // namespace Tavrin
-
-extern "C" unsigned int sleep(unsigned int seconds) {
-  Tavrin::Pauses().push_back(seconds);
-  return 0;
-}

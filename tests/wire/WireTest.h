@@ -10,9 +10,6 @@
 
 namespace Tavrin {
 
-/// The pauses that the library asked for, in seconds; they are counted, not waited.
-std::vector<unsigned int>& Pauses();
-
 /// A test over the wire. Sessions open with the workaround that the simulator needs, and silence is
 /// noticed after a second; log lines of levels 1 and 2 are collected.
 class WireTest : public ::testing::Test {
@@ -24,6 +21,7 @@ class WireTest : public ::testing::Test {
   std::string LogText() const;
 
   std::vector<Standalone::LogLine> lines;
+  std::vector<unsigned int> pauses;  ///< Those that the library asked for, in seconds.
 };
 
 }  // namespace Tavrin

@@ -1,4 +1,4 @@
-#include "tests/unit/InventoryDouble.h"
+#include "tests/unit/InventoryTest.h"
 
 #include <map>
 #include <new>
@@ -124,6 +124,18 @@ void InventoryTest::ExpectExchangeStatusesHandedOn(const std::function<int()>& o
   platform.ExpectConnectFailures({5});
   EXPECT_EQ(operation(), StatusCode::NotConnected);
   EXPECT_THAT(platform.lines, ::testing::ElementsAre(Line{1, "connect failed with error:5"}));
+}
+
+std::string InventoryTest::Ask(const std::string& operation, int argument) {
+  const auto& asked = OperationNamed<Implementation>(operation);
+  Output output = Marked(asked.fresh);
+  std::string status;
+  try {
+    status = "status " + std::to_string(asked.call(inventory, argument, output));
+  } catch (const std::bad_alloc&) {
+    status = "raises std::bad_alloc";
+  }
+  return status + '\n' + Text(output);
 }
 
 }  // namespace Tavrin::Double

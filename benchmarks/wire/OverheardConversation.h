@@ -19,13 +19,13 @@ struct RoundTrip {
 };
 
 /// What clients and a controller say to each other through a relay, as the datagrams tell it.
-class Conversation {
+class OverheardConversation {
  public:
   /// Begins to take down all that passes the relay, which has to live longer.
-  explicit Conversation(Relay& relay);
-  ~Conversation();
-  Conversation(const Conversation&) = delete;
-  Conversation& operator=(const Conversation&) = delete;
+  explicit OverheardConversation(Relay& relay);
+  ~OverheardConversation();
+  OverheardConversation(const OverheardConversation&) = delete;
+  OverheardConversation& operator=(const OverheardConversation&) = delete;
 
   std::size_t Datagrams() const;
   std::vector<RoundTrip> RoundTrips() const;

@@ -1,4 +1,4 @@
-#include "benchmarks/wire/Conversation.h"
+#include "benchmarks/wire/OverheardConversation.h"
 
 #include <optional>
 
@@ -98,7 +98,7 @@ std::string PurposeOf(const Bytes& datagram) {
 
 }  // namespace
 
-Conversation::Conversation(Relay& relay) : relay_(relay) {
+OverheardConversation::OverheardConversation(Relay& relay) : relay_(relay) {
   // A fault that passes everything on: the relay shows it each datagram.
   relay_.Break([this](const Datagram& datagram) {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -107,14 +107,14 @@ Conversation::Conversation(Relay& relay) : relay_(relay) {
   });
 }
 
-Conversation::~Conversation() { relay_.Heal(); }
+OverheardConversation::~OverheardConversation() { relay_.Heal(); }
 
-std::size_t Conversation::Datagrams() const {
+std::size_t OverheardConversation::Datagrams() const {
   const std::lock_guard<std::mutex> lock(mutex_);
   return datagrams_.size();
 }
 
-std::vector<RoundTrip> Conversation::RoundTrips() const {
+std::vector<RoundTrip> OverheardConversation::RoundTrips() const {
   const std::lock_guard<std::mutex> lock(mutex_);
   std::vector<RoundTrip> trips;
   for (const Datagram& datagram : datagrams_) {
@@ -127,7 +127,7 @@ std::vector<RoundTrip> Conversation::RoundTrips() const {
   return trips;
 }
 
-std::vector<IPMICOMMAND> Conversation::Commands() const {
+std::vector<IPMICOMMAND> OverheardConversation::Commands() const {
   const std::lock_guard<std::mutex> lock(mutex_);
   std::vector<IPMICOMMAND> commands;
   for (const Datagram& datagram : datagrams_) {

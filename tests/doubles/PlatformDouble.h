@@ -1,8 +1,6 @@
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <exception>
@@ -12,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "benchmarks/support/AllocationCount.h"
 #include "platform/ConnectionInfo.h"
 #include "platform/IpmiClient.h"
 #include "platform/SMMInfo.h"
@@ -26,8 +23,8 @@ using Bytes = std::vector<std::uint8_t>;
 enum class Filling { Replaces, ReplacesAllButTheCode, Appends, LeavesAlone };
 
 /// One conversation that the code under test is expected to have, over a client of its own. The
-/// client compares every byte of the request, and the test fails when one part is left over or one
-/// too many is asked for.
+/// client compares every byte of the request, and complains when one part is left over or one too
+/// many is asked for.
 struct Exchange {
   Bytes response;
   std::uint8_t completionCode = 0;
@@ -66,11 +63,18 @@ struct Wait {
   timespec until = {};
 };
 
-/// Everything behind the seam: what the test says will happen, and what did.
+/// Everything behind the seam: what is to happen, and what did. Exchanges come from one of four
+/// places: a table of answers, one exchange for all, a function that makes them up, or a script.
 struct Platform {
   // What will happen.
+  /// With it, every request gets this answer with completion code 0, every connection succeeds and
+  /// nothing else of this object is looked at but the threshold and the SMM type. Nothing is
+  /// checked or written down then, nor anything allocated, but what lines need; any number of
+  /// threads may call at once.
+  std::function<const Bytes&(const IPMICOMMAND&)> answerTo;
+  std::optional<Exchange> everyExchange;  ///< With one, any request goes.
+  std::function<Exchange()> improvise;    ///< Makes up each exchange, for any request.
   std::vector<Exchange> script;
-  std::optional<Exchange> everyExchange;  ///< With one, any request goes, and the script waits.
   TavrinConnection::ConnectionInfo expectedSettings;
   unsigned int logThreshold = 4;
   std::vector<unsigned int> laterThresholds;  ///< Taken by GetMinLogLevel() one by one, if any.
@@ -81,19 +85,20 @@ struct Platform {
   std::vector<SleepEnd> sleepEnds;  ///< Taken by sleep() one by one; then it returns 0.
   std::vector<int> waitResults;     ///< Taken by clock_nanosleep() one by one; then it returns 0.
   std::function<void(const Line&)> whileWritten = [](const Line&) {};  ///< Looks on at each line.
+  std::function<void()> onRelease = [] {};  ///< When the SMM information is released.
 
   // What did.
-  std::size_t exchangesBegun = 0;
+  std::vector<Exchange> exchanges;  ///< As they were begun, each with the request that was sent.
   std::vector<Line> lines;
   std::vector<unsigned int> lineNumbers;
   std::size_t thresholdReads = 0;
   std::vector<unsigned int> pauses;
   std::vector<Wait> waits;
   std::vector<std::string> events;
+  std::size_t exchangesScripted = 0;  ///< Those taken from the script.
   int openConnections = 0;
   const TavrinConnection::ConnectionInfo* settingsOfInformation = nullptr;
   const SMMIype* askedSmmType = nullptr;
-  AllocationCount allocationsAtRelease;  ///< When the SMM information was released.
 
   /// Adds one exchange that is expected, with the answer to it.
   void Expect(std::uint8_t netFn, std::uint8_t command, const Bytes& data, const Bytes& response,
@@ -108,35 +113,24 @@ struct Platform {
   void ForgetWhatHappened();
 };
 
-/// The one that the platform's functions work on; a fresh one for each test.
+/// The one that the platform's functions work on.
 Platform& ThePlatform();
-void ResetPlatform();
 
-/// Fails the test when the script was not played to its end.
-void ExpectScriptPlayed();
+/// Gets every complaint about the code under test. Until one is set, a complaint ends the program.
+void OnComplaint(void (*complain)(const std::string& text));
 
-/// Connection settings in which every field differs from its default and from every other.
+/// What one thread has had of the platform so far.
+struct Tally {
+  std::uint64_t exchanges = 0;  ///< Requests sent.
+  std::uint64_t lines = 0;      ///< Log objects constructed.
+};
+Tally& TallyOfThisThread();
+
+/// Connection settings in which every field differs from its default and from every other, and that
+/// admit exchanges.
 TavrinConnection::ConnectionInfo TestSettings();
 
 /// A 14-byte status answer in which every byte differs.
 Bytes StatusAnswer(std::uint8_t platformId, std::uint8_t enclosureType);
-
-/// A test with a platform of its own.
-class PlatformTest : public ::testing::Test {
- protected:
-  PlatformTest() {
-    ResetPlatform();
-    platform.expectedSettings = TestSettings();
-  }
-  void TearDown() override { ExpectScriptPlayed(); }
-
-  /// Runs the operation at each threshold from 0 to 4 and compares the lines it writes with those
-  /// of `linesAtThreshold4` that the threshold lets through. Each of them is to ask for the
-  /// threshold once, whether or not it is written.
-  void ExpectLines(const std::vector<Line>& linesAtThreshold4,
-                   const std::function<void()>& operation);
-
-  Platform& platform = ThePlatform();
-};
 
 }  // namespace Tavrin::Double

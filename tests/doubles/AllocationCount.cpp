@@ -1,4 +1,4 @@
-#include "benchmarks/support/AllocationCount.h"
+#include "tests/doubles/AllocationCount.h"
 
 #include <cstdlib>
 #include <new>

@@ -1,30 +1,15 @@
-#include "benchmarks/wire/SimulatedEnclosure.h"
+#include "benchmarks/wire/LargestEnclosure.h"
 
 #include <freeipmi/freeipmi.h>
 
-#include <atomic>
 #include <chrono>
 #include <thread>
 
 #include "platform/standalone/globalconfig/ConfigControl.h"
-
-namespace {
-
-std::atomic<unsigned int> pausedSeconds{0};
-std::atomic<bool> areWaitedFor{false};
-
-}  // namespace
-
-/// Takes the place of the C library's.
-extern "C" unsigned int sleep(unsigned int seconds) {
-  pausedSeconds += seconds;
-  if (areWaitedFor) {
-    std::this_thread::sleep_for(std::chrono::seconds(seconds));
-  }
-  return 0;
-}
+#include "tests/doubles/Pauses.h"
 
 namespace Tavrin {
+
 TavrinConnection::ConnectionInfo SettingsFor(std::uint16_t port) {
   TavrinConnection::ConnectionInfo settings;
   settings.address = "127.0.0.1";
@@ -40,8 +25,11 @@ void ConfigureForSimulator() {
                                    IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_OPEN_SESSION_PRIVILEGE);
 }
 
-unsigned int PausedSeconds() { return pausedSeconds; }
-
-void WaitForPauses() { areWaitedFor = true; }
+void WaitForPauses() {
+  Double::OnPause([](unsigned int seconds) {
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    return 0U;
+  });
+}
 
 }  // namespace Tavrin

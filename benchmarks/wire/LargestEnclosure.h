@@ -8,9 +8,9 @@
 namespace Tavrin {
 
 /// The largest enclosure that there is.
-class SimulatedEnclosure : public SimulatedSmm {
+class LargestEnclosure : public SimulatedSmm {
  public:
-  SimulatedEnclosure() : SimulatedSmm({"--generation", "2", "--platform", "253"}) {}
+  LargestEnclosure() : SimulatedSmm({"--generation", "2", "--platform", "253"}) {}
 };
 
 /// Where a simulated enclosure is found, and with what user.
@@ -19,10 +19,6 @@ TavrinConnection::ConnectionInfo SettingsFor(std::uint16_t port);
 /// Turns on FreeIPMI's open-session-privilege workaround, without which the simulator refuses
 /// sessions.
 void ConfigureForSimulator();
-
-/// How many seconds the pauses of all objects have added up to. They take no time until
-/// WaitForPauses() is called.
-unsigned int PausedSeconds();
 
 /// From now on pauses take their time.
 void WaitForPauses();

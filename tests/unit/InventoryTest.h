@@ -8,8 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "module/smm/smm_inventory/impl/SMMInventoryImpl.h"
-#include "tests/unit/PlatformDouble.h"
+#include "tests/doubles/Implementation.h"
+#include "tests/doubles/Operations.h"
+#include "tests/unit/PlatformTest.h"
 
 namespace Tavrin::Double {
 
@@ -74,12 +75,16 @@ class InventoryTest : public PlatformTest {
   /// of one that did not connect, and that it writes no line of its own.
   void ExpectExchangeStatusesHandedOn(const std::function<int()>& operation);
 
-  SMMInventoryImpl inventory;
+  /// Calls the operation with an output marked as Marked() does. Returns its status, and what the
+  /// output holds afterwards, as text.
+  std::string Ask(const std::string& operation, int argument);
+
+  Implementation inventory;
 
  private:
-  SMMInventoryImpl Construct() {
+  Implementation Construct() {
     platform.ExpectStatusReads(1, {0x01});
-    return SMMInventoryImpl(platform.expectedSettings);
+    return Implementation(platform.expectedSettings);
   }
 };
 
