@@ -6,7 +6,8 @@ namespace Tavrin {
 namespace Standalone {
 
 /// Sets a configuration value at run time. It wins over the environment variable of the key's name
-/// and takes effect on the next read. May be called from any thread.
+/// and takes effect on the next read. A value of the reading thread's own (ThreadConfig.h) wins
+/// over both. May be called from any thread.
 void SetGlobalConfigValue(const std::string& key, int value);
 
 }  // namespace Standalone

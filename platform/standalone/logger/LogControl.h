@@ -15,14 +15,15 @@ struct LogLine {
 };
 
 /// Sets the log threshold at run time: 0 off, 1 error, 2 warning, 3 info, 4 debug; a larger value
-/// counts as 4. Wins over the environment variable TAVRIN_LOG_LEVEL. May be called from any thread.
+/// counts as 4. Wins over the environment variable TAVRIN_LOG_LEVEL, and does not count for threads
+/// that have a log of their own (ThreadLog.h). May be called from any thread.
 void SetMinLogLevel(unsigned int level);
 
-/// Hands every line that is written from now on to `handler` instead of to standard error; an empty
-/// handler restores standard error. Calls of the handler are made one at a time, on the thread that
-/// wrote the line; the handler itself must not log nor call this, and what it throws is dropped.
-/// When the call returns, the handler before it is not running any more. May be called from any
-/// thread.
+/// Hands every line that is written from now on to `handler` instead of to standard error, but for
+/// those of threads that have a log of their own (ThreadLog.h); an empty handler restores standard
+/// error. Calls of the handler are made one at a time, on the thread that wrote the line; the
+/// handler itself must not log nor call this, and what it throws is dropped. When the call returns,
+/// the handler before it is not running any more. May be called from any thread.
 ///
 /// fork() waits for a call that is under way on another thread, so that the child can log: a thread
 /// must not call it while it holds what the handler may wait for.
