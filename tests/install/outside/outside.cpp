@@ -8,9 +8,6 @@
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/logger/LogControl.h"
 
-// Takes the place of the C library's, so that the pauses of construction take no time.
-extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }
-
 int main() {
   Tavrin::Standalone::SetGlobalConfigValue("SMM_TYPE", 0);
   Tavrin::TavrinConnection::ConnectionInfo info;
