@@ -14,9 +14,11 @@ if(POVEIXME_PLATFORM STREQUAL standalone)
   list(APPEND public_headers
     platform/SMMInfo.h
     platform/standalone/globalconfig/ConfigControl.h
+    platform/standalone/globalconfig/ThreadConfig.h
     platform/standalone/ipmi_client/ConnectResult.h
     platform/standalone/ipmi_client/LastExchange.h
     platform/standalone/logger/LogControl.h
+    platform/standalone/logger/ThreadLog.h
     platform/standalone/smmcommoninfo/LastDetection.h)
   list(APPEND installed_libraries ${platform_libraries})
 endif()

@@ -14,7 +14,9 @@
 #include "platform/GlobalConfig.h"
 #include "platform/Log.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
+#include "platform/standalone/globalconfig/ThreadConfig.h"
 #include "platform/standalone/logger/LogControl.h"
+#include "platform/standalone/logger/ThreadLog.h"
 #include "tests/platform/ScopedEnvironment.h"
 
 // Children that are forked while other threads log and configure. What they find locked stays so.
@@ -30,6 +32,16 @@ void UseConfiguration(int number) {
   Standalone::SetGlobalConfigValue(key, number);
   GetGlobalConfigValue(key, 0);
   GetGlobalConfigValue("PLATFORM_FORK_TEST_MALFORMED", 0);
+}
+
+/// Returns whether the thread's own value and handler hold.
+bool UseWhatIsTheThreadsOwn(int number) {
+  int lines = 0;
+  const Standalone::ThreadLog log(4, [&lines](const Standalone::LogLine& /*line*/) { ++lines; });
+  Standalone::ThreadConfig config({{"PLATFORM_FORK_TEST_OWN", -1}});
+  config.Set("PLATFORM_FORK_TEST_OWN", number);
+  LogOneLine();
+  return lines == 1 && GetGlobalConfigValue("PLATFORM_FORK_TEST_OWN", -1) == number;
 }
 
 /// Threads that do something over and over while they live.
@@ -140,6 +152,36 @@ TEST(Fork, ChildrenConfigureWhileThreadsDo) {
   const ScopedEnvironment malformed("PLATFORM_FORK_TEST_MALFORMED", "no");
   const Busy busy(3, [] { UseConfiguration(-1); });
   ExpectThatChildrenEnd(UseConfiguration);
+}
+
+TEST(Fork, ChildrenHaveALogAndValuesOfTheThreadWhileThreadsDo) {
+  const Busy busy(3, [] { UseWhatIsTheThreadsOwn(-1); });
+  ExpectThatChildrenEnd([](int number) { _exit(UseWhatIsTheThreadsOwn(number) ? 0 : 1); });
+}
+
+TEST(Fork, ChildKeepsTheLogAndValuesOfTheThreadThatForked) {
+  int lines = 0;
+  const Standalone::ThreadLog log(4, [&lines](const Standalone::LogLine& /*line*/) { ++lines; });
+  const Standalone::ThreadConfig config({{"PLATFORM_FORK_TEST_KEPT", 1}});
+  ExpectThatChildrenEnd([&lines](int /*number*/) {
+    LogOneLine();
+    _exit(lines == 1 && GetGlobalConfigValue("PLATFORM_FORK_TEST_KEPT", 0) == 1 ? 0 : 1);
+  });
+  EXPECT_EQ(lines, 0);
+}
+
+TEST(Fork, ThreadsHandlerMayForkAndBothSidesGoOn) {
+  int lines = 0;
+  pid_t process = -1;
+  const Standalone::ThreadLog log(
+      4, [&](const Standalone::LogLine& /*line*/) { process = ++lines == 1 ? fork() : process; });
+  LogOneLine();
+  LogOneLine();
+  if (process == 0) {
+    _exit(lines == 2 ? 0 : 1);
+  }
+  EXPECT_EQ(lines, 2);
+  EXPECT_TRUE(Ends(process));
 }
 
 TEST(Fork, HandlerMayForkAndBothSidesGoOn) {

@@ -70,6 +70,10 @@ TEST(LoggerThreshold, HandlerMayAskForItBeforeAMalformedValueWasReported) {
               MatchesRegex("1: TAVRIN_LOG_LEVEL is \"loud\"; [^\n]*\n1: handled\n"));
 }
 
+TEST(LoggerThreshold, MalformedValueIsNotLookedAtWhereAThreadHasItsOwn) {
+  EXPECT_EQ(RunShell("TAVRIN_LOG_LEVEL=loud " LOGGER_PROBE " thread 2>&1"), "3: handled\n");
+}
+
 TEST(LoggerSink, LineShowsTimeLevelSourceAndEscapedTextWithoutColours) {
   EXPECT_THAT(RunProbe("TAVRIN_LOG_LEVEL=0"),
               MatchesRegex("threshold 0\nagain 0\n"

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <limits>
+#include <map>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "platform/Log.h"
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
+#include "platform/standalone/globalconfig/ThreadConfig.h"
 
 namespace Tavrin {
 namespace {
@@ -55,6 +57,26 @@ std::optional<int> ValueSetAtRunTime(const std::string& key) {
   return entry != nullptr && entry->isSet ? std::optional<int>(entry->value) : std::nullopt;
 }
 
+using Values = std::map<std::string, int>;
+
+/// Values that hold on one thread, and those around them.
+struct NestedValues {
+  Values values;
+  const NestedValues* outer;
+};
+
+thread_local const NestedValues* innermostValues = nullptr;
+
+std::optional<int> ValueOfTheThread(const std::string& key) {
+  for (const NestedValues* nested = innermostValues; nested != nullptr; nested = nested->outer) {
+    const auto found = nested->values.find(key);
+    if (found != nested->values.end()) {
+      return found->second;
+    }
+  }
+  return std::nullopt;
+}
+
 /// Says once a key that the environment's value does not hold. On the error level, so that it is
 /// seen with the threshold that holds when nobody sets one.
 void ReportRejectedValue(const std::string& key, const char* text, int defaultValue) {
@@ -70,6 +92,9 @@ void ReportRejectedValue(const std::string& key, const char* text, int defaultVa
 }  // namespace
 
 int GetGlobalConfigValue(const std::string& key, int defaultValue) {
+  if (const std::optional<int> value = ValueOfTheThread(key)) {
+    return *value;
+  }
   if (const std::optional<int> value = ValueSetAtRunTime(key)) {
     return *value;
   }
@@ -91,6 +116,17 @@ void SetGlobalConfigValue(const std::string& key, int value) {
   entry.value = value;
   entry.isSet = true;
 }
+
+struct ThreadConfig::State : NestedValues {};
+
+ThreadConfig::ThreadConfig(Values values)
+    : state_(new State{{std::move(values), innermostValues}}) {
+  innermostValues = state_.get();
+}
+
+ThreadConfig::~ThreadConfig() { innermostValues = state_->outer; }
+
+void ThreadConfig::Set(const std::string& key, int value) { state_->values[key] = value; }
 
 }  // namespace Standalone
 }  // namespace Tavrin

@@ -1,15 +1,20 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 
 namespace Tavrin {
 namespace Standalone {
 
-/// Configuration values for the thread that makes this, for as long as it lives: they win over
-/// those of the process, so that two threads read two SMMs with different settings. May be nested
-/// on one thread; of several for one key the innermost holds. Is destroyed on the thread that made
-/// it, in the opposite order.
+/// Configuration values for the thread that makes this, for as long as it lives, so that two
+/// threads of a process read two SMMs with different settings. For that thread they win over those
+/// of the process (ConfigControl.h, then the environment, which is not looked at for a key that has
+/// a value here); other threads never see them, not even those that it starts.
+///
+/// May be nested; of several values for one key the innermost holds, and what held before holds
+/// again when it ends. Is used and destroyed on the thread that made it, and several of them in the
+/// opposite order. A child of fork() keeps those of the thread that forked.
 class ThreadConfig {
  public:
   explicit ThreadConfig(std::map<std::string, int> values);
@@ -17,15 +22,13 @@ class ThreadConfig {
   ThreadConfig(const ThreadConfig&) = delete;
   ThreadConfig& operator=(const ThreadConfig&) = delete;
 
-  /// Changes one value, or adds it; takes effect on the thread's next read.
+  /// Changes one value, or adds it; takes effect on the thread's next read, unless a value that is
+  /// nested further in holds.
   void Set(const std::string& key, int value);
 
-  /// The innermost value of the key on the calling thread; nullptr when none of these has one.
-  static const int* Find(const std::string& key);
-
  private:
-  std::map<std::string, int> values_;
-  ThreadConfig* outer_;
+  struct State;
+  std::unique_ptr<State> state_;
 };
 
 }  // namespace Standalone

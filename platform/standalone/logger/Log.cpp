@@ -17,6 +17,7 @@
 
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
+#include "platform/standalone/logger/ThreadLog.h"
 
 namespace Tavrin {
 namespace {
@@ -81,6 +82,15 @@ class Output {
   std::lock_guard<std::mutex> lock_;
 };
 
+/// Where the lines of one thread go, and where they went before. Needs no lock.
+struct ThreadOutput {
+  unsigned int threshold;
+  std::function<void(const LogLine&)> handler;
+  const ThreadOutput* outer;
+};
+
+thread_local const ThreadOutput* innermostOutput = nullptr;
+
 spdlog::level::level_enum Severity(unsigned int level) {
   constexpr std::array severities = {spdlog::level::err, spdlog::level::err, spdlog::level::warn,
                                      spdlog::level::info, spdlog::level::debug};
@@ -88,6 +98,10 @@ spdlog::level::level_enum Severity(unsigned int level) {
 }
 
 void HandOn(const LogLine& line) {
+  if (innermostOutput != nullptr) {
+    innermostOutput->handler(line);
+    return;
+  }
   Output output;
   if (output.Handler()) {
     output.Handler()(line);
@@ -158,12 +172,11 @@ struct Log::State {
 };
 
 Log::Log(unsigned int level, const std::string& sourcePath, unsigned int line)
-    : state_(std::make_unique<State>(level, sourcePath, line)) {
-  // Before any line is handed on: a handler that asks for the threshold must not be the first.
-  ReadThreshold();
-}
+    : state_(std::make_unique<State>(level, sourcePath, line)) {}
 
 Log::~Log() {
+  // Before the line is handed on: a handler that asks for the threshold must not be the first.
+  GetMinLogLevel();
   Write([this] {
     return LogLine{state_->level, std::move(state_->source), state_->line, state_->text.str()};
   });
@@ -172,6 +185,9 @@ Log::~Log() {
 std::ostream& Log::Stream() { return state_->text; }
 
 unsigned int Log::GetMinLogLevel() {
+  if (innermostOutput != nullptr) {
+    return innermostOutput->threshold;
+  }
   ReadThreshold();
   return static_cast<unsigned int>(threshold);
 }
@@ -187,6 +203,15 @@ void SetMinLogLevel(unsigned int level) {
 void SetLogLineHandler(std::function<void(const LogLine&)> handler) {
   Output().Handler().swap(handler);
 }
+
+struct ThreadLog::State : ThreadOutput {};
+
+ThreadLog::ThreadLog(unsigned int minLevel, std::function<void(const LogLine&)> handler)
+    : state_(new State{{std::min(minLevel, kHighestLevel), std::move(handler), innermostOutput}}) {
+  innermostOutput = state_.get();
+}
+
+ThreadLog::~ThreadLog() { innermostOutput = state_->outer; }
 
 std::string EscapeControlBytes(const std::string& text) {
   constexpr const char* hexDigits = "0123456789abcdef";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include "platform/standalone/logger/LogControl.h"
 
@@ -8,10 +9,17 @@ namespace Tavrin {
 namespace Standalone {
 
 /// Hands the lines that the calling thread writes to a handler of its own for as long as this
-/// lives, in place of the process's handler and threshold: a library that knows nothing of hosts is
-/// thereby told apart by thread. The handler must not log, and what it throws is dropped. May be
-/// nested on one thread; the innermost holds. Is destroyed on the thread that made it, in the
-/// opposite order.
+/// lives, and to nothing else, under a threshold of its own: lines of a library that knows nothing
+/// of hosts are thereby told apart by thread. Handler and threshold of the process do not count for
+/// that thread; they do for all others, those that it starts included. What is said once a process,
+/// such as a malformed value in the environment, goes to the thread that met it first.
+///
+/// Handlers of different threads run at the same time, and fork() waits for none of them. A handler
+/// must not log, and what it throws is dropped; an empty one drops every line. It gets texts as
+/// they were written: see EscapeControlBytes().
+///
+/// May be nested; the innermost holds, and what held before holds again when it ends. Is destroyed
+/// on the thread that made it, and several of them in the opposite order.
 class ThreadLog {
  public:
   /// `threshold`: 0 off, 1 error, 2 warning, 3 info, 4 debug; a larger value counts as 4.
@@ -20,16 +28,9 @@ class ThreadLog {
   ThreadLog(const ThreadLog&) = delete;
   ThreadLog& operator=(const ThreadLog&) = delete;
 
-  /// The innermost on the calling thread; nullptr when there is none.
-  static const ThreadLog* Innermost();
-
-  unsigned int Threshold() const { return threshold_; }
-  void Take(const LogLine& line) const;
-
  private:
-  unsigned int threshold_;
-  std::function<void(const LogLine&)> handler_;
-  const ThreadLog* outer_;
+  struct State;
+  std::unique_ptr<State> state_;
 };
 
 }  // namespace Standalone
