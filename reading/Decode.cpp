@@ -151,19 +151,11 @@ std::vector<Slot> DecodeSlots(const std::vector<Record>& records, std::size_t sl
 
 }  // namespace
 
-Number NumberOf(std::int64_t number) { return Present(number, std::to_string(number)); }
+Number NumberOf(std::int64_t number) { return Present(number, ""); }
 
 Text TextOf(const std::string& text) { return Present(text, text); }
 
-Value<SMMIype> GenerationOf(SMMIype generation) {
-  switch (generation) {
-    case SMM_FIRST_GENERATION:
-      return Present(generation, "first");
-    case SMM_SECOND_GENERATION:
-      return Present(generation, "second");
-  }
-  return Present(generation, "unknown (type " + std::to_string(generation) + ")");
-}
+Value<SMMIype> GenerationOf(SMMIype generation) { return Present(generation, ""); }
 
 PowerReadings DecodePower(const ChassisPowerCon& power) {
   return {DecodeNumber(power.minPower), DecodeNumber(power.avgPower), DecodeNumber(power.maxPower)};

@@ -15,12 +15,11 @@ namespace Tavrin {
 // the library's text. What is none of the texts that InventoryRecords.h lists counts as not
 // reported.
 
+// Values for which the library has no text.
 Number NumberOf(std::int64_t number);
-Text TextOf(const std::string& text);
-
-/// Its text is "first", "second" or the number, since the library has no word for it.
 Value<SMMIype> GenerationOf(SMMIype generation);
 
+Text TextOf(const std::string& text);
 PowerReadings DecodePower(const ChassisPowerCon& power);
 PowerCaps DecodeCaps(const ChassisPowerCap& caps);
 NodeState DecodeNode(const NodeStatus& node);

@@ -23,7 +23,7 @@ PsuSelection PredictPsuSelection(int psu, SMMIype generation, std::int64_t platf
   }
   if (isSecondGeneration && platformId != kPlatform253 && psu > kLargestOfPlatform254) {
     return {
-        psu, true, Number{std::nullopt, "none", Absence::NotReported},
+        psu, true, Number{std::nullopt, "", Absence::NotReported},
         fmt::format("no PSU was sent, since platform {} takes at most {}; an acknowledgement is "
                     "for a request without a PSU and selects nothing else",
                     platformId, kLargestOfPlatform254)};
