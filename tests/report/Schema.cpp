@@ -1,4 +1,4 @@
-#include "tests/cli/Schema.h"
+#include "tests/report/Schema.h"
 
 #include "tests/support/ChildProcess.h"
 
