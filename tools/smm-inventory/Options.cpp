@@ -18,9 +18,9 @@
 
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
+#include "reading/EnclosureSettings.h"
 #include "report/Format.h"
 #include "tools/smm-inventory/Host.h"
-#include "tools/smm-inventory/Password.h"
 #include "tools/smm-inventory/Settings.h"
 #include "tools/smm-inventory/UsageError.h"
 

@@ -1,4 +1,4 @@
-#include "tools/smm-inventory/Prompt.h"
+#include "tools/smm-inventory/terminal/Prompt.h"
 
 #include <fcntl.h>
 #include <poll.h>
