@@ -4,8 +4,10 @@
 
 namespace Tavrin {
 
-/// For people: aligned columns, one line a field, or a table where the records are numbered. Bytes
-/// that could drive a terminal are escaped.
+/// For people: the address, then a section a part as soon as it is read, in aligned columns: one
+/// line a field, or a table where the records are numbered. "not read" stands for what failed, "-"
+/// for what there is not, "(empty)" for an empty text. Bytes that could drive a terminal, and the
+/// backslash, are escaped. Why something failed is not said here: that is for standard error.
 Format TextFormat();
 
 }  // namespace Tavrin

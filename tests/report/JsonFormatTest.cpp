@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -17,14 +18,29 @@ using testing::StartsWith;
 
 std::string Document(const Reading& reading) { return JsonFormat().end(reading, {"0.1.0"}); }
 
-/// What the document says there, after it was found to keep to the schema.
-std::string ValidAt(const Reading& reading, const std::string& pointer) {
-  const std::string document = Document(reading);
-  EXPECT_EQ(SchemaErrors(document), "");
-  return At(document, pointer);
-}
+/// Holds every document that a test looked into against the schema, all at once at the end.
+class JsonFormatTest : public testing::Test {
+ protected:
+  static void TearDownTestSuite() {
+    const std::vector<std::string> errors = SchemaErrors(Documents());
+    for (std::size_t index = 0; index < errors.size(); ++index) {
+      EXPECT_EQ(errors[index], "") << Documents()[index];
+    }
+  }
 
-TEST(JsonFormat, DocumentHasVersionsAddressTimesAndDetection) {
+  static std::string ValidAt(const Reading& reading, const std::string& pointer) {
+    Documents().push_back(Document(reading));
+    return At(Documents().back(), pointer);
+  }
+
+ private:
+  static std::vector<std::string>& Documents() {
+    static std::vector<std::string> documents;
+    return documents;
+  }
+};
+
+TEST_F(JsonFormatTest, DocumentHasVersionsAddressTimesAndDetection) {
   Reading reading;
   reading.address = "smm1:623";
   reading.readAt = ExampleReading().readAt;
@@ -49,7 +65,7 @@ TEST(JsonFormat, DocumentHasVersionsAddressTimesAndDetection) {
   })"));
 }
 
-TEST(JsonFormat, MembersComeInTheOrderOfReading) {
+TEST_F(JsonFormatTest, MembersComeInTheOrderOfReading) {
   EXPECT_THAT(Document(ExampleReading()),
               StartsWith("{\n  \"schemaVersion\": 2,\n  \"toolVersion\": \"0.1.0\",\n"
                          "  \"address\": \"smm1:623\",\n"
@@ -59,13 +75,13 @@ TEST(JsonFormat, MembersComeInTheOrderOfReading) {
                          "      \"durationMs\": 5,\n"));
 }
 
-TEST(JsonFormat, DocumentIsWrittenAtTheEndAlone) {
+TEST_F(JsonFormatTest, DocumentIsWrittenAtTheEndAlone) {
   EXPECT_EQ(JsonFormat().begin("smm1:623"), "");
   EXPECT_EQ(JsonFormat().part(ExampleReading(), Part::Detection), "");
   EXPECT_THAT(Document(ExampleReading()), testing::EndsWith("\n}\n"));
 }
 
-TEST(JsonFormat, UnknownGenerationIsAWordWithItsTypeInTheText) {
+TEST_F(JsonFormatTest, UnknownGenerationIsAWordWithItsTypeInTheText) {
   Reading reading = ExampleReading();
   reading.detection->generation.value.value = static_cast<SMMIype>(7);
   EXPECT_EQ(ValidAt(reading, "/queries/generation"),
@@ -73,17 +89,17 @@ TEST(JsonFormat, UnknownGenerationIsAWordWithItsTypeInTheText) {
                        "value": "unknown", "text": "unknown (type 7)"})json"));
 }
 
-TEST(JsonFormat, TextOfDigitsStaysAText) {
+TEST_F(JsonFormatTest, TextOfDigitsStaysAText) {
   EXPECT_EQ(ValidAt(ExampleReading(), "/queries/machineType"),
             Normal(R"({"status": 0, "statusName": "Success", "durationMs": 5,
                        "value": "1234", "text": "1234"})"));
 }
 
-TEST(JsonFormat, EmptyTextIsAValue) {
+TEST_F(JsonFormatTest, EmptyTextIsAValue) {
   EXPECT_EQ(ValidAt(ExampleReading(), "/queries/name/value"), "\"\"");
 }
 
-TEST(JsonFormat, RefusedFieldHasStatusAndReasonOnce) {
+TEST_F(JsonFormatTest, RefusedFieldHasStatusAndReasonOnce) {
   Reading reading = ExampleReading();
   reading.identity->serialNumber = Refused<Text>();
   EXPECT_EQ(ValidAt(reading, "/queries/serialNumber"),
@@ -92,7 +108,7 @@ TEST(JsonFormat, RefusedFieldHasStatusAndReasonOnce) {
                    std::string(kRefusal) + "\"}"));
 }
 
-TEST(JsonFormat, ExceptionIsAStatusOfItsOwn) {
+TEST_F(JsonFormatTest, ExceptionIsAStatusOfItsOwn) {
   Reading reading = ExampleReading();
   reading.identity->name = Refused<Text>();
   reading.identity->name.status = kExceptionStatus;
@@ -100,7 +116,7 @@ TEST(JsonFormat, ExceptionIsAStatusOfItsOwn) {
   EXPECT_EQ(ValidAt(reading, "/queries/name/statusName"), "\"Exception\"");
 }
 
-TEST(JsonFormat, ChassisPowerIsThreeNumbers) {
+TEST_F(JsonFormatTest, ChassisPowerIsThreeNumbers) {
   EXPECT_EQ(ValidAt(ExampleReading(), "/queries/chassisPower"),
             Normal(R"({"status": 0, "statusName": "Success", "durationMs": 5, "fields": {
                         "minPower": {"value": 0, "text": "0"},
@@ -108,7 +124,7 @@ TEST(JsonFormat, ChassisPowerIsThreeNumbers) {
                         "maxPower": {"value": 65535, "text": "65535"}}})"));
 }
 
-TEST(JsonFormat, AbsentCapIsNullWithAReason) {
+TEST_F(JsonFormatTest, AbsentCapIsNullWithAReason) {
   EXPECT_EQ(ValidAt(ExampleReading(), "/queries/powerCaps/fields"), Normal(R"({
     "minCap": {"value": 1, "text": "1"},
     "maxCap": {"value": 2, "text": "2"},
@@ -117,7 +133,7 @@ TEST(JsonFormat, AbsentCapIsNullWithAReason) {
     "thermalCap": {"value": 5, "text": "5"}})"));
 }
 
-TEST(JsonFormat, RefusedRecordHasItsFieldsWithoutValues) {
+TEST_F(JsonFormatTest, RefusedRecordHasItsFieldsWithoutValues) {
   Reading reading = ExampleReading();
   reading.chassisPower = Refused<PowerReadings>();
   EXPECT_EQ(ValidAt(reading, "/queries/chassisPower/reason"), '"' + std::string(kRefusal) + '"');
@@ -125,7 +141,7 @@ TEST(JsonFormat, RefusedRecordHasItsFieldsWithoutValues) {
             Normal(R"({"value": null, "reason": ")" + std::string(kRefusal) + "\"}"));
 }
 
-TEST(JsonFormat, EachNodeIsAQueryWithItsNumberAndItsStates) {
+TEST_F(JsonFormatTest, EachNodeIsAQueryWithItsNumberAndItsStates) {
   Reading reading = ExampleReading();
   reading.nodeStatus->at(1) = Refused<NodeState>();
   const std::string nodes = ValidAt(reading, "/queries/nodeStatus");
@@ -147,7 +163,7 @@ TEST(JsonFormat, EachNodeIsAQueryWithItsNumberAndItsStates) {
   EXPECT_EQ(At(nodes, "/4"), "");
 }
 
-TEST(JsonFormat, NodePowerIsThreeNumbersANode) {
+TEST_F(JsonFormatTest, NodePowerIsThreeNumbersANode) {
   EXPECT_EQ(ValidAt(ExampleReading(), "/queries/nodePower/3"),
             Normal(R"({"node": 4, "status": 0, "statusName": "Success", "durationMs": 5, "fields": {
                 "minPower": {"value": null, "text": "N/A", "reason": "not reported by the SMM"},
@@ -155,7 +171,7 @@ TEST(JsonFormat, NodePowerIsThreeNumbersANode) {
                 "maxPower": {"value": 410, "text": "410"}}})"));
 }
 
-TEST(JsonFormat, MissingFanIsNullWithItsEmptyText) {
+TEST_F(JsonFormatTest, MissingFanIsNullWithItsEmptyText) {
   const std::string slots = ValidAt(ExampleReading(), "/queries/psuFans/slots");
   EXPECT_EQ(At(slots, "/0"), Normal(R"({"slot": 1, "fields": {
       "name": {"value": "PSU1", "text": "PSU1"},
@@ -167,14 +183,14 @@ TEST(JsonFormat, MissingFanIsNullWithItsEmptyText) {
   EXPECT_EQ(At(slots, "/1/fields/patB"), Normal(R"({"value": 7, "text": "7"})"));
 }
 
-TEST(JsonFormat, SlotThatGaveNothingHasFieldsWithAReason) {
+TEST_F(JsonFormatTest, SlotThatGaveNothingHasFieldsWithAReason) {
   Reading reading = ExampleReading();
   reading.psuFans->value[1].speedA = AbsentValue<std::int64_t>(Absence::SlotUnanswered);
   EXPECT_EQ(ValidAt(reading, "/queries/psuFans/slots/1/fields/speedA"),
             Normal(R"({"value": null, "reason": "the SMM gave no usable answer for this slot"})"));
 }
 
-TEST(JsonFormat, SlotsReadBeforeAFailureStayBesideIt) {
+TEST_F(JsonFormatTest, SlotsReadBeforeAFailureStayBesideIt) {
   Reading reading = ExampleReading();
   reading.psuFans = Refused(ExampleReading().psuFans->value);
   reading.psuFans->value.push_back({3, {}, {}, {}, {}, {}, {}});
@@ -186,7 +202,7 @@ TEST(JsonFormat, SlotsReadBeforeAFailureStayBesideIt) {
             Normal(R"({"value": null, "reason": ")" + std::string(kRefusal) + "\"}"));
 }
 
-TEST(JsonFormat, RawBytesAreEscapedAndGivenBeside) {
+TEST_F(JsonFormatTest, RawBytesAreEscapedAndGivenBeside) {
   const std::string fields = ValidAt(ExampleReading(), "/queries/psuFirmware/slots/0/fields");
   EXPECT_EQ(At(fields, "/identifier"),
             Normal(R"({"value": "PSU\\xff\\x00\\x1bDa.01", "text": "PSU\\xff\\x00\\x1bDa.01",
@@ -194,7 +210,7 @@ TEST(JsonFormat, RawBytesAreEscapedAndGivenBeside) {
   EXPECT_EQ(At(fields, "/version"), Normal(R"({"value": "1.0a", "text": "1.0a"})"));
 }
 
-TEST(JsonFormat, EveryByteIsGivenAsANumber) {
+TEST_F(JsonFormatTest, EveryByteIsGivenAsANumber) {
   std::string bytes;
   std::string numbers;
   for (int byte = 0; byte < 256; ++byte) {
@@ -206,7 +222,7 @@ TEST(JsonFormat, EveryByteIsGivenAsANumber) {
   EXPECT_EQ(ValidAt(reading, "/queries/serialNumber/bytes"), numbers + "]");
 }
 
-TEST(JsonFormat, PrintableTextIsGivenAsItIs) {
+TEST_F(JsonFormatTest, PrintableTextIsGivenAsItIs) {
   std::string printable;
   for (char c = ' '; c <= '~'; ++c) {
     printable += (c == '"' || c == '\\' ? "\\" : "") + std::string(1, c);
@@ -219,7 +235,7 @@ TEST(JsonFormat, PrintableTextIsGivenAsItIs) {
   EXPECT_EQ(ValidAt(reading, "/queries/serialNumber/bytes"), "");
 }
 
-TEST(JsonFormat, PsuFlagsAreBooleansWithTheControllersWords) {
+TEST_F(JsonFormatTest, PsuFlagsAreBooleansWithTheControllersWords) {
   EXPECT_EQ(ValidAt(ExampleReading(), "/queries/psuStatus"),
             Normal(R"({"status": 0, "statusName": "Success", "durationMs": 5, "slots": [
       {"slot": 1, "fields": {"epow": {"value": true, "text": "trigger"},
@@ -232,7 +248,7 @@ TEST(JsonFormat, PsuFlagsAreBooleansWithTheControllersWords) {
                              "powerGood": {"value": false, "text": "not power good"}}}]})"));
 }
 
-TEST(JsonFormat, SlotsBeyondTheFlagsHaveNone) {
+TEST_F(JsonFormatTest, SlotsBeyondTheFlagsHaveNone) {
   Reading reading = ExampleReading();
   EXPECT_EQ(ValidAt(reading, "/queries/psuStatus/note"), "");
   reading.psuStatus->value.push_back(UntoldFlags(9));
@@ -246,7 +262,7 @@ TEST(JsonFormat, SlotsBeyondTheFlagsHaveNone) {
   }
 }
 
-TEST(JsonFormat, SlotsThatWereNotCountedAreAnEmptyList) {
+TEST_F(JsonFormatTest, SlotsThatWereNotCountedAreAnEmptyList) {
   Reading reading = ExampleReading();
   reading.psuStatus = Disconnected<std::vector<PsuFlags>>();
   EXPECT_EQ(ValidAt(reading, "/queries/psuStatus"),
@@ -255,7 +271,7 @@ TEST(JsonFormat, SlotsThatWereNotCountedAreAnEmptyList) {
                            "slots": []})json"));
 }
 
-TEST(JsonFormat, SelectionTellsWhatWasSent) {
+TEST_F(JsonFormatTest, SelectionTellsWhatWasSent) {
   EXPECT_EQ(ValidAt(SelectionReading({7, true, NumberOf(3), "highest"}, SucceededOutcome()),
                     "/queries/psuSelection"),
             Normal(R"({"status": 0, "statusName": "Success", "durationMs": 5, "fields": {
@@ -265,7 +281,7 @@ TEST(JsonFormat, SelectionTellsWhatWasSent) {
       "acknowledgement": {"value": "received", "text": "received"}}})"));
 }
 
-TEST(JsonFormat, SelectionWithoutNumberHasNullForIt) {
+TEST_F(JsonFormatTest, SelectionWithoutNumberHasNullForIt) {
   const std::string query = ValidAt(
       SelectionReading({7, true, AbsentValue<std::int64_t>(Absence::NotReported), "left out"},
                        RefusedOutcome()),
@@ -276,13 +292,13 @@ TEST(JsonFormat, SelectionWithoutNumberHasNullForIt) {
   EXPECT_EQ(At(query, "/fields/acknowledgement/value"), "\"missing\"");
 }
 
-TEST(JsonFormat, SelectionThatWasNotSentHasNullForIt) {
+TEST_F(JsonFormatTest, SelectionThatWasNotSentHasNullForIt) {
   EXPECT_EQ(ValidAt(SelectionReading({7, false, {}, "nothing was sent"}, RefusedOutcome()),
                     "/queries/psuSelection/fields/sent"),
             Normal(R"({"value": null, "text": "", "reason": "nothing was sent"})"));
 }
 
-TEST(JsonFormat, PassWithoutQueriesHasOneFailure) {
+TEST_F(JsonFormatTest, PassWithoutQueriesHasOneFailure) {
   EXPECT_EQ(ValidAt(FailedReading(), ""), Normal(R"json({
     "schemaVersion": 2,
     "toolVersion": "0.1.0",
@@ -295,7 +311,7 @@ TEST(JsonFormat, PassWithoutQueriesHasOneFailure) {
   })json"));
 }
 
-TEST(JsonFormat, FailureOfAllQueriesIsToldOnceAtTheTop) {
+TEST_F(JsonFormatTest, FailureOfAllQueriesIsToldOnceAtTheTop) {
   const std::string document = ValidAt(LostReading(), "");
   EXPECT_EQ(At(document, "/failure"), Normal(R"json({"status": 2, "statusName": "NotConnected",
                            "reason": "no IPMI connection could be opened (no answer)"})json"));
@@ -309,7 +325,7 @@ TEST(JsonFormat, FailureOfAllQueriesIsToldOnceAtTheTop) {
                        "nodePower": [{"node": 1, "status": 2}, {"node": 2, "status": 2}]})"));
 }
 
-TEST(JsonFormat, FailuresThatDifferAreToldWhereTheyHappened) {
+TEST_F(JsonFormatTest, FailuresThatDifferAreToldWhereTheyHappened) {
   Reading otherStatus = LostReading();
   otherStatus.identity->name.status = StatusCode::NoUsableResult;
   Reading otherReason = LostReading();
@@ -324,7 +340,7 @@ TEST(JsonFormat, FailuresThatDifferAreToldWhereTheyHappened) {
   }
 }
 
-TEST(JsonFormat, WhatIsKnownOfASelectionStaysBesideTheFailureOfAll) {
+TEST_F(JsonFormatTest, WhatIsKnownOfASelectionStaysBesideTheFailureOfAll) {
   Reading reading = LostReading();
   reading.psuSelection = {DisconnectedOutcome(), {7, false, {}, "nothing was sent"}};
   const std::string document = ValidAt(reading, "");
