@@ -17,7 +17,8 @@ class Observer {
   Observer(const Observer&) = delete;
   Observer& operator=(const Observer&) = delete;
 
-  /// Up to which level LineWritten() is called: 0 for no line, 4 for every one.
+  /// Up to which level LineWritten() is called: 0 for no line, 4 for every one. Is looked at when a
+  /// pass begins and with each line. What the calls below throw while a line is written is dropped.
   [[nodiscard]] virtual unsigned int LogLevel() const { return 0; }
   virtual void LineWritten(const Standalone::LogLine& /*line*/) {}
 
@@ -26,7 +27,8 @@ class Observer {
   virtual void AttemptBegins(int /*number*/, int /*attempts*/) {}
   virtual void WaitEnds() {}
 
-  /// A connection attempt came to nothing; within a wait there may be more of them.
+  /// A connection attempt or a request came to nothing; within a wait there may be more of them. Is
+  /// told after the line that the IPMI client wrote about it.
   virtual void AttemptFailed(const Cause& /*cause*/) {}
 
   /// That part of the reading is done; parts that come later are still empty.

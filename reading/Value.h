@@ -22,7 +22,7 @@ struct Value {
   std::optional<Type> value;  ///< Holds something exactly when `absence` is None.
 
   /// The library's own text for it, with the bytes that the SMM sent: any byte may occur, control
-  /// bytes included. Empty when the query failed.
+  /// bytes included. Empty when the query failed, and where the library gives no text.
   std::string text;
 
   Absence absence = Absence::QueryFailed;

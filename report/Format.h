@@ -10,17 +10,27 @@ namespace Tavrin {
 
 /// What a report says beside the reading.
 struct ReportContext {
-  std::string toolVersion;  ///< Of the program that reports, such as "0.1.0".
+  /// Of the program that reports, such as "0.1.0"; not empty.
+  std::string toolVersion;
 };
 
 /// One way to write a reading down. A pass is written in pieces, of which each may be empty: one
 /// before anything is read, one for each part as soon as it is read, and one at the end. Every
 /// piece comes out the same however often it is made.
 struct Format {
-  std::string_view name;     ///< As --format takes it.
-  std::string_view summary;  ///< One line for the help.
+  /// In lower case, as --format takes it.
+  std::string_view name;
+
+  /// One line for the help, without a full stop.
+  std::string_view summary;
+
+  /// `address` is that of the reading to come.
   std::string (*begin)(const std::string& address);
+
+  /// Empty for a part that `soFar` does not have; parts that come later are not looked at.
   std::string (*part)(const Reading& soFar, Part part);
+
+  /// For a whole reading, also one that came to no query.
   std::string (*end)(const Reading& reading, const ReportContext& context);
 };
 

@@ -1,4 +1,4 @@
-#include "tools/smm-inventory/Console.h"
+#include "tools/smm-inventory/terminal/Console.h"
 
 #include <gtest/gtest.h>
 

@@ -177,9 +177,18 @@ TEST(DeadHost, DocumentHoldsNothingThatWasNotRead) {
               {}, "sesame\n");
   EXPECT_EQ(finished.exitCode, 1);
   const json document = DocumentOf(finished);
-  EXPECT_EQ(document.size(), 4U);
+  EXPECT_EQ(document.size(), 7U);
   EXPECT_EQ(document.at("failure").at("status"), 2);
   EXPECT_EQ(document.at("queries"), json::object());
+}
+
+TEST(DeadHost, RowsHoldTheReasonAlone) {
+  const Finished finished = RunTool(
+      CallArguments(kDeadHost, {"--format=csv", "--attempts", "1", "--session-timeout", "0.2"}), {},
+      "sesame\n");
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_THAT(finished.output, StartsWith("enclosure,query,number,field,value,text,reason\r\n"
+                                          "127.0.0.1:9,,,,,,no IPMI connection could be opened ("));
 }
 
 TEST(DeadHost, ForbiddenAttemptIsNamedAsTheCause) {

@@ -100,11 +100,5 @@ TEST(Port, InvalidPortBesideHostIsRefused) {
   }
 }
 
-TEST(AddressText, BracketsGoAroundIpv6AddressesOnly) {
-  EXPECT_EQ(AddressText("smm1", 623), "smm1:623");
-  EXPECT_EQ(AddressText("192.0.2.7", 623), "192.0.2.7:623");
-  EXPECT_EQ(AddressText("::1", 623), "[::1]:623");
-}
-
 }  // namespace
 }  // namespace Tavrin

@@ -2,8 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <fstream>
+#include <iterator>
 #include <vector>
 
+#include "report/Format.h"
 #include "tests/cli/Refusal.h"
 
 namespace Tavrin {
@@ -16,6 +19,11 @@ using Arguments = std::vector<const char*>;
 std::variant<Options, Notice> Parse(Arguments arguments) {
   arguments.insert(arguments.begin(), "smm-inventory");
   return ParseCommandLine(static_cast<int>(arguments.size()), arguments.data());
+}
+
+std::string ContentOf(const char* path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 Options ParseOptions(const Arguments& arguments) { return std::get<Options>(Parse(arguments)); }
@@ -37,7 +45,7 @@ TEST(Options, HostAndUserAloneLeaveTheDefaults) {
   EXPECT_EQ(options.sessionTimeoutMs, std::nullopt);
   EXPECT_EQ(options.verbosity, 0U);
   EXPECT_EQ(options.task.command, Command::All);
-  EXPECT_FALSE(options.isJson);
+  EXPECT_EQ(options.format, &Formats().front());
 }
 
 TEST(Options, LongFormsAreTaken) {
@@ -83,7 +91,7 @@ TEST(Options, CommandIsTakenBeforeAndAfterTheOptions) {
       EXPECT_EQ(options.task.command, row.command);
       EXPECT_EQ(options.task.psu, row.psu);
       EXPECT_EQ(options.workaroundFlags, 0x40);
-      EXPECT_TRUE(options.isJson);
+      EXPECT_EQ(options.format, FindFormat("json"));
     }
   }
 }
@@ -118,6 +126,49 @@ TEST(Options, WordLikeACommandGetsASuggestion) {
       "mean power?");
   EXPECT_THAT(refusal("stray"), testing::EndsWith("that --help lists"));
   EXPECT_THAT(Refusal({"-H", "a", "-U", "u", "power", "cap"}), Not(HasSubstr("did you mean")));
+}
+
+TEST(Options, EachFormatIsTakenByItsName) {
+  for (const Format& format : Formats()) {
+    const std::string name(format.name);
+    EXPECT_EQ(ParseOptions({"-H", "a", "-U", "u", "--format", name.c_str()}).format, &format);
+  }
+}
+
+TEST(Options, JsonIsShortForTheFormatOfThatName) {
+  const Format* const json = FindFormat("json");
+  EXPECT_EQ(ParseOptions({"-H", "a", "-U", "u", "--json"}).format, json);
+  EXPECT_EQ(ParseOptions({"-H", "a", "-U", "u", "--json", "--format", "json"}).format, json);
+}
+
+TEST(Options, JsonBesideAnotherFormatIsRefused) {
+  for (const char* const name : {"text", "csv"}) {
+    EXPECT_EQ(
+        Refusal({"-H", "a", "-U", "u", "--json", "--format", name}),
+        "--format is \"" + std::string(name) + "\" and --json is given; expected only one of them");
+  }
+}
+
+TEST(Options, UnknownFormatIsRefusedWithThoseThereAre) {
+  EXPECT_EQ(Refusal({"-H", "a", "-U", "u", "--format", "xm\x1b"}),
+            "format is \"xm\\x1b\"; expected one of text, json, csv");
+}
+
+TEST(Options, HelpListsEachFormat) {
+  const std::string help = std::get<Notice>(Parse({"--help"})).text;
+  EXPECT_THAT(help, testing::ContainsRegex("--format NAME \\[text\\] "));
+  for (const Format& format : Formats()) {
+    EXPECT_THAT(help, HasSubstr(' ' + std::string(format.name) + ' '));
+    EXPECT_THAT(help, HasSubstr(std::string(format.summary) + '\n'));
+  }
+}
+
+TEST(Options, ReadmeListsTheFormatsThatThereAre) {
+  std::string rows;
+  for (const Format& format : Formats()) {
+    rows += "| `" + std::string(format.name) + "` | " + std::string(format.summary) + " |\n";
+  }
+  EXPECT_THAT(ContentOf(README), HasSubstr("\n| Format | What it is |\n|---|---|\n" + rows + "\n"));
 }
 
 TEST(Options, RepeatedVerboseIsCounted) {
@@ -179,6 +230,10 @@ TEST(Options, WrongUseIsRefusedByName) {
       {{"-H", "a", "-U", "u", "-C", "4"}, "cipher suite is \"4\""},
       {{"-H", "a", "-U", "u", "-L", "root"}, "privilege level is \"root\""},
       {{"-H", "a", "-U", "u", "-W", "all"}, "workaround is \"all\""},
+      {{"-H", "a", "-U", "u", "--format", "JSON"}, "format is \"JSON\""},
+      {{"-H", "a", "-U", "u", "--format", ""}, "format is \"\""},
+      {{"-H", "a", "-U", "u", "--json", "--format", "csv"}, "--json is given"},
+      {{"-H", "a", "-U", "u", "--format", "csv", "--format", "csv"}, "--format"},
       {{"-H", "a", "-U", "u", "--attempts", "0"}, "number of attempts is \"0\""},
       {{"-H", "a", "-U", "u", "--session-timeout", "0"}, "session time-out is \"0\""},
       {{"-H", "a", "-U", "u", "stray"}, "argument is \"stray\""},

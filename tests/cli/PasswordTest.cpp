@@ -152,13 +152,5 @@ TEST(EnvironmentPassword, OtherOnesAreTakenAsTheyAre) {
   EXPECT_EQ(password, " 0123456789abcdefgh\n");
 }
 
-TEST(WipeText, BytesAreOverwritten) {
-  std::string text = "sesame";
-  const char* const bytes = text.data();
-  WipeText(text);
-  EXPECT_TRUE(text.empty());
-  EXPECT_EQ(std::string(bytes, 6), std::string(6, '\0'));
-}
-
 }  // namespace
 }  // namespace Tavrin

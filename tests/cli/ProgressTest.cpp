@@ -1,14 +1,15 @@
-#include "tools/smm-inventory/Progress.h"
+#include "tools/smm-inventory/terminal/Progress.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "tests/cli/ScriptedEnclosure.h"
-
 namespace Tavrin {
 namespace {
 
+using Standalone::FailureCause;
+
+constexpr const char* kLibrary = "module/smm/smm_inventory/impl/SMMInventoryImpl";
 constexpr const char* kConfig = "platform/standalone/globalconfig/GlobalConfig";
 
 struct Shown {
@@ -16,12 +17,10 @@ struct Shown {
       : console(out, isTerminal), progress(console, shownLevel) {}
 
   void Log(unsigned int level, const std::string& source, const std::string& text) {
-    progress.Take({level, source, 7, text});
+    progress.LineWritten({level, source, 7, text});
   }
-  /// The client's line gives more than the words that people are shown.
-  void Fail(const std::string& words, FailureCause cause = FailureCause::Silence) {
-    EndUnanswered(cause, words);
-    Log(2, kClient, "connect failed: " + words + "; advice in terms of IPMI_KEY");
+  void Fail(const std::string& words, FailureCause kind = FailureCause::Silence) {
+    progress.AttemptFailed({words, kind, 0, ""});
   }
 
   std::ostringstream out;
@@ -31,22 +30,22 @@ struct Shown {
 
 TEST(Progress, AttemptsAreLinesWhereNoTerminalIs) {
   Shown shown;
-  shown.progress.BeginWait("reading");
-  shown.Log(3, kLibrary, "Try to get SMM status, retry 1 time");
-  shown.Log(3, kLibrary, "Try to get SMM status, retry 2 times");
-  shown.progress.EndWait();
+  shown.progress.WaitBegins("reading");
+  shown.progress.AttemptBegins(1, 6);
+  shown.progress.AttemptBegins(2, 6);
+  shown.progress.WaitEnds();
   EXPECT_EQ(shown.out.str(),
             "reading: attempt 1 of 6, 3 seconds apart ...\n"
             "reading: attempt 2 of 6, 3 seconds apart ...\n");
 }
 
-TEST(Progress, AttemptsOfThePsuSelectionAreShownTheSameWay) {
+TEST(Progress, FailureIsShownBetweenTheAttempts) {
   Shown shown;
-  shown.progress.BeginWait("selecting");
-  shown.Log(3, kLibrary, "Try to get PSU status, start retry 1 time");
+  shown.progress.WaitBegins("selecting");
+  shown.progress.AttemptBegins(1, 6);
   shown.Fail("no answer");
-  shown.Log(3, kLibrary, "Try to get PSU status, start retry 6 times");
-  shown.progress.EndWait();
+  shown.progress.AttemptBegins(6, 6);
+  shown.progress.WaitEnds();
   EXPECT_EQ(shown.out.str(),
             "selecting: attempt 1 of 6, 3 seconds apart ...\n"
             "no answer; still trying\n"
@@ -55,10 +54,10 @@ TEST(Progress, AttemptsOfThePsuSelectionAreShownTheSameWay) {
 
 TEST(Progress, AttemptsReplaceOneAnotherOnATerminal) {
   Shown shown(0, true);
-  shown.progress.BeginWait("reading");
-  shown.Log(3, kLibrary, "Try to get SMM status, retry 1 time");
-  shown.Log(3, kLibrary, "Try to get SMM status, retry 2 times");
-  shown.progress.EndWait();
+  shown.progress.WaitBegins("reading");
+  shown.progress.AttemptBegins(1, 6);
+  shown.progress.AttemptBegins(2, 6);
+  shown.progress.WaitEnds();
   EXPECT_EQ(shown.out.str(),
             "reading: attempt 1 of 6, 3 seconds apart ..."
             "\r\x1b[Kreading: attempt 2 of 6, 3 seconds apart ..."
@@ -67,8 +66,8 @@ TEST(Progress, AttemptsReplaceOneAnotherOnATerminal) {
 
 TEST(Progress, LinesPushTheStatusDownOnATerminal) {
   Shown shown(0, true);
-  shown.progress.BeginWait("reading");
-  shown.Log(3, kLibrary, "Try to get SMM status, retry 1 time");
+  shown.progress.WaitBegins("reading");
+  shown.progress.AttemptBegins(1, 6);
   shown.Fail("no answer");
   EXPECT_EQ(shown.out.str(),
             "reading: attempt 1 of 6, 3 seconds apart ..."
@@ -77,7 +76,7 @@ TEST(Progress, LinesPushTheStatusDownOnATerminal) {
 
 TEST(Progress, ClientFailureIsShownAtOnceAndOnlyOnce) {
   Shown shown;
-  shown.progress.BeginWait("reading");
+  shown.progress.WaitBegins("reading");
   shown.Fail("no answer");
   EXPECT_EQ(shown.out.str(), "no answer; still trying\n");
   shown.Log(1, kLibrary, "connect failed with error:3");
@@ -87,7 +86,7 @@ TEST(Progress, ClientFailureIsShownAtOnceAndOnlyOnce) {
 
 TEST(Progress, OtherClientFailureIsShownToo) {
   Shown shown;
-  shown.progress.BeginWait("reading");
+  shown.progress.WaitBegins("reading");
   shown.Fail("no answer");
   shown.Fail("no session is free");
   EXPECT_EQ(shown.out.str(), "no answer; still trying\nno session is free; still trying\n");
@@ -101,7 +100,7 @@ TEST(Progress, ClientFailureOutsideAWaitIsNotShown) {
 
 TEST(Progress, RefusedLoginIsNotTriedAgain) {
   Shown shown;
-  shown.progress.BeginWait("reading");
+  shown.progress.WaitBegins("reading");
   shown.Fail("wrong password", FailureCause::PasswordRefused);
   shown.Fail("unknown user", FailureCause::UserNameRefused);
   EXPECT_EQ(shown.out.str(), "");
@@ -118,12 +117,22 @@ TEST(Progress, LogLinesUpToTheShownLevelAreShownEscaped) {
                                  source + ":7: b\n[info] " + source + ":7: c\n");
 }
 
-TEST(Progress, ShownLogLineIsNotSaidTwice) {
+TEST(Progress, FailureThatIsShownAsALineIsNotSaidTwice) {
   Shown shown(2);
-  shown.progress.BeginWait("reading");
+  shown.progress.WaitBegins("reading");
   shown.Fail("no answer");
-  EXPECT_EQ(shown.out.str(), "[warning] " + std::string(kClient) +
-                                 ":7: connect failed: no answer; advice in terms of IPMI_KEY\n");
+  EXPECT_EQ(shown.out.str(), "");
+}
+
+TEST(Progress, ErrorsAreLookedAtEvenWhereNoneAreShown) {
+  EXPECT_EQ(Shown(0).progress.LogLevel(), 1U);
+  EXPECT_EQ(Shown(3).progress.LogLevel(), 3U);
+}
+
+TEST(Progress, ErrorThatIsNotAboutTheEnvironmentIsNotShownUnasked) {
+  Shown shown;
+  shown.Log(1, kLibrary, "connect failed with error:3");
+  EXPECT_EQ(shown.out.str(), "");
 }
 
 TEST(Progress, ComplaintAboutTheEnvironmentIsAlwaysShown) {
@@ -134,8 +143,8 @@ TEST(Progress, ComplaintAboutTheEnvironmentIsAlwaysShown) {
 
 TEST(Progress, StatusFitsOneRowOfATerminal) {
   Shown shown;
-  shown.progress.BeginWait("reading the SMM's status");
-  shown.Log(3, kLibrary, "Try to get SMM status, retry 6 times");
+  shown.progress.WaitBegins("reading the SMM's status");
+  shown.progress.AttemptBegins(6, 6);
   EXPECT_LE(shown.out.str().size(), 79U);
 }
 

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "tests/cli/Schema.h"
+#include "tests/report/Schema.h"
 
 namespace Tavrin {
 

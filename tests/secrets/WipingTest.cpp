@@ -11,6 +11,8 @@
 #include "platform/SMMInfo.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
+#include "reading/Enclosure.h"
+#include "reading/Wiping.h"
 #include "tests/secrets/FreedMemory.h"
 #include "tests/support/SimulatedSmm.h"
 #include "tools/smm-inventory/Password.h"
@@ -71,11 +73,16 @@ TEST_P(Wiping, DetectionWipesItsCopy) {
   EXPECT_EQ(freed.TraceCount(), 0U);
 }
 
-TEST_P(Wiping, ToolWipesItsCopyOnEveryWay) {
+TEST_P(Wiping, EnclosureWipesItsCopiesOnEveryWay) {
   const FreedMemory freed(Secret());
   const auto leave = [this] {
-    auto password = std::make_unique<std::string>(Secret());
-    const WipedAtEnd wiped(*password);
+    EnclosureSettings settings;
+    settings.host = "127.0.0.1";
+    settings.port = 9;
+    settings.password = Secret();
+    Observer nobody;
+    auto enclosure = std::make_unique<Enclosure>(settings);
+    EXPECT_TRUE(enclosure->Read({}, nobody).failure);
     throw std::runtime_error("on the way");
   };
   EXPECT_THROW(leave(), std::runtime_error);

@@ -9,46 +9,62 @@
 #include <string_view>
 #include <vector>
 
+#include "reading/Reading.h"
+
 namespace Tavrin {
 namespace {
 
-struct CommandWords {
+/// What a command reads, in the order of Part.
+struct PartList {
+  template <typename... Parts>
+  constexpr explicit PartList(Parts... those) : parts{those...}, count(sizeof...(those)) {}
+
+  std::array<Part, 8> parts;
+  std::size_t count;
+};
+
+/// All that the tool knows of a command.
+struct CommandRow {
   Command command;
   std::string_view name;
   const char* argument;  ///< As it follows the name.
   const char* summary;
   const char* details;
   const char* example;  ///< The end of a command line.
+  PartList parts;
 };
 
-constexpr std::array<CommandWords, 8> kCommands = {{
+constexpr std::array<CommandRow, 8> kCommands = {{
     {Command::All, "all", "", "Everything below but select-psu; the default",
-     "Reads what identity, power, caps, nodes, fans and psus read.", "all"},
+     "Reads what identity, power, caps, nodes, fans and psus read.", "all",
+     PartList(Part::Identity, Part::ChassisPower, Part::PowerCaps, Part::NodeStatus,
+              Part::NodePower, Part::PsuFans, Part::PsuFirmware, Part::PsuStatus)},
     {Command::Identity, "identity", "", "Machine type, serial number, firmware version and name",
-     "Reads machine type, serial number, firmware version and name of the SMM.", "identity"},
+     "Reads machine type, serial number, firmware version and name of the SMM.", "identity",
+     PartList(Part::Identity)},
     {Command::Power, "power", "", "Power readings of the chassis and of each node",
      "Reads minimum, average and maximum power of the chassis and of each node. The SMM states no\n"
      "unit.",
-     "--json power"},
+     "--json power", PartList(Part::ChassisPower, Part::NodePower)},
     {Command::Caps, "caps", "", "Power caps of the chassis",
      "Reads the power caps of the chassis: minimum and maximum of the range, protective, user's "
      "and\n"
      "thermal cap. The SMM states no unit.",
-     "caps"},
+     "caps", PartList(Part::PowerCaps)},
     {Command::Nodes, "nodes", "", "Status and power readings of each node",
      "Reads power state, width, height and permission of each node, and its minimum, average and\n"
      "maximum power.",
-     "nodes"},
+     "nodes", PartList(Part::NodeStatus, Part::NodePower)},
     {Command::Fans, "fans", "", "Fan readings of each PSU slot",
      "Reads speed and Pat value of the fans in each PSU slot, and their status. A "
      "first-generation\n"
      "SMM reports one fan a PSU, as A.",
-     "fans"},
+     "fans", PartList(Part::PsuFans)},
     {Command::Psus, "psus", "", "Firmware and status flags of each PSU slot",
      "Reads firmware identifier, version and description of each PSU slot, and its flags: early\n"
      "power-off warning (EPOW), throttle, presence and power good. A ninth PSU's flags are not\n"
      "told by the SMM.",
-     "psus"},
+     "psus", PartList(Part::PsuFirmware, Part::PsuStatus)},
     {Command::SelectPsu, "select-psu", " N",
      "Selects PSU N, from 1 to 9; says what was sent for N, and\n"
      "whether the SMM acknowledged",
@@ -59,8 +75,13 @@ constexpr std::array<CommandWords, 8> kCommands = {{
      "the second generation takes at most 2, and for a greater number none is sent. Without an\n"
      "acknowledgement the request is made six times, which takes 18 seconds. This is the only\n"
      "command that changes anything.",
-     "select-psu 2"},
+     "select-psu 2", PartList(Part::PsuSelection)},
 }};
+
+const CommandRow& RowOf(Command command) {
+  return *std::find_if(kCommands.begin(), kCommands.end(),
+                       [command](const CommandRow& row) { return row.command == command; });
+}
 
 constexpr const char* kCommandHelp = R"(Usage: smm-inventory [OPTIONS] {}{}
 
@@ -99,16 +120,16 @@ std::size_t Distance(std::string_view from, std::string_view to) {
 std::optional<Command> FindCommand(const std::string& name) {
   const auto* const found =
       std::find_if(kCommands.begin(), kCommands.end(),
-                   [&name](const CommandWords& candidate) { return candidate.name == name; });
+                   [&name](const CommandRow& candidate) { return candidate.name == name; });
   return found == kCommands.end() ? std::nullopt : std::optional<Command>(found->command);
 }
 
 std::string LikeliestCommand(const std::string& word) {
-  const auto distance = [&word](const CommandWords& words) { return Distance(word, words.name); };
-  const auto* const nearest = std::min_element(
-      kCommands.begin(), kCommands.end(), [&](const CommandWords& one, const CommandWords& other) {
-        return distance(one) < distance(other);
-      });
+  const auto distance = [&word](const CommandRow& words) { return Distance(word, words.name); };
+  const auto* const nearest = std::min_element(kCommands.begin(), kCommands.end(),
+                                               [&](const CommandRow& one, const CommandRow& other) {
+                                                 return distance(one) < distance(other);
+                                               });
   const std::size_t errors = distance(*nearest);
   const bool isLike = errors <= kMostTypingErrors && errors < word.size() / 2 + 1;
   return isLike ? std::string(nearest->name) : "";
@@ -117,7 +138,7 @@ std::string LikeliestCommand(const std::string& word) {
 std::string CommandList() {
   constexpr std::size_t summaryColumn = 30;
   std::string list;
-  for (const CommandWords& words : kCommands) {
+  for (const CommandRow& words : kCommands) {
     list += fmt::format("  {:<{}}", std::string(words.name) + words.argument, summaryColumn - 2);
     for (const char character : std::string_view(words.summary)) {
       list += character;
@@ -129,10 +150,13 @@ std::string CommandList() {
 }
 
 std::string CommandHelp(Command command) {
-  const auto* const words =
-      std::find_if(kCommands.begin(), kCommands.end(),
-                   [command](const CommandWords& row) { return row.command == command; });
-  return fmt::format(kCommandHelp, words->name, words->argument, words->details, words->example);
+  const CommandRow& row = RowOf(command);
+  return fmt::format(kCommandHelp, row.name, row.argument, row.details, row.example);
+}
+
+std::vector<Part> PartsOf(Command command) {
+  const PartList& list = RowOf(command).parts;
+  return {list.parts.begin(), list.parts.begin() + list.count};
 }
 
 }  // namespace Tavrin

@@ -110,9 +110,4 @@ std::uint16_t ParsePort(const std::string& text) {
   return port;
 }
 
-std::string AddressText(const std::string& host, std::uint16_t port) {
-  const bool needsBrackets = host.find(':') != std::string::npos;
-  return needsBrackets ? fmt::format("[{}]:{}", host, port) : fmt::format("{}:{}", host, port);
-}
-
 }  // namespace Tavrin

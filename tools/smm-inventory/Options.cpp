@@ -18,8 +18,9 @@
 
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
+#include "reading/EnclosureSettings.h"
+#include "report/Format.h"
 #include "tools/smm-inventory/Host.h"
-#include "tools/smm-inventory/Password.h"
 #include "tools/smm-inventory/Settings.h"
 #include "tools/smm-inventory/UsageError.h"
 
@@ -73,6 +74,7 @@ struct RawOptions {
   std::vector<std::string> workarounds;
   std::optional<std::string> attempts;
   std::optional<std::string> sessionTimeout;
+  std::optional<std::string> format;
   bool isJson = false;
   std::size_t verbosity = 0;
 };
@@ -88,6 +90,23 @@ class UsageFormatter : public CLI::Formatter {
   throw UsageError(
       "option -P would show the password to every user of this machine; expected --password-file "
       "FILE (- for standard input), the environment variable IPMI_PASSWORD, or the prompt");
+}
+
+std::string FormatNames() {
+  std::vector<std::string_view> names;
+  for (const Format& format : Formats()) {
+    names.push_back(format.name);
+  }
+  return fmt::format("{}", fmt::join(names, ", "));
+}
+
+/// One line a format, for the help.
+std::string FormatList() {
+  std::string list;
+  for (const Format& format : Formats()) {
+    list += fmt::format("\n{:<4}  {}", format.name, format.summary);
+  }
+  return list;
 }
 
 void Declare(CLI::App& app, RawOptions& raw) {
@@ -120,7 +139,9 @@ void Declare(CLI::App& app, RawOptions& raw) {
                  "How long the SMM may stay silent before an attempt fails,\n"
                  "from 0.1 to 600; more for one that answers late")
       ->option_text("SECONDS [4.5]");
-  app.add_flag("--json", raw.isJson, "Print one JSON document instead of tables");
+  app.add_option("--format", raw.format, "What to print, one of" + FormatList())
+      ->option_text(fmt::format("NAME [{}]", Formats().front().name));
+  app.add_flag("--json", raw.isJson, "Short for --format json");
   app.add_flag("-v,--verbose", raw.verbosity, "Show more of the log; repeatable");
 }
 
@@ -156,6 +177,22 @@ std::uint16_t ChoosePort(const std::optional<std::uint16_t>& besideHost, const R
   return port;
 }
 
+const Format* ChooseFormat(const RawOptions& raw) {
+  const std::string json = "json";
+  const std::string name =
+      raw.format.value_or(raw.isJson ? json : std::string(Formats().front().name));
+  const Format* const format = FindFormat(name);
+  if (format == nullptr) {
+    throw UsageError(fmt::format("format is \"{}\"; expected one of {}",
+                                 Standalone::EscapeControlBytes(name), FormatNames()));
+  }
+  if (raw.isJson && name != json) {
+    throw UsageError(
+        fmt::format("--format is \"{}\" and --json is given; expected only one of them", name));
+  }
+  return format;
+}
+
 void RequireUserName(const std::string& userName) {
   if (userName.empty()) {
     throw UsageError("no user name given; expected --user with an IPMI user name");
@@ -178,7 +215,7 @@ Options Interpret(const RawOptions& raw) {
   options.port = ChoosePort(place.port, raw);
   options.userName = raw.userName;
   options.passwordFile = raw.passwordFile;
-  options.isJson = raw.isJson;
+  options.format = ChooseFormat(raw);
   options.verbosity = static_cast<unsigned int>(raw.verbosity);
   if (raw.cipherSuite) {
     options.cipherSuite = ParseCipherSuite(*raw.cipherSuite);

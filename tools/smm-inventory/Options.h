@@ -9,6 +9,8 @@
 
 namespace Tavrin {
 
+struct Format;
+
 constexpr std::uint16_t kDefaultPort = 623;
 
 /// What the tool is to do with the enclosure.
@@ -21,7 +23,7 @@ struct Task {
 /// the environment says.
 struct Options {
   Task task;
-  bool isJson = false;
+  const Format* format = nullptr;  ///< One of Formats(); the first of them unless asked for.
   std::string host;
   std::uint16_t port = kDefaultPort;
   std::string userName;

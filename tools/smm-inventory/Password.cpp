@@ -13,9 +13,11 @@
 #include <system_error>
 
 #include "platform/standalone/logger/LogControl.h"
+#include "reading/EnclosureSettings.h"
+#include "reading/Wiping.h"
 #include "support/FileDescriptor.h"
-#include "tools/smm-inventory/Prompt.h"
 #include "tools/smm-inventory/UsageError.h"
+#include "tools/smm-inventory/terminal/Prompt.h"
 
 namespace Tavrin {
 namespace {
@@ -156,12 +158,6 @@ void ObtainPassword(const std::optional<std::string>& file, const std::string& p
     return;
   }
   PromptForPassword(prompt, password);
-}
-
-void WipeText(std::string& text) {
-  text.resize(text.capacity());
-  explicit_bzero(text.data(), text.size());
-  text.clear();
 }
 
 }  // namespace Tavrin

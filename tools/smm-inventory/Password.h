@@ -2,16 +2,11 @@
 
 #include <sys/types.h>
 
-#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
 
 namespace Tavrin {
-
-/// The longest user name and password that IPMI 2.0 carries, in bytes.
-constexpr std::size_t kMaxUserNameLength = 16;
-constexpr std::size_t kMaxPasswordLength = 20;
 
 // The functions that read a password fill a text of the caller's instead of returning one, so that
 // no moved-from copy of it stays behind; the caller wipes that text. They throw UsageError, whose
@@ -38,20 +33,5 @@ void TakeEnvironmentPassword(const char* value, std::string& password);
 /// the prompt where that is a terminal), the environment, a prompt on the terminal.
 void ObtainPassword(const std::optional<std::string>& file, const std::string& prompt,
                     std::string& password);
-
-/// Overwrites the text's bytes and empties it.
-void WipeText(std::string& text);
-
-/// Wipes the text when it is destroyed, on whichever way the scope ends.
-class WipedAtEnd {
- public:
-  explicit WipedAtEnd(std::string& text) : text_(text) {}
-  ~WipedAtEnd() { WipeText(text_); }
-  WipedAtEnd(const WipedAtEnd&) = delete;
-  WipedAtEnd& operator=(const WipedAtEnd&) = delete;
-
- private:
-  std::string& text_;
-};
 
 }  // namespace Tavrin

@@ -2,115 +2,63 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
 
-#include "platform/ConnectionInfo.h"
 #include "platform/standalone/StrictNumber.h"
-#include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
-#include "tools/smm-inventory/Console.h"
-#include "tools/smm-inventory/Enclosure.h"
-#include "tools/smm-inventory/Failure.h"
-#include "tools/smm-inventory/Generation.h"
-#include "tools/smm-inventory/Host.h"
-#include "tools/smm-inventory/JsonReport.h"
-#include "tools/smm-inventory/LoginGuard.h"
+#include "platform/standalone/logger/ThreadLog.h"
+#include "reading/Enclosure.h"
+#include "report/Format.h"
+#include "tools/smm-inventory/ExitCode.h"
+#include "tools/smm-inventory/FailureLines.h"
 #include "tools/smm-inventory/MemoryImage.h"
 #include "tools/smm-inventory/Options.h"
 #include "tools/smm-inventory/Password.h"
-#include "tools/smm-inventory/Progress.h"
-#include "tools/smm-inventory/Reading.h"
-#include "tools/smm-inventory/Section.h"
-#include "tools/smm-inventory/TextReport.h"
 #include "tools/smm-inventory/UsageError.h"
+#include "tools/smm-inventory/terminal/Console.h"
+#include "tools/smm-inventory/terminal/Progress.h"
 
 namespace Tavrin {
 namespace {
 
-// IPMI exchanges are admitted on kinds 1 and 7; 7 is what management tools use.
-constexpr std::int32_t kConnectionKind = 7;
-
-// The levels of the log: progress is taken from info lines, requests and answers are debug lines.
-constexpr unsigned int kInfo = 3;
 constexpr unsigned int kDebug = 4;
-
-/// Routes the library's log into the progress for as long as it lives. The guard looks at each
-/// line's moment, since nothing else is called while one operation makes many exchanges.
-class LogRoute {
- public:
-  LogRoute(Progress& progress, LoginGuard& guard, unsigned int threshold) {
-    Standalone::SetLogLineHandler([&](const Standalone::LogLine& line) {
-      guard.Look();
-      progress.Take(line);
-    });
-    Standalone::SetMinLogLevel(threshold);
-  }
-  ~LogRoute() { Standalone::SetLogLineHandler({}); }
-  LogRoute(const LogRoute&) = delete;
-  LogRoute& operator=(const LogRoute&) = delete;
-};
 
 bool CanMoveCursor() {
   const char* const terminal = std::getenv("TERM");
   return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
-/// A setting that an option of the tool or the environment can give; the option wins.
+/// A setting that the environment can give, unless an option of the tool does.
 struct Setting {
   const char* key;
-  std::optional<int> given;
+  bool isOptionGiven;
 };
 
-std::vector<Setting> SettingsOf(const Options& options) {
-  return {{"IPMI_CIPHER_SUITE", options.cipherSuite},
-          {"IPMI_PRIVILEGE_LEVEL", options.privilegeLevel},
-          {"IPMI_WORKAROUND_FLAGS", options.workaroundFlags},
-          {"IPMI_CONNECT_RETRY_TIMES", options.attempts},
-          {"IPMI_SESSION_TIMEOUT_MS", options.sessionTimeoutMs},
-          {"IPMI_RETRANSMISSION_TIMEOUT_MS", std::nullopt},
-          {"SMM_TYPE", std::nullopt}};
-}
-
-void Apply(const std::vector<Setting>& settings) {
-  for (const Setting& setting : settings) {
-    if (setting.given) {
-      Standalone::SetGlobalConfigValue(setting.key, *setting.given);
-    }
-  }
+std::vector<Setting> SettingsByEnvironment(const Options& options) {
+  return {{"IPMI_CIPHER_SUITE", options.cipherSuite.has_value()},
+          {"IPMI_PRIVILEGE_LEVEL", options.privilegeLevel.has_value()},
+          {"IPMI_WORKAROUND_FLAGS", options.workaroundFlags.has_value()},
+          {"IPMI_CONNECT_RETRY_TIMES", options.attempts.has_value()},
+          {"IPMI_SESSION_TIMEOUT_MS", options.sessionTimeoutMs.has_value()},
+          {"IPMI_RETRANSMISSION_TIMEOUT_MS", false},
+          {"SMM_TYPE", false}};
 }
 
 /// Says which defaults the environment replaces. What it holds that is no number replaces none.
-void ShowEnvironment(const std::vector<Setting>& settings, Console& console) {
-  for (const Setting& setting : settings) {
+void ShowEnvironment(const Options& options, Console& console) {
+  for (const Setting& setting : SettingsByEnvironment(options)) {
     const char* const text = std::getenv(setting.key);
-    if (!setting.given && text != nullptr && Standalone::ParseStrictly(text)) {
+    if (!setting.isOptionGiven && text != nullptr && Standalone::ParseStrictly(text)) {
       console.ShowLine(fmt::format("{} is {}, from the environment", setting.key, text));
     }
   }
-}
-
-TavrinConnection::ConnectionInfo MakeConnectionInfo(const Options& options) {
-  TavrinConnection::ConnectionInfo info;
-  info.address = options.host;
-  info.port = options.port;
-  info.userName = options.userName;
-  info.connectionKind = kConnectionKind;
-  return info;
-}
-
-void AskForPassword(const Options& options, const std::string& address, std::string& password) {
-  const std::string prompt = fmt::format(
-      "Password of {} at {}: ", Standalone::EscapeControlBytes(options.userName), address);
-  ObtainPassword(options.passwordFile, prompt, password);
 }
 
 /// Up to which level log lines are shown as they are. The first -v shows warnings beside errors,
@@ -119,34 +67,57 @@ unsigned int ShownLogLevel(unsigned int verbosity) {
   return verbosity == 0 ? 0 : std::min(verbosity + 1, kDebug);
 }
 
-std::vector<Section> ReadAndPrintTables(Enclosure& enclosure, const Task& task,
-                                        const std::string& address) {
-  std::vector<Section> sections;
-  std::cout << address << '\n';
-  ReadSections(enclosure, task, [&](const Section& section) {
-    sections.push_back(section);
-    PrintSection(std::cout, section);
-  });
-  return sections;
+/// The enclosure that the command line names, with the password that the user gives for it.
+Enclosure EnclosureOf(const Options& options, const std::string& address) {
+  EnclosureSettings settings;
+  settings.host = options.host;
+  settings.port = options.port;
+  settings.userName = options.userName;
+  settings.cipherSuite = options.cipherSuite;
+  settings.privilegeLevel = options.privilegeLevel;
+  settings.workaroundFlags = options.workaroundFlags;
+  settings.attempts = options.attempts;
+  settings.sessionTimeoutMs = options.sessionTimeoutMs;
+  const std::string prompt = fmt::format(
+      "Password of {} at {}: ", Standalone::EscapeControlBytes(options.userName), address);
+  ObtainPassword(options.passwordFile, prompt, settings.password);
+  return Enclosure(settings);
 }
 
-std::vector<Section> ReadAndPrintDocument(Enclosure& enclosure, const Task& task,
-                                          const std::string& address) {
-  std::vector<Section> sections;
-  ReadSections(enclosure, task, [&](const Section& section) { sections.push_back(section); });
-  PrintJson(std::cout, address, sections);
-  return sections;
-}
+/// Prints each part as soon as it is read, and shows progress meanwhile.
+class Printer : public Progress {
+ public:
+  Printer(const Format& format, Console& console, unsigned int shownLevel)
+      : Progress(console, shownLevel), format_(format) {}
 
-void ReportNothingRead(const Options& options, const std::string& address,
-                       const QueryResult<SMMIype>& generation) {
-  if (options.isJson) {
-    PrintJsonFailure(std::cout, address, generation.status, generation.cause);
-  } else {
-    std::cout << address << '\n';
-    PrintNoSections(std::cout);
+  void PartRead(const Reading& soFar, Part part) override {
+    Begin(soFar);
+    std::cout << format_.part(soFar, part) << std::flush;
   }
-  PrintNothingRead(std::cerr, address, generation.status, generation.cause);
+
+  void End(const Reading& reading) {
+    Begin(reading);
+    std::cout << format_.end(reading, {SMM_INVENTORY_VERSION}) << std::flush;
+  }
+
+ private:
+  void Begin(const Reading& soFar) {
+    if (!hasBegun_) {
+      std::cout << format_.begin(soFar.address);
+      hasBegun_ = true;
+    }
+  }
+
+  const Format& format_;
+  bool hasBegun_ = false;
+};
+
+/// Shows what is malformed about the logger's own environment variable, as all of the environment.
+void CheckLogLevel(Progress& progress) {
+  const Standalone::ThreadLog log(
+      progress.LogLevel(),
+      [&progress](const Standalone::LogLine& line) { progress.LineWritten(line); });
+  Standalone::SetMinLogLevel(progress.LogLevel());
 }
 
 void RequireWholeOutput() {
@@ -155,50 +126,25 @@ void RequireWholeOutput() {
   }
 }
 
-/// The enclosure to be read; empty when its generation cannot be found out. The password is wiped
-/// either way, once the library has its copy.
-std::optional<Enclosure> Open(TavrinConnection::ConnectionInfo& info, Progress& progress,
-                              LoginGuard& guard, QueryResult<SMMIype>& generation) {
-  const WipedAtEnd password(info.password);
-  generation = FindGeneration(info);
-  if (generation.status != StatusCode::Success) {
-    return std::nullopt;
-  }
-  return Enclosure(info, generation.value, progress, guard);
-}
-
-int Read(const Options& options, const std::string& address, Enclosure& enclosure) {
-  const auto readAndPrint = options.isJson ? ReadAndPrintDocument : ReadAndPrintTables;
-  const std::vector<Section> sections = readAndPrint(enclosure, options.task, address);
-  PrintFailures(std::cerr, sections);
-  return ExitCodeOf(sections);
-}
-
 int Run(const Options& options) {
-  const std::vector<Setting> settings = SettingsOf(options);
-  Apply(settings);
   const std::string address = AddressText(options.host, options.port);
-  TavrinConnection::ConnectionInfo info = MakeConnectionInfo(options);
-  AskForPassword(options, address, info.password);
+  Enclosure enclosure = EnclosureOf(options, address);
 
   Console console(std::cerr, CanMoveCursor(), STDERR_FILENO);
-  Progress progress(console, ShownLogLevel(options.verbosity));
-  LoginGuard guard;
-  const LogRoute route(progress, guard, std::max(ShownLogLevel(options.verbosity), kInfo));
+  Printer printer(*options.format, console, ShownLogLevel(options.verbosity));
+  CheckLogLevel(printer);
   if (options.verbosity > 0) {
-    ShowEnvironment(settings, console);
+    ShowEnvironment(options, console);
   }
   console.ShowLine("connecting to " + address);
-  QueryResult<SMMIype> generation;
-  std::optional<Enclosure> enclosure = Open(info, progress, guard, generation);
-  int exitCode = ExitCode::QueryFailed;
-  if (enclosure) {
-    exitCode = Read(options, address, *enclosure);
-  } else {
-    ReportNothingRead(options, address, generation);
-  }
+  const Task& task = options.task;
+  const Reading reading = task.command == Command::SelectPsu
+                              ? enclosure.SelectPsu(task.psu, printer)
+                              : enclosure.Read(PartsOf(task.command), printer);
+  printer.End(reading);
+  std::cerr << FailureLines(reading) << std::flush;
   RequireWholeOutput();
-  return exitCode;
+  return ExitCodeOf(reading);
 }
 
 int RunCommandLine(int argc, const char* const* argv) {

@@ -1,0 +1,189 @@
+#include "reading/Enclosure.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+
+#include "platform/ConnectionInfo.h"
+#include "platform/standalone/globalconfig/ThreadConfig.h"
+#include "platform/standalone/logger/ThreadLog.h"
+#include "reading/Generation.h"
+#include "reading/Inquiry.h"
+#include "reading/LibraryObject.h"
+#include "reading/LineListener.h"
+#include "reading/LoginGuard.h"
+#include "reading/Stopwatch.h"
+#include "reading/Wiping.h"
+
+namespace Tavrin {
+namespace {
+
+// IPMI exchanges are admitted on kinds 1 and 7; 7 is what management tools use.
+constexpr std::int32_t kConnectionKind = 7;
+
+/// Behind the detection.
+constexpr std::array kPartsInOrder = {
+    Part::Identity,  Part::ChassisPower, Part::PowerCaps,   Part::NodeStatus,
+    Part::NodePower, Part::PsuFans,      Part::PsuFirmware, Part::PsuStatus,
+};
+
+std::map<std::string, int> ConfigOf(const EnclosureSettings& settings) {
+  std::map<std::string, int> config;
+  const auto add = [&config](const char* key, const std::optional<int>& value) {
+    if (value) {
+      config.emplace(key, *value);
+    }
+  };
+  add("IPMI_CIPHER_SUITE", settings.cipherSuite);
+  add("IPMI_PRIVILEGE_LEVEL", settings.privilegeLevel);
+  add("IPMI_WORKAROUND_FLAGS", settings.workaroundFlags);
+  add("IPMI_CONNECT_RETRY_TIMES", settings.attempts);
+  add("IPMI_SESSION_TIMEOUT_MS", settings.sessionTimeoutMs);
+  return config;
+}
+
+void Fill(TavrinConnection::ConnectionInfo& info, const EnclosureSettings& settings) {
+  info.address = settings.host;
+  info.port = settings.port;
+  info.userName = settings.userName;
+  info.password = settings.password;
+  info.connectionKind = kConnectionKind;
+}
+
+void ReadPart(Part part, Inquiry& inquiry, Reading& reading) {
+  switch (part) {
+    case Part::Identity:
+      reading.identity = inquiry.ReadIdentity();
+      break;
+    case Part::ChassisPower:
+      reading.chassisPower = inquiry.ReadChassisPower();
+      break;
+    case Part::PowerCaps:
+      reading.powerCaps = inquiry.ReadPowerCaps();
+      break;
+    case Part::NodeStatus:
+      reading.nodeStatus = inquiry.ReadNodeStatus();
+      break;
+    case Part::NodePower:
+      reading.nodePower = inquiry.ReadNodePower();
+      break;
+    case Part::PsuFans:
+      reading.psuFans = inquiry.ReadPsuFans();
+      break;
+    case Part::PsuFirmware:
+      reading.psuFirmware = inquiry.ReadPsuFirmware();
+      break;
+    case Part::PsuStatus:
+      reading.psuStatus = inquiry.ReadPsuStatus();
+      break;
+    case Part::Detection:
+    case Part::PsuSelection:
+      break;
+  }
+}
+
+}  // namespace
+
+struct Enclosure::State {
+  using Ask = std::function<void(Inquiry&, Reading&)>;
+
+  explicit State(const EnclosureSettings& given) : settings(given) {}
+
+  /// Makes a pass: finds out the generation, and lets `ask` fill the reading behind the detection.
+  Reading MakePass(Observer& observer, const Ask& ask);
+
+  /// What comes behind the generation. The object stays for the next pass only when all went well.
+  void Inquire(const Query<SMMIype>& generation, LoginGuard& guard, Observer& observer,
+               const Ask& ask, Reading& reading);
+
+  Query<SMMIype> Generation() const;
+  std::unique_ptr<LibraryObject> TakeObject(SMMIype generation, const LoginGuard& guard,
+                                            Observer& observer);
+
+  const EnclosureSettings settings;
+
+  /// Of the pass before; none when the SMM was lost in it, or its status was not read.
+  std::unique_ptr<LibraryObject> object;
+};
+
+Reading Enclosure::State::MakePass(Observer& observer, const Ask& ask) {
+  const Stopwatch stopwatch;
+  Reading reading;
+  reading.address = AddressText(settings.host, settings.port);
+  reading.readAt = stopwatch.Begin();
+  Standalone::ThreadConfig config(ConfigOf(settings));
+  LoginGuard guard(config);
+  LineListener listener(observer, guard);
+  const Standalone::ThreadLog log(
+      listener.Threshold(), [&listener](const Standalone::LogLine& line) { listener.Take(line); });
+  const Query<SMMIype> generation = Generation();
+  if (generation.Succeeded()) {
+    guard.Begin();
+    Inquire(generation, guard, observer, ask, reading);
+  } else {
+    object.reset();
+    reading.failure = generation;
+  }
+  reading.duration = stopwatch.Duration();
+  return reading;
+}
+
+void Enclosure::State::Inquire(const Query<SMMIype>& generation, LoginGuard& guard,
+                               Observer& observer, const Ask& ask, Reading& reading) {
+  std::unique_ptr<LibraryObject> taken = TakeObject(generation.value, guard, observer);
+  Inquiry inquiry(*taken, guard, observer);
+  reading.detection = inquiry.ReadDetection(generation);
+  observer.PartRead(reading, Part::Detection);
+  ask(inquiry, reading);
+  if (inquiry.WasAlwaysConnected()) {
+    object = std::move(taken);
+  }
+}
+
+Query<SMMIype> Enclosure::State::Generation() const {
+  TavrinConnection::ConnectionInfo info;
+  const WipedAtEnd password(info.password);
+  Fill(info, settings);
+  return FindGeneration(info);
+}
+
+std::unique_ptr<LibraryObject> Enclosure::State::TakeObject(SMMIype generation,
+                                                            const LoginGuard& guard,
+                                                            Observer& observer) {
+  if (object && object->generation == generation) {
+    return std::move(object);
+  }
+  object.reset();
+  TavrinConnection::ConnectionInfo info;
+  const WipedAtEnd password(info.password);
+  Fill(info, settings);
+  return ConstructObject(info, generation, guard, observer);
+}
+
+Enclosure::Enclosure(const EnclosureSettings& settings)
+    : state_(std::make_unique<State>(settings)) {}
+
+Enclosure::~Enclosure() = default;
+
+Reading Enclosure::Read(const std::vector<Part>& parts, Observer& observer) {
+  return state_->MakePass(observer, [&](Inquiry& inquiry, Reading& reading) {
+    for (const Part part : kPartsInOrder) {
+      if (std::find(parts.begin(), parts.end(), part) != parts.end()) {
+        ReadPart(part, inquiry, reading);
+        observer.PartRead(reading, part);
+      }
+    }
+  });
+}
+
+Reading Enclosure::SelectPsu(int psu, Observer& observer) {
+  return state_->MakePass(observer, [&](Inquiry& inquiry, Reading& reading) {
+    reading.psuSelection = inquiry.SelectPsu(psu);
+    observer.PartRead(reading, Part::PsuSelection);
+  });
+}
+
+}  // namespace Tavrin

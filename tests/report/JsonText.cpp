@@ -1,0 +1,30 @@
+#include "tests/report/JsonText.h"
+
+#include <nlohmann/json.hpp>
+
+namespace Tavrin {
+
+using nlohmann::json;
+
+std::string Normal(const std::string& value) { return json::parse(value).dump(); }
+
+std::string At(const std::string& document, const std::string& pointer) {
+  const json whole = json::parse(document);
+  const json::json_pointer place(pointer);
+  return whole.contains(place) ? whole.at(place).dump() : "";
+}
+
+std::string Changed(const std::string& document, const std::string& pointer,
+                    const std::string& value) {
+  json whole = json::parse(document);
+  whole[json::json_pointer(pointer)] = json::parse(value);
+  return whole.dump();
+}
+
+std::string Without(const std::string& document, const std::string& member) {
+  json whole = json::parse(document);
+  whole.erase(member);
+  return whole.dump();
+}
+
+}  // namespace Tavrin
