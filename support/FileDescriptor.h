@@ -6,12 +6,16 @@
 
 namespace Tavrin {
 
-/// Owns an open file descriptor and closes it with itself; a negative one stands for none. It can
-/// be moved, which leaves none behind, and not copied.
+/// Owns an open file descriptor, as open(2) and its like return one, and closes it at the end of
+/// its own life. A negative one stands for none: what opens one can hand over its result as it is,
+/// and the caller asks Get() whether that went well, with `errno` still as it was left.
 class FileDescriptor {
  public:
+  /// Takes over a descriptor that nobody else closes.
   explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
   ~FileDescriptor() { Close(); }
+
+  /// Leaves none behind.
   FileDescriptor(FileDescriptor&& other) noexcept
       : descriptor_(std::exchange(other.descriptor_, -1)) {}
   FileDescriptor(const FileDescriptor&) = delete;
@@ -21,7 +25,8 @@ class FileDescriptor {
   /// The descriptor, which stays this object's; negative when there is none.
   [[nodiscard]] int Get() const { return descriptor_; }
 
-  /// Closes it now; afterwards there is none.
+  /// Closes it before the object's end; afterwards there is none. An error of close(2) is dropped:
+  /// who must know that a file was written asks fsync(2) before.
   void Close() {
     if (descriptor_ >= 0) {
       close(std::exchange(descriptor_, -1));

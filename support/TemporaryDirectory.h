@@ -5,19 +5,23 @@
 namespace Tavrin {
 
 /// A new directory that only this user can read, where temporary files belong (the environment
-/// variable TMPDIR, or /tmp); removed with all it holds when the object is destroyed.
+/// variable TMPDIR, or /tmp); removed with all it holds when the object is destroyed. A process
+/// that is killed leaves it behind.
 class TemporaryDirectory {
  public:
-  /// Its name begins with `prefix`. Throws std::system_error when it cannot be made.
+  /// Its name begins with `prefix`, and ends so that no other has it. Throws std::system_error,
+  /// with the system's reason, when it cannot be made.
   explicit TemporaryDirectory(const std::string& prefix);
   ~TemporaryDirectory();
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
+  /// Absolute when TMPDIR is; without a slash at its end.
   [[nodiscard]] const std::string& Path() const { return path_; }
 
-  /// Writes a file of mode 0600 into the directory; what it held before is gone. Throws
-  /// std::system_error when it cannot be written.
+  /// Writes a file into the directory, readable and writable by its owner alone; what a file of
+  /// that name held before is gone. Throws std::system_error, with the system's reason, when it
+  /// cannot be written.
   void Write(const std::string& name, const std::string& content) const;
 
  private:

@@ -7,12 +7,14 @@
 namespace Tavrin {
 
 /// A file that only this user can read, in a temporary directory of its own; removed with the
-/// object.
+/// object. Programs that are started find it under its path, for a password, say, which must not be
+/// among their arguments.
 class TemporaryFile {
  public:
-  /// Throws std::system_error when it cannot be written.
+  /// Writes the content, byte for byte. Throws std::system_error when it cannot be written.
   explicit TemporaryFile(const std::string& content) { directory_.Write(kName, content); }
 
+  /// Good for as long as the object lives.
   [[nodiscard]] std::string Path() const { return directory_.Path() + "/" + kName; }
 
  private:
