@@ -14,59 +14,66 @@ Reading EmptyReading() {
 }
 
 Detection ExampleDetection() {
-  return {Good<Value<SMMIype>>({SMM_SECOND_GENERATION, "", Absence::None}), Good(NumberOf(254)),
-          Good(NumberOf(2)), Good(NumberOf(4))};
+  return {Good<Value<SMMIype>>({SMM_SECOND_GENERATION, "", Absence::None}),
+          Good(ReportedNumber(254)), Good(ReportedNumber(2)), Good(ReportedNumber(4))};
 }
 
 Identity ExampleIdentity() {
-  return {Good(TextOf("1234")), Good(TextOf("J1 23")), Good(TextOf("ABC-1a.05")), Good(TextOf(""))};
+  return {Good(ReportedText("1234")), Good(ReportedText("J1 23")), Good(ReportedText("ABC-1a.05")),
+          Good(ReportedText(""))};
 }
 
 PowerReadings PowerOf(std::int64_t lowest) {
-  return {NumberOf(lowest), NumberOf(lowest + 10), NumberOf(lowest + 20)};
+  return {ReportedNumber(lowest), ReportedNumber(lowest + 10), ReportedNumber(lowest + 20)};
 }
 
 std::vector<Query<NodeState>> ExampleNodes() {
-  return {Good(NodeState{StateOf(NodePowerState::On, "Power ON"), StateOf(NodeWidth::Half, "Half"),
-                         NumberOf(1), NumberOf(0)}),
-          Good(NodeState{StateOf(NodePowerState::Off, "Power OFF"),
-                         StateOf(NodeWidth::Full, "Full"), NumberOf(2), NumberOf(17)}),
-          Good(NodeState{StateOf(NodePowerState::NoPermission, "No Permission"),
-                         StateOf(NodeWidth::Other, "3"), NotReported(), NumberOf(255)}),
-          Good(NodeState{StateOf(NodePowerState::PowerFault, "Power Fault"),
-                         AbsentValue<NodeWidth>(Absence::NotReported, "N/A"), NumberOf(4),
-                         NumberOf(19)})};
+  return {
+      Good(NodeState{ReportedState(NodePowerState::On, "Power ON"),
+                     ReportedState(NodeWidth::Half, "Half"), ReportedNumber(1), ReportedNumber(0)}),
+      Good(NodeState{ReportedState(NodePowerState::Off, "Power OFF"),
+                     ReportedState(NodeWidth::Full, "Full"), ReportedNumber(2),
+                     ReportedNumber(17)}),
+      Good(NodeState{ReportedState(NodePowerState::NoPermission, "No Permission"),
+                     ReportedState(NodeWidth::Other, "3"), NotReported(), ReportedNumber(255)}),
+      Good(NodeState{ReportedState(NodePowerState::PowerFault, "Power Fault"),
+                     AbsentValue<NodeWidth>(Absence::NotReported, "N/A"), ReportedNumber(4),
+                     ReportedNumber(19)})};
 }
 
 std::vector<PsuFans> ExampleFans() {
   const Number noFan = AbsentValue<std::int64_t>(Absence::NoSecondFan);
-  return {{1, TextOf("PSU1"), NumberOf(1000), NotReported(), noFan, noFan,
-           StateOf(PsuFanState::Abnormal, "Abnormal")},
-          {2, TextOf("PSU2"), NumberOf(10'000), NumberOf(50), NotReported(), NumberOf(7),
-           StateOf(PsuFanState::Normal, "Normal")}};
+  return {{1, ReportedText("PSU1"), ReportedNumber(1000), NotReported(), noFan, noFan,
+           ReportedState(PsuFanState::Abnormal, "Abnormal")},
+          {2, ReportedText("PSU2"), ReportedNumber(10'000), ReportedNumber(50), NotReported(),
+           ReportedNumber(7), ReportedState(PsuFanState::Normal, "Normal")}};
 }
 
 /// Four manufacturer bytes that are no text in any encoding, the last one of them printable.
 std::vector<PsuFirmware> ExampleFirmware() {
   using std::string_literals::operator""s;
-  return {{1, TextOf("PSU1"), TextOf("PSU\xff\0\x1b"s + "Da.01"), TextOf("1.0a"),
-           TextOf("Power Supply 1")},
-          {2, TextOf("PSU2"), TextOf("PSUPAS2b.02"), TextOf("2.09"), TextOf("Power Supply 2")}};
+  return {{1, ReportedText("PSU1"), ReportedText("PSU\xff\0\x1b"s + "Da.01"), ReportedText("1.0a"),
+           ReportedText("Power Supply 1")},
+          {2, ReportedText("PSU2"), ReportedText("PSUPAS2b.02"), ReportedText("2.09"),
+           ReportedText("Power Supply 2")}};
 }
 
 }  // namespace
 
-Number NumberOf(std::int64_t number) { return {number, std::to_string(number), Absence::None}; }
+Number ReportedNumber(std::int64_t number) {
+  return {number, std::to_string(number), Absence::None};
+}
 
-Text TextOf(const std::string& text) { return {text, text, Absence::None}; }
+Text ReportedText(const std::string& text) { return {text, text, Absence::None}; }
 
 Number NotReported() { return AbsentValue<std::int64_t>(Absence::NotReported, "N/A"); }
 
 PsuFlags FlagsOf(std::size_t slot, bool flag) {
   const std::string trigger = flag ? "trigger" : "not trigger";
-  return {slot, StateOf(flag, trigger), StateOf(!flag, flag ? "not trigger" : "trigger"),
-          StateOf(flag, flag ? "present" : "not present"),
-          StateOf(flag, flag ? "power good" : "not power good")};
+  return {slot, ReportedState(flag, trigger),
+          ReportedState(!flag, flag ? "not trigger" : "trigger"),
+          ReportedState(flag, flag ? "present" : "not present"),
+          ReportedState(flag, flag ? "power good" : "not power good")};
 }
 
 PsuFlags UntoldFlags(std::size_t slot) {
@@ -103,12 +110,13 @@ Reading ExampleReading() {
   Reading reading = EmptyReading();
   reading.detection = ExampleDetection();
   reading.identity = ExampleIdentity();
-  reading.chassisPower = Good(PowerReadings{NumberOf(0), NumberOf(350), NumberOf(65'535)});
-  reading.powerCaps =
-      Good(PowerCaps{NumberOf(1), NumberOf(2), NotReported(), NumberOf(4), NumberOf(5)});
+  reading.chassisPower =
+      Good(PowerReadings{ReportedNumber(0), ReportedNumber(350), ReportedNumber(65'535)});
+  reading.powerCaps = Good(PowerCaps{ReportedNumber(1), ReportedNumber(2), NotReported(),
+                                     ReportedNumber(4), ReportedNumber(5)});
   reading.nodeStatus = ExampleNodes();
   reading.nodePower = {Good(PowerOf(120)), Good(PowerOf(200)), Good(PowerOf(300)),
-                       Good(PowerReadings{NotReported(), NotReported(), NumberOf(410)})};
+                       Good(PowerReadings{NotReported(), NotReported(), ReportedNumber(410)})};
   reading.psuFans = Good(ExampleFans());
   reading.psuFirmware = Good(ExampleFirmware());
   reading.psuStatus = Good(std::vector<PsuFlags>{FlagsOf(1, true), FlagsOf(2, false)});

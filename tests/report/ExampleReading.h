@@ -16,11 +16,11 @@ Reading SelectionReading(const PsuSelection& selection, const QueryOutcome& outc
 
 // Values as a reading has them.
 
-Number NumberOf(std::int64_t number);
-Text TextOf(const std::string& text);
+Number ReportedNumber(std::int64_t number);
+Text ReportedText(const std::string& text);
 
 template <typename Type>
-Value<Type> StateOf(Type state, const std::string& text) {
+Value<Type> ReportedState(Type state, const std::string& text) {
   return {state, text, Absence::None};
 }
 

@@ -218,7 +218,7 @@ TEST_F(JsonFormatTest, EveryByteIsGivenAsANumber) {
     numbers += (byte == 0 ? "[" : ",") + std::to_string(byte);
   }
   Reading reading = ExampleReading();
-  reading.identity->serialNumber = Good(TextOf(bytes));
+  reading.identity->serialNumber = Good(ReportedText(bytes));
   EXPECT_EQ(ValidAt(reading, "/queries/serialNumber/bytes"), numbers + "]");
 }
 
@@ -230,7 +230,7 @@ TEST_F(JsonFormatTest, PrintableTextIsGivenAsItIs) {
   Reading reading = ExampleReading();
   std::string text = printable;
   text.erase(text.find("\\\""), 1).erase(text.find("\\\\"), 1);
-  reading.identity->serialNumber = Good(TextOf(text));
+  reading.identity->serialNumber = Good(ReportedText(text));
   EXPECT_EQ(ValidAt(reading, "/queries/serialNumber/value"), '"' + printable + '"');
   EXPECT_EQ(ValidAt(reading, "/queries/serialNumber/bytes"), "");
 }
@@ -272,7 +272,7 @@ TEST_F(JsonFormatTest, SlotsThatWereNotCountedAreAnEmptyList) {
 }
 
 TEST_F(JsonFormatTest, SelectionTellsWhatWasSent) {
-  EXPECT_EQ(ValidAt(SelectionReading({7, true, NumberOf(3), "highest"}, SucceededOutcome()),
+  EXPECT_EQ(ValidAt(SelectionReading({7, true, ReportedNumber(3), "highest"}, SucceededOutcome()),
                     "/queries/psuSelection"),
             Normal(R"({"status": 0, "statusName": "Success", "durationMs": 5, "fields": {
       "asked": {"value": 7, "text": "7"},

@@ -56,13 +56,13 @@ TEST(TextFormat, IdentityIsShownLineByLine) {
 
 TEST(TextFormat, ControlBytesOfTheControllerAreEscaped) {
   Reading reading = ExampleReading();
-  reading.identity->serialNumber = Good(TextOf("\x1b[2J"));
+  reading.identity->serialNumber = Good(ReportedText("\x1b[2J"));
   EXPECT_THAT(Printed(reading, Part::Identity), HasSubstr("serial number     \\x1b[2J\n"));
 }
 
 TEST(TextFormat, BackslashIsEscapedAlsoWhereItStandsAlone) {
   Reading reading = ExampleReading();
-  reading.identity->serialNumber = Good(TextOf("a\\n"));
+  reading.identity->serialNumber = Good(ReportedText("a\\n"));
   EXPECT_THAT(Printed(reading, Part::Identity), HasSubstr("serial number     a\\\\n\n"));
 }
 
@@ -219,7 +219,7 @@ std::string Selection(const PsuSelection& selection, const QueryOutcome& outcome
 }
 
 TEST(TextFormat, SelectionTellsWhatWasSentAndAcknowledged) {
-  EXPECT_EQ(Selection({7, true, NumberOf(3), "clamped"}, SucceededOutcome()),
+  EXPECT_EQ(Selection({7, true, ReportedNumber(3), "clamped"}, SucceededOutcome()),
             "\n"
             "PSU selection\n"
             "  asked for        7\n"
