@@ -99,7 +99,7 @@ struct Enclosure::State {
   void Inquire(const Query<SMMIype>& generation, LoginGuard& guard, Observer& observer,
                const Ask& ask, Reading& reading);
 
-  Query<SMMIype> Generation() const;
+  [[nodiscard]] Query<SMMIype> Generation() const;
   std::unique_ptr<LibraryObject> TakeObject(SMMIype generation, const LoginGuard& guard,
                                             Observer& observer);
 

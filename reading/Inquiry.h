@@ -53,7 +53,7 @@ class Inquiry {
   template <typename Record, typename Call, typename Decode>
   auto AskEachSlot(Call call, Decode decode);
   Query<Text> AskText(int (SMMInventory::*call)(std::string&));
-  Query<Number> Detected(std::int64_t number) const;
+  [[nodiscard]] Query<Number> Detected(std::int64_t number) const;
   Query<Number> PsuSlotCount();
   std::int64_t PlatformId();
   const Query<std::vector<PSUStatus>>& PsuStatusRecords();
