@@ -10,7 +10,6 @@
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
-#include "tests/doubles/Operations.h"
 #include "tests/faults/FailingAllocation.h"
 #include "tests/faults/LeftBehind.h"
 #include "tests/platform/ScopedEnvironment.h"
@@ -97,13 +96,38 @@ TEST_P(Memory, ConstructionLosesNothingWhenItRunsOut) {
   });
 }
 
-TEST_P(Memory, EveryOperationLosesNothingWhenItRunsOut) {
-  for (const auto& operation : Double::Operations<SMMInventory>()) {
-    ExpectNoHarmTo([this, &operation] {
-      Double::Output output = operation.fresh;
-      return operation.call(inventory, 1, output);
-    });
-  }
+TEST_P(Memory, QueryLosesNothingWhenItRunsOut) {
+  ExpectNoHarmTo([this] {
+    std::string machineType;
+    return inventory.GetSmmMT(machineType);
+  });
+  ExpectNoHarmTo([this] {
+    ChassisPowerCap cap;
+    return inventory.GetChassisPowerCap(cap);
+  });
+  ExpectNoHarmTo([this] {
+    NodeStatus status;
+    return inventory.GetNodeStatus(1, status);
+  });
+}
+
+TEST_P(Memory, QueryOfEachPsuLosesNothingWhenItRunsOut) {
+  ExpectNoHarmTo([this] {
+    std::vector<PSUFwInfo> firmware;
+    return inventory.GetPSUFwInfo(firmware);
+  });
+  ExpectNoHarmTo([this] {
+    std::vector<PSUFanSpeed> fans;
+    return inventory.GetPSUFanSpeed(fans);
+  });
+  ExpectNoHarmTo([this] {
+    std::vector<PSUStatus> flags;
+    return inventory.GetPSUStatus(flags);
+  });
+}
+
+TEST_P(Memory, SelectionLosesNothingWhenItRunsOut) {
+  ExpectNoHarmTo([this] { return inventory.SelectPSU(1); });
 }
 
 TEST_P(Memory, MalformedSettingIsReportedOrNotAndTheQueryGoesOn) {
