@@ -34,6 +34,14 @@ Output Marked(Output output) {
   return output;
 }
 
+std::vector<std::string> OperationNames() {
+  std::vector<std::string> names;
+  for (const Operation<SMMInventory>& operation : Operations<SMMInventory>()) {
+    names.emplace_back(operation.name);
+  }
+  return names;
+}
+
 std::function<const std::vector<std::uint8_t>&(const IPMICOMMAND&)> SampleAnswersOf(
     SMMIype generation) {
   SampleAnswers answers;

@@ -171,6 +171,9 @@ const Operation<Inventory>& OperationNamed(const std::string& name) {
   throw std::out_of_range("no operation has the name " + name);
 }
 
+/// The names of all.
+std::vector<std::string> OperationNames();
+
 /// Gives an SMM's sample answer to each request. Throws std::logic_error for a request that none is
 /// there for.
 std::function<const std::vector<std::uint8_t>&(const IPMICOMMAND&)> SampleAnswersOf(

@@ -133,7 +133,7 @@ int PlayWait(clockid_t clock, int flags, const timespec& until) {
   return TakeNext(ThePlatform().waitResults);
 }
 
-[[maybe_unused]] const bool playsPauses = [] {
+[[maybe_unused]] const bool playsPauses = []() noexcept {
   OnPause(PlayPause);
   OnWait(PlayWait);
   return true;

@@ -2,19 +2,22 @@
 
 namespace Tavrin::Double {
 
-std::string TextLine(const std::string& name, const std::string& value) {
+std::string ValueText(const std::string& value) {
   constexpr const char* digits = "0123456789abcdef";
-  std::string line = name;
-  line += value.empty() ? "" : " ";
+  std::string text;
   for (const char character : value) {
     const auto byte = static_cast<unsigned char>(character);
     if (byte >= ' ' && byte <= '~') {
-      line += character;
+      text += character;
     } else {
-      line += {'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
+      text += {'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
     }
   }
-  return line + '\n';
+  return text;
+}
+
+std::string TextLine(const std::string& name, const std::string& value) {
+  return name + (value.empty() ? "" : " ") + value + '\n';
 }
 
 }  // namespace Tavrin::Double

@@ -55,22 +55,24 @@ void ForEachMember(Record& record, Visit visit) {
              kMembers<std::remove_const_t<Record>>);
 }
 
-/// The name and the value. Bytes that are not printable ASCII are shown as \xNN.
+/// A value as text. Bytes that are not printable ASCII are shown as \xNN.
+std::string ValueText(const std::string& value);
+inline std::string ValueText(std::int32_t value) { return std::to_string(value); }
+
+/// The name, and the text of the value unless that is empty.
 std::string TextLine(const std::string& name, const std::string& value);
-inline std::string TextLine(const std::string& name, std::int32_t value) {
-  return TextLine(name, std::to_string(value));
-}
 
 /// A record as one line a member.
 template <typename Record>
 std::string Text(const Record& record) {
   std::string text;
-  ForEachMember(record,
-                [&](const char* name, const auto& value) { text += TextLine(name, value); });
+  ForEachMember(record, [&](const char* name, const auto& value) {
+    text += TextLine(name, ValueText(value));
+  });
   return text;
 }
 
-inline std::string Text(const std::string& text) { return TextLine("text", text); }
+inline std::string Text(const std::string& text) { return TextLine("text", ValueText(text)); }
 
 /// The records one after the other.
 template <typename Record>

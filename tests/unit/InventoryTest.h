@@ -35,7 +35,23 @@ struct LengthRow {
   std::size_t longest = 0;
   Outcome ofCode0;
   Outcome ofOtherCodes;
+
+  LengthRow Lengths(std::size_t from, std::size_t to) const {
+    return {smmType, from, to, ofCode0, ofOtherCodes};
+  }
+  LengthRow WithCode0(const Outcome& outcome) const {
+    return {smmType, shortest, longest, outcome, ofOtherCodes};
+  }
+  LengthRow WithOtherCodes(const Outcome& outcome) const {
+    return {smmType, shortest, longest, ofCode0, outcome};
+  }
+  LengthRow Always(const Outcome& outcome) const {
+    return WithCode0(outcome).WithOtherCodes(outcome);
+  }
 };
+
+/// Begins a row: OfSmmType(1).Lengths(6, 8).WithCode0(...).WithOtherCodes(...), or .Always(...).
+inline LengthRow OfSmmType(std::int32_t smmType) { return {smmType, 0, 0, {}, {}}; }
 
 /// The lines of a sent request and its answer; `request` is the text behind "suceess: ".
 std::vector<Line> ExchangeLines(const std::string& request, const Bytes& response);

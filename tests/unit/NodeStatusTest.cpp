@@ -17,6 +17,7 @@ namespace {
 using Double::Bytes;
 using Double::ExchangeLines;
 using Double::Line;
+using Double::OfSmmType;
 using Double::TrimLines;
 using StatusCode::Success;
 using StatusCode::UnusableAnswer;
@@ -52,16 +53,28 @@ class NodeStatusQuery : public Double::InventoryTest {
 
 TEST_F(NodeStatusQuery, EveryLengthAndCompletionCodeHasItsOutcome) {
   ExpectOutcomes(
-      {{0, 0, 3, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {0, 4, 4, {Success, "Power ON|32|64|3"}, {UnusableAnswer, kAsPassed}},
-       {0, 5, 7, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {7, 0, 3, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {7, 4, 4, {Success, "Power ON|32|64|3"}, {UnusableAnswer, kAsPassed}},
-       {7, 5, 7, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {1, 0, 3, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {1, 4, 4, {Success, "Power ON|32|64|3"}, {UnusableAnswer, kAsPassed}},
-       {1, 5, 5, {Success, "No Permission|64|3|4"}, {UnusableAnswer, kAsPassed}},
-       {1, 6, 7, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}}},
+      {OfSmmType(0).Lengths(0, 3).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(0)
+           .Lengths(4, 4)
+           .WithCode0({Success, "Power ON|32|64|3"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(0).Lengths(5, 7).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(7).Lengths(0, 3).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(7)
+           .Lengths(4, 4)
+           .WithCode0({Success, "Power ON|32|64|3"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(7).Lengths(5, 7).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(1).Lengths(0, 3).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(1)
+           .Lengths(4, 4)
+           .WithCode0({Success, "Power ON|32|64|3"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(1)
+           .Lengths(5, 5)
+           .WithCode0({Success, "No Permission|64|3|4"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(1).Lengths(6, 7).Always({UnusableAnswer, kAsPassed})},
       {0x80, 0x20, 0x40, 0x03, 0x04, 0x05, 0x06},
       [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
       [this] { return Output(); });

@@ -18,6 +18,7 @@ using Double::Bytes;
 using Double::ExchangeLines;
 using Double::kRaisesBadAlloc;
 using Double::Line;
+using Double::OfSmmType;
 using Double::TrimLines;
 using StatusCode::Success;
 using StatusCode::UnusableAnswer;
@@ -58,13 +59,22 @@ class ChassisPower : public Double::InventoryTest {
 
 TEST_F(ChassisPower, EveryLengthAndCompletionCodeHasItsOutcome) {
   ExpectOutcomes(
-      {{0, 0, 5, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {0, 6, 13, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
-       {7, 0, 5, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {7, 6, 13, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
-       {1, 0, 0, {kRaisesBadAlloc, kAsPassed}, {kRaisesBadAlloc, kAsPassed}},
-       {1, 1, 6, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {1, 7, 13, {Success, "20272|36206|52140"}, {UnusableAnswer, kAsPassed}}},
+      {OfSmmType(0).Lengths(0, 5).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(0)
+           .Lengths(6, 13)
+           .WithCode0({Success, "12305|28239|44173"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(7).Lengths(0, 5).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(7)
+           .Lengths(6, 13)
+           .WithCode0({Success, "12305|28239|44173"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(1).Lengths(0, 0).Always({kRaisesBadAlloc, kAsPassed}),
+       OfSmmType(1).Lengths(1, 6).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(1)
+           .Lengths(7, 13)
+           .WithCode0({Success, "20272|36206|52140"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed})},
       kReadings, [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
       [this] { return Describe(out); });
 }
@@ -169,13 +179,22 @@ TEST_F(ChassisCap, EveryLengthAndCompletionCodeHasItsOutcome) {
   const std::string firstGeneration = "12305|28239|44173|60107|10249";
   const std::string secondGeneration = "20272|36206|52140|2538|18216";
   ExpectOutcomes(
-      {{0, 0, 9, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {0, 10, 13, {Success, firstGeneration}, {UnusableAnswer, kAsPassed}},
-       {7, 0, 9, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {7, 10, 13, {Success, firstGeneration}, {UnusableAnswer, kAsPassed}},
-       {1, 0, 0, {kRaisesBadAlloc, kAsPassed}, {kRaisesBadAlloc, kAsPassed}},
-       {1, 1, 10, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {1, 11, 13, {Success, secondGeneration}, {UnusableAnswer, kAsPassed}}},
+      {OfSmmType(0).Lengths(0, 9).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(0)
+           .Lengths(10, 13)
+           .WithCode0({Success, firstGeneration})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(7).Lengths(0, 9).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(7)
+           .Lengths(10, 13)
+           .WithCode0({Success, firstGeneration})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(1).Lengths(0, 0).Always({kRaisesBadAlloc, kAsPassed}),
+       OfSmmType(1).Lengths(1, 10).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(1)
+           .Lengths(11, 13)
+           .WithCode0({Success, secondGeneration})
+           .WithOtherCodes({UnusableAnswer, kAsPassed})},
       kReadings, [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
       [this] { return Describe(out); });
 }
@@ -290,13 +309,25 @@ class NodePower : public Double::InventoryTest {
 
 TEST_F(NodePower, EveryLengthAndCompletionCodeHasItsOutcome) {
   ExpectOutcomes(
-      {{0, 0, 5, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {0, 6, 13, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
-       {7, 0, 5, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {7, 6, 13, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
-       {1, 0, 5, {UnusableAnswer, kAsPassed}, {UnusableAnswer, kAsPassed}},
-       {1, 6, 6, {Success, "12305|28239|44173"}, {UnusableAnswer, kAsPassed}},
-       {1, 7, 13, {Success, "20272|36206|52140"}, {UnusableAnswer, kAsPassed}}},
+      {OfSmmType(0).Lengths(0, 5).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(0)
+           .Lengths(6, 13)
+           .WithCode0({Success, "12305|28239|44173"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(7).Lengths(0, 5).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(7)
+           .Lengths(6, 13)
+           .WithCode0({Success, "12305|28239|44173"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(1).Lengths(0, 5).Always({UnusableAnswer, kAsPassed}),
+       OfSmmType(1)
+           .Lengths(6, 6)
+           .WithCode0({Success, "12305|28239|44173"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed}),
+       OfSmmType(1)
+           .Lengths(7, 13)
+           .WithCode0({Success, "20272|36206|52140"})
+           .WithOtherCodes({UnusableAnswer, kAsPassed})},
       kReadings, [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
       [this] { return Describe(out); });
 }

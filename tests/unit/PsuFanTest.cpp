@@ -16,6 +16,7 @@ namespace {
 using Double::Bytes;
 using Double::ExchangeLines;
 using Double::Line;
+using Double::OfSmmType;
 using StatusCode::ConnectionKindNotAdmitted;
 using StatusCode::NotConnected;
 using StatusCode::Success;
@@ -70,12 +71,21 @@ TEST_F(PsuFan, EveryLengthAndCompletionCodeHasItsOutcome) {
   const std::string firstGeneration = std::string(kAsPassed) + "PSU1|12305|79|||Normal;";
   const std::string secondGeneration = std::string(kAsPassed) + "PSU1|20272|2|44173|203|Abnormal;";
   ExpectOutcomes(
-      {{0, 0, 3, {Success, kAsPassed}, {Success, kAsPassed}},
-       {0, 4, 10, {Success, firstGeneration}, {Success, kAsPassed}},
-       {7, 0, 3, {Success, kAsPassed}, {Success, kAsPassed}},
-       {7, 4, 10, {Success, firstGeneration}, {Success, kAsPassed}},
-       {1, 0, 7, {Success, kAsPassed}, {Success, kAsPassed}},
-       {1, 8, 10, {Success, secondGeneration}, {Success, kAsPassed}}},
+      {OfSmmType(0).Lengths(0, 3).Always({Success, kAsPassed}),
+       OfSmmType(0)
+           .Lengths(4, 10)
+           .WithCode0({Success, firstGeneration})
+           .WithOtherCodes({Success, kAsPassed}),
+       OfSmmType(7).Lengths(0, 3).Always({Success, kAsPassed}),
+       OfSmmType(7)
+           .Lengths(4, 10)
+           .WithCode0({Success, firstGeneration})
+           .WithOtherCodes({Success, kAsPassed}),
+       OfSmmType(1).Lengths(0, 7).Always({Success, kAsPassed}),
+       OfSmmType(1)
+           .Lengths(8, 10)
+           .WithCode0({Success, secondGeneration})
+           .WithOtherCodes({Success, kAsPassed})},
       {0x11, 0x30, 0x4F, 0x02, 0x8D, 0xAC, 0xCB, 0x01, 0x09, 0x28},
       [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
       [this] { return Output(); });

@@ -16,6 +16,7 @@ namespace {
 using Double::Bytes;
 using Double::ExchangeLines;
 using Double::Line;
+using Double::OfSmmType;
 using StatusCode::ConnectionKindNotAdmitted;
 using StatusCode::NotConnected;
 using StatusCode::NoUsableResult;
@@ -89,23 +90,41 @@ class PsuRegisters : public Double::InventoryTest {
 
 TEST_F(PsuRegisters, EveryVersionLengthAndCompletionCodeHasItsOutcome) {
   ExpectOutcomesOf(kVersion,
-                   {{0, 0, 1, {Success, kAsPassed}, {Success, kAsPassed}},
-                    {0, 2, 4, {Success, "1=5.0e;99=another;"}, {Success, kAsPassed}},
-                    {7, 0, 1, {Success, kAsPassed}, {Success, kAsPassed}},
-                    {7, 2, 4, {Success, "1=5.0e;99=another;"}, {Success, kAsPassed}},
-                    {1, 0, 1, {Success, kAsPassed}, {Success, kAsPassed}},
-                    {1, 2, 4, {Success, "1=5.0e;99=another;"}, {Success, kAsPassed}}},
+                   {OfSmmType(0).Lengths(0, 1).Always({Success, kAsPassed}),
+                    OfSmmType(0)
+                        .Lengths(2, 4)
+                        .WithCode0({Success, "1=5.0e;99=another;"})
+                        .WithOtherCodes({Success, kAsPassed}),
+                    OfSmmType(7).Lengths(0, 1).Always({Success, kAsPassed}),
+                    OfSmmType(7)
+                        .Lengths(2, 4)
+                        .WithCode0({Success, "1=5.0e;99=another;"})
+                        .WithOtherCodes({Success, kAsPassed}),
+                    OfSmmType(1).Lengths(0, 1).Always({Success, kAsPassed}),
+                    OfSmmType(1)
+                        .Lengths(2, 4)
+                        .WithCode0({Success, "1=5.0e;99=another;"})
+                        .WithOtherCodes({Success, kAsPassed})},
                    {0x0E, 0x05, 0x17, 0x28});
 }
 
 TEST_F(PsuRegisters, EveryManufacturerLengthAndCompletionCodeHasItsOutcome) {
   ExpectOutcomesOf(kManufacturer,
-                   {{0, 0, 4, {Success, kAsPassed}, {Success, kAsPassed}},
-                    {0, 5, 7, {Success, "1=ABCD;99=another;"}, {Success, kAsPassed}},
-                    {7, 0, 4, {Success, kAsPassed}, {Success, kAsPassed}},
-                    {7, 5, 7, {NoUsableResult, kAsPassed}, {Success, kAsPassed}},
-                    {1, 0, 4, {Success, kAsPassed}, {Success, kAsPassed}},
-                    {1, 5, 7, {Success, "1=@ABC;99=another;"}, {Success, kAsPassed}}},
+                   {OfSmmType(0).Lengths(0, 4).Always({Success, kAsPassed}),
+                    OfSmmType(0)
+                        .Lengths(5, 7)
+                        .WithCode0({Success, "1=ABCD;99=another;"})
+                        .WithOtherCodes({Success, kAsPassed}),
+                    OfSmmType(7).Lengths(0, 4).Always({Success, kAsPassed}),
+                    OfSmmType(7)
+                        .Lengths(5, 7)
+                        .WithCode0({NoUsableResult, kAsPassed})
+                        .WithOtherCodes({Success, kAsPassed}),
+                    OfSmmType(1).Lengths(0, 4).Always({Success, kAsPassed}),
+                    OfSmmType(1)
+                        .Lengths(5, 7)
+                        .WithCode0({Success, "1=@ABC;99=another;"})
+                        .WithOtherCodes({Success, kAsPassed})},
                    {'@', 'A', 'B', 'C', 'D', 'E', 'F'});
 }
 
@@ -113,12 +132,21 @@ TEST_F(PsuRegisters, EveryPositionLengthAndCompletionCodeHasItsOutcome) {
   Bytes answer = {0x0E, 0x05};
   answer.resize(34, 0x17);
   ExpectOutcomesOf(kPosition,
-                   {{0, 0, 1, {Success, kAsPassed}, {Success, kAsPassed}},
-                    {0, 2, 34, {Success, "1=e.05;99=another;"}, {Success, kAsPassed}},
-                    {7, 0, 1, {Success, kAsPassed}, {Success, kAsPassed}},
-                    {7, 2, 34, {Success, "1=e.05;99=another;"}, {Success, kAsPassed}},
-                    {1, 0, 1, {Success, kAsPassed}, {Success, kAsPassed}},
-                    {1, 2, 34, {Success, "1=e.05;99=another;"}, {Success, kAsPassed}}},
+                   {OfSmmType(0).Lengths(0, 1).Always({Success, kAsPassed}),
+                    OfSmmType(0)
+                        .Lengths(2, 34)
+                        .WithCode0({Success, "1=e.05;99=another;"})
+                        .WithOtherCodes({Success, kAsPassed}),
+                    OfSmmType(7).Lengths(0, 1).Always({Success, kAsPassed}),
+                    OfSmmType(7)
+                        .Lengths(2, 34)
+                        .WithCode0({Success, "1=e.05;99=another;"})
+                        .WithOtherCodes({Success, kAsPassed}),
+                    OfSmmType(1).Lengths(0, 1).Always({Success, kAsPassed}),
+                    OfSmmType(1)
+                        .Lengths(2, 34)
+                        .WithCode0({Success, "1=e.05;99=another;"})
+                        .WithOtherCodes({Success, kAsPassed})},
                    answer);
 }
 
@@ -516,10 +544,16 @@ TEST_F(PsuFirmware, EveryLengthAndCompletionCodeOfEachRegisterHasItsOutcome) {
   for (std::size_t index = 0; index < longest.size(); ++index) {
     const std::size_t minimum = std::vector<std::size_t>{2, 5, 2}[index];
     ExpectOutcomes(
-        {{0, 0, minimum - 1, skipped, skipped},
-         {0, minimum, longest[index].size(), firstGeneration, skipped},
-         {1, 0, minimum - 1, skipped, skipped},
-         {1, minimum, longest[index].size(), secondGeneration, skipped}},
+        {OfSmmType(0).Lengths(0, minimum - 1).Always(skipped),
+         OfSmmType(0)
+             .Lengths(minimum, longest[index].size())
+             .WithCode0(firstGeneration)
+             .WithOtherCodes(skipped),
+         OfSmmType(1).Lengths(0, minimum - 1).Always(skipped),
+         OfSmmType(1)
+             .Lengths(minimum, longest[index].size())
+             .WithCode0(secondGeneration)
+             .WithOtherCodes(skipped)},
         longest[index],
         [&](const Bytes& part, std::uint8_t code) {
           std::vector<Bytes> answers = {goodVersion, goodManufacturer, goodPosition};
@@ -537,20 +571,22 @@ TEST_F(PsuFirmware, EveryLengthAndCompletionCodeOfAnUnknownSmmTypeHasItsOutcome)
   const Double::Outcome ended = {NoUsableResult, kHeldBefore};
   const auto output = [this] { return Inventory(); };
   ExpectOutcomes(
-      {{7, 0, 4, ended, ended}}, {0x0A, 0x01, 0x22, 0x33},
+      {OfSmmType(7).Lengths(0, 4).Always(ended)}, {0x0A, 0x01, 0x22, 0x33},
       [this](const Bytes& part, std::uint8_t code) {
         return GetOne({part, goodManufacturer}, {code, 0}, 2);
       },
       output);
   ExpectOutcomes(
-      {{7, 0, 4, skipped, skipped}, {7, 5, 7, ended, skipped}}, {'A', 'B', 'C', 'D', 'E', 'F', 'G'},
+      {OfSmmType(7).Lengths(0, 4).Always(skipped),
+       OfSmmType(7).Lengths(5, 7).WithCode0(ended).WithOtherCodes(skipped)},
+      {'A', 'B', 'C', 'D', 'E', 'F', 'G'},
       [this](const Bytes& part, std::uint8_t code) {
         const std::size_t reads = code == 0 && part.size() >= 5 ? 2 : 3;
         return GetOne({goodVersion, part, goodPosition}, {0, code, 0}, reads);
       },
       output);
   ExpectOutcomes(
-      {{7, 0, 34, skipped, skipped}}, Bytes(34, 0x22),
+      {OfSmmType(7).Lengths(0, 34).Always(skipped)}, Bytes(34, 0x22),
       [this](const Bytes& part, std::uint8_t code) {
         return GetOne({goodVersion, {}, part}, {0, 0, code});
       },

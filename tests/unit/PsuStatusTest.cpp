@@ -18,6 +18,7 @@ namespace {
 using Double::Bytes;
 using Double::ExchangeLines;
 using Double::Line;
+using Double::OfSmmType;
 using StatusCode::Success;
 using StatusCode::UnusableAnswer;
 
@@ -62,8 +63,10 @@ class PsuStatusQuery : public Double::InventoryTest {
     return inventory.GetPSUStatus(out);
   }
 
-  /// Expects the flags of the bytes 0xB1, 0x4E, 0xFF and 0xE8 in the output and in the last line.
-  void ExpectRepeatingBits(std::size_t count) const {
+  /// Expects, in the output and in the last line, that slots 1 to 8 have the bits of the flag bytes
+  /// 0xB1 (EPOW), 0x4E (throttle), 0xFF (present) and 0xE8 (power good) from the lowest bit on;
+  /// that every flag of slots 9 to 32 is clear; and that slots 33 to 40 have those of 1 to 8 again.
+  void ExpectFlagsAgainFromSlot33(std::size_t count) const {
     const std::string zeros(24, '0');
     const std::string epow = "10001101" + zeros + "10001101";
     const std::string throttle = "01110010" + zeros + "01110010";
@@ -96,15 +99,33 @@ TEST_F(PsuStatusQuery, EveryLengthAndCompletionCodeHasItsOutcome) {
   const std::string secondGeneration = "10001000|11110010|10110001|11010011";
   const std::string tenBytes = "10001000|10110001|10010000|11010011";
   ExpectOutcomes(
-      {{0, 0, 5, {UnusableAnswer, empty}, {UnusableAnswer, empty}},
-       {0, 6, 13, {Success, firstGeneration}, {UnusableAnswer, empty}},
-       {7, 0, 5, {UnusableAnswer, empty}, {UnusableAnswer, empty}},
-       {7, 6, 13, {Success, firstGeneration}, {UnusableAnswer, empty}},
-       {1, 0, 5, {UnusableAnswer, empty}, {UnusableAnswer, empty}},
-       {1, 6, 6, {Success, sixBytes}, {UnusableAnswer, empty}},
-       {1, 7, 9, {Success, secondGeneration}, {UnusableAnswer, empty}},
-       {1, 10, 10, {Success, tenBytes}, {UnusableAnswer, empty}},
-       {1, 11, 13, {Success, secondGeneration}, {UnusableAnswer, empty}}},
+      {OfSmmType(0).Lengths(0, 5).Always({UnusableAnswer, empty}),
+       OfSmmType(0)
+           .Lengths(6, 13)
+           .WithCode0({Success, firstGeneration})
+           .WithOtherCodes({UnusableAnswer, empty}),
+       OfSmmType(7).Lengths(0, 5).Always({UnusableAnswer, empty}),
+       OfSmmType(7)
+           .Lengths(6, 13)
+           .WithCode0({Success, firstGeneration})
+           .WithOtherCodes({UnusableAnswer, empty}),
+       OfSmmType(1).Lengths(0, 5).Always({UnusableAnswer, empty}),
+       OfSmmType(1)
+           .Lengths(6, 6)
+           .WithCode0({Success, sixBytes})
+           .WithOtherCodes({UnusableAnswer, empty}),
+       OfSmmType(1)
+           .Lengths(7, 9)
+           .WithCode0({Success, secondGeneration})
+           .WithOtherCodes({UnusableAnswer, empty}),
+       OfSmmType(1)
+           .Lengths(10, 10)
+           .WithCode0({Success, tenBytes})
+           .WithOtherCodes({UnusableAnswer, empty}),
+       OfSmmType(1)
+           .Lengths(11, 13)
+           .WithCode0({Success, secondGeneration})
+           .WithOtherCodes({UnusableAnswer, empty})},
       {0x11, 0x30, 0x4F, 0x6E, 0x8D, 0xAC, 0xCB, 0xEA, 0x09, 0x28, 0x47, 0x66, 0x85},
       [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
       [this] { return Describe(out); });
@@ -138,7 +159,7 @@ TEST_F(PsuStatusQuery, BitsRepeatFromPsu33OnAndAre0Between) {
     for (const std::size_t count : kSlotCounts) {
       inventory.psuSlotCount = count;
       EXPECT_EQ(Get(row.answer), Success);
-      ExpectRepeatingBits(count);
+      ExpectFlagsAgainFromSlot33(count);
     }
   }
 }

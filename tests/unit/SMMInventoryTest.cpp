@@ -6,18 +6,24 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/doubles/AllocationCount.h"
+#include "tests/doubles/Implementation.h"
+#include "tests/doubles/Operations.h"
 #include "tests/unit/PlatformTest.h"
 
 namespace Tavrin {
 namespace {
 
+using Double::Bytes;
 using Double::StatusAnswer;
 using Double::TestSettings;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 using Facade = Double::PlatformTest;
 
@@ -54,100 +60,84 @@ TEST_F(Facade, StatusReadTakesSixExchangesAnd18SecondsAndLeavesTheNodeCount) {
   EXPECT_EQ(inventory.GetNodeNub(), 4UL);
 }
 
-TEST_F(Facade, MachineTypeAndSerialNumberAreForwarded) {
-  platform.ExpectStatusReads(1, {0x01});
-  SMMInventory inventory(TestSettings());
-  std::string machineType;
-  std::string serialNumber;
-  platform.Expect(0x32, 0xB0, {0x05, 0x00}, {'1', 'A', 'B', '2'});
-  platform.Expect(0x32, 0xB0, {0x05, 0x01}, {'J', '3'});
-  EXPECT_EQ(inventory.GetSmmMT(machineType), StatusCode::Success);
-  EXPECT_EQ(inventory.GetSmmSN(serialNumber), StatusCode::Success);
-  EXPECT_EQ(machineType, "1AB2");
-  EXPECT_EQ(serialNumber, "J3");
+/// The operation, and the generation of the SMM.
+class FacadeOperation : public Double::PlatformTest,
+                        public testing::WithParamInterface<std::tuple<std::string, SMMIype>> {
+ protected:
+  FacadeOperation() {
+    const SMMIype generation = std::get<SMMIype>(GetParam());
+    platform.smmType = generation;
+    platform.logThreshold = 0;
+    platform.answerTo = [this, answerTo = Double::SampleAnswersOf(generation)](
+                            const IPMICOMMAND& request) -> const Bytes& {
+      sent.push_back({request.netFn, request.cmd});
+      sent.back().insert(sent.back().end(), request.data.begin(), request.data.end());
+      return answerTo(request);
+    };
+  }
+
+  /// Calls the operation, of the second node or PSU, and forgets what was sent before.
+  template <typename Inventory>
+  std::string Ask(Inventory& inventory) {
+    const auto& operation = Double::OperationNamed<Inventory>(std::get<std::string>(GetParam()));
+    Double::Output output = Double::Marked(operation.fresh);
+    sent.clear();
+    EXPECT_EQ(operation.call(inventory, 2, output), StatusCode::Success);
+    return Double::Text(output);
+  }
+
+  std::vector<Bytes> sent;
+};
+
+TEST_P(FacadeOperation, IsThatOfTheImplementation) {
+  SMMInventory facade(TestSettings());
+  Double::Implementation implementation(TestSettings());
+  const std::string given = Ask(facade);
+  const std::vector<Bytes> sentByTheFacade = sent;
+  EXPECT_EQ(given, Ask(implementation));
+  EXPECT_EQ(sentByTheFacade, sent);
+  EXPECT_THAT(given, Not(HasSubstr("before")));
 }
 
-TEST_F(Facade, VersionAndNameAreForwarded) {
-  platform.ExpectStatusReads(1, {0x01});
-  SMMInventory inventory(TestSettings());
-  std::string version;
-  std::string name;
-  platform.Expect(0x32, 0xA8, {}, {0x01, 0x05, 0, 0, 0, 'U', '7'});
-  platform.Expect(0x32, 0xB0, {0x05, 0x0B}, {'s', 'm', 'm'});
-  EXPECT_EQ(inventory.GetSmmVersion(version), StatusCode::Success);
-  EXPECT_EQ(inventory.GetSmmName(name), StatusCode::Success);
-  EXPECT_EQ(version, "U7-1.05");
-  EXPECT_EQ(name, "smm");
+TEST_P(FacadeOperation, SendsAsOftenAsItsSampleAnswersTake) {
+  SMMInventory facade(TestSettings());
+  Ask(facade);
+  const auto& operation = Double::OperationNamed<SMMInventory>(std::get<std::string>(GetParam()));
+  const Double::Exchanges& exchanges = operation.exchanges;
+  EXPECT_EQ(sent.size(), std::get<SMMIype>(GetParam()) == SMM_FIRST_GENERATION
+                             ? exchanges.ofTwoPsus
+                             : exchanges.ofNinePsus);
 }
 
-TEST_F(Facade, PowerQueriesAreForwarded) {
-  platform.ExpectStatusReads(1, {0x01});
-  SMMInventory inventory(TestSettings());
-  ChassisPowerCon chassis;
-  ChassisPowerCap cap;
-  ChassisPowerCon node;
-  platform.Expect(0x32, 0x98, {0x05}, {1, 0, 2, 0, 3, 0});
-  platform.Expect(0x32, 0x9D, {0x05}, {1, 0, 2, 0, 3, 0, 4, 0, 5, 0});
-  platform.Expect(0x32, 0x98, {0x02}, {4, 0, 5, 0, 6, 0});
-  EXPECT_EQ(inventory.GetChassisPowerConsumption(chassis), StatusCode::Success);
-  EXPECT_EQ(inventory.GetChassisPowerCap(cap), StatusCode::Success);
-  EXPECT_EQ(inventory.GetNodePowerConsumption(2, node), StatusCode::Success);
-  EXPECT_EQ(inventory.GetNodePowerConsumption(5, node), StatusCode::UnusableAnswer);
-  EXPECT_EQ(chassis.maxPower, "3");
-  EXPECT_EQ(cap.thermalCap, "5");
-  EXPECT_EQ(node.maxPower, "6");
-}
+INSTANTIATE_TEST_SUITE_P(Every, FacadeOperation,
+                         testing::Combine(testing::ValuesIn(Double::OperationNames()),
+                                          testing::Values(SMM_FIRST_GENERATION,
+                                                          SMM_SECOND_GENERATION)),
+                         [](const auto& info) {
+                           return std::get<std::string>(info.param) + "OfSmmType" +
+                                  std::to_string(static_cast<int>(std::get<SMMIype>(info.param)));
+                         });
 
-TEST_F(Facade, PsuListsAreForwarded) {
+TEST_F(Facade, NegativePsuIsSelectedInVain) {
   platform.ExpectStatusReads(1, {0x01});
   SMMInventory inventory(TestSettings());
-  std::vector<PSUFanSpeed> fans;
-  std::vector<PSUFwInfo> firmware;
-  std::vector<PSUStatus> psus;
-  for (const std::uint8_t slot : Double::Bytes{1, 2}) {
-    platform.Expect(0x32, 0xA5, {slot}, {1, 0, 2, 2});
-  }
-  for (const std::uint8_t bus : Double::Bytes{0x0F, 0x0D}) {
-    platform.Expect(0x06, 0x52, {bus, 0xD0, 0x02, 0xFC}, {0x0A, 0x01});
-  }
-  for (const std::uint8_t bus : Double::Bytes{0x0F, 0x0D}) {
-    platform.Expect(0x06, 0x52, {bus, 0xD0, 0x05, 0x99}, {0x04, 'A', 'B', 'C', 'D'});
-  }
-  for (const std::uint8_t bus : Double::Bytes{0x0F, 0x0D}) {
-    platform.Expect(0x06, 0x52, {bus, 0xD0, 0x20, 0xF0}, {0x0A, 0x01});
-  }
-  platform.Expect(0x32, 0x91, {}, {0x00, 0x00, 0x03, 0x01, 0x00, 0x00});
-  EXPECT_EQ(inventory.GetPSUFanSpeed(fans), StatusCode::Success);
-  EXPECT_EQ(inventory.GetPSUFwInfo(firmware), StatusCode::Success);
-  EXPECT_EQ(inventory.GetPSUStatus(psus), StatusCode::Success);
-  ASSERT_EQ(fans.size(), 2U);
-  EXPECT_EQ(fans[1].name, "PSU2");
-  ASSERT_EQ(firmware.size(), 2U);
-  EXPECT_EQ(firmware[1].identifier, "PSUABCDa.01");
-  ASSERT_EQ(psus.size(), 2U);
-  EXPECT_EQ(psus[1].powerGood, "not power good");
-}
-
-TEST_F(Facade, PsuSelectionIsForwarded) {
-  platform.ExpectStatusReads(1, {0x01});
-  SMMInventory inventory(TestSettings());
-  platform.Expect(0x32, 0xF4, {0x00, 0x02}, {0x11});
-  EXPECT_EQ(inventory.SelectPSU(2), StatusCode::Success);
   for (int i = 0; i < 6; ++i) {
     platform.Expect(0x32, 0xF4, {0x00, 0xFF}, {}, 0xC1);
   }
   EXPECT_EQ(inventory.SelectPSU(-1), StatusCode::NoUsableResult);
 }
 
-TEST_F(Facade, NodeStatusIsForwarded) {
+TEST_F(Facade, NodeQueriesReachNode4AndNotNode5) {
   platform.ExpectStatusReads(1, {0x01});
   SMMInventory inventory(TestSettings());
-  NodeStatus node;
+  NodeStatus status;
+  ChassisPowerCon power;
   platform.Expect(0x32, 0xA7, {0x04}, {0x80, 1, 2, 0x20});
-  EXPECT_EQ(inventory.GetNodeStatus(4, node), StatusCode::Success);
-  EXPECT_EQ(inventory.GetNodeStatus(5, node), StatusCode::UnusableAnswer);
-  EXPECT_EQ(node.powerState, "Power ON");
-  EXPECT_EQ(node.permissionState, 32);
+  EXPECT_EQ(inventory.GetNodeStatus(4, status), StatusCode::Success);
+  EXPECT_EQ(inventory.GetNodeStatus(5, status), StatusCode::UnusableAnswer);
+  platform.Expect(0x32, 0x98, {0x04}, {4, 0, 5, 0, 6, 0});
+  EXPECT_EQ(inventory.GetNodePowerConsumption(4, power), StatusCode::Success);
+  EXPECT_EQ(inventory.GetNodePowerConsumption(5, power), StatusCode::UnusableAnswer);
 }
 
 TEST_F(Facade, NodeQueriesReachNode12OnPlatform253AndNotNode13) {
@@ -166,27 +156,13 @@ TEST_F(Facade, NodeQueriesReachNode12OnPlatform253AndNotNode13) {
 TEST_F(Facade, StatusOfARefusedExchangeIsHandedOnByEveryQuery) {
   platform.expectedSettings.connectionKind = 3;
   SMMInventory inventory(platform.expectedSettings);
-  std::string text;
-  ChassisPowerCon power;
-  ChassisPowerCap cap;
-  std::vector<PSUFanSpeed> fans;
-  std::vector<PSUFwInfo> firmware;
-  std::vector<PSUStatus> psus;
-  NodeStatus node;
-  SMMStatus status;
-  EXPECT_EQ(inventory.GetSmmMT(text), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.GetSmmSN(text), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.GetSmmVersion(text), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.GetSmmName(text), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.GetChassisPowerConsumption(power), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.GetChassisPowerCap(cap), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.GetNodePowerConsumption(1, power), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.GetPSUFanSpeed(fans), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.GetPSUFwInfo(firmware), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.GetPSUStatus(psus), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.GetNodeStatus(1, node), StatusCode::ConnectionKindNotAdmitted);
-  EXPECT_EQ(inventory.SelectPSU(1), StatusCode::NoUsableResult);
-  EXPECT_EQ(inventory.GetSMMStatus(status), StatusCode::NoUsableResult);
+  for (const auto& operation : Double::Operations<SMMInventory>()) {
+    Double::Output output = operation.fresh;
+    EXPECT_EQ(operation.call(inventory, 1, output), operation.exchanges.untilAcknowledged
+                                                        ? StatusCode::NoUsableResult
+                                                        : StatusCode::ConnectionKindNotAdmitted)
+        << operation.name;
+  }
 }
 
 TEST_F(Facade, CopiesShareOneImplementationBeyondTheFirst) {

@@ -16,6 +16,7 @@ using Double::Bytes;
 using Double::ExchangeLines;
 using Double::kRaisesBadAlloc;
 using Double::Line;
+using Double::OfSmmType;
 using Double::Outcome;
 using Double::TrimLines;
 using ::testing::ElementsAre;
@@ -109,13 +110,12 @@ TEST_F(MachineType, EveryLengthAndCompletionCodeHasItsOutcome) {
   const Outcome failure = {StatusCode::UnusableAnswer, "as passed"};
   const Outcome badAlloc = {kRaisesBadAlloc, "as passed"};
   ExpectOutcomes(
-      {{0, 0, 3, failure, failure},
-       {0, 4, 8, {StatusCode::Success, "A1b2"}, failure},
-       {7, 0, 3, failure, failure},
-       {7, 4, 8, {StatusCode::Success, "A1b2"}, failure},
-       {1, 0, 1, badAlloc, badAlloc},
-       {1, 2, 5, failure, failure},
-       {1, 6, 8, {StatusCode::Success, "b2C3"}, failure}},
+      {OfSmmType(0).Lengths(0, 3).Always(failure),
+       OfSmmType(0).Lengths(4, 8).WithCode0({StatusCode::Success, "A1b2"}).WithOtherCodes(failure),
+       OfSmmType(7).Lengths(0, 3).Always(failure),
+       OfSmmType(7).Lengths(4, 8).WithCode0({StatusCode::Success, "A1b2"}).WithOtherCodes(failure),
+       OfSmmType(1).Lengths(0, 1).Always(badAlloc), OfSmmType(1).Lengths(2, 5).Always(failure),
+       OfSmmType(1).Lengths(6, 8).WithCode0({StatusCode::Success, "b2C3"}).WithOtherCodes(failure)},
       {'A', '1', 'b', '2', 'C', '3', 'd', '4'},
       [this](const Bytes& answer, std::uint8_t code) {
         text = "as passed";
@@ -243,20 +243,19 @@ TEST_F(SerialNumber, EveryLengthAndCompletionCodeHasItsOutcome) {
   const Outcome failure = {StatusCode::UnusableAnswer, "as passed"};
   const Outcome badAlloc = {kRaisesBadAlloc, "as passed"};
   ExpectOutcomes(
-      {{0, 0, 0, failure, failure},
-       {0, 1, 1, {StatusCode::Success, "J"}, failure},
-       {0, 2, 2, {StatusCode::Success, "J3"}, failure},
-       {0, 3, 3, {StatusCode::Success, "J30"}, failure},
-       {0, 4, 6, {StatusCode::Success, "J30T"}, failure},
-       {7, 0, 0, failure, failure},
-       {7, 1, 1, {StatusCode::Success, "J"}, failure},
-       {7, 2, 2, {StatusCode::Success, "J3"}, failure},
-       {7, 3, 3, {StatusCode::Success, "J30"}, failure},
-       {7, 4, 6, {StatusCode::Success, "J30T"}, failure},
-       {1, 0, 1, badAlloc, badAlloc},
-       {1, 2, 2, failure, failure},
-       {1, 3, 3, {StatusCode::Success, "0"}, failure},
-       {1, 4, 6, {StatusCode::Success, "0T"}, failure}},
+      {OfSmmType(0).Lengths(0, 0).Always(failure),
+       OfSmmType(0).Lengths(1, 1).WithCode0({StatusCode::Success, "J"}).WithOtherCodes(failure),
+       OfSmmType(0).Lengths(2, 2).WithCode0({StatusCode::Success, "J3"}).WithOtherCodes(failure),
+       OfSmmType(0).Lengths(3, 3).WithCode0({StatusCode::Success, "J30"}).WithOtherCodes(failure),
+       OfSmmType(0).Lengths(4, 6).WithCode0({StatusCode::Success, "J30T"}).WithOtherCodes(failure),
+       OfSmmType(7).Lengths(0, 0).Always(failure),
+       OfSmmType(7).Lengths(1, 1).WithCode0({StatusCode::Success, "J"}).WithOtherCodes(failure),
+       OfSmmType(7).Lengths(2, 2).WithCode0({StatusCode::Success, "J3"}).WithOtherCodes(failure),
+       OfSmmType(7).Lengths(3, 3).WithCode0({StatusCode::Success, "J30"}).WithOtherCodes(failure),
+       OfSmmType(7).Lengths(4, 6).WithCode0({StatusCode::Success, "J30T"}).WithOtherCodes(failure),
+       OfSmmType(1).Lengths(0, 1).Always(badAlloc), OfSmmType(1).Lengths(2, 2).Always(failure),
+       OfSmmType(1).Lengths(3, 3).WithCode0({StatusCode::Success, "0"}).WithOtherCodes(failure),
+       OfSmmType(1).Lengths(4, 6).WithCode0({StatusCode::Success, "0T"}).WithOtherCodes(failure)},
       {'J', '3', '0', 'T', 0x00, 'Z'},
       [this](const Bytes& answer, std::uint8_t code) {
         text = "as passed";
@@ -335,21 +334,53 @@ TEST_F(FirmwareVersion, EveryLengthAndCompletionCodeHasItsOutcome) {
   const Outcome failure = {StatusCode::UnusableAnswer, "as passed"};
   const Outcome badAlloc = {kRaisesBadAlloc, "as passed"};
   ExpectOutcomes(
-      {{0, 0, 5, failure, failure},
-       {0, 6, 6, {StatusCode::Success, "E-1a.2b"}, failure},
-       {0, 7, 7, {StatusCode::Success, "EF-1a.2b"}, failure},
-       {0, 8, 8, {StatusCode::Success, "EFG-1a.2b"}, failure},
-       {0, 9, 9, {StatusCode::Success, "EFGH-1a.2b"}, failure},
-       {7, 0, 5, failure, failure},
-       {7, 6, 6, {StatusCode::Success, "E-1a.2b"}, failure},
-       {7, 7, 7, {StatusCode::Success, "EF-1a.2b"}, failure},
-       {7, 8, 8, {StatusCode::Success, "EFG-1a.2b"}, failure},
-       {7, 9, 9, {StatusCode::Success, "EFGH-1a.2b"}, failure},
-       {1, 0, 0, badAlloc, badAlloc},
-       {1, 1, 6, failure, failure},
-       {1, 7, 7, {StatusCode::Success, "F-2b.42"}, failure},
-       {1, 8, 8, {StatusCode::Success, "FG-2b.42"}, failure},
-       {1, 9, 9, {StatusCode::Success, "FGH-2b.42"}, failure}},
+      {OfSmmType(0).Lengths(0, 5).Always(failure),
+       OfSmmType(0)
+           .Lengths(6, 6)
+           .WithCode0({StatusCode::Success, "E-1a.2b"})
+           .WithOtherCodes(failure),
+       OfSmmType(0)
+           .Lengths(7, 7)
+           .WithCode0({StatusCode::Success, "EF-1a.2b"})
+           .WithOtherCodes(failure),
+       OfSmmType(0)
+           .Lengths(8, 8)
+           .WithCode0({StatusCode::Success, "EFG-1a.2b"})
+           .WithOtherCodes(failure),
+       OfSmmType(0)
+           .Lengths(9, 9)
+           .WithCode0({StatusCode::Success, "EFGH-1a.2b"})
+           .WithOtherCodes(failure),
+       OfSmmType(7).Lengths(0, 5).Always(failure),
+       OfSmmType(7)
+           .Lengths(6, 6)
+           .WithCode0({StatusCode::Success, "E-1a.2b"})
+           .WithOtherCodes(failure),
+       OfSmmType(7)
+           .Lengths(7, 7)
+           .WithCode0({StatusCode::Success, "EF-1a.2b"})
+           .WithOtherCodes(failure),
+       OfSmmType(7)
+           .Lengths(8, 8)
+           .WithCode0({StatusCode::Success, "EFG-1a.2b"})
+           .WithOtherCodes(failure),
+       OfSmmType(7)
+           .Lengths(9, 9)
+           .WithCode0({StatusCode::Success, "EFGH-1a.2b"})
+           .WithOtherCodes(failure),
+       OfSmmType(1).Lengths(0, 0).Always(badAlloc), OfSmmType(1).Lengths(1, 6).Always(failure),
+       OfSmmType(1)
+           .Lengths(7, 7)
+           .WithCode0({StatusCode::Success, "F-2b.42"})
+           .WithOtherCodes(failure),
+       OfSmmType(1)
+           .Lengths(8, 8)
+           .WithCode0({StatusCode::Success, "FG-2b.42"})
+           .WithOtherCodes(failure),
+       OfSmmType(1)
+           .Lengths(9, 9)
+           .WithCode0({StatusCode::Success, "FGH-2b.42"})
+           .WithOtherCodes(failure)},
       {0x1A, 0x2B, 'B', 'C', 'D', 'E', 'F', 'G', 'H'},
       [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
       [this] { return text; });
@@ -440,20 +471,19 @@ TEST_F(Name, EveryLengthAndCompletionCodeHasItsOutcome) {
   const Outcome failure = {StatusCode::UnusableAnswer, "as passed"};
   const Outcome badAlloc = {kRaisesBadAlloc, "as passed"};
   ExpectOutcomes(
-      {{0, 0, 0, failure, failure},
-       {0, 1, 1, {StatusCode::Success, "A"}, failure},
-       {0, 2, 2, {StatusCode::Success, "AB"}, failure},
-       {0, 3, 3, {StatusCode::Success, "ABC"}, failure},
-       {0, 4, 6, {StatusCode::Success, "ABCD"}, failure},
-       {7, 0, 0, failure, failure},
-       {7, 1, 1, {StatusCode::Success, "A"}, failure},
-       {7, 2, 2, {StatusCode::Success, "AB"}, failure},
-       {7, 3, 3, {StatusCode::Success, "ABC"}, failure},
-       {7, 4, 6, {StatusCode::Success, "ABCD"}, failure},
-       {1, 0, 1, badAlloc, badAlloc},
-       {1, 2, 2, failure, failure},
-       {1, 3, 3, {StatusCode::Success, "C"}, failure},
-       {1, 4, 6, {StatusCode::Success, "CD"}, failure}},
+      {OfSmmType(0).Lengths(0, 0).Always(failure),
+       OfSmmType(0).Lengths(1, 1).WithCode0({StatusCode::Success, "A"}).WithOtherCodes(failure),
+       OfSmmType(0).Lengths(2, 2).WithCode0({StatusCode::Success, "AB"}).WithOtherCodes(failure),
+       OfSmmType(0).Lengths(3, 3).WithCode0({StatusCode::Success, "ABC"}).WithOtherCodes(failure),
+       OfSmmType(0).Lengths(4, 6).WithCode0({StatusCode::Success, "ABCD"}).WithOtherCodes(failure),
+       OfSmmType(7).Lengths(0, 0).Always(failure),
+       OfSmmType(7).Lengths(1, 1).WithCode0({StatusCode::Success, "A"}).WithOtherCodes(failure),
+       OfSmmType(7).Lengths(2, 2).WithCode0({StatusCode::Success, "AB"}).WithOtherCodes(failure),
+       OfSmmType(7).Lengths(3, 3).WithCode0({StatusCode::Success, "ABC"}).WithOtherCodes(failure),
+       OfSmmType(7).Lengths(4, 6).WithCode0({StatusCode::Success, "ABCD"}).WithOtherCodes(failure),
+       OfSmmType(1).Lengths(0, 1).Always(badAlloc), OfSmmType(1).Lengths(2, 2).Always(failure),
+       OfSmmType(1).Lengths(3, 3).WithCode0({StatusCode::Success, "C"}).WithOtherCodes(failure),
+       OfSmmType(1).Lengths(4, 6).WithCode0({StatusCode::Success, "CD"}).WithOtherCodes(failure)},
       {'A', 'B', 'C', 'D', 0x00, 'E'},
       [this](const Bytes& answer, std::uint8_t code) { return Get(answer, code); },
       [this] { return text; });

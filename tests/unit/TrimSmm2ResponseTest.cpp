@@ -102,26 +102,25 @@ TEST_F(TrimSmm2Response, BytesAreRemovedWhateverTheCompletionCode) {
 
 TEST_F(TrimSmm2Response, EachQueryThatTrimsUnconditionallyRaisesBadAllocAfterTheFirstLine) {
   inventory.smmType = SMM_SECOND_GENERATION;
-  ChassisPowerCon power;
-  ChassisPowerCap cap;
   struct Row {
+    const char* operation;
     std::uint8_t command;
     Bytes data;
     Bytes answer;
-    std::function<int()> query;
   };
-  for (const Row& row : std::vector<Row>{
-           {0xB0, {0x05, 0x00}, {0x12}, [&] { return inventory.GetSmmMT(text); }},
-           {0xB0, {0x05, 0x01}, {0x12}, [&] { return inventory.GetSmmSN(text); }},
-           {0xA8, {}, {}, [&] { return inventory.GetSmmVersion(text); }},
-           {0xB0, {0x05, 0x0B}, {0x12}, [&] { return inventory.GetSmmName(text); }},
-           {0x98, {0x05}, {}, [&] { return inventory.GetChassisPowerConsumption(power); }},
-           {0x9D, {0x05}, {}, [&] { return inventory.GetChassisPowerCap(cap); }}}) {
+  for (const Row& row : std::vector<Row>{{"GetSmmMT", 0xB0, {0x05, 0x00}, {0x12}},
+                                         {"GetSmmSN", 0xB0, {0x05, 0x01}, {0x12}},
+                                         {"GetSmmVersion", 0xA8, {}, {}},
+                                         {"GetSmmName", 0xB0, {0x05, 0x0B}, {0x12}},
+                                         {"GetChassisPowerConsumption", 0x98, {0x05}, {}},
+                                         {"GetChassisPowerCap", 0x9D, {0x05}, {}}}) {
+    const auto& operation = Double::OperationNamed<Double::Implementation>(row.operation);
+    Double::Output output = operation.fresh;
     for (const std::uint8_t completionCode : Bytes{0x00, 0xC1, 0xFF}) {
       platform.Expect(0x32, row.command, row.data, row.answer, completionCode);
       try {
-        row.query();
-        FAIL() << "command " << int{row.command};
+        operation.call(inventory, 0, output);
+        FAIL() << row.operation;
       } catch (const std::bad_alloc& error) {
         EXPECT_TRUE(typeid(error) == typeid(std::bad_alloc)) << error.what();
       }
