@@ -1,0 +1,93 @@
+"""Runs test programs with one mutant after the other switched on. Everything that mutants do happens in a sandbox."""
+
+from __future__ import annotations
+
+import json
+import os
+import signal
+import subprocess
+import sys
+import time
+from collections.abc import Iterator
+from concurrent.futures import ThreadPoolExecutor
+from dataclasses import asdict, dataclass
+from pathlib import Path
+
+_HERE = Path(__file__).resolve().parent
+_SHORTEST_TIMEOUT = 10.0
+# Processes of its own for each program, so that none outlives it.
+_ALONE = ["unshare", "--pid", "--fork", "--kill-child", "--mount-proc"]
+
+
+@dataclass
+class Plan:
+    """Programs in the order in which they are tried, and after how many seconds each counts as hanging."""
+
+    programs: list[str]
+    timeouts: list[float]
+    numbers: list[int]
+    jobs: int
+
+
+def _passes(program: str, timeout: float, number: int) -> bool:
+    environment = {**os.environ, "MUTANT": str(number), "GTEST_FAIL_FAST": "1"}
+    process = subprocess.Popen(
+        [*_ALONE, program],
+        env=environment,
+        stdin=subprocess.DEVNULL,
+        stdout=subprocess.DEVNULL,
+        stderr=subprocess.DEVNULL,
+        start_new_session=True,
+    )
+    try:
+        return process.wait(timeout) == 0
+    except subprocess.TimeoutExpired:
+        os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+        return False
+
+
+def survives(plan: Plan, number: int) -> bool:
+    return all(_passes(program, timeout, number) for program, timeout in zip(plan.programs, plan.timeouts))
+
+
+def survivors(plan: Plan) -> Iterator[int]:
+    """The mutants that all programs of the plan pass with."""
+    command = [str(_HERE / "in_sandbox"), sys.executable, "-B", str(Path(__file__).resolve())]
+    with subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True) as process:
+        assert process.stdin is not None and process.stdout is not None
+        process.stdin.write(json.dumps(asdict(plan)))
+        process.stdin.close()
+        tried = 0
+        for line in process.stdout:
+            number, has_survived = json.loads(line)
+            tried += 1
+            if has_survived:
+                yield number
+    if process.returncode != 0 or tried != len(plan.numbers):
+        raise RuntimeError(f"the tests ended after {tried} of {len(plan.numbers)} mutants")
+
+
+def seconds_without_mutant(program: str, log: Path) -> float:
+    """Raises an exception when the program does not pass."""
+    start = time.monotonic()
+    with log.open("w") as output:
+        command = [str(_HERE / "in_sandbox"), *_ALONE, program]
+        if subprocess.run(command, stdin=subprocess.DEVNULL, stdout=output, stderr=output, check=False).returncode != 0:
+            raise RuntimeError(f"{program} fails without any mutant; see {log}")
+    return time.monotonic() - start
+
+
+def timeout_for(seconds: float) -> float:
+    return max(_SHORTEST_TIMEOUT, 10 * seconds)
+
+
+def main() -> None:
+    plan = Plan(**json.load(sys.stdin))
+    with ThreadPoolExecutor(plan.jobs) as pool:
+        for number, has_survived in zip(plan.numbers, pool.map(lambda each: survives(plan, each), plan.numbers)):
+            print(json.dumps([number, has_survived]), flush=True)
+
+
+if __name__ == "__main__":
+    main()
