@@ -125,6 +125,8 @@ class Finder:
         children = list(cursor.get_children())
         if cursor.kind == Kind.CASE_STMT:
             return children[1:]
+        if cursor.kind in FUNCTIONS:
+            return [child for child in children if child.extent.start.offset > cursor.location.offset]
         if cursor.kind in (Kind.VAR_DECL, Kind.FIELD_DECL):
             is_fixed = cursor.storage_class == StorageClass.STATIC or _is_constexpr(cursor, self.source)
             if is_fixed or (self.function is None and cursor.kind == Kind.VAR_DECL):
@@ -147,8 +149,10 @@ class Finder:
         elif kind in (Kind.DECL_REF_EXPR, Kind.MEMBER_REF_EXPR):
             yield from self._name_changes(cursor)
         elif kind in (Kind.IF_STMT, Kind.WHILE_STMT, Kind.CONDITIONAL_OPERATOR):
-            conditions = [child for child in cursor.get_children() if child.kind.is_expression()]
-            yield from operators.negation(source, conditions[0]) if conditions else ()
+            children = list(cursor.get_children())
+            conditions = [child for child in children if child.kind.is_expression()]
+            if conditions and not any(child.kind.is_declaration() for child in children):
+                yield from operators.negation(source, conditions[0])
         elif kind in (Kind.CASE_STMT, Kind.DEFAULT_STMT):
             yield from self._deletion(list(cursor.get_children())[-1])
 
@@ -156,7 +160,9 @@ class Finder:
 
     def _name_changes(self, cursor: Cursor) -> Iterator[Change]:
         place, named = self.source.place(cursor), cursor.referenced
-        if place is None or named is None or not self.source.text[: place[1]].endswith(named.spelling):
+        if place is None or named is None or place[0] == named.location.offset:  # in a condition that declares it
+            return
+        if self.source.text[place[1] - len(named.spelling) : place[1]] != named.spelling:
             return
         if self._is_number(named):
             yield "constant", (Edit(*place, self._next(self.source.text[place[0] : place[1]])),)
@@ -258,6 +264,8 @@ class Finder:
         values = {TypeKind.BOOL: ["{}", "true"]}.get(self.function.result_type.kind, ["{}"])
         if self._returns_nothing():
             values = [] if is_last else [""]
+        elif self.function.result_type.kind == TypeKind.LVALUEREFERENCE:
+            values = []
         for value in values:
             if statement.kind == Kind.RETURN_STMT and self._is_same_value(statement, value):
                 continue

@@ -13,6 +13,7 @@ import shlex
 import shutil
 import subprocess
 import sys
+from collections.abc import Iterator
 from pathlib import Path
 
 from equivalents import read_equivalents, unmatched
@@ -89,14 +90,15 @@ def choose(mutants: dict[int, Mutant], equivalents: set[tuple[str, ...]], count:
     return sorted(random.Random(seed).sample(numbers, count))
 
 
-def test(copy: Copy, numbers: list[int], jobs: int) -> list[int]:
-    """The mutants that survive."""
-    for programs in (copy.folder.quick, copy.folder.slow):
+def test(copy: Copy, numbers: list[int], jobs: int) -> Iterator[int]:
+    """The mutants that survive, as soon as they have."""
+    alive = iter(numbers)
+    for programs in filter(None, (copy.folder.quick, copy.folder.slow)):
+        candidates = list(alive)
         paths = [str(copy.build / program) for program in programs]
-        if numbers and paths:
-            timeouts = [timeout_for(seconds_without_mutant(path, copy.log)) for path in paths]
-            numbers = list(survivors(Plan(paths, timeouts, numbers, jobs)))
-    return numbers
+        timeouts = [timeout_for(seconds_without_mutant(path, copy.log)) for path in paths] if candidates else []
+        alive = survivors(Plan(paths, timeouts, candidates, jobs)) if candidates else iter(())
+    return alive
 
 
 def run(name: str, seed: int, count: int | None, jobs: int) -> int:
@@ -117,10 +119,11 @@ def run(name: str, seed: int, count: int | None, jobs: int) -> int:
     known = sum(mutant.key in equivalents for mutant in mutants.values())
     print(f"{name}: {len(mutants)} mutants, {known} of them equivalent; {switching.dropped} do not compile")
     print(f"trying {len(numbers)}" + (f", seed {seed}" if len(numbers) < len(mutants) - known else ""), flush=True)
-    alive = test(copy, numbers, jobs)
-    for number in alive:
-        print(f"SURVIVED: {mutants[number]}")
-    print(f"{len(numbers)} mutants, {len(numbers) - len(alive)} killed, {len(alive)} not")
+    alive = 0
+    for number in test(copy, numbers, jobs):
+        alive += 1
+        print(f"SURVIVED: {mutants[number]}", flush=True)
+    print(f"{len(numbers)} mutants, {len(numbers) - alive} killed, {alive} not")
     if known > MOST_EQUIVALENTS * len(mutants):
         print(f"more than {MOST_EQUIVALENTS:.0%} of the mutants count as equivalent")
         return 1

@@ -171,5 +171,7 @@ def argument_changes(source: Source, cursor: Cursor) -> Iterator[Change]:
         if places[0] is None or places[1] is None or type_key(left.type) != type_key(right.type):
             continue
         texts = [flat(source.text[low:high]) for low, high in places if low < high]
-        if len(texts) == 2 and texts[0] != texts[1] and places[0][1] <= places[1][0]:
+        # A list in braces is no expression that could be chosen.
+        is_choice = not any(text.startswith("{") for text in texts)
+        if len(texts) == 2 and texts[0] != texts[1] and places[0][1] <= places[1][0] and is_choice:
             yield "arguments", (Edit(*places[0], texts[1]), Edit(*places[1], texts[0]))
