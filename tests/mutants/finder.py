@@ -56,6 +56,12 @@ def _can_stand_for(other: Cursor, named: Cursor) -> bool:
     return other == named or (is_alike and (_is_const(named) or not _is_const(other)))
 
 
+def _value(constant: Cursor) -> list[str]:
+    """As it is written."""
+    tokens = [token.spelling for token in constant.get_tokens()]
+    return tokens[tokens.index("=") + 1 :] if "=" in tokens else tokens
+
+
 class Finder:
     def __init__(self, unit: TranslationUnit, file: str, path: str, text: str) -> None:
         self.file = file
@@ -200,6 +206,8 @@ class Finder:
                 and child.location.file.name == named.location.file.name
             ]
         family = [cursor for cursor in family if _can_stand_for(cursor, named)]
+        if self._is_number(named):
+            family = [cursor for cursor in family if cursor == named or _value(cursor) != _value(named)]
         names = [cursor.spelling for cursor in family]
         if named.spelling not in names or len(names) < 2:
             return None
@@ -274,8 +282,8 @@ class Finder:
     def _is_same_value(self, statement: Cursor, value: str) -> bool:
         returned = self.source.text[statement.extent.start.offset : statement.extent.end.offset][len("return") :].strip()
         names = [child.referenced for child in _descendants(statement) if child.kind == Kind.DECL_REF_EXPR]
-        tokens = [token.spelling for token in names[0].get_tokens()] if len(names) == 1 and names[0] else []
-        is_zero = returned in ("0", "false", "nullptr", "{}", '""') or tokens[-2:] == ["=", "0"]
+        named_value = _value(names[0]) if len(names) == 1 and names[0] else []
+        is_zero = returned in ("0", "false", "nullptr", "{}", '""') or named_value == ["0"]
         return is_zero if value == "{}" else returned == value
 
     def _other_order(self, first: Cursor, second: Cursor) -> Iterator[Change]:
