@@ -15,40 +15,51 @@ from pathlib import Path
 
 _HERE = Path(__file__).resolve().parent
 _SHORTEST_TIMEOUT = 10.0
+_LONGEST_WITHOUT_MUTANT = 600.0
 # Processes of its own for each program, so that none outlives it.
 _ALONE = ["unshare", "--pid", "--fork", "--kill-child", "--mount-proc"]
 
 
 @dataclass
 class Plan:
-    """Programs in the order in which they are tried, and after how many seconds each counts as hanging."""
+    """Programs in the order in which they are tried, each in so many parts at once, and after how many seconds each counts
+    as hanging."""
 
     programs: list[str]
     timeouts: list[float]
     numbers: list[int]
     jobs: int
+    parts: int = 1
 
 
-def _passes(program: str, timeout: float, number: int) -> bool:
-    environment = {**os.environ, "MUTANT": str(number), "GTEST_FAIL_FAST": "1"}
-    process = subprocess.Popen(
+def _start(program: str, variables: dict[str, int]) -> subprocess.Popen[bytes]:
+    return subprocess.Popen(
         [*_ALONE, program],
-        env=environment,
+        env={**os.environ, "GTEST_FAIL_FAST": "1", **{name: str(value) for name, value in variables.items()}},
         stdin=subprocess.DEVNULL,
         stdout=subprocess.DEVNULL,
         stderr=subprocess.DEVNULL,
         start_new_session=True,
     )
+
+
+def _passes(program: str, timeout: float, number: int, parts: int) -> bool:
+    sharing = {"MUTANT": number, "GTEST_TOTAL_SHARDS": parts}
+    processes = [_start(program, {**sharing, "GTEST_SHARD_INDEX": index}) for index in range(parts)]
+    deadline = time.monotonic() + timeout
     try:
-        return process.wait(timeout) == 0
+        return all(process.wait(max(0.0, deadline - time.monotonic())) == 0 for process in processes)
     except subprocess.TimeoutExpired:
-        os.killpg(process.pid, signal.SIGKILL)
-        process.wait()
         return False
+    finally:
+        for process in processes:
+            if process.poll() is None:
+                os.killpg(process.pid, signal.SIGKILL)
+                process.wait()
 
 
 def survives(plan: Plan, number: int) -> bool:
-    return all(_passes(program, timeout, number) for program, timeout in zip(plan.programs, plan.timeouts))
+    return all(_passes(program, timeout, number, plan.parts) for program, timeout in zip(plan.programs, plan.timeouts))
 
 
 def survivors(plan: Plan) -> Iterator[int]:
@@ -68,13 +79,11 @@ def survivors(plan: Plan) -> Iterator[int]:
         raise RuntimeError(f"the tests ended after {tried} of {len(plan.numbers)} mutants")
 
 
-def seconds_without_mutant(program: str, log: Path) -> float:
+def seconds_without_mutant(program: str, parts: int) -> float:
     """Raises an exception when the program does not pass."""
     start = time.monotonic()
-    with log.open("w") as output:
-        command = [str(_HERE / "in_sandbox"), *_ALONE, program]
-        if subprocess.run(command, stdin=subprocess.DEVNULL, stdout=output, stderr=output, check=False).returncode != 0:
-            raise RuntimeError(f"{program} fails without any mutant; see {log}")
+    if list(survivors(Plan([program], [_LONGEST_WITHOUT_MUTANT], [0], 1, parts))) != [0]:
+        raise RuntimeError(f"without any mutant this fails: tests/mutants/in_sandbox {program}")
     return time.monotonic() - start
 
 
