@@ -27,7 +27,8 @@ _SCOPES = FUNCTIONS | {
     Kind.CXX_CATCH_STMT,
 }  # fmt: skip
 _LITERALS = {
-    Kind.INTEGER_LITERAL, Kind.FLOATING_LITERAL, Kind.STRING_LITERAL, Kind.CHARACTER_LITERAL, Kind.CXX_BOOL_LITERAL_EXPR,
+    Kind.INTEGER_LITERAL, Kind.FLOATING_LITERAL, Kind.STRING_LITERAL, Kind.CHARACTER_LITERAL,
+    Kind.CXX_BOOL_LITERAL_EXPR,
 }  # fmt: skip
 _EXITS = {Kind.RETURN_STMT, Kind.CXX_THROW_EXPR}
 _JUMPS = _EXITS | {Kind.BREAK_STMT, Kind.CONTINUE_STMT, Kind.GOTO_STMT}
@@ -280,7 +281,8 @@ class Finder:
             yield "return", (Edit(place[0], place[0], f"return {value};".replace(" ;", ";"), "statement"),)
 
     def _is_same_value(self, statement: Cursor, value: str) -> bool:
-        returned = self.source.text[statement.extent.start.offset : statement.extent.end.offset][len("return") :].strip()
+        text = self.source.text[statement.extent.start.offset : statement.extent.end.offset]
+        returned = text[len("return") :].strip()
         names = [child.referenced for child in _descendants(statement) if child.kind == Kind.DECL_REF_EXPR]
         named_value = _value(names[0]) if len(names) == 1 and names[0] else []
         is_zero = returned in ("0", "false", "nullptr", "{}", '""') or named_value == ["0"]
@@ -311,9 +313,10 @@ class Finder:
     def _used(self, cursor: Cursor) -> set[str]:
         """The variables that a statement names, with the members that it names of them."""
         names: set[str] = set()
-        macros = [low for low, high in self.source.macros if cursor.extent.start.offset <= low < cursor.extent.end.offset]
-        if any(self.source.text[low : low + 4].isupper() and "(" in self.source.text[low : low + 12] for low in macros):
-            names.add("a macro with arguments")
+        start, end = cursor.extent.start.offset, cursor.extent.end.offset
+        macros = [self.source.text[low:high] for low, high in self.source.macros if start <= low < end]
+        if any("(" in macro for macro in macros):
+            names.add("what macros with arguments write")
         pending = [cursor]
         while pending:
             current = pending.pop()

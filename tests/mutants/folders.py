@@ -7,7 +7,7 @@ from dataclasses import dataclass
 
 @dataclass(frozen=True)
 class Folder:
-    """Programs stand below the build folder, and are built as the targets that their names end with. Whatever survives the
+    """Programs stand below the build folder, and are built as the targets that their names end with. What survives the
     quick ones meets the slow ones. Without a sample, every mutant is tried."""
 
     sources: str
@@ -17,11 +17,14 @@ class Folder:
     settings: tuple[str, ...] = ()
 
 
-_PLATFORM_TESTS = ("ipmi_client_tests", "platform_tests", "smminfo_tests", "host_address_tests")
+_PLATFORM_TESTS = tuple(
+    f"tests/platform/{name}"
+    for name in ("ipmi_client_tests", "platform_tests", "smminfo_tests", "host_address_tests")
+)
 
 FOLDERS = {
     "module": Folder("module", ("tests/unit/unit_tests",), sample=None, settings=("-DPOVEIXME_BUILD_TOOLS=OFF",)),
-    "platform": Folder("platform", tuple(f"tests/platform/{name}" for name in _PLATFORM_TESTS), ("tests/wire/wire_tests",)),
+    "platform": Folder("platform", _PLATFORM_TESTS, ("tests/wire/wire_tests",)),
     "reading": Folder("reading", ("tests/reading/reading_test",)),
     "report": Folder("report", ("tests/report/report_test",)),
     "simulator": Folder(

@@ -85,7 +85,8 @@ class SampleTest(unittest.TestCase):
 class DroppingTest(unittest.TestCase):
     def test_mutants_that_do_not_compile_are_left_out_and_others_stay(self) -> None:
         with tempfile.TemporaryDirectory() as name:
-            (Path(name) / "a.cpp").write_text("int f(int* p, int* q) { return *p < 1 ? int(p - q) : sizeof(char[8]); }\n")
+            text = "int f(int* p, int* q) { return *p < 1 ? int(p - q) : sizeof(char[8]); }\n"
+            (Path(name) / "a.cpp").write_text(text)
             switching = switching_of(Path(name), "a.cpp")
             switching.find()
             found = {mutant.operator for mutant in switching.mutants.values()}

@@ -1,5 +1,5 @@
-"""Writes sources in which every mutant can be switched on at run time, each statement on the line where it was, and leaves
-out the mutants that do not compile."""
+"""Writes sources in which every mutant can be switched on at run time, each statement on the line where it was, and
+leaves out the mutants that do not compile."""
 
 from __future__ import annotations
 
@@ -148,7 +148,7 @@ class Switching:
         return Index.create().parse(str(self.tree / source), args=arguments, unsaved_files=unsaved, options=options)
 
     def _culprits(self, error: Diagnostic) -> set[int]:
-        """The mutants at an error, or at what its notes name when it lies elsewhere, as in a template of a library's."""
+        """The mutants at an error, or at what its notes name when it lies elsewhere, as in a library's template."""
         for diagnostic in [error, *error.children]:
             file = diagnostic.location.file
             path = file.name[len(str(self.tree)) + 1 :] if file else ""

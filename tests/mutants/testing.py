@@ -22,8 +22,8 @@ _ALONE = ["unshare", "--pid", "--fork", "--kill-child", "--mount-proc"]
 
 @dataclass
 class Plan:
-    """Programs in the order in which they are tried, each in so many parts at once, and after how many seconds each counts
-    as hanging."""
+    """Programs in the order in which they are tried, each in so many parts at once, and after how many seconds each
+    counts as hanging."""
 
     programs: list[str]
     timeouts: list[float]
