@@ -110,6 +110,8 @@ class Finder:
     def _visit(self, cursor: Cursor) -> None:
         if cursor.kind in _UNSWITCHABLE:
             return
+        if cursor.kind in FUNCTIONS and not self._is_here(cursor):  # included within a declaration, as within extern "C"
+            return
         if cursor.kind in FUNCTIONS and (not cursor.is_definition() or _is_constexpr(cursor, self.source)):
             return
         if cursor.kind in _SCOPES:

@@ -97,6 +97,25 @@ class DroppingTest(unittest.TestCase):
         self.assertLessEqual({"comparison", "boundary", "sibling", "constant", "return"}, kept)
 
 
+class IncludedTest(unittest.TestCase):
+    def test_what_is_included_within_a_declaration_is_left_alone(self) -> None:
+        with tempfile.TemporaryDirectory() as name:
+            (Path(name) / "a.h").write_text("\n" * 99 + "inline int g() { return 8; }\n")
+            (Path(name) / "a.cpp").write_text('extern "C" {\n#include "a.h"\n}\nint f() { return 7; }\n')
+            switching = switching_of(Path(name), "a.cpp")
+            switching.find()
+        self.assertEqual({mutant.function for mutant in switching.mutants.values()}, {"f"})
+
+
+class EncodingTest(unittest.TestCase):
+    def test_places_are_right_behind_characters_of_several_bytes(self) -> None:
+        with tempfile.TemporaryDirectory() as name:
+            (Path(name) / "a.cpp").write_text("// äöü\nint f() { return 7; }\n", encoding="utf-8")
+            switching = switching_of(Path(name), "a.cpp")
+            switching.find()
+        self.assertIn("int f() { return 8; }", [mutant.after for mutant in switching.mutants.values()])
+
+
 class EquivalentsTest(unittest.TestCase):
     ENTRY = "# why\n\n@ a/b.cpp f boundary\n- x < 1\n+ x <= 1\n= because\n"
 

@@ -143,7 +143,7 @@ class Switching:
             self._switched[path] = self._switch(path)
 
     def _parse(self, source: str, texts: dict[str, str], options: int) -> TranslationUnit:
-        unsaved = [(str(self.tree / path), text) for path, text in ({**self.texts, **texts}).items()]
+        unsaved = [(str(self.tree / path), text.encode("latin-1")) for path, text in {**self.texts, **texts}.items()]
         arguments = [*self.arguments(source), "-include", str(self.switch), "-ferror-limit=0", "-Werror=vla"]
         return Index.create().parse(str(self.tree / source), args=arguments, unsaved_files=unsaved, options=options)
 
