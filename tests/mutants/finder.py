@@ -110,7 +110,7 @@ class Finder:
     def _visit(self, cursor: Cursor) -> None:
         if cursor.kind in _UNSWITCHABLE:
             return
-        if cursor.kind in FUNCTIONS and not self._is_here(cursor):  # included within a declaration, as within extern "C"
+        if cursor.kind in FUNCTIONS and not self._is_here(cursor):  # included within extern "C", for example
             return
         if cursor.kind in FUNCTIONS and (not cursor.is_definition() or _is_constexpr(cursor, self.source)):
             return
