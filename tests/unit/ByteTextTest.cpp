@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace Tavrin {
 namespace {
@@ -40,6 +42,15 @@ TEST(ByteText, RawRenderingPutsABlankBehindEachByteAsItIs) {
 TEST(ByteText, HexRenderingPutsABlankBehindEachByte) {
   EXPECT_EQ(HexRendering({0x05, 0x00, 0xFF, 0x10}), "0x5 0x0 0xff 0x10 ");
   EXPECT_EQ(HexRendering({}), "");
+}
+
+// They are made for each exchange that is logged.
+TEST(ByteText, RenderingsReserveExactlyWhatTheyFill) {
+  const std::vector<std::uint8_t> bytes(100, 0xAB);
+  const std::string raw = RawRendering(bytes);
+  const std::string hex = HexRendering(bytes);
+  EXPECT_EQ(raw.capacity(), raw.size());
+  EXPECT_EQ(hex.capacity(), hex.size());
 }
 
 }  // namespace

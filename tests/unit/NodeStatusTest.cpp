@@ -274,5 +274,10 @@ TEST_F(NodeStatusQuery, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
   EXPECT_EQ(platform.lines.back(), (Line{1, "node 1234is wrong: need 1-12"}));
 }
 
+TEST(NodeStatusCodes, AreZeroBeforeAnAnswerIsRead) {
+  EXPECT_EQ(NodeStatusCodesText(NodeStatusCodes()),
+            "\nNode Power State 0\nWidth 0\nHeight 0\nPermission state 0");
+}
+
 }  // namespace
 }  // namespace Tavrin

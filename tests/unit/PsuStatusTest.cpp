@@ -286,5 +286,10 @@ TEST_F(PsuStatusQuery, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
                                   "PWR GOOD 0"));
 }
 
+TEST(PsuStatusFlags, NoneIsSetBeforeAnAnswerIsRead) {
+  EXPECT_EQ(PsuStatusFlagsText(PsuStatusFlags(), 1),
+            "PSU1:\n\tPSU EPOW 0\n\tPSU THROTTLE 0\n\tPSU PRESENT 0\n\tPSU PWR GOOD 0");
+}
+
 }  // namespace
 }  // namespace Tavrin
