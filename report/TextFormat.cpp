@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "support/EscapeControlBytes.h"
 #include "report/Describe.h"
+#include "support/EscapeControlBytes.h"
 
 namespace Tavrin {
 namespace {
