@@ -72,8 +72,10 @@ class Copy:
     def arguments(self, source: str) -> list[str]:
         """What the compiler is given for a source, but for where the results go."""
         commands = json.loads((self.build / "compile_commands.json").read_text())
-        command = next(each["command"] for each in commands if each["file"] == str(self.tree / source))
-        words = shlex.split(command)
+        mine = [each["command"] for each in commands if each["file"] == str(self.tree / source)]
+        if not mine:
+            raise RuntimeError(f"{source} is not a part of what is built")
+        words = shlex.split(mine[0])
         first = next(index for index, word in enumerate(words) if word.startswith("-"))
         return words[first : words.index("-o")]
 
