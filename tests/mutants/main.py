@@ -24,7 +24,6 @@ from testing import Plan, seconds_without_mutant, survivors, timeout_for
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 MOST_EQUIVALENTS = 0.05
-PARTS_OF_SLOW_PROGRAMS = 16  # they mostly sleep
 # Warnings of a switched source say nothing, and its numbers in braces are no longer constants.
 FLAGS = "-O1 -w -Wno-c++11-narrowing -D_GLIBCXX_ASSERTIONS"
 
@@ -73,8 +72,10 @@ class Copy:
     def arguments(self, source: str) -> list[str]:
         """What the compiler is given for a source, but for where the results go."""
         commands = json.loads((self.build / "compile_commands.json").read_text())
-        command = next(each["command"] for each in commands if each["file"] == str(self.tree / source))
-        words = shlex.split(command)
+        mine = [each["command"] for each in commands if each["file"] == str(self.tree / source)]
+        if not mine:
+            raise RuntimeError(f"{source} is not a part of what is built")
+        words = shlex.split(mine[0])
         first = next(index for index, word in enumerate(words) if word.startswith("-"))
         return words[first : words.index("-o")]
 
@@ -94,9 +95,8 @@ def choose(mutants: dict[int, Mutant], equivalents: set[tuple[str, ...]], count:
 def test(copy: Copy, numbers: list[int], jobs: int) -> Iterator[int]:
     """The mutants that survive, as soon as they have."""
     alive = iter(numbers)
-    for programs, parts in ((copy.folder.quick, 1), (copy.folder.slow, PARTS_OF_SLOW_PROGRAMS)):
-        if not programs:
-            continue
+    parts = copy.folder.parts
+    for programs in filter(None, (copy.folder.quick, copy.folder.slow)):
         candidates = list(alive)
         paths = [str(copy.build / program) for program in programs]
         timeouts = [timeout_for(seconds_without_mutant(path, parts)) for path in paths] if candidates else []
