@@ -4,6 +4,7 @@
 #include <array>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -153,14 +154,18 @@ Query<SMMIype> Enclosure::State::Generation() const {
 std::unique_ptr<LibraryObject> Enclosure::State::TakeObject(SMMIype generation,
                                                             const LoginGuard& guard,
                                                             Observer& observer) {
-  if (object && object->generation == generation) {
+  const std::optional<Layout> layout = LastLayout();
+  // It goes by the platform and the slots of its construction, so it has to be known to fit still.
+  if (object && object->generation == generation && layout && object->layout == layout) {
     return std::move(object);
   }
   object.reset();
   TavrinConnection::ConnectionInfo info;
   const WipedAtEnd password(info.password);
   Fill(info, settings);
-  return ConstructObject(info, generation, guard, observer);
+  auto constructed = ConstructObject(info, generation, guard, observer);
+  constructed->layout = layout;
+  return constructed;
 }
 
 Enclosure::Enclosure(const EnclosureSettings& settings)

@@ -12,7 +12,8 @@ namespace Tavrin {
 /// One enclosure, read through its SMM as often as asked. Passes of different enclosures run at
 /// once on different threads, each with its own settings; those of one enclosure run one at a time.
 /// Nothing of one pass lives on in the next but the library's object, as long as the SMM keeps its
-/// generation and was not lost, and what the IPMI client has learnt of a slow controller.
+/// generation, platform and PSU slots and was not lost, and what the IPMI client has learnt of a
+/// slow controller.
 class Enclosure {
  public:
   explicit Enclosure(const EnclosureSettings& settings);
@@ -25,6 +26,8 @@ class Enclosure {
   /// other. Once the SMM refused the user, or was lost before its status was read, no query tries
   /// again; each tells what the first one met. What depends on the platform of a second-generation
   /// SMM is not asked where that is not known, since the answer could be read as something else.
+  /// With a wrong password each pass is one failed login, of which controllers forgive a few: who
+  /// reads again and again stops at FailureCause::UserNameRefused and PasswordRefused.
   Reading Read(const std::vector<Part>& parts, Observer& observer);
 
   /// Selects PSU `psu`, 1 to 9, in a pass that holds detection and selection. Blocks for 18 seconds

@@ -1,6 +1,8 @@
 #include "reading/Generation.h"
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "platform/IpmiClient.h"
 #include "platform/standalone/ipmi_client/ConnectRound.h"
@@ -43,7 +45,16 @@ void Fail(Query<SMMIype>& generation, bool isKnown) {
   }
 }
 
+constexpr std::size_t kSlotsByte = 13;
+
 }  // namespace
+
+std::optional<Layout> LastLayout() {
+  const std::vector<std::uint8_t>& answer = Standalone::GetLastDetectionAnswer();
+  return answer.size() > kSlotsByte
+             ? std::optional<Layout>(std::in_place, answer.front(), answer[kSlotsByte])
+             : std::nullopt;
+}
 
 Query<SMMIype> FindGeneration(const TavrinConnection::ConnectionInfo& info) {
   Query<SMMIype> generation;

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <utility>
+
 #include "platform/ConnectionInfo.h"
 #include "platform/SMMInfo.h"
 #include "reading/Query.h"
@@ -13,5 +17,13 @@ namespace Tavrin {
 ///
 /// Fails with NotConnected, or with NoUsableResult where the generation is what stays unknown.
 Query<SMMIype> FindGeneration(const TavrinConnection::ConnectionInfo& info);
+
+/// The bytes of the status answer that a construction reads platform (byte 0) and PSU slots
+/// (byte 13) from.
+using Layout = std::pair<std::uint8_t, std::uint8_t>;
+
+/// The layout that the thread's last FindGeneration() met; empty where the generation was
+/// configured, or the answer ended before it.
+std::optional<Layout> LastLayout();
 
 }  // namespace Tavrin

@@ -33,7 +33,8 @@ std::unique_ptr<LibraryObject> ConstructOnce(const TavrinConnection::ConnectionI
   const ToldWait wait(observer, "reading the SMM's status");
   const Standalone::ThreadConfig type({{"SMM_TYPE", generation}});
   const Stopwatch stopwatch;
-  auto object = std::make_unique<LibraryObject>(LibraryObject{SMMInventory(info), generation, {}});
+  auto object =
+      std::make_unique<LibraryObject>(LibraryObject{SMMInventory(info), generation, {}, {}});
   object->statusRead = StatusRead();
   stopwatch.Stamp(object->statusRead);
   return object;

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/ConnectionInfo.h"
 #include "platform/SMMInfo.h"
+#include "reading/Generation.h"
 #include "reading/LoginGuard.h"
 #include "reading/Observer.h"
 #include "reading/Query.h"
@@ -15,7 +17,8 @@ namespace Tavrin {
 struct LibraryObject {
   SMMInventory inventory;
   SMMIype generation;
-  QueryOutcome statusRead;  ///< Fails when the status told no platform, which is then assumed.
+  std::optional<Layout> layout;  ///< That of the SMM when this was constructed, as far as told.
+  QueryOutcome statusRead;       ///< Fails when the status told no platform, which is then assumed.
 
   /// Whether the library would go by an assumption where the answer can be read as something else.
   [[nodiscard]] bool IsPlatformNeededAndUnknown() const {

@@ -247,8 +247,10 @@ TEST_F(SMMInfoTest, OutcomeTellsHowTheLastDetectionEnded) {
   script_.response = {0x01};
   Detect();
   EXPECT_EQ(GetLastDetectionOutcome(), DetectionOutcome::Detected);
+  EXPECT_EQ(Standalone::GetLastDetectionAnswer(), std::vector<std::uint8_t>{0x01});
   Detect();
   EXPECT_EQ(GetLastDetectionOutcome(), DetectionOutcome::Unknown);
+  EXPECT_TRUE(Standalone::GetLastDetectionAnswer().empty());
   const ScopedEnvironment variable("SMM_TYPE", "1");
   Detect();
   EXPECT_EQ(GetLastDetectionOutcome(), DetectionOutcome::Configured);

@@ -93,6 +93,10 @@ int SMMInfo::GetSmmType(SMMIype& type) {
 
 Standalone::DetectionOutcome Standalone::GetLastDetectionOutcome() { return TheScript().detection; }
 
+const std::vector<std::uint8_t>& Standalone::GetLastDetectionAnswer() {
+  return TheScript().statusAnswer;
+}
+
 struct IpmiClient::State {};
 
 IpmiClient::IpmiClient(const std::string& /*address*/, const std::string& /*userName*/,

@@ -37,6 +37,7 @@ struct InventoryScript {
   /// What the client and the detection tell afterwards.
   Standalone::LastExchange exchange;
   Standalone::DetectionOutcome detection = Standalone::DetectionOutcome::Detected;
+  std::vector<std::uint8_t> statusAnswer = std::vector<std::uint8_t>(14);
 
   std::vector<std::string> asked;
   std::string password;  ///< As the facade got it.

@@ -125,6 +125,31 @@ TEST_F(PassesTest, NewGenerationIsNoticedAndTheObjectConstructedAnew) {
   EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
 }
 
+TEST_F(PassesTest, ObjectThatMayNotFitTheSmmAnyMoreIsConstructedAnew) {
+  const std::vector<std::uint8_t> before = TheScript().statusAnswer;
+  std::vector<std::uint8_t> otherPlatform = before;
+  otherPlatform.at(0) = 0xFD;
+  std::vector<std::uint8_t> otherSlots = before;
+  otherSlots.at(13) = 0x03;
+  const std::vector<std::uint8_t> tooShort(13);
+  const std::vector<std::uint8_t> ofAConfiguredGeneration;
+  for (const auto& now : {otherPlatform, otherSlots, tooShort, ofAConfiguredGeneration}) {
+    TheScript().statusAnswer = before;
+    ReadAgain();
+    TheScript().statusAnswer = now;
+    ReadAgain();
+    EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
+  }
+}
+
+TEST_F(PassesTest, OtherBytesOfTheStatusLeaveTheObject) {
+  ReadAgain();
+  TheScript().statusAnswer.at(1) = 0xFF;
+  TheScript().statusAnswer.push_back(0xFF);
+  ReadAgain();
+  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "PSU status"));
+}
+
 TEST_F(PassesTest, RefusedPasswordStopsThePassThatItHappenedInAlone) {
   Refuse();
   const Reading refused = ReadAgain(kEverything);

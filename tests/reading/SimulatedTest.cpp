@@ -162,6 +162,18 @@ TEST(Simulated, SmmThatComesBackAsOneOfTheSecondGenerationIsReadAsSuch) {
   ExpectSecond253(enclosure.Read(kParts, nobody));
 }
 
+TEST(Simulated, SmmThatComesBackWithAnotherPlatformIsReadAsSuch) {
+  auto simulator = std::make_unique<SimulatedSmm>(
+      std::vector<std::string>{"--generation", "2", "--platform", "254"});
+  Relay relay(simulator->Port());
+  Enclosure enclosure(SettingsAt(relay.Port()));
+  Observer nobody;
+  EXPECT_EQ(enclosure.Read(kParts, nobody).detection->platformId.value.value, 254);
+  simulator = std::make_unique<SimulatedSmm>(kSecond253);
+  relay.Lead(simulator->Port());
+  ExpectSecond253(enclosure.Read(kParts, nobody));
+}
+
 TEST(Simulated, SettingsOfAPassAreGoneWithIt) {
   const SimulatedSmm simulator(kFirst);
   ExpectFirst(ReadOnce(SettingsAt(simulator.Port())));

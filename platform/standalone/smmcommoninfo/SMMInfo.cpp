@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/GlobalConfig.h"
@@ -35,9 +36,14 @@ constexpr std::uint8_t kStatusCommand = 0xA8;
 constexpr std::uint8_t kPlatform253 = 0xFD;
 constexpr std::uint8_t kPlatform254 = 0xFE;
 
-Standalone::DetectionOutcome& ThisThreadsOutcome() {
-  thread_local Standalone::DetectionOutcome outcome = Standalone::DetectionOutcome::NotTried;
-  return outcome;
+struct LastDetection {
+  Standalone::DetectionOutcome outcome = Standalone::DetectionOutcome::NotTried;
+  std::vector<std::uint8_t> answer;
+};
+
+LastDetection& ThisThreadsDetection() {
+  thread_local LastDetection detection;
+  return detection;
 }
 
 bool AdmitsIpmi(std::int32_t connectionKind) { return connectionKind == 1 || connectionKind == 7; }
@@ -93,6 +99,7 @@ Attempt Ask(const ConnectionInfo& info, SMMIype& type) {
   const std::uint8_t first = response.front();
   type =
       first == kPlatform253 || first == kPlatform254 ? SMM_SECOND_GENERATION : SMM_FIRST_GENERATION;
+  ThisThreadsDetection().answer = std::move(response);
   return {};
 }
 
@@ -129,8 +136,9 @@ SMMInfo::SMMInfo(const ConnectionInfo& info) : state_(std::make_unique<State>())
 SMMInfo::~SMMInfo() = default;
 
 int SMMInfo::GetSmmType(SMMIype& type) {
-  Standalone::DetectionOutcome& outcome = ThisThreadsOutcome();
+  Standalone::DetectionOutcome& outcome = ThisThreadsDetection().outcome;
   outcome = Standalone::DetectionOutcome::Unknown;
+  ThisThreadsDetection().answer.clear();
   const int configured = GetGlobalConfigValue(kOverrideKey, kDetect);
   if (configured == SMM_FIRST_GENERATION || configured == SMM_SECOND_GENERATION) {
     type = static_cast<SMMIype>(configured);
@@ -153,6 +161,12 @@ int SMMInfo::GetSmmType(SMMIype& type) {
   return result;
 }
 
-Standalone::DetectionOutcome Standalone::GetLastDetectionOutcome() { return ThisThreadsOutcome(); }
+Standalone::DetectionOutcome Standalone::GetLastDetectionOutcome() {
+  return ThisThreadsDetection().outcome;
+}
+
+const std::vector<std::uint8_t>& Standalone::GetLastDetectionAnswer() {
+  return ThisThreadsDetection().answer;
+}
 
 }  // namespace Tavrin
