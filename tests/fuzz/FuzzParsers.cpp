@@ -17,6 +17,7 @@
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "reading/EnclosureSettings.h"
+#include "reading/Wiping.h"
 #include "simulator/Controller.h"
 #include "simulator/Enclosure.h"
 #include "simulator/Scenario.h"

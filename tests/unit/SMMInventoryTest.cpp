@@ -109,14 +109,14 @@ TEST_P(FacadeOperation, SendsAsOftenAsItsSampleAnswersTake) {
                              : exchanges.ofNinePsus);
 }
 
-INSTANTIATE_TEST_SUITE_P(Every, FacadeOperation,
-                         testing::Combine(testing::ValuesIn(Double::OperationNames()),
-                                          testing::Values(SMM_FIRST_GENERATION,
-                                                          SMM_SECOND_GENERATION)),
-                         [](const auto& info) {
-                           return std::get<std::string>(info.param) + "OfSmmType" +
-                                  std::to_string(static_cast<int>(std::get<SMMIype>(info.param)));
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Every, FacadeOperation,
+    testing::Combine(testing::ValuesIn(Double::OperationNames()),
+                     testing::Values(SMM_FIRST_GENERATION, SMM_SECOND_GENERATION)),
+    [](const auto& instance) {
+      return std::get<std::string>(instance.param) + "OfSmmType" +
+             std::to_string(static_cast<int>(std::get<SMMIype>(instance.param)));
+    });
 
 TEST_F(Facade, NegativePsuIsSelectedInVain) {
   platform.ExpectStatusReads(1, {0x01});
