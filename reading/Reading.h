@@ -16,7 +16,9 @@ namespace Tavrin {
 // What one pass over an enclosure gave: plain values, in the units and with the meaning that
 // module/smm/smm_inventory/InventoryRecords.h states for each.
 
-/// The SMM's generation and what follows from its status.
+/// The SMM's generation and what follows from its status. Time and duration of what the library
+/// learnt when its object was constructed are those of the construction, which an earlier pass may
+/// have made.
 struct Detection {
   Query<Value<SMMIype>> generation;
   Query<Number> platformId;    ///< 253 or 254.
