@@ -418,7 +418,7 @@ void RunObject(const std::optional<std::uint64_t>& slotCount) {
   }
   Require(inventory->GetNodeNub() == smm.nodeCount, "construction counts the nodes");
   CompareMembers(*inventory, smm, slotCount);
-  ThePlatform().everyExchange.reset();
+  ThePlatform().improvise = MakeUpExchange;
   RunQueries(*inventory, smm);
 }
 
@@ -437,9 +437,9 @@ void RunConversation() {
   platform.expectedSettings.connectionKind = theInput.OneOf<std::int32_t>({7, 1, 0, 3, -1});
   platform.connectAttempts = theInput.OneOf<int>({3, 1, 2, 8, 0, -1});
   if (constructionAnswer) {
-    platform.everyExchange.emplace();
-    platform.everyExchange->response = *constructionAnswer;
-    platform.everyExchange = Attempted(*platform.everyExchange);
+    Exchange every;
+    every.response = *constructionAnswer;
+    platform.improvise = [every = Attempted(every)] { return every; };
   }
   if (theInput.Byte() % 2 == 0) {
     RunObject<SMMInventory>(slotCount);
