@@ -1,16 +1,12 @@
-#include "tests/doubles/PlatformDouble.h"
-
-#include <unistd.h>
-
-#include <cerrno>
+#include <algorithm>
 #include <cstdlib>
-#include <iomanip>
 #include <iostream>
 #include <sstream>
+#include <tuple>
 #include <utility>
 
 #include "platform/Log.h"
-#include "tests/doubles/Pauses.h"
+#include "tests/doubles/PlatformDouble.h"
 
 namespace Tavrin::Double {
 namespace {
@@ -20,9 +16,11 @@ void EndWith(const std::string& text) {
   std::abort();
 }
 
+void (*theComplaint)(const std::string&) = EndWith;
+
 thread_local Platform* ofThisThread = nullptr;
 
-void (*theComplaint)(const std::string&) = EndWith;
+thread_local Standalone::LastExchange lastExchange;
 
 Exchange NextExchange(Platform& platform) {
   if (platform.improvise) {
@@ -33,6 +31,16 @@ Exchange NextExchange(Platform& platform) {
     return {};
   }
   return platform.script[platform.exchangesScripted++];
+}
+
+void TakeRequest(Exchange& exchange, const IPMICOMMAND& request, bool isExpected) {
+  const std::string expected = isExpected ? exchange.RequestText() : "";
+  exchange.netFn = request.netFn;
+  exchange.command = request.cmd;
+  exchange.data = request.data;
+  if (isExpected && exchange.RequestText() != expected) {
+    theComplaint("request: got " + exchange.RequestText() + ", expected " + expected);
+  }
 }
 
 void Fill(const Exchange& exchange, Bytes& response, std::uint8_t& completionCode) {
@@ -54,96 +62,25 @@ void ThrowIfAny(const std::exception_ptr& exception) {
   }
 }
 
-unsigned int PlayPause(unsigned int seconds) {
-  Platform& platform = ThePlatform();
-  if (platform.answerTo) {
-    return 0;
+/// How a call ended of a client that follows this exchange.
+int Remember(const Exchange& exchange, int result) {
+  constexpr unsigned int kWarning = 2;
+  lastExchange.cause = result == 0 ? Standalone::FailureCause::None : exchange.cause;
+  lastExchange.words = result == 0 ? "" : exchange.words;
+  if (!lastExchange.words.empty() && Log::GetMinLogLevel() >= kWarning) {
+    Log(kWarning, "platform/standalone/ipmi_client/IpmiClient", __LINE__).Stream()
+        << "failed: " << exchange.words;
   }
-  // A fuzzer watches its memory from a thread of its own, which does pause.
-  if (gettid() != getpid() && ofThisThread == nullptr) {
-    const timespec pause{seconds, 0};
-    return static_cast<unsigned int>(nanosleep(&pause, nullptr));
-  }
-  platform.pauses.push_back(seconds);
-  platform.events.emplace_back("pause");
-  const SleepEnd end = TakeNext(platform.sleepEnds);
-  errno = end.error != 0 ? end.error : errno;
-  return end.result;
+  return result;
 }
-
-int PlayWait(clockid_t clock, int flags, const timespec& until) {
-  ThePlatform().waits.push_back({clock, flags, until});
-  return TakeNext(ThePlatform().waitResults);
-}
-
-[[maybe_unused]] const bool playsPauses = []() noexcept {
-  OnPause(PlayPause);
-  OnWait(PlayWait);
-  return true;
-}();
 
 }  // namespace
 
-std::ostream& operator<<(std::ostream& stream, const Line& line) {
-  return stream << "level " << line.level << ": " << line.text;
-}
-
-void Platform::Expect(std::uint8_t netFn, std::uint8_t command, const Bytes& data,
-                      const Bytes& response, std::uint8_t completionCode) {
-  Exchange exchange;
-  exchange.netFn = netFn;
-  exchange.command = command;
-  exchange.data = data;
-  exchange.response = response;
-  exchange.completionCode = completionCode;
-  script.push_back(std::move(exchange));
-}
-
-void Platform::ExpectStatusReads(int count, const Bytes& response, std::uint8_t completionCode) {
-  for (int i = 0; i < count; ++i) {
-    Expect(0x32, 0xA8, {}, response, completionCode);
-  }
-}
-
-void Platform::ExpectConnectFailures(const std::vector<int>& results) {
-  Exchange exchange;
-  exchange.connectResults = results;
-  script.push_back(std::move(exchange));
-}
-
-void Platform::ForgetWhatHappened() {
-  exchanges.clear();
-  lines.clear();
-  lineNumbers.clear();
-  thresholdReads = 0;
-  pauses.clear();
-  waits.clear();
-  events.clear();
-}
-
-Platform& ThePlatform() {
-  static Platform ofAllThreads;
-  return ofThisThread != nullptr ? *ofThisThread : ofAllThreads;
-}
-
-Platform* UseOnThisThread(Platform* own) { return std::exchange(ofThisThread, own); }
-
-void Complain(const std::string& text) { theComplaint(text); }
-
-void OnComplaint(void (*complain)(const std::string& text)) { theComplaint = complain; }
-
-Tally& TallyOfThisThread() {
-  thread_local Tally tally;
-  return tally;
-}
-
-std::string Describe(std::uint8_t netFn, std::uint8_t command, const Bytes& data) {
+std::string HexText(const Bytes& bytes) {
   std::ostringstream text;
   text.imbue(std::locale::classic());
-  text << std::hex << std::setfill('0') << "netFn " << std::setw(2) << int{netFn} << " command "
-       << std::setw(2) << int{command} << " data";
-  for (const std::uint8_t byte : data) {
-    text << ' ' << std::setw(2) << int{byte};
+  for (const std::uint8_t byte : bytes) {
+    text << "0x" << std::hex << int{byte} << ' ';
   }
   return text.str();
 }
@@ -167,34 +104,66 @@ Bytes StatusAnswer(std::uint8_t platformId, std::uint8_t enclosureType) {
           0x78,       0x89, 0x9A, 0xAB, 0xBC, 0xCD, enclosureType};
 }
 
+std::string Exchange::RequestText() const {
+  return "netFn " + HexText({netFn}) + "command " + HexText({command}) + "data " + HexText(data);
+}
+
+std::ostream& operator<<(std::ostream& stream, const Line& line) {
+  return stream << "level " << line.level << ": " << line.text;
+}
+
+void Platform::Expect(std::uint8_t netFn, std::uint8_t command, const Bytes& data,
+                      const Bytes& response, std::uint8_t completionCode) {
+  script.push_back({response, completionCode, netFn, command, data});
+}
+
+void Platform::ExpectStatusReads(int count, const Bytes& response, std::uint8_t completionCode) {
+  for (int i = 0; i < count; ++i) {
+    Expect(0x32, 0xA8, {}, response, completionCode);
+  }
+}
+
+void Platform::ExpectConnectFailures(const std::vector<int>& results) {
+  script.emplace_back().connectResults = results;
+}
+
+void Platform::Happened(const char* event) {
+  if (!answerTo) {
+    events.emplace_back(event);
+    onEvent(events.back());
+  }
+}
+
+Platform& ThePlatform() {
+  static Platform ofAllThreads;
+  return ofThisThread != nullptr ? *ofThisThread : ofAllThreads;
+}
+
+Platform* UseOnThisThread(Platform* own) { return std::exchange(ofThisThread, own); }
+
+void OnComplaint(void (*complain)(const std::string& text)) { theComplaint = complain; }
+
+void Require(bool holds, const char* promise) {
+  if (!holds) {
+    theComplaint(promise);
+  }
+}
+
+Tally& TallyOfThisThread() {
+  thread_local Tally tally;
+  return tally;
+}
+
 }  // namespace Tavrin::Double
 
 namespace Tavrin {
 
-using Double::ExpectSame;
+using Double::Exchange;
+using Double::Platform;
 using Double::Require;
 using Double::ThePlatform;
 
-namespace {
-
-constexpr unsigned int kWarning = 2;
-
-thread_local Standalone::LastExchange lastExchange;
-
-/// How a call ended of a client that follows this exchange.
-void Remember(const Double::Exchange& exchange, int result) {
-  lastExchange.result = result;
-  lastExchange.cause = result == 0 ? Standalone::FailureCause::None : exchange.cause;
-  lastExchange.words = result == 0 ? "" : exchange.words;
-  if (!lastExchange.words.empty() && Log::GetMinLogLevel() >= kWarning) {
-    Log(kWarning, "platform/standalone/ipmi_client/IpmiClient", __LINE__).Stream()
-        << "failed: " << exchange.words;
-  }
-}
-
-}  // namespace
-
-const Standalone::LastExchange& Standalone::GetLastExchange() { return lastExchange; }
+const Standalone::LastExchange& Standalone::GetLastExchange() { return Double::lastExchange; }
 
 /// Only of clients that follow an exchange, which is the last that was begun.
 struct IpmiClient::State {
@@ -206,101 +175,88 @@ struct IpmiClient::State {
 IpmiClient::IpmiClient(const std::string& address, const std::string& userName,
                        const std::string& password, const std::string& port,
                        unsigned long cipherSuite) {
-  Double::Platform& platform = ThePlatform();
+  Platform& platform = ThePlatform();
   if (platform.answerTo) {
     return;
   }
   const TavrinConnection::ConnectionInfo& expected = platform.expectedSettings;
-  ExpectSame("address of a client", address, expected.address);
-  ExpectSame("user name of a client", userName, expected.userName);
-  ExpectSame("password of a client", password, expected.password);
-  ExpectSame("port of a client", port, std::to_string(expected.port));
-  ExpectSame("cipher suite of a client", cipherSuite, 3UL);
+  Require(std::tie(address, userName, password) ==
+                  std::tie(expected.address, expected.userName, expected.password) &&
+              port == std::to_string(expected.port) && cipherSuite == 3,
+          "a client gets the settings, and cipher suite 3");
   Require(platform.openConnections == 0, "one connection is open at a time");
-  platform.events.emplace_back("client constructed");
+  platform.Happened("client constructed");
   state_ = std::make_unique<State>();
   platform.exchanges.push_back(Double::NextExchange(platform));
-  lastExchange = {};
-  lastExchange.cause = Standalone::FailureCause::NoAttempt;
+  Double::lastExchange = {};
+  Double::lastExchange.cause = Standalone::FailureCause::NoAttempt;
 }
 
 IpmiClient::~IpmiClient() {
   if (state_ == nullptr) {
     return;
   }
-  const Double::Exchange& exchange = ThePlatform().exchanges.back();
-  if (ThePlatform().areConversationsWhole) {
-    ExpectSame("connection attempts made", state_->connectsDone, exchange.connectResults.size());
+  Platform& platform = ThePlatform();
+  const Exchange& exchange = platform.exchanges.back();
+  if (platform.areConversationsWhole) {
+    Require(state_->connectsDone == exchange.connectResults.size(),
+            "a connection is tried again when that is worth it, as often as configured");
     Require(state_->sent || !exchange.Connects(), "something is sent over every connection");
-    Require(!state_->connected || exchange.sendException, "a connection is closed");
+    Require(!state_->connected || exchange.exception, "a connection is closed");
   }
-  ThePlatform().openConnections -= state_->connected ? 1 : 0;
-  ThePlatform().events.emplace_back("client destroyed");
+  platform.openConnections -= state_->connected ? 1 : 0;
+  platform.Happened("client destroyed");
 }
 
 int IpmiClient::connect() {
   if (state_ == nullptr) {
     return 0;
   }
-  ThePlatform().events.emplace_back("connect");
-  const Double::Exchange& exchange = ThePlatform().exchanges.back();
+  Platform& platform = ThePlatform();
+  platform.Happened("connect");
+  const Exchange& exchange = platform.exchanges.back();
   const std::size_t index = state_->connectsDone++;
-  Double::ThrowIfAny(exchange.connectException);
-  if (index >= exchange.connectResults.size()) {
-    Require(!ThePlatform().areConversationsWhole,
-            "a connection is tried again only when that is worth it, as often as configured");
+  if (!exchange.Connects()) {
+    Double::ThrowIfAny(exchange.exception);
   }
-  const int result = exchange.connectResults.empty()          ? -1
-                     : index < exchange.connectResults.size() ? exchange.connectResults[index]
-                                                              : exchange.connectResults.back();
+  const std::vector<int>& results = exchange.connectResults;
+  const int result = results.empty() ? -1 : results[std::min(index, results.size() - 1)];
   state_->connected = result == 0;
-  ThePlatform().openConnections += state_->connected ? 1 : 0;
-  Remember(exchange, result);
-  return result;
+  platform.openConnections += state_->connected ? 1 : 0;
+  return Double::Remember(exchange, result);
 }
 
 int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
                      std::uint8_t& completionCode) {
-  Double::Platform& platform = ThePlatform();
+  Platform& platform = ThePlatform();
   ++Double::TallyOfThisThread().exchanges;
   if (state_ == nullptr) {
     response = platform.answerTo(request);
     completionCode = 0;
     return 0;
   }
-  Double::Exchange& exchange = platform.exchanges.back();
-  platform.events.emplace_back("send");
+  platform.Happened("send");
   Require(state_->connected, "a request is sent over a connection");
-  Require(!state_->sent, "one request is sent over a connection");
-  if (!platform.improvise) {
-    ExpectSame("request", Double::Describe(request.netFn, request.cmd, request.data),
-               Double::Describe(exchange.netFn, exchange.command, exchange.data));
-  }
-  exchange.netFn = request.netFn;
-  exchange.command = request.cmd;
-  exchange.data = request.data;
-  state_->sent = true;
-  Double::ThrowIfAny(exchange.sendException);
-  if (exchange.onRequest) {
-    exchange.onRequest(exchange);
-  }
+  Require(!std::exchange(state_->sent, true), "one request is sent over a connection");
+  Exchange& exchange = platform.exchanges.back();
+  Double::TakeRequest(exchange, request, !platform.improvise);
+  Double::ThrowIfAny(exchange.exception);
+  exchange.onRequest(exchange);
   Double::Fill(exchange, response, completionCode);
-  Remember(exchange, exchange.sendResult);
-  lastExchange.isAnswered = exchange.sendResult == 0;
-  lastExchange.completionCode = completionCode;
-  lastExchange.answerLength = response.size();
-  exchange.afterSend();
-  return exchange.sendResult;
+  Double::lastExchange.isAnswered = exchange.sendResult == 0;
+  Double::lastExchange.completionCode = completionCode;
+  Double::lastExchange.answerLength = response.size();
+  return Double::Remember(exchange, exchange.sendResult);
 }
 
 int IpmiClient::disconnect() {
   if (state_ == nullptr) {
     return 0;
   }
-  ThePlatform().events.emplace_back("disconnect");
-  Require(state_->connected || !ThePlatform().areConversationsWhole, "a connection is closed once");
-  ThePlatform().openConnections -= state_->connected ? 1 : 0;
-  state_->connected = false;
+  Platform& platform = ThePlatform();
+  Require(state_->connected || !platform.areConversationsWhole, "a connection is closed once");
+  platform.openConnections -= std::exchange(state_->connected, false) ? 1 : 0;
+  platform.Happened("disconnect");
   return 0;
 }
 

@@ -1,40 +1,82 @@
+#include "tests/doubles/PlatformDouble.h"
+
+#include <unistd.h>
+
+#include <cerrno>
 #include <fstream>
+#include <sstream>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "platform/GlobalConfig.h"
 #include "platform/Log.h"
-#include "platform/SMMInfo.h"
-#include "tests/doubles/PlatformDouble.h"
+#include "tests/doubles/Pauses.h"
 
 // What the library finds behind platform/ beside its client.
 
 namespace Tavrin::Double {
 namespace {
 
-std::vector<std::string> LinesOf(const std::string& path) {
-  std::ifstream file(path);
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(file, line);) {
-    lines.push_back(line);
+/// The first of what is still to come, which it takes away; as new when nothing is.
+template <typename T>
+T TakeNext(std::vector<T>& script) {
+  T next{};
+  if (!script.empty()) {
+    next = std::move(script.front());
+    script.erase(script.begin());
   }
-  return lines;
+  return next;
 }
 
-/// A line of the source that writes the log, counted from 1; empty when it has none of this number.
-const std::string& SourceLine(unsigned int number) {
-  static const std::vector<std::string> lines =
-      LinesOf(SOURCE_DIRECTORY "/module/smm/smm_inventory/impl/SMMInventoryImpl.cpp");
-  static const std::string none;
-  return number >= 1 && number <= lines.size() ? lines[number - 1] : none;
+/// Whether the source that writes the log writes a line there.
+bool WritesALineAt(unsigned int number) {
+  static const std::vector<std::string> lines = [] {
+    std::vector<std::string> read(1);  // They are counted from 1.
+    std::ifstream file(SOURCE_DIRECTORY "/module/smm/smm_inventory/impl/SMMInventoryImpl.cpp");
+    for (std::string line; std::getline(file, line);) {
+      read.push_back(line);
+    }
+    return read;
+  }();
+  return number < lines.size() && lines[number].find("SMM_LOG(k") != std::string::npos;
 }
+
+unsigned int PlayPause(unsigned int seconds) {
+  Platform& platform = ThePlatform();
+  if (platform.answerTo) {
+    return 0;
+  }
+  // A fuzzer watches its memory from a thread of its own, which does pause.
+  if (gettid() != getpid()) {
+    const timespec pause{seconds, 0};
+    return static_cast<unsigned int>(nanosleep(&pause, nullptr));
+  }
+  platform.pauses.push_back(seconds);
+  platform.Happened("pause");
+  const SleepEnd end = TakeNext(platform.sleepEnds);
+  errno = end.error != 0 ? end.error : errno;
+  return end.result;
+}
+
+int PlayWait(clockid_t clock, int flags, const timespec& until) {
+  ThePlatform().waits.push_back({clock, flags, until});
+  return TakeNext(ThePlatform().waitResults);
+}
+
+[[maybe_unused]] const bool playsPauses = []() noexcept {
+  OnPause(PlayPause);
+  OnWait(PlayWait);
+  return true;
+}();
 
 }  // namespace
 }  // namespace Tavrin::Double
 
 namespace Tavrin {
 
-using Double::ExpectSame;
+using Double::Platform;
 using Double::Require;
 using Double::ThePlatform;
 
@@ -44,7 +86,7 @@ int GetGlobalConfigValue(const std::string& key, int defaultValue) {
   }
   Require(key == "IPMI_CONNECT_RETRY_TIMES" && defaultValue == 3,
           "the attempts are configured, and three by default");
-  ThePlatform().events.emplace_back("configuration read");
+  ThePlatform().Happened("configuration read");
   return ThePlatform().connectAttempts;
 }
 
@@ -65,33 +107,31 @@ Log::Log(unsigned int level, const std::string& sourcePath, unsigned int line)
   }
   Require(level >= 1 && level <= ThePlatform().logThreshold,
           "a line has a level from 1 to the threshold");
-  Require(sourcePath == "module/smm/smm_inventory/impl/SMMInventoryImpl" &&
-              Double::SourceLine(line).find("SMM_LOG(k") != std::string::npos,
-          "a line says where it was written");
+  Require(
+      sourcePath == "module/smm/smm_inventory/impl/SMMInventoryImpl" && Double::WritesALineAt(line),
+      "a line says where it was written");
 }
 
 Log::~Log() {
   const std::string text = state_->text.str();
   Require(!text.empty(), "a line has a text");
-  Double::Platform& platform = ThePlatform();
-  if (platform.answerTo) {
-    return;
+  Platform& platform = ThePlatform();
+  if (!platform.answerTo) {
+    platform.lines.push_back({state_->level, text});
+    platform.lineNumbers.push_back(state_->line);
+    platform.whileWritten(platform.lines.back());
   }
-  platform.lines.push_back({state_->level, text});
-  platform.lineNumbers.push_back(state_->line);
-  platform.whileWritten(platform.lines.back());
 }
 
 std::ostream& Log::Stream() { return state_->text; }
 
 unsigned int Log::GetMinLogLevel() {
-  Double::Platform& platform = ThePlatform();
-  if (platform.answerTo) {
-    return platform.logThreshold;
-  }
-  ++platform.thresholdReads;
-  if (!platform.laterThresholds.empty()) {
-    platform.logThreshold = Double::TakeNext(platform.laterThresholds);
+  Platform& platform = ThePlatform();
+  if (!platform.answerTo) {
+    ++platform.thresholdReads;
+    if (!platform.laterThresholds.empty()) {
+      platform.logThreshold = Double::TakeNext(platform.laterThresholds);
+    }
   }
   return platform.logThreshold;
 }
@@ -99,35 +139,26 @@ unsigned int Log::GetMinLogLevel() {
 struct SMMInfo::State {};
 
 SMMInfo::SMMInfo(const TavrinConnection::ConnectionInfo& info) {
-  if (ThePlatform().answerTo) {
+  Platform& platform = ThePlatform();
+  if (platform.answerTo) {
     return;
   }
-  const TavrinConnection::ConnectionInfo& expected = ThePlatform().expectedSettings;
-  ExpectSame("address of the SMM information", info.address, expected.address);
-  ExpectSame("port of the SMM information", info.port, expected.port);
-  ExpectSame("user name of the SMM information", info.userName, expected.userName);
-  ExpectSame("password of the SMM information", info.password, expected.password);
-  ExpectSame("kind of the SMM information", info.connectionKind, expected.connectionKind);
-  ThePlatform().settingsOfInformation = &info;
-  ThePlatform().events.emplace_back("SMM information constructed");
+  const TavrinConnection::ConnectionInfo& expected = platform.expectedSettings;
+  Require(std::tie(info.address, info.port, info.userName, info.password, info.connectionKind) ==
+              std::tie(expected.address, expected.port, expected.userName, expected.password,
+                       expected.connectionKind),
+          "the SMM information gets the settings");
+  platform.settingsOfInformation = &info;
+  platform.Happened("SMM information constructed");
 }
 
-SMMInfo::~SMMInfo() {
-  if (ThePlatform().answerTo) {
-    return;
-  }
-  ThePlatform().events.emplace_back("SMM information destroyed");
-  ThePlatform().onRelease();
-}
+SMMInfo::~SMMInfo() { ThePlatform().Happened("SMM information destroyed"); }
 
 int SMMInfo::GetSmmType(SMMIype& type) {
-  const Double::Platform& platform = ThePlatform();
+  Platform& platform = ThePlatform();
   if (!platform.answerTo) {
-    ThePlatform().askedSmmType = &type;
-    ThePlatform().events.emplace_back("SMM type asked");
-    if (platform.smmTypeException != nullptr) {
-      std::rethrow_exception(platform.smmTypeException);
-    }
+    platform.askedSmmType = &type;
+    platform.Happened("SMM type asked");
   }
   type = static_cast<SMMIype>(platform.smmType.value_or(type));
   return platform.smmTypeResult;

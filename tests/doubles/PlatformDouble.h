@@ -7,9 +7,7 @@
 #include <functional>
 #include <optional>
 #include <ostream>
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/ConnectionInfo.h"
@@ -21,13 +19,21 @@ namespace Tavrin::Double {
 
 using Bytes = std::vector<std::uint8_t>;
 
+/// Bytes as "0x5 0xab ".
+std::string HexText(const Bytes& bytes);
+
+/// Connection settings in which every field differs from its default and from every other, and that
+/// admit exchanges.
+TavrinConnection::ConnectionInfo TestSettings();
+
+/// A 14-byte status answer in which every byte differs.
+Bytes StatusAnswer(std::uint8_t platformId, std::uint8_t enclosureType);
+
 /// What a client does with the answer and the completion code that it is handed, which hold what
 /// they held before.
 enum class Filling { Replaces, ReplacesAllButTheCode, Appends, LeavesAlone };
 
-/// One conversation that the code under test is expected to have, over a client of its own. The
-/// client compares every byte of the request, and complains when one part is left over or one too
-/// many is asked for.
+/// One conversation over a client of its own.
 struct Exchange {
   Bytes response;
   std::uint8_t completionCode = 0;
@@ -37,10 +43,10 @@ struct Exchange {
   std::vector<int> connectResults = {0};  ///< One for each call; only the last may be 0.
   int sendResult = 0;
   Filling filling = Filling::Replaces;
-  std::exception_ptr connectException = nullptr;
-  std::exception_ptr sendException = nullptr;
-  std::function<void(Exchange&)> onRequest;  ///< Decides on the answer once the request is there.
-  std::function<void()> afterSend = [] {};   ///< What else changes with this answer.
+  std::exception_ptr exception = nullptr;  ///< Of connect() where that does not succeed, or send().
+
+  /// Is called once the request is there, and may change the answer. What it throws, send() throws.
+  std::function<void(Exchange&)> onRequest = [](Exchange&) {};
 
   /// Why it fails, in the terms of Standalone::GetLastExchange(). With words, each failure is a
   /// line of the client in the log.
@@ -48,6 +54,9 @@ struct Exchange {
   std::string words = {};
 
   bool Connects() const { return !connectResults.empty() && connectResults.back() == 0; }
+
+  /// The request that was sent.
+  std::string RequestText() const;
 };
 
 /// One line that the code under test wrote. The source line number is checked apart.
@@ -72,33 +81,8 @@ struct Wait {
   timespec until = {};
 };
 
-/// Everything behind the seam: what is to happen, and what did. Exchanges come from one of three
-/// places: a table of answers, a function that makes them up, or a script.
-struct Platform {
-  // What will happen.
-  /// With it, every request gets this answer with completion code 0, every connection succeeds and
-  /// nothing else of this object is looked at but the threshold and the SMM type. Nothing is
-  /// checked or written down then, nor anything allocated, but what lines need; any number of
-  /// threads may call at once.
-  std::function<const Bytes&(const IPMICOMMAND&)> answerTo;
-  std::function<Exchange()> improvise;  ///< Makes up each exchange, for any request.
-  /// Whether each connection is to be tried as often as its exchange says, to carry one request and
-  /// to be closed.
-  bool areConversationsWhole = true;
-  std::vector<Exchange> script;
-  TavrinConnection::ConnectionInfo expectedSettings;
-  unsigned int logThreshold = 4;
-  std::vector<unsigned int> laterThresholds;  ///< Taken by GetMinLogLevel() one by one, if any.
-  int connectAttempts = 3;
-  std::optional<std::int32_t> smmType = 0;  ///< Without one, the caller's is left as passed.
-  int smmTypeResult = 0;
-  std::exception_ptr smmTypeException = nullptr;
-  std::vector<SleepEnd> sleepEnds;  ///< Taken by sleep() one by one; then it returns 0.
-  std::vector<int> waitResults;     ///< Taken by clock_nanosleep() one by one; then it returns 0.
-  std::function<void(const Line&)> whileWritten = [](const Line&) {};  ///< Looks on at each line.
-  std::function<void()> onRelease = [] {};  ///< When the SMM information is released.
-
-  // What did.
+/// What the code under test did.
+struct Happenings {
   std::vector<Exchange> exchanges;  ///< As they were begun, each with the request that was sent.
   std::vector<Line> lines;
   std::vector<unsigned int> lineNumbers;
@@ -106,7 +90,41 @@ struct Platform {
   std::vector<unsigned int> pauses;
   std::vector<Wait> waits;
   std::vector<std::string> events;
+};
+
+/// Everything behind the seam: what is to happen, and what did.
+struct Platform : Happenings {
+  // Exchanges come from one of three places: a table of answers, a function, or a script.
+
+  /// With it, every request gets this answer with completion code 0, every connection succeeds and
+  /// nothing else of this object is looked at but the threshold and the SMM type. Nothing is
+  /// written down then, nor anything allocated, but what lines need; any number of threads may call
+  /// at once.
+  std::function<const Bytes&(const IPMICOMMAND&)> answerTo;
+
+  std::function<Exchange()> improvise;  ///< Makes up each exchange, for any request.
+
+  /// Those that the code under test is expected to have: every byte of a request is compared.
+  std::vector<Exchange> script;
   std::size_t exchangesScripted = 0;  ///< Those taken from the script.
+
+  /// Whether each connection is to be tried as often as its exchange says, to carry one request and
+  /// to be closed.
+  bool areConversationsWhole = true;
+
+  TavrinConnection::ConnectionInfo expectedSettings = TestSettings();
+  unsigned int logThreshold = 4;
+  std::vector<unsigned int> laterThresholds;  ///< Taken by GetMinLogLevel() one by one, if any.
+  int connectAttempts = 3;
+  std::optional<std::int32_t> smmType = 0;  ///< Without one, the caller's is left as passed.
+  int smmTypeResult = 0;
+  std::vector<SleepEnd> sleepEnds;  ///< Taken by sleep() one by one; then it returns 0.
+  std::vector<int> waitResults;     ///< Taken by clock_nanosleep() one by one; then it returns 0.
+
+  // Look on while it happens; what they throw, the platform throws.
+  std::function<void(const Line&)> whileWritten = [](const Line&) {};
+  std::function<void(const std::string&)> onEvent = [](const std::string&) {};
+
   int openConnections = 0;
   const TavrinConnection::ConnectionInfo* settingsOfInformation = nullptr;
   const SMMIype* askedSmmType = nullptr;
@@ -121,7 +139,10 @@ struct Platform {
   /// Adds one exchange whose connection fails: connect() returns these, one after the other.
   void ExpectConnectFailures(const std::vector<int>& results);
 
-  void ForgetWhatHappened();
+  void ForgetWhatHappened() { static_cast<Happenings&>(*this) = {}; }
+
+  /// Writes an event down, unless there is a table of answers.
+  void Happened(const char* event);
 };
 
 /// The one that the platform's functions work on: of all threads but those that use their own.
@@ -131,37 +152,11 @@ Platform& ThePlatform();
 /// Threads with their own stand for different SMMs.
 Platform* UseOnThisThread(Platform* own);
 
-/// Complains about the code under test.
-void Complain(const std::string& text);
-
-inline void Require(bool holds, const char* promise) {
-  if (!holds) {
-    Complain(promise);
-  }
-}
-
-template <typename Value>
-void ExpectSame(const char* what, const Value& got, const Value& expected) {
-  if (!(got == expected)) {
-    std::ostringstream text;
-    text << what << ": got " << got << ", expected " << expected;
-    Complain(text.str());
-  }
-}
-
-/// The first of what is still to come, which it takes away; as new when nothing is.
-template <typename T>
-T TakeNext(std::vector<T>& script) {
-  if (script.empty()) {
-    return {};
-  }
-  T next = std::move(script.front());
-  script.erase(script.begin());
-  return next;
-}
-
-/// Gets every complaint. Until one is set, a complaint ends the program.
+/// Gets every complaint about the code under test. Until one is set, a complaint ends the program.
 void OnComplaint(void (*complain)(const std::string& text));
+
+/// Complains unless it holds.
+void Require(bool holds, const char* promise);
 
 /// What one thread has had of the platform so far.
 struct Tally {
@@ -169,15 +164,5 @@ struct Tally {
   std::uint64_t lines = 0;      ///< Log objects constructed.
 };
 Tally& TallyOfThisThread();
-
-/// A request in words, as complaints name it.
-std::string Describe(std::uint8_t netFn, std::uint8_t command, const Bytes& data);
-
-/// Connection settings in which every field differs from its default and from every other, and that
-/// admit exchanges.
-TavrinConnection::ConnectionInfo TestSettings();
-
-/// A 14-byte status answer in which every byte differs.
-Bytes StatusAnswer(std::uint8_t platformId, std::uint8_t enclosureType);
 
 }  // namespace Tavrin::Double

@@ -304,7 +304,7 @@ Exchange Attempted(Exchange exchange) {
     exchange.connectResults.resize(attempts);
   }
   if (attempts == 0) {
-    exchange.connectException = nullptr;
+    exchange.exception = nullptr;
   }
   if (!exchange.Connects()) {
     exchange.response.clear();
@@ -328,11 +328,11 @@ Exchange MakeUpExchange() {
     exchange.connectResults = {result == 0 || result == 3 ? -1 : result};
   } else if (link >= 0xF8 && link < 0xFC) {
     exchange.connectResults = {-1};
-    exchange.connectException = std::make_exception_ptr(PlatformFault());
+    exchange.exception = std::make_exception_ptr(PlatformFault());
   }
   exchange = Attempted(exchange);
   if (exchange.Connects() && link >= 0xFC) {
-    exchange.sendException = std::make_exception_ptr(PlatformFault());
+    exchange.exception = std::make_exception_ptr(PlatformFault());
   }
   if (exchange.Connects() && link < 0xF0) {
     exchange.completionCode = theInput.Byte();

@@ -42,7 +42,7 @@ int ExchangeCursor::Next(std::uint8_t netFn, std::uint8_t command, const Bytes& 
   last = Double::ThePlatform().exchanges[position_++];
   Require(!last.Connects() || (last.netFn == netFn && last.command == command && last.data == data),
           "a request says what its query asks for");
-  if (last.connectException || last.sendException) {
+  if (last.exception) {
     return kRaisesPlatformFault;
   }
   return last.Connects() ? 0 : 2;

@@ -79,7 +79,7 @@ TEST_F(PassesTest, QueryThatTheSmmRefusesLeavesTheObject) {
 }
 
 TEST_F(PassesTest, StatusThatWasNotReadIsReadInTheNextPass) {
-  smm_.ChangeConstruction(Refuses());
+  smm_.Change(kConstruction, Refuses());
   EXPECT_EQ(ReadAgain().detection->platformId.status, StatusCode::NoUsableResult);
   smm_.Heal();
   EXPECT_EQ(ReadAgain().detection->platformId.status, StatusCode::Success);
@@ -97,11 +97,11 @@ TEST_F(PassesTest, NewGenerationIsNoticedAndTheObjectConstructedAnew) {
   ReadAgain();
   int given = -1;
   smm_.generation = SMM_SECOND_GENERATION;
-  smm_.ChangeDetection([](Exchange&) {
+  smm_.Change(kDetection, [](Exchange&) {
     // What the pass before was constructed with must not be what is taken for configured.
     EXPECT_EQ(GetGlobalConfigValue("SMM_TYPE", -1), -1);
   });
-  smm_.ChangeConstruction([&given](Exchange&) { given = GetGlobalConfigValue("SMM_TYPE", -1); });
+  smm_.Change(kConstruction, [&given](Exchange&) { given = GetGlobalConfigValue("SMM_TYPE", -1); });
   const Reading reading = ReadAgain();
   EXPECT_EQ(reading.detection->generation.value.value, SMM_SECOND_GENERATION);
   EXPECT_EQ(given, SMM_SECOND_GENERATION);
@@ -119,7 +119,7 @@ TEST_F(PassesTest, ObjectThatMayNotFitTheSmmAnyMoreIsConstructedAnew) {
   for (const Bytes& now : {otherPlatform, otherSlots, tooShort}) {
     smm_.Heal();
     ReadAgain();
-    smm_.ChangeDetection(Gives(now));
+    smm_.Change(kDetection, Gives(now));
     ReadAgain();
     ExpectAsked(kBeginning);
   }
@@ -134,7 +134,7 @@ TEST_F(PassesTest, ObjectIsConstructedAnewWhereTheGenerationIsConfigured) {
 
 TEST_F(PassesTest, OtherBytesOfTheStatusLeaveTheObject) {
   ReadAgain();
-  smm_.ChangeDetection([](Exchange& exchange) {
+  smm_.Change(kDetection, [](Exchange& exchange) {
     exchange.response.at(1) ^= 0xFFU;
     exchange.response.push_back(0xFF);
   });
@@ -150,7 +150,7 @@ TEST_F(PassesTest, RefusedPasswordStopsThePassThatItHappenedInAlone) {
 
   smm_.Heal();
   int attemptsAllowed = -1;
-  smm_.ChangeDetection([&attemptsAllowed](Exchange&) {
+  smm_.Change(kDetection, [&attemptsAllowed](Exchange&) {
     attemptsAllowed = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", 3);
   });
   const Reading reading = ReadAgain({Part::Identity});
@@ -166,7 +166,7 @@ TEST_F(PassesTest, RefusalInTheMiddleOfAPassEndsWithIt) {
 }
 
 TEST_F(PassesTest, ExceptionOfTheConstructionLeavesNoObject) {
-  smm_.ChangeConstruction(Throws(std::runtime_error("out of order")));
+  smm_.Change(kConstruction, Throws(std::runtime_error("out of order")));
   EXPECT_THROW(ReadAgain(), std::runtime_error);
   smm_.Heal();
   EXPECT_TRUE(ReadAgain().detection);
@@ -175,13 +175,14 @@ TEST_F(PassesTest, ExceptionOfTheConstructionLeavesNoObject) {
 
 TEST_F(PassesTest, LibraryGetsTheSettingsOfTheEnclosure) {
   settings_.password = "sesame";
+  smm_.platform.expectedSettings.password = "sesame";
   settings_.cipherSuite = 17;
   settings_.privilegeLevel = 2;
   settings_.workaroundFlags = 16;
   settings_.attempts = 5;
   settings_.sessionTimeoutMs = 1234;
   std::vector<int> values;
-  smm_.ChangeConstruction([&values](Exchange&) {
+  smm_.Change(kConstruction, [&values](Exchange&) {
     values.clear();
     for (const char* const key : {"IPMI_CIPHER_SUITE", "IPMI_PRIVILEGE_LEVEL",
                                   "IPMI_WORKAROUND_FLAGS", "IPMI_CONNECT_RETRY_TIMES",
@@ -189,7 +190,6 @@ TEST_F(PassesTest, LibraryGetsTheSettingsOfTheEnclosure) {
       values.push_back(GetGlobalConfigValue(key, -1));
     }
   });
-  // The client compares the password with the one expected.
   Read();
   EXPECT_THAT(values, ElementsAre(17, 2, 16, 5, 1234, -1));
   EXPECT_EQ(GetGlobalConfigValue("IPMI_CIPHER_SUITE", -1), -1);
@@ -208,7 +208,7 @@ Seen ReadBeside(int cipherSuite, SMMIype generation, std::promise<void>& here,
                 const std::shared_future<void>& there) {
   Seen seen;
   ScriptedSmm smm(generation);
-  smm.ChangeConstruction([&, isFirst = true](Exchange&) mutable {
+  smm.Change(kConstruction, [&, isFirst = true](Exchange&) mutable {
     if (!std::exchange(isFirst, false)) {
       return;
     }

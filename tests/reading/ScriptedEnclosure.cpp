@@ -1,47 +1,34 @@
 #include "tests/reading/ScriptedEnclosure.h"
 
-#include <algorithm>
-
 #include "platform/GlobalConfig.h"
 #include "platform/standalone/globalconfig/ThreadConfig.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
+#include "platform/standalone/logger/ThreadLog.h"
 #include "tests/doubles/Operations.h"
 
 namespace Tavrin {
 namespace {
 
 using Double::Exchange;
-using Double::Operation;
 
 /// The library is constructed with the generation that was detected.
 bool IsConstructing() { return GetGlobalConfigValue("SMM_TYPE", -1) != -1; }
 
-int ResultOf(FailureCause cause) {
-  switch (cause) {
-    case FailureCause::UserNameRefused:
-      return Standalone::ConnectResult::UserNameRefused;
-    case FailureCause::PasswordRefused:
-      return Standalone::ConnectResult::PasswordRefused;
-    case FailureCause::PrivilegeRefused:
-      return Standalone::ConnectResult::PrivilegeRefused;
-    default:
-      return Standalone::ConnectResult::WorthRetrying;
+bool IsOf(const std::string& step, const IPMICOMMAND& request, bool isFirst) {
+  if (step == kDetection || step == kConstruction) {
+    return Double::Sends("GetSMMStatus", request) &&
+           (step == kDetection ? isFirst && !IsConstructing() : IsConstructing());
   }
+  return Double::Sends(step, request);
 }
 
-std::string TextOf(const Exchange& exchange) {
-  return exchange.Connects() ? Double::Describe(exchange.netFn, exchange.command, exchange.data)
-                             : "in vain";
-}
-
-void Call(const Operation<SMMInventory>& operation, SMMInventory& inventory, int psu) {
+void Call(SMMInventory& inventory, const std::string& name, int psu) {
+  const auto& operation = Double::OperationNamed<SMMInventory>(name);
+  const bool isOfNode = operation.argument == Double::Argument::Node;
+  const int last = isOfNode ? static_cast<int>(inventory.GetNodeNub()) : psu;
   Double::Output output = operation.fresh;
-  if (operation.argument == Double::Argument::Node) {
-    for (int node = 1; node <= static_cast<int>(inventory.GetNodeNub()); ++node) {
-      operation.call(inventory, node, output);
-    }
-  } else {
-    operation.call(inventory, psu, output);
+  for (int argument = isOfNode ? 1 : psu; argument <= last; ++argument) {
+    operation.call(inventory, argument, output);
   }
 }
 
@@ -52,8 +39,25 @@ Steps operator+(Steps first, const Steps& second) {
   return first;
 }
 
+Answering Gives(const Double::Bytes& response, std::uint8_t completionCode) {
+  return [=](Exchange& exchange) {
+    exchange.response = response;
+    exchange.completionCode = completionCode;
+  };
+}
+
+Answering FallsSilent(FailureCause cause, const std::string& words) {
+  return [=](Exchange& exchange) {
+    Gives({}, 0xFF)(exchange);
+    exchange.sendResult = Standalone::ConnectResult::Failed;
+    exchange.cause = cause;
+    exchange.words = words;
+  };
+}
+
 ScriptedSmm::ScriptedSmm(SMMIype ofGeneration)
     : generation(ofGeneration), before_(Double::UseOnThisThread(&platform)) {
+  platform.expectedSettings = {};
   platform.expectedSettings.port = EnclosureSettings().port;
   platform.expectedSettings.connectionKind = 7;
   // Whoever configures a generation is connected to without a request.
@@ -61,28 +65,17 @@ ScriptedSmm::ScriptedSmm(SMMIype ofGeneration)
   platform.improvise = [this] { return NextExchange(); };
 }
 
-void ScriptedSmm::ChangeConstruction(const Answering& answering) {
-  Change("GetSMMStatus", [answering](Exchange& exchange) {
-    if (IsConstructing()) {
-      answering(exchange);
-    }
-  });
-}
-
-void ScriptedSmm::ChangeDetection(const Answering& answering) {
-  Change("GetSMMStatus", [this, answering](Exchange& exchange) {
-    if (platform.exchanges.size() == 1) {
-      answering(exchange);
-    }
-  });
-}
-
 void ScriptedSmm::Lose(std::size_t first, FailureCause cause, const std::string& words,
                        std::size_t count) {
+  const bool isRefused = cause == FailureCause::UserNameRefused ||
+                         cause == FailureCause::PasswordRefused ||
+                         cause == FailureCause::PrivilegeRefused;
   lossBegin_ = first;
   lossCount_ = count;
-  lossCause_ = cause;
-  lossWords_ = words;
+  lost_.connectResults = {isRefused ? Standalone::ConnectResult::Failed
+                                    : Standalone::ConnectResult::WorthRetrying};
+  lost_.cause = cause;
+  lost_.words = words;
 }
 
 void ScriptedSmm::Heal() {
@@ -92,12 +85,13 @@ void ScriptedSmm::Heal() {
 
 std::vector<std::string> ScriptedSmm::Asked() const {
   std::vector<std::string> asked;
-  std::transform(platform.exchanges.begin(), platform.exchanges.end(), std::back_inserter(asked),
-                 TextOf);
+  for (const Exchange& exchange : platform.exchanges) {
+    asked.push_back(exchange.Connects() ? exchange.RequestText() : kInVain);
+  }
   return asked;
 }
 
-std::vector<std::string> ScriptedSmm::Requests(const Steps& steps, int psu) {
+std::vector<std::string> ScriptedSmm::Requests(const Steps& steps, int psu) const {
   const Standalone::ThreadConfig config({{"SMM_TYPE", generation}});
   const Standalone::ThreadLog quiet(0, {});
   ScriptedSmm smm(generation);
@@ -110,13 +104,11 @@ std::vector<std::string> ScriptedSmm::Requests(const Steps& steps, int psu) {
       requests.push_back(construction.front());
     } else if (step == kConstruction) {
       requests = requests + construction;
-    } else if (step == kConstructionInVain) {
-      requests.insert(requests.end(), construction.size(), "in vain");
     } else if (step == kInVain) {
-      requests.emplace_back("in vain");
+      requests.push_back(step);
     } else {
       smm.platform.ForgetWhatHappened();
-      Call(Double::OperationNamed<SMMInventory>(step), inventory, psu);
+      Call(inventory, step, psu);
       requests = requests + smm.Asked();
     }
   }
@@ -124,13 +116,9 @@ std::vector<std::string> ScriptedSmm::Requests(const Steps& steps, int psu) {
 }
 
 Exchange ScriptedSmm::NextExchange() const {
-  Exchange exchange;
   const std::size_t place = platform.exchanges.size();
-  if (place >= lossBegin_ && place - lossBegin_ < lossCount_) {
-    exchange.connectResults = {ResultOf(lossCause_)};
-    exchange.cause = lossCause_;
-    exchange.words = lossWords_;
-  }
+  const bool isLost = place >= lossBegin_ && place - lossBegin_ < lossCount_;
+  Exchange exchange = isLost ? lost_ : Exchange();
   exchange.onRequest = [this](Exchange& sent) { Answer(sent); };
   return exchange;
 }
@@ -138,64 +126,11 @@ Exchange ScriptedSmm::NextExchange() const {
 void ScriptedSmm::Answer(Exchange& exchange) const {
   const IPMICOMMAND request = {exchange.command, exchange.data, exchange.netFn};
   exchange.response = Double::SampleAnswersOf(generation)(request);
-  for (const auto& [operation, answering] : changes_) {
-    if (Double::Sends(operation, request)) {
+  for (const auto& [step, answering] : changes_) {
+    if (IsOf(step, request, platform.exchanges.size() == 1)) {
       answering(exchange);
     }
   }
-}
-
-ScriptedSmm::Answering Gives(const Double::Bytes& response, std::uint8_t completionCode) {
-  return [=](Exchange& exchange) {
-    exchange.response = response;
-    exchange.completionCode = completionCode;
-  };
-}
-
-ScriptedSmm::Answering Refuses(std::uint8_t completionCode) { return Gives({}, completionCode); }
-
-ScriptedSmm::Answering FallsSilent(FailureCause cause, const std::string& words) {
-  return [=](Exchange& exchange) {
-    Gives({}, 0xFF)(exchange);
-    exchange.sendResult = Standalone::ConnectResult::Failed;
-    exchange.cause = cause;
-    exchange.words = words;
-  };
-}
-
-namespace {
-
-/// What clients are to be given.
-TavrinConnection::ConnectionInfo InfoOf(const EnclosureSettings& settings) {
-  TavrinConnection::ConnectionInfo info;
-  info.address = settings.host;
-  info.port = settings.port;
-  info.userName = settings.userName;
-  info.password = settings.password;
-  info.connectionKind = 7;
-  return info;
-}
-
-}  // namespace
-
-ScriptedEnclosure::ScriptedEnclosure() {
-  Double::OnComplaint([](const std::string& text) { ADD_FAILURE() << text; });
-}
-
-Reading ScriptedEnclosure::Read(const std::vector<Part>& parts) {
-  smm_.platform.ForgetWhatHappened();
-  smm_.platform.expectedSettings = InfoOf(settings_);
-  return Enclosure(settings_).Read(parts, observer_);
-}
-
-Query<PsuSelection> ScriptedEnclosure::SelectPsu(int psu) {
-  smm_.platform.ForgetWhatHappened();
-  return *Enclosure(settings_).SelectPsu(psu, observer_).psuSelection;
-}
-
-std::ptrdiff_t ScriptedEnclosure::Connects() const {
-  const std::vector<std::string>& events = smm_.platform.events;
-  return std::count(events.begin(), events.end(), "connect");
 }
 
 }  // namespace Tavrin

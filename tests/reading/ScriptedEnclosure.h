@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/standalone/logger/ThreadLog.h"
 #include "reading/Enclosure.h"
 #include "tests/doubles/PlatformDouble.h"
 
@@ -21,11 +20,15 @@ using Standalone::FailureCause;
 using Steps = std::vector<std::string>;
 constexpr const char* kDetection = "detection";
 constexpr const char* kConstruction = "construction";
-constexpr const char* kConstructionInVain = "construction in vain";  ///< None of it connects.
-constexpr const char* kInVain = "one exchange in vain";
+constexpr const char* kInVain = "one exchange in vain";  ///< That opens no connection.
 
-/// What each pass over an SMM begins with that was not read before.
+Steps operator+(Steps first, const Steps& second);
+
+/// What a pass begins with, over an SMM that was not read before and over one that was.
 const Steps kBeginning = {kDetection, kConstruction, "GetPSUStatus"};
+const Steps kBeginningAgain = {kDetection, "GetPSUStatus"};
+
+const Steps kIdentitySteps = {"GetSmmMT", "GetSmmSN", "GetSmmVersion", "GetSmmName"};
 
 /// How often a construction reads the status.
 constexpr std::size_t kStatusReads = 6;
@@ -35,35 +38,39 @@ constexpr std::size_t kAfterDetection = 1;
 constexpr std::size_t kAfterConstruction = kAfterDetection + kStatusReads;
 constexpr std::size_t kAfterBeginning = kAfterConstruction + 1;
 
-/// What each further pass begins with.
-const Steps kBeginningAgain = {kDetection, "GetPSUStatus"};
+/// Changes the answer to a request: the exchange holds that, and the answer as it is so far. May
+/// throw, or do something else at the time.
+using Answering = std::function<void(Double::Exchange&)>;
 
-const Steps kIdentitySteps = {"GetSmmMT", "GetSmmSN", "GetSmmVersion", "GetSmmName"};
+/// Answers with these bytes.
+Answering Gives(const Double::Bytes& response, std::uint8_t completionCode = 0);
 
-Steps operator+(Steps first, const Steps& second);
+/// Refuses without a byte.
+inline Answering Refuses(std::uint8_t completionCode = 0xC1) { return Gives({}, completionCode); }
 
-/// One SMM, behind the client of the thread that makes it. It gives its generation's sample
+/// Gives no answer to a request that got there.
+Answering FallsSilent(FailureCause cause, const std::string& words);
+
+/// Throws in the place of an answer.
+template <typename Exception>
+Answering Throws(const Exception& exception) {
+  return [exception](Double::Exchange&) { throw exception; };
+}
+
+/// One SMM, behind the clients of the thread that makes it. It gives its generation's sample
 /// answers, but for what a test changes.
 class ScriptedSmm {
  public:
-  /// Changes the answer to a request: the exchange holds that, and the answer as it is so far. May
-  /// throw, or do something else at the time.
-  using Answering = std::function<void(Double::Exchange&)>;
-
   explicit ScriptedSmm(SMMIype ofGeneration = SMM_FIRST_GENERATION);
   ~ScriptedSmm() { Double::UseOnThisThread(before_); }
   ScriptedSmm(const ScriptedSmm&) = delete;
   ScriptedSmm& operator=(const ScriptedSmm&) = delete;
 
-  /// Changes the answers to whatever the operation of SMMInventory sends.
-  void Change(const std::string& operation, Answering answering) {
-    changes_.emplace_back(operation, std::move(answering));
+  /// Changes the answers to what that operation of SMMInventory sends, or to the status requests of
+  /// the detection or of the construction alone.
+  void Change(const std::string& step, Answering answering) {
+    changes_.emplace_back(step, std::move(answering));
   }
-
-  /// Changes the answers to the status requests of a construction alone, and of the detection
-  /// alone.
-  void ChangeConstruction(const Answering& answering);
-  void ChangeDetection(const Answering& answering);
 
   /// Opens no connection for so many exchanges of a pass, behind the first ones.
   void Lose(std::size_t first, FailureCause cause, const std::string& words,
@@ -76,7 +83,7 @@ class ScriptedSmm {
   [[nodiscard]] std::vector<std::string> Asked() const;
 
   /// What Asked() gives after these steps. Operations on nodes ask all of them.
-  std::vector<std::string> Requests(const Steps& steps, int psu = 1);
+  [[nodiscard]] std::vector<std::string> Requests(const Steps& steps, int psu = 1) const;
 
   SMMIype generation;
   Double::Platform platform;
@@ -89,24 +96,8 @@ class ScriptedSmm {
   std::vector<std::pair<std::string, Answering>> changes_;
   std::size_t lossBegin_ = 0;
   std::size_t lossCount_ = 0;
-  FailureCause lossCause_ = FailureCause::None;
-  std::string lossWords_;
+  Double::Exchange lost_;
 };
-
-/// Answers with these bytes.
-ScriptedSmm::Answering Gives(const Double::Bytes& response, std::uint8_t completionCode = 0);
-
-/// Refuses with 0xC1 and no bytes.
-ScriptedSmm::Answering Refuses(std::uint8_t completionCode = 0xC1);
-
-/// Gives no answer to a request that got there.
-ScriptedSmm::Answering FallsSilent(FailureCause cause, const std::string& words);
-
-/// Throws in the place of an answer.
-template <typename Exception>
-ScriptedSmm::Answering Throws(const Exception& exception) {
-  return [exception](Double::Exchange&) { throw exception; };
-}
 
 /// Keeps what an observer is told.
 class Recorder : public Observer {
@@ -130,19 +121,24 @@ class Recorder : public Observer {
 /// A test on a sound enclosure of the first generation; each test changes what it is about.
 class ScriptedEnclosure : public testing::Test {
  protected:
-  ScriptedEnclosure();
-
-  /// One pass over an enclosure that was not read before.
-  Reading Read(const std::vector<Part>& parts = {});
-  Query<PsuSelection> SelectPsu(int psu);
-
-  /// Expects that this is all that was asked in the last pass.
-  void ExpectAsked(const Steps& steps, int psu = 1) {
-    EXPECT_EQ(smm_.Asked(), smm_.Requests(steps, psu));
+  ScriptedEnclosure() {
+    Double::OnComplaint([](const std::string& text) { ADD_FAILURE() << text; });
   }
 
-  /// How often the client was told to connect in the last pass.
-  [[nodiscard]] std::ptrdiff_t Connects() const;
+  /// One pass over an enclosure that was not read before.
+  Reading Read(const std::vector<Part>& parts = {}) {
+    smm_.platform.ForgetWhatHappened();
+    return Enclosure(settings_).Read(parts, observer_);
+  }
+  Query<PsuSelection> SelectPsu(int psu) {
+    smm_.platform.ForgetWhatHappened();
+    return *Enclosure(settings_).SelectPsu(psu, observer_).psuSelection;
+  }
+
+  /// Expects that this is all that was asked in the last pass.
+  void ExpectAsked(const Steps& steps, int psu = 1) const {
+    EXPECT_EQ(smm_.Asked(), smm_.Requests(steps, psu));
+  }
 
   ScriptedSmm smm_;
   EnclosureSettings settings_;

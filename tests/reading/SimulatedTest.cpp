@@ -128,15 +128,40 @@ TEST(Simulated, CipherSuiteThatOneSmmRefusesIsNotAskedOfTheOther) {
   ExpectFirst(read);
 }
 
-TEST(Simulated, RefusedPasswordIsTriedAnewInTheNextPass) {
-  auto simulator = std::make_unique<SimulatedSmm>(kFirst, R"({"overrides": []})", "another");
+/// Two passes over one address: of one SMM, then of another that has taken its place.
+std::pair<Reading, Reading> ReadWhenReplaced(std::unique_ptr<SimulatedSmm> simulator,
+                                             const std::vector<std::string>& replacement) {
   Relay relay(simulator->Port());
   Enclosure enclosure(SettingsAt(relay.Port()));
   Observer nobody;
-  EXPECT_EQ(enclosure.Read(kParts, nobody).failure->cause.kind, FailureCause::PasswordRefused);
-  simulator = std::make_unique<SimulatedSmm>(kFirst);
+  std::pair<Reading, Reading> readings;
+  readings.first = enclosure.Read(kParts, nobody);
+  simulator = std::make_unique<SimulatedSmm>(replacement);
   relay.Lead(simulator->Port());
-  ExpectFirst(enclosure.Read(kParts, nobody));
+  readings.second = enclosure.Read(kParts, nobody);
+  return readings;
+}
+
+TEST(Simulated, RefusedPasswordIsTriedAnewInTheNextPass) {
+  const auto [before, after] = ReadWhenReplaced(
+      std::make_unique<SimulatedSmm>(kFirst, R"({"overrides": []})", "another"), kFirst);
+  ASSERT_TRUE(before.failure);
+  EXPECT_EQ(before.failure->cause.kind, FailureCause::PasswordRefused);
+  ExpectFirst(after);
+}
+
+TEST(Simulated, SmmThatComesBackAsOneOfTheSecondGenerationIsReadAsSuch) {
+  const auto [before, after] = ReadWhenReplaced(std::make_unique<SimulatedSmm>(kFirst), kSecond253);
+  ExpectFirst(before);
+  ExpectSecond253(after);
+}
+
+TEST(Simulated, SmmThatComesBackWithAnotherPlatformIsReadAsSuch) {
+  const std::vector<std::string> second254 = {"--generation", "2", "--platform", "254"};
+  const auto [before, after] =
+      ReadWhenReplaced(std::make_unique<SimulatedSmm>(second254), kSecond253);
+  EXPECT_EQ(before.detection->platformId.value.value, 254);
+  ExpectSecond253(after);
 }
 
 TEST(Simulated, SmmThatIsAwayAndComesBackIsReadAgain) {
@@ -149,29 +174,6 @@ TEST(Simulated, SmmThatIsAwayAndComesBackIsReadAgain) {
   EXPECT_EQ(enclosure.Read(kParts, nobody).failure->cause.kind, FailureCause::Silence);
   relay.Heal();
   ExpectFirst(enclosure.Read(kParts, nobody));
-}
-
-TEST(Simulated, SmmThatComesBackAsOneOfTheSecondGenerationIsReadAsSuch) {
-  auto simulator = std::make_unique<SimulatedSmm>(kFirst);
-  Relay relay(simulator->Port());
-  Enclosure enclosure(SettingsAt(relay.Port()));
-  Observer nobody;
-  ExpectFirst(enclosure.Read(kParts, nobody));
-  simulator = std::make_unique<SimulatedSmm>(kSecond253);
-  relay.Lead(simulator->Port());
-  ExpectSecond253(enclosure.Read(kParts, nobody));
-}
-
-TEST(Simulated, SmmThatComesBackWithAnotherPlatformIsReadAsSuch) {
-  auto simulator = std::make_unique<SimulatedSmm>(
-      std::vector<std::string>{"--generation", "2", "--platform", "254"});
-  Relay relay(simulator->Port());
-  Enclosure enclosure(SettingsAt(relay.Port()));
-  Observer nobody;
-  EXPECT_EQ(enclosure.Read(kParts, nobody).detection->platformId.value.value, 254);
-  simulator = std::make_unique<SimulatedSmm>(kSecond253);
-  relay.Lead(simulator->Port());
-  ExpectSecond253(enclosure.Read(kParts, nobody));
 }
 
 TEST(Simulated, SettingsOfAPassAreGoneWithIt) {
@@ -208,6 +210,3 @@ TEST(Simulated, ThirtyTwoAreReadAtOnce) {
 
 }  // namespace
 }  // namespace Tavrin
-
-/// The pauses of the library's six-fold waits.
-extern "C" unsigned int sleep(unsigned int /*seconds*/) { return 0; }

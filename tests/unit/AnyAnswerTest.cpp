@@ -31,7 +31,7 @@ class AnyAnswer : public InventoryTest,
 
   /// The answers that follow the next one.
   Exchange FollowedBy(Exchange exchange, const Exchange& following) {
-    exchange.afterSend = [this, following] { Repeat(following); };
+    exchange.onRequest = [this, following](Exchange&) { Repeat(following); };
     return exchange;
   }
 

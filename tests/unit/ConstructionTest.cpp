@@ -186,8 +186,8 @@ TEST_F(Construction, WholeConversationIsLoggedLineByLine) {
   }
 }
 
-TEST_F(Construction, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(Construction, LinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   const Bytes answer = StatusAnswer(0xFD, 0x04);
   platform.ExpectStatusReads(6, answer);
   const SMMInventoryImpl inventory(TestSettings());
@@ -196,7 +196,11 @@ TEST_F(Construction, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
 }
 
 TEST_F(Construction, ExceptionOfTheTypeQueryReachesTheCallerAndReleasesTheInformation) {
-  platform.smmTypeException = std::make_exception_ptr(std::runtime_error("no type"));
+  platform.onEvent = [](const std::string& event) {
+    if (event == "SMM type asked") {
+      throw std::runtime_error("no type");
+    }
+  };
   EXPECT_THROW(SMMInventoryImpl{TestSettings()}, std::runtime_error);
   EXPECT_EQ(platform.events.back(), "SMM information destroyed");
 }
@@ -390,8 +394,8 @@ TEST_F(StatusRead, UnknownSmmTypeIsWrittenInHexadecimal) {
   EXPECT_THAT(platform.lines, ElementsAre(Line{2, "SMM Type is 0xffffffffuse default value"}));
 }
 
-TEST_F(StatusRead, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(StatusRead, LinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   inventory.smmType = static_cast<SMMIype>(-1);
   platform.ExpectStatusReads(6, {0xFD, 0x12});
   EXPECT_EQ(inventory.GetSMMStatusImp(status), StatusCode::Success);

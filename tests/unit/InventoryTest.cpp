@@ -2,20 +2,12 @@
 
 #include <map>
 #include <new>
-#include <sstream>
 
 #include "module/smm/smm_inventory/StatusCode.h"
 
 namespace Tavrin::Double {
 namespace {
 
-class DotBetweenDigits : public std::numpunct<char> {
- protected:
-  char do_thousands_sep() const override { return '.'; }
-  std::string do_grouping() const override { return "\1"; }
-};
-
-// A number of one digit has nothing to group, and would look the same in any locale.
 class DotBehindNumbers : public std::num_put<char> {
  protected:
   iter_type do_put(iter_type out, std::ios_base& format, char fill, long number) const override {
@@ -41,15 +33,6 @@ std::string Raw(const Bytes& bytes) {
   return text;
 }
 
-std::string Hexadecimal(const Bytes& bytes) {
-  std::ostringstream text;
-  text.imbue(std::locale::classic());
-  for (const std::uint8_t byte : bytes) {
-    text << "0x" << std::hex << int{byte} << ' ';
-  }
-  return text.str();
-}
-
 // A length that no row speaks of would go untried without a word.
 void ExpectNoLengthLeftOut(const std::vector<LengthRow>& rows, std::size_t answerLength) {
   std::map<std::int32_t, std::size_t> next;
@@ -65,20 +48,16 @@ void ExpectNoLengthLeftOut(const std::vector<LengthRow>& rows, std::size_t answe
 
 }  // namespace
 
-std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
-  return stream << "status " << outcome.status << ", output \"" << outcome.output << '"';
-}
-
 std::vector<Line> ExchangeLines(const std::string& request, const Bytes& response) {
   return {{4, "Send impi cmd suceess: " + request},
           {4, "Response=" + Raw(response)},
-          {4, "Response=" + Hexadecimal(response)}};
+          {4, "Response=" + HexText(response)}};
 }
 
 std::vector<Line> TrimLines(const Bytes& shortened) {
   return {{4, "it is smm2..."},
           {4, "New response=" + Raw(shortened)},
-          {4, "New response=" + Hexadecimal(shortened)}};
+          {4, "New response=" + HexText(shortened)}};
 }
 
 std::vector<Line> operator+(std::vector<Line> first, const std::vector<Line>& second) {
@@ -86,9 +65,8 @@ std::vector<Line> operator+(std::vector<Line> first, const std::vector<Line>& se
   return first;
 }
 
-GroupedDigits::GroupedDigits()
-    : before_(std::locale::global(std::locale(
-          std::locale(std::locale::classic(), new DotBetweenDigits), new DotBehindNumbers))) {}
+DottedNumbers::DottedNumbers()
+    : before_(std::locale::global(std::locale(std::locale::classic(), new DotBehindNumbers))) {}
 
 void InventoryTest::ExpectOutcomes(const std::vector<LengthRow>& rows, const Bytes& answer,
                                    const std::function<int(const Bytes&, std::uint8_t)>& run,
@@ -102,11 +80,11 @@ void InventoryTest::ExpectOutcomes(const std::vector<LengthRow>& rows, const Byt
       for (const std::uint8_t completionCode : Bytes{0x00, 0xC1, 0xFF}) {
         Outcome outcome;
         try {
-          outcome.status = run(part, completionCode);
+          outcome.first = run(part, completionCode);
         } catch (const std::bad_alloc&) {
-          outcome.status = kRaisesBadAlloc;
+          outcome.first = kRaisesBadAlloc;
         }
-        outcome.output = describeOutput();
+        outcome.second = describeOutput();
         EXPECT_EQ(outcome, completionCode == 0 ? row.ofCode0 : row.ofOtherCodes)
             << "SMM type " << row.smmType << ", " << length << " bytes, completion code "
             << int{completionCode};

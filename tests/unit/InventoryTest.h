@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <functional>
 #include <locale>
-#include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/doubles/Implementation.h"
@@ -18,15 +18,7 @@ namespace Tavrin::Double {
 constexpr int kRaisesBadAlloc = -1;
 
 /// What an operation returned, and what its output held afterwards, as one text.
-struct Outcome {
-  int status = 0;
-  std::string output;
-
-  bool operator==(const Outcome& other) const {
-    return status == other.status && output == other.output;
-  }
-};
-std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
+using Outcome = std::pair<int, std::string>;
 
 /// The outcomes of all answers of some lengths, from an SMM of this type.
 struct LengthRow {
@@ -61,13 +53,13 @@ std::vector<Line> TrimLines(const Bytes& shortened);
 
 std::vector<Line> operator+(std::vector<Line> first, const std::vector<Line>& second);
 
-/// While it lives, the global locale puts a dot behind each digit of a number.
-class GroupedDigits {
+/// While it lives, the global locale puts a dot behind each number.
+class DottedNumbers {
  public:
-  GroupedDigits();
-  ~GroupedDigits() { std::locale::global(before_); }
-  GroupedDigits(const GroupedDigits&) = delete;
-  GroupedDigits& operator=(const GroupedDigits&) = delete;
+  DottedNumbers();
+  ~DottedNumbers() { std::locale::global(before_); }
+  DottedNumbers(const DottedNumbers&) = delete;
+  DottedNumbers& operator=(const DottedNumbers&) = delete;
 
  private:
   std::locale before_;

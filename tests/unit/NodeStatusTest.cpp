@@ -255,8 +255,8 @@ TEST_F(NodeStatusQuery, StatusOfTheExchangeIsHandedOn) {
   EXPECT_EQ(Output(), kAsPassed);
 }
 
-TEST_F(NodeStatusQuery, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(NodeStatusQuery, TextsAndLinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   EXPECT_EQ(Get({0x80, 123, 234, 210}), Success);
   EXPECT_EQ(out.width, "123");
   EXPECT_EQ(out.height, "234");

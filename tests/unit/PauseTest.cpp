@@ -99,9 +99,11 @@ TEST_F(Pause, ErrnoIsLeftAsItWas) {
     inventory.smmType = SMM_FIRST_GENERATION;
     int afterThePause = 0;
     platform.Expect(0x32, 0xF4, {0x00, 0x02}, {0x02, 0x02});
-    platform.script.back().afterSend = [] { errno = EDOM; };
+    platform.script.back().onRequest = [](Double::Exchange&) { errno = EDOM; };
     platform.Expect(0x32, 0xF4, {0x00, 0x02}, {0x02});
-    platform.script.back().afterSend = [&afterThePause] { afterThePause = errno; };
+    platform.script.back().onRequest = [&afterThePause](Double::Exchange&) {
+      afterThePause = errno;
+    };
     inventory.SelectPSUImpl(2);
     EXPECT_EQ(afterThePause, EDOM);
   }

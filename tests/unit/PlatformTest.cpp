@@ -10,10 +10,7 @@ PlatformTest::PlatformTest() {
   StartAnew();
 }
 
-void PlatformTest::StartAnew() {
-  platform = Platform{};
-  platform.expectedSettings = TestSettings();
-}
+void PlatformTest::StartAnew() { platform = Platform{}; }
 
 void PlatformTest::ExpectScriptPlayed() const {
   EXPECT_EQ(platform.exchangesScripted, platform.script.size())

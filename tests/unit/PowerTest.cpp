@@ -144,8 +144,8 @@ TEST_F(ChassisPower, StatusOfTheExchangeIsHandedOn) {
   EXPECT_EQ(Describe(out), kAsPassed);
 }
 
-TEST_F(ChassisPower, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(ChassisPower, TextsAndLinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   EXPECT_EQ(Get({0xFF, 0xFF, 0xE8, 0x03, 0x64, 0x00}), Success);
   EXPECT_EQ(Describe(out), "65535|1000|100");
   EXPECT_EQ(platform.lines.back(), (Line{4, "Min:65535,Avg:1000,Max:100"}));
@@ -273,8 +273,8 @@ TEST_F(ChassisCap, StatusOfTheExchangeIsHandedOn) {
   EXPECT_EQ(Describe(out), kAsPassed);
 }
 
-TEST_F(ChassisCap, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(ChassisCap, TextsAndLinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   EXPECT_EQ(Get({0xFF, 0xFF, 0xE8, 0x03, 0x64, 0x00, 0x10, 0x27, 0x0A, 0x00}), Success);
   EXPECT_EQ(Describe(out), "65535|1000|100|10000|10");
   EXPECT_EQ(platform.lines.back(),
@@ -436,8 +436,8 @@ TEST_F(NodePower, StatusOfTheExchangeIsHandedOn) {
   EXPECT_EQ(Describe(out), kAsPassed);
 }
 
-TEST_F(NodePower, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(NodePower, TextsAndLinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   EXPECT_EQ(Get({0xFF, 0xFF, 0xE8, 0x03, 0x64, 0x00}), Success);
   EXPECT_EQ(Describe(out), "N/A|1000|100");
   EXPECT_EQ(platform.lines.back(), (Line{4, "Min:65535,Avg:1000,Max:100"}));

@@ -261,14 +261,14 @@ TEST_F(PsuFan, ConnectionKindThatIsRefusedAtALaterSlotKeepsTheEarlierRecords) {
   inventory.psuSlotCount = 3;
   platform.logThreshold = 3;
   Expect(1, kFirstGenerationAnswer);
-  platform.script.back().afterSend = [this] { inventory.connectionKind = 3; };
+  platform.script.back().onRequest = [this](Double::Exchange&) { inventory.connectionKind = 3; };
   EXPECT_EQ(inventory.GetPSUFanSpeed(out), ConnectionKindNotAdmitted);
   EXPECT_EQ(Output(), std::string(kAsPassed) + "PSU1|1000|N/A|||Abnormal;");
   EXPECT_THAT(platform.lines, IsEmpty());
 }
 
-TEST_F(PsuFan, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(PsuFan, TextsAndLinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   inventory.smmType = SMM_SECOND_GENERATION;
   inventory.psuSlotCount = 10;
   for (std::uint8_t slot = 1; slot <= 10; ++slot) {

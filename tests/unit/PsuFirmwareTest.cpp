@@ -386,8 +386,8 @@ TEST_F(PsuRegisters, RefusedConnectionKindIsLoggedForVersionAndManufacturerAlone
   EXPECT_EQ(Output(), kAsPassed);
 }
 
-TEST_F(PsuRegisters, FailedExchangeIsLoggedAlikeInAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(PsuRegisters, FailedExchangeIsLoggedAlikeInAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   for (const Register& psuRegister : {kVersion, kManufacturer}) {
     inventory.connectionKind = 1;
     platform.ExpectConnectFailures({5});
@@ -412,7 +412,7 @@ TEST_F(PsuRegisters, FailedExchangeAtALaterSlotKeepsTheEarlierEntries) {
 
     Reset();
     ExpectRead(psuRegister, 1, {0x11, 0x11, 0x11, 0x11, 0x11});
-    platform.script.back().afterSend = [this] { inventory.connectionKind = 3; };
+    platform.script.back().onRequest = [this](Double::Exchange&) { inventory.connectionKind = 3; };
     EXPECT_EQ(Run(psuRegister), ConnectionKindNotAdmitted);
     EXPECT_NE(out[1], "held before");
     EXPECT_EQ(out.size(), 2U);
@@ -427,8 +427,8 @@ TEST_F(PsuRegisters, UnknownSmmTypeHandsOnALaterFailedExchangeInsteadOf4) {
   EXPECT_EQ(Output(), kAsPassed);
 }
 
-TEST_F(PsuRegisters, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(PsuRegisters, TextsAndLinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   inventory.psuSlotCount = 10;
   for (std::uint8_t slot = 1; slot <= 10; ++slot) {
     ExpectRead(kVersion, slot, {0x10, 0x22});
@@ -687,7 +687,7 @@ TEST_F(PsuFirmware, RefusedConnectionKindEndsTheQueryAndAppendsNothing) {
       ExpectReads(kRegisters[index], 3, good[index]);
     }
     ExpectReads(kRegisters[failing], 1, good[failing]);
-    platform.script.back().afterSend = [this] { inventory.connectionKind = 3; };
+    platform.script.back().onRequest = [this](Double::Exchange&) { inventory.connectionKind = 3; };
     EXPECT_EQ(inventory.GetPSUFwInfo(firmware), ConnectionKindNotAdmitted);
   }
   EXPECT_EQ(Inventory(), kHeldBefore);
@@ -716,8 +716,8 @@ TEST_F(PsuFirmware, UnknownSmmTypeListsNothingAfterABadLastManufacturerAnswer) {
   EXPECT_EQ(platform.lines.back(), (Line{4, "PSU slot 2 has no PSU module."}));
 }
 
-TEST_F(PsuFirmware, TextsAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(PsuFirmware, TextsAndLinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   inventory.psuSlotCount = 11;
   ExpectReads(kVersion, 11, {0x10, 0x22});
   ExpectReads(kManufacturer, 10, goodManufacturer);

@@ -272,8 +272,8 @@ TEST_F(PsuStatusQuery, StatusOfTheExchangeIsHandedOnAndTheOutputLeft) {
   EXPECT_EQ(Describe(out), "111|000|111|111");
 }
 
-TEST_F(PsuStatusQuery, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(PsuStatusQuery, LinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   EXPECT_EQ(Get(Bytes(12, 0x01), 0xC1), UnusableAnswer);
   EXPECT_EQ(
       platform.lines.back(),

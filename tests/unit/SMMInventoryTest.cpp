@@ -178,7 +178,7 @@ TEST_F(Facade, CopiesShareOneImplementationBeyondTheFirst) {
 TEST_F(Facade, CountOfTheOwnersIsAllocatedApartAndLast) {
   platform.ExpectStatusReads(1, {0x01});
   AllocationCount atRelease;
-  platform.onRelease = [&] { atRelease = AllocationsSoFar(); };
+  platform.onEvent = [&](const std::string&) { atRelease = AllocationsSoFar(); };
   const SMMInventory inventory(TestSettings());
   EXPECT_EQ(AllocationsSoFar().allocations - atRelease.allocations, 1U);
 }
@@ -192,7 +192,11 @@ TEST_F(Facade, DestructionSendsNothing) {
 }
 
 TEST_F(Facade, ExceptionOfConstructionReachesTheCaller) {
-  platform.smmTypeException = std::make_exception_ptr(std::runtime_error("no type"));
+  platform.onEvent = [](const std::string& event) {
+    if (event == "SMM type asked") {
+      throw std::runtime_error("no type");
+    }
+  };
   EXPECT_THROW(SMMInventory{TestSettings()}, std::runtime_error);
 }
 

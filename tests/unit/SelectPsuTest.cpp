@@ -200,13 +200,13 @@ TEST_F(SelectPsu, ConnectionThatFailsLastDecidesTheVerdict) {
 
 TEST_F(SelectPsu, AnswerBeforeRefusedAttemptsDecidesTheVerdict) {
   platform.Expect(0x32, 0xF4, {0x00, 0x01}, {0x11, 0x22});
-  platform.script.back().afterSend = [this] { inventory.connectionKind = 3; };
+  platform.script.back().onRequest = [this](Double::Exchange&) { inventory.connectionKind = 3; };
   EXPECT_EQ(inventory.SelectPSUImpl(1), Success);
   EXPECT_EQ(platform.pauses, std::vector<unsigned int>(6, 3U));
 }
 
-TEST_F(SelectPsu, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(SelectPsu, LinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   platform.Expect(0x32, 0xF4, {0x00, 0xFF}, {0x11});
   EXPECT_EQ(inventory.SelectPSUImpl(-1), Success);
   EXPECT_EQ(platform.lines, (std::vector<Line>{{3, "Try to get PSU status, start retry 1 time"}} +

@@ -238,8 +238,7 @@ TEST_F(SendIpmiCmd, AnswerOf300BytesIsHandedBackAndRenderedInFull) {
 
 TEST_F(SendIpmiCmd, ExceptionOfConnectReachesTheCallerAndDestroysTheClient) {
   platform.ExpectConnectFailures({5});
-  platform.script.back().connectException =
-      std::make_exception_ptr(std::runtime_error("connect broke"));
+  platform.script.back().exception = std::make_exception_ptr(std::runtime_error("connect broke"));
   EXPECT_THROW(Send(), std::runtime_error);
   EXPECT_EQ(platform.events.back(), "client destroyed");
   ExpectOutputsAsPassed();
@@ -247,13 +246,13 @@ TEST_F(SendIpmiCmd, ExceptionOfConnectReachesTheCallerAndDestroysTheClient) {
 
 TEST_F(SendIpmiCmd, ExceptionOfSendReachesTheCallerAndDestroysTheClient) {
   platform.Expect(0x32, 0xB0, {0x05, 0x01}, {});
-  platform.script.back().sendException = std::make_exception_ptr(std::runtime_error("send broke"));
+  platform.script.back().exception = std::make_exception_ptr(std::runtime_error("send broke"));
   EXPECT_THROW(Send(), std::runtime_error);
   EXPECT_EQ(platform.events.back(), "client destroyed");
 }
 
-TEST_F(SendIpmiCmd, NumbersIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(SendIpmiCmd, NumbersIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   inventory.port = 62345;
   platform.expectedSettings.port = 62345;
   platform.ExpectConnectFailures({123456});

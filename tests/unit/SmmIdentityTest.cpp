@@ -185,8 +185,8 @@ TEST_F(MachineType, UnconnectedSecondGenerationIsNotTrimmed) {
   EXPECT_THAT(platform.lines, ElementsAre(Line{1, "connect failed with error:5"}));
 }
 
-TEST_F(MachineType, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(MachineType, LinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   EXPECT_EQ(Get({}, 0xC1), StatusCode::UnusableAnswer);
   EXPECT_EQ(platform.lines.back(), (Line{1, "Get smm mt failed with error code:193"}));
 }
@@ -302,8 +302,8 @@ TEST_F(SerialNumber, StatusOfTheExchangeIsHandedOnWithoutALine) {
   EXPECT_EQ(text, "as passed");
 }
 
-TEST_F(SerialNumber, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(SerialNumber, LinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   EXPECT_EQ(Get({}, 0xC1), StatusCode::UnusableAnswer);
   EXPECT_EQ(platform.lines.back(), (Line{1, "Get smm sn failed with error code:193"}));
 }
@@ -458,8 +458,8 @@ TEST_F(FirmwareVersion, StatusOfTheExchangeIsHandedOn) {
   EXPECT_EQ(text, "as passed");
 }
 
-TEST_F(FirmwareVersion, TextAndLinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(FirmwareVersion, TextAndLinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   EXPECT_EQ(Get({0x12, 0x34, 0, 0, 0, 'A'}), StatusCode::Success);
   EXPECT_EQ(text, "A-12.34");
   EXPECT_EQ(platform.lines.back(), (Line{4, "Response=0x12 0x34 0x0 0x0 0x0 0x41 "}));
@@ -533,8 +533,8 @@ TEST_F(Name, StatusOfTheExchangeIsHandedOn) {
   EXPECT_EQ(text, "as passed");
 }
 
-TEST_F(Name, LinesIgnoreAGlobalLocaleThatGroupsDigits) {
-  const Double::GroupedDigits groupedDigits;
+TEST_F(Name, LinesIgnoreAGlobalLocaleThatDotsNumbers) {
+  const Double::DottedNumbers dottedNumbers;
   EXPECT_EQ(Get({}, 0xC1), StatusCode::UnusableAnswer);
   EXPECT_EQ(platform.lines.back(), (Line{1, "Get smm name failed with error code:193"}));
 }

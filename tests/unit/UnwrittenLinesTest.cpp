@@ -20,7 +20,6 @@ class UnwrittenLines : public Double::InventoryTest {
   UnwrittenLines() {
     platform.logThreshold = 3;
     inventory.psuSlotCount = 1;
-    platform.events.reserve(64);
   }
 
   /// Expects a query that sends this last to allocate so often once the answer is there.
@@ -30,8 +29,11 @@ class UnwrittenLines : public Double::InventoryTest {
     constexpr std::uint64_t kByTheDouble = 1;  // The text of its last event.
     AllocationCount before;
     platform.Expect(request.netFn, request.cmd, request.data, response);
-    platform.script.back().afterSend = [&] { before = AllocationsSoFar(); };
+    platform.onEvent = [&](const std::string& event) {
+      before = event == "disconnect" ? AllocationsSoFar() : before;
+    };
     platform.ForgetWhatHappened();
+    platform.events.reserve(64);
     EXPECT_EQ(query(), Success);
     EXPECT_EQ(AllocationsSoFar().allocations - before.allocations, expected + kByTheDouble)
         << "command " << int{request.cmd};
