@@ -1,15 +1,19 @@
 // Turns the answers that are kept as files, and the scenarios, into inputs that the fuzzers start
-// from: one file each in the folders queries, decoders and parsers of the directory named.
+// from: one file each in the folders queries and parsers of the directory named.
 // usage: write_seeds DIRECTORY
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "tests/answers/AnswerFile.h"
 #include "tests/doubles/Operations.h"
+#include "tests/doubles/PlatformDouble.h"
 
 namespace Tavrin::Fuzz {
 namespace {
@@ -26,45 +30,30 @@ void Write(const fs::path& path, const Bytes& bytes) {
              static_cast<std::streamsize>(bytes.size()));
 }
 
-std::uint8_t PlaceOf(const std::string& operation) {
-  const auto& operations = Double::Operations<SMMInventory>();
-  return static_cast<std::uint8_t>(&Double::OperationNamed<SMMInventory>(operation) -
-                                   operations.data());
-}
-
-/// What stands in front of the exchanges; see FuzzQueries.cpp for the places in its lists.
-Bytes QueryHeader(const AnswerFile& file) {
-  const std::uint8_t generation = file.smmType == 7 ? 2 : file.smmType == 1 ? 1 : 0;
-  const std::uint8_t platform = file.platformId == 254 ? 1 : file.psuSlotCount == 9 ? 2 : 3;
-  const std::uint8_t slots = file.psuSlotCount == 1 ? 2 : 0;
-  const auto argument = static_cast<std::uint16_t>(file.argument);
-  return {generation,
-          platform,
-          slots,
-          0,
-          0,
-          0,
-          1,
-          PlaceOf(file.operation),
-          static_cast<std::uint8_t>(argument % 256),
-          static_cast<std::uint8_t>(argument / 256)};
-}
-
-void WriteAnswerSeeds(const fs::path& path, const fs::path& directory) {
-  const AnswerFile file = Answers::ReadAnswerFile(path);
-  const std::string name = file.operation + '-' + path.stem().string();
-  Bytes query = QueryHeader(file);
+/// As FuzzQueries.cpp reads it: bytes of answers from the front, numbers from the back.
+Bytes QuerySeedOf(const AnswerFile& file) {
+  const auto& operation = Double::OperationNamed<SMMInventory>(file.operation);
+  const auto place = &operation - Double::Operations<SMMInventory>().data();
+  const int generation = file.smmType == 7 ? 2 : file.smmType;
+  const int argument = file.argument + 1;
+  Bytes answers;
+  std::vector<std::ptrdiff_t> numbers = {0, generation, 0, 0};
+  const auto add = [&](int completionCode, const Bytes& answer) {
+    constexpr int kConnects = 0;
+    constexpr int kAnswers = 0;
+    const auto size = static_cast<std::ptrdiff_t>(answer.size());
+    numbers.insert(numbers.end(), {kConnects, kAnswers, completionCode, size});
+    answers.insert(answers.end(), answer.begin(), answer.end());
+  };
+  add(0, Double::StatusAnswer(static_cast<std::uint8_t>(file.platformId),
+                              file.psuSlotCount == 9 ? 3 : 4));
+  numbers.insert(numbers.end(), {place, argument / 256, argument % 256});
   for (const Answers::Exchange& exchange : file.exchanges) {
-    query.push_back(0);
-    query.push_back(exchange.answer.at(0));
-    query.push_back(static_cast<std::uint8_t>(exchange.answer.size() - 1));
-    query.insert(query.end(), exchange.answer.begin() + 1, exchange.answer.end());
-
-    Bytes decoded = exchange.answer;
-    decoded[0] = 0;
-    Write(directory / "decoders" / name, decoded);
+    add(exchange.answer.at(0), {exchange.answer.begin() + 1, exchange.answer.end()});
   }
-  Write(directory / "queries" / name, query);
+  std::transform(numbers.rbegin(), numbers.rend(), std::back_inserter(answers),
+                 [](std::ptrdiff_t number) { return static_cast<std::uint8_t>(number); });
+  return answers;
 }
 
 void WriteScenarioSeed(const fs::path& path, const fs::path& directory) {
@@ -76,7 +65,8 @@ void WriteScenarioSeed(const fs::path& path, const fs::path& directory) {
 
 void WriteSeeds(const fs::path& directory) {
   for (const fs::path& path : Answers::FilesOfEnding("answer")) {
-    WriteAnswerSeeds(path, directory);
+    const AnswerFile file = Answers::ReadAnswerFile(path);
+    Write(directory / "queries" / (file.operation + '-' + path.stem().string()), QuerySeedOf(file));
   }
   for (const auto& entry : fs::directory_iterator(SCENARIOS_DIRECTORY)) {
     WriteScenarioSeed(entry.path(), directory);
