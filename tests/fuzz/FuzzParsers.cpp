@@ -22,7 +22,6 @@
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "reading/EnclosureSettings.h"
-#include "reading/Wiping.h"
 #include "simulator/Controller.h"
 #include "simulator/Enclosure.h"
 #include "simulator/Scenario.h"
@@ -122,8 +121,6 @@ void CheckPasswordFrom(const std::string& text, const std::string& source,
   Require(password + rest == text &&
               (rest.empty() || rest[0] == '\n' || rest.compare(0, 2, "\r\n") == 0),
           "a password is what the text begins with");
-  WipeText(password);
-  Require(password.empty(), "a wiped text is empty");
 }
 
 void CheckPassword(const std::string& text) {
@@ -255,6 +252,11 @@ void CheckScenarioOf(const std::string& text) {
   CheckScenario(text, kKind);
 }
 
+/// A scenario as its file holds it, whose first letter is a brace.
+void CheckScenarioFile(const std::string& behindBrace) {
+  CheckScenario('{' + behindBrace, Simulator::EnclosureKind::SecondGeneration253);
+}
+
 const std::map<char, void (*)(const std::string&)>& Checks() {
   using Simulator::EnclosureKind;
   static const std::map<char, void (*)(const std::string&)> checks = {
@@ -266,8 +268,8 @@ const std::map<char, void (*)(const std::string&)>& Checks() {
       {'e', CheckEscaping},
       {'d', CheckDatagram},
       {'i', CheckScenarioOf<EnclosureKind::FirstGeneration>},
-      {'j', CheckScenarioOf<EnclosureKind::SecondGeneration253>},
       {'k', CheckScenarioOf<EnclosureKind::SecondGeneration254>},
+      {'{', CheckScenarioFile},
   };
   return checks;
 }

@@ -26,12 +26,7 @@
 namespace Tavrin::Fuzz {
 namespace {
 
-using Double::Exchange;
-using Double::ForEachMember;
-using Double::Operation;
-using Double::Output;
-using Double::Text;
-using Double::ThePlatform;
+using namespace Double;
 
 /// What is thrown where a platform library may throw anything.
 struct PlatformFault {};
@@ -52,38 +47,59 @@ int OutcomeOf(Call call) {
   }
 }
 
-/// One that connects sooner or later or never, and brings any answer, none, or an exception.
-Exchange MakeUpExchange(FuzzedDataProvider& input) {
-  enum class End { Answer, Silence, Exception };
+/// All in the table, of both generations.
+std::vector<Bytes> AllSampleAnswers() {
+  std::vector<Bytes> answers;
+  for (const Operation<SMMInventory>& operation : Operations<SMMInventory>()) {
+    for (const SampleAnswer& answer : operation.answers) {
+      answers.push_back(answer.data);
+    }
+  }
+  return answers;
+}
+
+/// How each attempt to connect ends, until one is not worth another.
+std::vector<int> MakeUpConnectResults(FuzzedDataProvider& input) {
   constexpr int kWorthRetrying = 3;
-  Exchange exchange;
-  exchange.connectResults.clear();
+  std::vector<int> results;
   int result = kWorthRetrying;
   for (int i = 0; i < ThePlatform().connectAttempts && result == kWorthRetrying; ++i) {
     result = input.PickValueInArray({0, kWorthRetrying, -1, 1});
-    exchange.connectResults.push_back(result);
+    results.push_back(result);
   }
-  const End end = input.PickValueInArray({End::Answer, End::Silence, End::Exception});
-  if (end == End::Exception && exchange.Connects()) {
-    exchange.sendException = std::make_exception_ptr(PlatformFault());
-  } else if (end == End::Exception && !exchange.connectResults.empty()) {
-    exchange.connectResults.resize(1);
-    exchange.connectException = std::make_exception_ptr(PlatformFault());
-  } else if (end == End::Answer && exchange.Connects()) {
+  return results;
+}
+
+/// What comes once there is a connection: an answer from the table, any other, none, or an
+/// exception, which can come before the connection, too.
+Exchange MakeUpExchange(FuzzedDataProvider& input) {
+  static const std::vector<Bytes> samples = AllSampleAnswers();
+  enum class End { Sample, Answer, Silence, Exception };
+  Exchange exchange;
+  exchange.connectResults = MakeUpConnectResults(input);
+  const End end = input.PickValueInArray({End::Sample, End::Answer, End::Silence, End::Exception});
+  if (end == End::Sample) {
+    exchange.response = samples[input.ConsumeIntegralInRange<std::size_t>(0, samples.size() - 1)];
+  } else if (end == End::Answer) {
     exchange.completionCode = input.ConsumeIntegral<std::uint8_t>();
     exchange.response = input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegral<std::uint8_t>());
-  } else {
+  } else if (end == End::Silence) {
     exchange.completionCode = 0xFF;
     exchange.sendResult = -1;
+  } else if (exchange.Connects()) {
+    exchange.sendException = std::make_exception_ptr(PlatformFault());
+  } else if (!exchange.connectResults.empty()) {
+    exchange.connectResults.resize(1);
+    exchange.connectException = std::make_exception_ptr(PlatformFault());
   }
   return exchange;
 }
 
 /// Construction hears the same in all its exchanges.
 void MakeUpPlatform(FuzzedDataProvider& input) {
-  Double::Platform& platform = ThePlatform();
+  Platform& platform = ThePlatform();
   platform = {};
-  platform.expectedSettings = Double::TestSettings();
+  platform.expectedSettings = TestSettings();
   platform.expectedSettings.connectionKind = input.PickValueInArray({7, 1, 0, 3, -1});
   platform.smmType = input.PickValueInArray({0, 1, 7});
   platform.logThreshold = input.PickValueInArray({4U, 0U, 1U, 2U, 3U});
@@ -102,7 +118,7 @@ bool Throws(const Exchange& exchange) {
 }
 
 /// The statuses that StatusCode.h admits for how the last exchange went.
-std::set<int> PossibleOutcomes(const Double::Exchanges& exchanges) {
+std::set<int> PossibleOutcomes(const Exchanges& exchanges) {
   using namespace StatusCode;
   if (ThePlatform().exchanges.empty()) {
     return AdmitsExchanges() ? std::set{UnusableAnswer}
@@ -132,15 +148,14 @@ template <typename Inventory>
 void CheckExchanges(const Operation<Inventory>& operation, std::size_t nodes) {
   constexpr std::size_t kAttempts = 6;
   constexpr unsigned int kSeconds = 3;
-  const Double::Platform& platform = ThePlatform();
+  const Platform& platform = ThePlatform();
   const auto& [ofTwoPsus, ofNinePsus, untilAcknowledged] = operation.exchanges;
   const std::size_t ofPsus = nodes == 12 ? ofNinePsus : ofTwoPsus;
   Require(platform.exchanges.size() <= (untilAcknowledged ? kAttempts : ofPsus),
           "no more is sent than the table says");
   Require(platform.exchanges.empty() || AdmitsExchanges(),
           "nothing is sent over a kind of connection that does not admit it");
-  Require(!platform.exchanges.empty() || !AdmitsExchanges() ||
-              operation.argument == Double::Argument::Node,
+  Require(!platform.exchanges.empty() || !AdmitsExchanges() || operation.argument == Argument::Node,
           "nothing is sent only where a node does not exist");
   Require(platform.openConnections == 0, "no connection stays open");
   const std::size_t pauses = platform.pauses.size();
@@ -152,27 +167,35 @@ void CheckExchanges(const Operation<Inventory>& operation, std::size_t nodes) {
 bool WasSent(const std::string& text) {
   const auto& exchanges = ThePlatform().exchanges;
   return std::any_of(exchanges.begin(), exchanges.end(), [&](const Exchange& exchange) {
-    const Double::Bytes& answer = exchange.response;
+    const Bytes& answer = exchange.response;
     return std::search(answer.begin(), answer.end(), text.begin(), text.end()) != answer.end();
   });
 }
 
+constexpr int kLargestNumber = 65535;
+
 void CheckValue(const std::string& name, const std::string& value) {
   Require(IsPrintable(value) || name == "identifier", "a text is printable");
-  Require(!IsDigits(value) || IsNumber(value, 65535) || WasSent(value),
+  Require(!IsDigits(value) || IsNumber(value, kLargestNumber) || WasSent(value),
           "digits are a number of two bytes in plain decimal, or the SMM's own");
 }
 
 void CheckValue(const std::string& /*name*/, std::int32_t value) {
-  Require(value >= -1 && value <= 255, "a number is a byte, or as it was");
+  Require(value >= -1 && value <= kLargestNumber, "a number has two bytes, or is as it was");
 }
 
 bool IsMark(const std::string& value) { return value == "before"; }
 bool IsMark(std::int32_t value) { return value == -1; }
 
-/// Returns whether the record is as it was.
+// Each returns whether the output is as it was.
+
+bool CheckOutput(const std::string& text) {
+  CheckValue("text", text);
+  return IsMark(text);
+}
+
 template <typename Record>
-bool CheckRecord(const Record& record) {
+bool CheckOutput(const Record& record) {
   std::set<bool> marks;
   ForEachMember(record, [&](const char* name, const auto& value) {
     CheckValue(name, value);
@@ -182,20 +205,15 @@ bool CheckRecord(const Record& record) {
   return marks.count(true) == 1;
 }
 
-void CheckOutput(const std::monostate& /*nothing*/) {}
-void CheckOutput(const std::string& text) { CheckValue("text", text); }
-
 template <typename Record>
-void CheckOutput(const Record& record) {
-  CheckRecord(record);
-}
-
-template <typename Record>
-void CheckOutput(const std::vector<Record>& records) {
-  for (std::size_t i = 0; i < records.size(); ++i) {
-    const bool isAsItWas = CheckRecord(records[i]);
-    Require(i == 0 || !isAsItWas, "what a list held stays in front, or goes");
+bool CheckOutput(const std::vector<Record>& records) {
+  bool isAsItWas = true;
+  for (const Record& record : records) {
+    const bool isMarked = CheckOutput(record);
+    Require(isAsItWas || !isMarked, "what a list held stays in front, or goes");
+    isAsItWas = isMarked;
   }
+  return isAsItWas;
 }
 
 template <typename Anything>
@@ -209,8 +227,8 @@ void AddRecord(std::vector<Record>& records) {
 /// Whatever an SMM did, the same query gets its answer the next time.
 template <typename Inventory>
 void CheckSampleAnswer(Inventory& inventory, const Operation<Inventory>& operation) {
-  static const std::array answersOf = {Double::SampleAnswersOf(SMM_FIRST_GENERATION),
-                                       Double::SampleAnswersOf(SMM_SECOND_GENERATION)};
+  static const std::array answersOf = {SampleAnswersOf(SMM_FIRST_GENERATION),
+                                       SampleAnswersOf(SMM_SECOND_GENERATION)};
   const auto generation = static_cast<std::size_t>(*ThePlatform().smmType);
   if (generation >= answersOf.size() || !AdmitsExchanges()) {
     return;
@@ -229,7 +247,7 @@ std::string Ask(Inventory& inventory, const Operation<Inventory>& operation, int
   ThePlatform().ForgetWhatHappened();
   Output output = operation.fresh;
   std::visit([](auto& filled) { AddRecord(filled); }, output);
-  output = Double::Marked(output);
+  output = Marked(output);
   const std::string before = Text(output);
   const std::size_t nodes = inventory.GetNodeNub();
   const int outcome = OutcomeOf([&] { return operation.call(inventory, argument, output); });
@@ -245,7 +263,7 @@ std::string Ask(Inventory& inventory, const Operation<Inventory>& operation, int
   Require(inventory.GetNodeNub() == nodes, "the number of nodes stays what it was");
 
   std::string account = std::to_string(outcome) + '\n' + Text(output);
-  for (const Double::Line& line : ThePlatform().lines) {
+  for (const Line& line : ThePlatform().lines) {
     account += std::to_string(line.level) + line.text + '\n';
   }
   CheckSampleAnswer(inventory, operation);
@@ -269,7 +287,7 @@ std::string Converse(const std::uint8_t* bytes, std::size_t size) {
   ThePlatform().everyExchange.reset();
 
   std::string account;
-  const auto& operations = Double::Operations<Inventory>();
+  const auto& operations = Operations<Inventory>();
   for (int i = 0; inventory && i < kMostQueries && input.remaining_bytes() > 0; ++i) {
     const auto place = input.ConsumeIntegralInRange<std::size_t>(0, operations.size() - 1);
     account += Ask(*inventory, operations[place], input.ConsumeIntegralInRange(-1, 300));
