@@ -11,11 +11,15 @@ void Mark(std::int32_t& number) { number = -1; }
 void Mark(std::monostate& /*nothing*/) {}
 
 template <typename Record>
-void Mark(std::vector<Record>& /*records*/) {}
-
-template <typename Record>
 void Mark(Record& record) {
   ForEachMember(record, [](const char* /*name*/, auto& value) { Mark(value); });
+}
+
+template <typename Record>
+void Mark(std::vector<Record>& records) {
+  for (Record& record : records) {
+    Mark(record);
+  }
 }
 
 bool IsFor(const IPMICOMMAND& request, const SampleAnswer& answer) {

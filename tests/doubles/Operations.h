@@ -25,7 +25,7 @@ using Output = std::variant<std::monostate, std::string, ChassisPowerCon, Chassi
 /// See RecordText.h.
 std::string Text(const Output& output);
 
-/// The same with every text "before" and every number -1; lists stay as they are.
+/// The same with every text "before" and every number -1, in the records of a list, too.
 Output Marked(Output output);
 
 /// What the number means that an operation is called with.
@@ -58,15 +58,16 @@ struct Operation {
   std::function<int(Inventory&, int argument, Output&)> call;
   Exchanges exchanges;
   SampleAnswers answers;
+  int alsoWritesOn = StatusCode::Success;  ///< The failure, if any, on which it fills the output.
 };
 
 template <typename Inventory, typename Owner, typename Record>
 Operation<Inventory> Asks(const char* name, int (Owner::*query)(Record&), Exchanges exchanges,
-                          SampleAnswers answers) {
+                          SampleAnswers answers, int alsoWritesOn = StatusCode::Success) {
   const auto call = [query](Inventory& inventory, int /*argument*/, Output& output) {
     return (inventory.*query)(std::get<Record>(output));
   };
-  return {name, Argument::None, Record(), call, exchanges, std::move(answers)};
+  return {name, Argument::None, Record(), call, exchanges, std::move(answers), alsoWritesOn};
 }
 
 template <typename Inventory, typename Owner, typename Record>
@@ -139,7 +140,8 @@ const std::vector<Operation<Inventory>>& Operations() {
                       power),
       Asks<Inventory>("GetPSUFanSpeed", &Inventory::GetPSUFanSpeed, {2, 9},
                       {{kFirst, 0xA5, {}, {0x10, 0x27, 0x32, 0x02}},
-                       {kSecond, 0xA5, {}, {0xAA, 0x10, 0x27, 0x32, 0x20, 0x28, 0x33, 0x02}}}),
+                       {kSecond, 0xA5, {}, {0xAA, 0x10, 0x27, 0x32, 0x20, 0x28, 0x33, 0x02}}},
+                      StatusCode::NotConnected),
       Asks<Inventory>("GetPSUFwInfo", &Inventory::GetPSUFwInfo, {6, 27},
                       {{kFirst, 0x52, 0xFC, {0x0A, 0x01}},
                        {kFirst, 0x52, 0x99, {0x04, 'A', 'B', 'C', 'D'}},
@@ -149,13 +151,15 @@ const std::vector<Operation<Inventory>>& Operations() {
                        {kSecond, 0x92, 0xF0, SamplePosition()}}),
       Asks<Inventory>("GetPSUStatus", &Inventory::GetPSUStatus, {1, 1},
                       {{kFirst, 0x91, {}, {0x00, 0x02, 0x03, 0x01, 0x00, 0x00}},
-                       {kSecond, 0x91, {}, {0x00, 0x11, 0x02, 0x33, 0x03, 0x55, 0x01, 0x77}}}),
+                       {kSecond, 0x91, {}, {0x00, 0x11, 0x02, 0x33, 0x03, 0x55, 0x01, 0x77}}},
+                      StatusCode::UnusableAnswer),
       Asks<Inventory>("SelectPSU", &Inventory::SelectPSU, {1, 1, true},
                       {{kFirst, 0xF4, {}, {0x00}}, {kSecond, 0xF4, {}, {0x00}}}),
       Asks<Inventory>("GetNodeStatus", &Inventory::GetNodeStatus, {1, 1},
                       {{kFirst, 0xA7, {}, {0x80, 0x01, 0x01, 0x00}},
                        {kSecond, 0xA7, {}, {0xAA, 0x80, 0x02, 0x01, 0x20}}}),
-      Asks<Inventory>("GetSMMStatus", &Inventory::GetSMMStatus, {6, 6, true}, status),
+      Asks<Inventory>("GetSMMStatus", &Inventory::GetSMMStatus, {6, 6, true}, status,
+                      StatusCode::NoUsableResult),
   };
   return operations;
 }
