@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -100,8 +101,8 @@ struct PsuSelection {
   std::string remark;   ///< For people: what became of the number.
 };
 
-/// The parts of a reading, in the order in which they are read. Detection comes first, whatever is
-/// asked for; PsuSelection is of a pass of its own.
+/// The parts of a reading, in the order in which they are read and shown, which stands here alone.
+/// Detection comes first, whatever is asked for; PsuSelection comes last, of a pass of its own.
 enum class Part {
   Detection,
   Identity,
@@ -114,6 +115,25 @@ enum class Part {
   PsuStatus,
   PsuSelection
 };
+
+/// Every part, in the order of Part.
+constexpr auto kEveryPart = [] {
+  std::array<Part, static_cast<std::size_t>(Part::PsuSelection) + 1> parts{};
+  for (std::size_t index = 0; index < parts.size(); ++index) {
+    parts[index] = static_cast<Part>(index);
+  }
+  return parts;
+}();
+
+/// The parts that a pass can be asked for, in the order of Part: those between the first and the
+/// last.
+constexpr auto kPartsToAskFor = [] {
+  std::array<Part, kEveryPart.size() - 2> parts{};
+  for (std::size_t index = 0; index < parts.size(); ++index) {
+    parts[index] = kEveryPart[index + 1];
+  }
+  return parts;
+}();
 
 /// One pass. What was not asked for is empty; what was asked for and failed says so.
 struct Reading {

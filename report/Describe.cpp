@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -17,10 +16,6 @@ namespace Tavrin {
 namespace {
 
 using Fields = std::vector<Field>;
-
-constexpr std::array kParts = {
-    Part::Detection, Part::Identity, Part::ChassisPower, Part::PowerCaps, Part::NodeStatus,
-    Part::NodePower, Part::PsuFans,  Part::PsuFirmware,  Part::PsuStatus, Part::PsuSelection};
 
 // The library takes one byte a flag from the answer to the status of the PSUs.
 constexpr std::size_t kSlotsWithFlags = 8;
@@ -290,7 +285,7 @@ std::optional<Section> Describe(const Reading& reading, Part part) {
 
 std::vector<Answer> AllAnswers(const Reading& reading) {
   std::vector<Answer> answers;
-  for (const Part part : kParts) {
+  for (const Part part : kEveryPart) {
     if (std::optional<Section> section = Describe(reading, part)) {
       std::move(section->answers.begin(), section->answers.end(), std::back_inserter(answers));
     }

@@ -18,8 +18,10 @@ namespace {
 struct PartList {
   template <typename... Parts>
   constexpr explicit PartList(Parts... those) : parts{those...}, count(sizeof...(those)) {}
+  constexpr explicit PartList(const decltype(kPartsToAskFor)& all)
+      : parts(all), count(all.size()) {}
 
-  std::array<Part, 8> parts;
+  std::decay_t<decltype(kPartsToAskFor)> parts;
   std::size_t count;
 };
 
@@ -37,8 +39,7 @@ struct CommandRow {
 constexpr std::array<CommandRow, 8> kCommands = {{
     {Command::All, "all", "", "Everything below but select-psu; the default",
      "Reads what identity, power, caps, nodes, fans and psus read.", "all",
-     PartList(Part::Identity, Part::ChassisPower, Part::PowerCaps, Part::NodeStatus,
-              Part::NodePower, Part::PsuFans, Part::PsuFirmware, Part::PsuStatus)},
+     PartList(kPartsToAskFor)},
     {Command::Identity, "identity", "", "Machine type, serial number, firmware version and name",
      "Reads machine type, serial number, firmware version and name of the SMM.", "identity",
      PartList(Part::Identity)},
