@@ -84,6 +84,10 @@ struct PsuFirmware {
   Text description;
 };
 
+/// Of so many PSU slots, counted from the first, the SMM's answer holds the status flags: it has
+/// one byte a flag.
+constexpr std::size_t kSlotsWithFlags = 8;
+
 /// Status flags of one PSU slot.
 struct PsuFlags {
   std::size_t slot = 0;  ///< Counted from 1.

@@ -53,7 +53,7 @@ TEST(Formats, NoByteOfTheControllerReachesTheOutputAsAControlByte) {
     bytes.push_back(static_cast<char>(byte));
   }
   Reading reading = ExampleReading();
-  reading.identity->serialNumber = Good(ReportedText(bytes));
+  reading.identity->serialNumber = Good(TextOf(bytes));
   for (const Format& format : Formats()) {
     for (const char c : Whole(format, reading)) {
       EXPECT_TRUE(c == '\n' || c == '\r' || (c >= ' ' && c <= '~')) << static_cast<int>(c);
