@@ -36,6 +36,7 @@ std::map<std::string, int> ConfigOf(const EnclosureSettings& settings) {
   add("IPMI_WORKAROUND_FLAGS", settings.workaroundFlags);
   add("IPMI_CONNECT_RETRY_TIMES", settings.attempts);
   add("IPMI_SESSION_TIMEOUT_MS", settings.sessionTimeoutMs);
+  add("IPMI_RETRANSMISSION_TIMEOUT_MS", settings.retransmissionTimeoutMs);
   return config;
 }
 

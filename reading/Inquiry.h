@@ -23,10 +23,12 @@ class Inquiry {
   /// Asked first, this notices an SMM that was lost since its generation was found out.
   Detection ReadDetection(const Query<SMMIype>& generation);
 
-  /// Fills that part of the reading, one of kPartsToAskFor.
+  /// Fills that part of the reading, one of kPartsToAskFor; of any other nothing happens. Blocks
+  /// for as long as the part's queries take.
   void Read(Part part, Reading& reading);
 
-  /// The status of the query is the acknowledgement; the value is filled whatever it is.
+  /// Asks the SMM to select PSU `psu`, 1 to 9. The status of the query is the acknowledgement; the
+  /// value is filled whatever it is.
   Query<PsuSelection> SelectPsu(int psu);
 
   /// Whether the status was read and every query since was let in.
