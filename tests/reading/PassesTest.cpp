@@ -196,6 +196,7 @@ TEST_F(PassesTest, LibraryGetsTheSettingsOfTheEnclosure) {
   settings.workaroundFlags = 16;
   settings.attempts = 5;
   settings.sessionTimeoutMs = 1234;
+  settings.retransmissionTimeoutMs = 250;
   std::vector<int> values;
   TheScript().construct = [&values] {
     for (const char* const key : {"IPMI_CIPHER_SUITE", "IPMI_PRIVILEGE_LEVEL",
@@ -205,7 +206,7 @@ TEST_F(PassesTest, LibraryGetsTheSettingsOfTheEnclosure) {
     }
   };
   Enclosure(settings).Read({}, observer_);
-  EXPECT_THAT(values, ElementsAre(17, 2, 16, 5, 1234, -1));
+  EXPECT_THAT(values, ElementsAre(17, 2, 16, 5, 1234, 250));
   EXPECT_EQ(TheScript().password, "sesame");
   EXPECT_EQ(GetGlobalConfigValue("IPMI_CIPHER_SUITE", -1), -1);
 }

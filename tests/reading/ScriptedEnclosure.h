@@ -118,8 +118,6 @@ class ScriptedEnclosure : public testing::Test {
   Recorder observer_;
 };
 
-const std::vector<Part> kEverything = {Part::Identity,    Part::ChassisPower, Part::PowerCaps,
-                                       Part::NodeStatus,  Part::NodePower,    Part::PsuFans,
-                                       Part::PsuFirmware, Part::PsuStatus};
+const std::vector<Part> kEverything(kPartsToAskFor.begin(), kPartsToAskFor.end());
 
 }  // namespace Tavrin
