@@ -46,6 +46,12 @@ std::vector<std::string> OperationNames() {
   return names;
 }
 
+bool Sends(const std::string& operation, const IPMICOMMAND& request) {
+  const SampleAnswers& answers = OperationNamed<SMMInventory>(operation).answers;
+  return std::any_of(answers.begin(), answers.end(),
+                     [&](const SampleAnswer& answer) { return IsFor(request, answer); });
+}
+
 std::function<const std::vector<std::uint8_t>&(const IPMICOMMAND&)> SampleAnswersOf(
     SMMIype generation) {
   SampleAnswers answers;

@@ -178,6 +178,9 @@ const Operation<Inventory>& OperationNamed(const std::string& name) {
 /// The names of all.
 std::vector<std::string> OperationNames();
 
+/// Whether the operation sends such requests, as far as its sample answers tell.
+bool Sends(const std::string& operation, const IPMICOMMAND& request);
+
 /// Gives an SMM's sample answer to each request. Throws std::logic_error for a request that none is
 /// there for.
 std::function<const std::vector<std::uint8_t>&(const IPMICOMMAND&)> SampleAnswersOf(

@@ -7,12 +7,15 @@
 #include <functional>
 #include <optional>
 #include <ostream>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/ConnectionInfo.h"
 #include "platform/IpmiClient.h"
 #include "platform/SMMInfo.h"
+#include "platform/standalone/ipmi_client/LastExchange.h"
 
 namespace Tavrin::Double {
 
@@ -36,7 +39,13 @@ struct Exchange {
   Filling filling = Filling::Replaces;
   std::exception_ptr connectException = nullptr;
   std::exception_ptr sendException = nullptr;
-  std::function<void()> afterSend = [] {};  ///< What else changes with this answer.
+  std::function<void(Exchange&)> onRequest;  ///< Decides on the answer once the request is there.
+  std::function<void()> afterSend = [] {};   ///< What else changes with this answer.
+
+  /// Why it fails, in the terms of Standalone::GetLastExchange(). With words, each failure is a
+  /// line of the client in the log.
+  Standalone::FailureCause cause = Standalone::FailureCause::None;
+  std::string words = {};
 
   bool Connects() const { return !connectResults.empty() && connectResults.back() == 0; }
 };
@@ -63,8 +72,8 @@ struct Wait {
   timespec until = {};
 };
 
-/// Everything behind the seam: what is to happen, and what did. Exchanges come from one of four
-/// places: a table of answers, one exchange for all, a function that makes them up, or a script.
+/// Everything behind the seam: what is to happen, and what did. Exchanges come from one of three
+/// places: a table of answers, a function that makes them up, or a script.
 struct Platform {
   // What will happen.
   /// With it, every request gets this answer with completion code 0, every connection succeeds and
@@ -72,8 +81,10 @@ struct Platform {
   /// checked or written down then, nor anything allocated, but what lines need; any number of
   /// threads may call at once.
   std::function<const Bytes&(const IPMICOMMAND&)> answerTo;
-  std::optional<Exchange> everyExchange;  ///< With one, any request goes.
-  std::function<Exchange()> improvise;    ///< Makes up each exchange, for any request.
+  std::function<Exchange()> improvise;  ///< Makes up each exchange, for any request.
+  /// Whether each connection is to be tried as often as its exchange says, to carry one request and
+  /// to be closed.
+  bool areConversationsWhole = true;
   std::vector<Exchange> script;
   TavrinConnection::ConnectionInfo expectedSettings;
   unsigned int logThreshold = 4;
@@ -113,10 +124,43 @@ struct Platform {
   void ForgetWhatHappened();
 };
 
-/// The one that the platform's functions work on.
+/// The one that the platform's functions work on: of all threads but those that use their own.
 Platform& ThePlatform();
 
-/// Gets every complaint about the code under test. Until one is set, a complaint ends the program.
+/// The one for the calling thread from now on; with null, that of all. Returns what it was before.
+/// Threads with their own stand for different SMMs.
+Platform* UseOnThisThread(Platform* own);
+
+/// Complains about the code under test.
+void Complain(const std::string& text);
+
+inline void Require(bool holds, const char* promise) {
+  if (!holds) {
+    Complain(promise);
+  }
+}
+
+template <typename Value>
+void ExpectSame(const char* what, const Value& got, const Value& expected) {
+  if (!(got == expected)) {
+    std::ostringstream text;
+    text << what << ": got " << got << ", expected " << expected;
+    Complain(text.str());
+  }
+}
+
+/// The first of what is still to come, which it takes away; as new when nothing is.
+template <typename T>
+T TakeNext(std::vector<T>& script) {
+  if (script.empty()) {
+    return {};
+  }
+  T next = std::move(script.front());
+  script.erase(script.begin());
+  return next;
+}
+
+/// Gets every complaint. Until one is set, a complaint ends the program.
 void OnComplaint(void (*complain)(const std::string& text));
 
 /// What one thread has had of the platform so far.
@@ -125,6 +169,9 @@ struct Tally {
   std::uint64_t lines = 0;      ///< Log objects constructed.
 };
 Tally& TallyOfThisThread();
+
+/// A request in words, as complaints name it.
+std::string Describe(std::uint8_t netFn, std::uint8_t command, const Bytes& data);
 
 /// Connection settings in which every field differs from its default and from every other, and that
 /// admit exchanges.

@@ -2,19 +2,17 @@
 
 #include <gmock/gmock.h>
 
-#include <new>
 #include <stdexcept>
 
 #include "platform/GlobalConfig.h"
-#include "platform/standalone/globalconfig/ConfigControl.h"
-#include "platform/standalone/logger/LogControl.h"
+#include "platform/standalone/globalconfig/ThreadConfig.h"
 #include "tests/reading/ScriptedEnclosure.h"
 
 namespace Tavrin {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
+using Double::Bytes;
+using Double::Exchange;
 using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
@@ -30,8 +28,7 @@ TEST_F(EnclosureTest, PlatformOfFourNodesIsDetected) {
 }
 
 TEST_F(EnclosureTest, PlatformOfTwelveNodesIsDetectedWithItsSlots) {
-  TheScript().nodeCount = 12;
-  TheScript().psuStatus = PsuSlots(9);
+  smm_.generation = SMM_SECOND_GENERATION;
   const Detection detection = *Read().detection;
   EXPECT_EQ(detection.platformId.value.value, 253);
   EXPECT_EQ(detection.psuSlotCount.value.value, 9);
@@ -40,22 +37,19 @@ TEST_F(EnclosureTest, PlatformOfTwelveNodesIsDetectedWithItsSlots) {
 
 TEST_F(EnclosureTest, StatusOfThePsusIsAskedForOnceInAPass) {
   Read({Part::PsuStatus, Part::PsuFans, Part::PsuFirmware});
-  EXPECT_THAT(TheScript().asked,
-              ElementsAre("generation", "construction", "PSU status", "fans", "firmware"));
+  ExpectAsked(kBeginning + Steps{"GetPSUFanSpeed", "GetPSUFwInfo"});
 }
 
 TEST_F(EnclosureTest, RefusedPsuStatusStillCountsTheSlots) {
-  TheScript().nodeCount = 12;
-  TheScript().psuStatus = PsuSlots(6, StatusCode::UnusableAnswer);
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.Change("GetPSUStatus", Refuses());
   const Detection detection = *Read().detection;
   EXPECT_EQ(detection.psuSlotCount.status, StatusCode::Success);
-  EXPECT_EQ(detection.psuSlotCount.value.value, 6);
+  EXPECT_EQ(detection.psuSlotCount.value.value, 9);
 }
 
 TEST_F(EnclosureTest, FailedExchangeLeavesTheSlotsUncounted) {
-  TheScript().psuStatus = [](std::vector<PSUStatus>&) {
-    return LoseConnection(FailureCause::Silence, "no answer");
-  };
+  smm_.Lose(kAfterConstruction, FailureCause::Silence, "no answer");
   const Detection detection = *Read().detection;
   EXPECT_EQ(detection.psuSlotCount.status, StatusCode::NotConnected);
   EXPECT_EQ(detection.psuSlotCount.cause.words, "no answer");
@@ -77,7 +71,7 @@ TEST_F(EnclosureTest, StatusThatTellsNoPlatformLeavesWhatTheLibraryAssumesUnread
                                            {0, 13, "its answer has 13 bytes"}};
   for (const StatusEnding& row : table) {
     SCOPED_TRACE(row.words);
-    TheScript().construct = [&row] { EndAnswered(row.completionCode, row.length); };
+    smm_.ChangeConstruction(Gives(Bytes(row.length), row.completionCode));
     const Detection detection = *Read().detection;
     EXPECT_EQ(detection.generation.status, StatusCode::Success);
     EXPECT_EQ(detection.platformId.status, StatusCode::NoUsableResult);
@@ -90,13 +84,10 @@ TEST_F(EnclosureTest, StatusThatTellsNoPlatformLeavesWhatTheLibraryAssumesUnread
 }
 
 TEST_F(EnclosureTest, SmmThatWasLostBeforeItsStatusWasReadIsAskedOnlyOnce) {
-  TheScript().generation = Generation(SMM_SECOND_GENERATION);
-  TheScript().construct = [] { EndUnanswered(FailureCause::Silence, "no answer"); };
-  TheScript().psuStatus = [](std::vector<PSUStatus>&) {
-    return LoseConnection(FailureCause::Silence, "no answer from it");
-  };
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.Lose(kAfterDetection, FailureCause::Silence, "no answer from it");
   const Reading reading = Read({Part::Identity, Part::ChassisPower});
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
+  ExpectAsked({kDetection, kConstructionInVain, kInVain});
   EXPECT_EQ(reading.detection->generation.status, StatusCode::Success);
   EXPECT_EQ(reading.detection->platformId.status, StatusCode::NotConnected);
   EXPECT_EQ(reading.detection->psuSlotCount.status, StatusCode::NotConnected);
@@ -108,8 +99,7 @@ TEST_F(EnclosureTest, SmmThatWasLostBeforeItsStatusWasReadIsAskedOnlyOnce) {
 }
 
 TEST_F(EnclosureTest, SelectionOnALostSmmIsNotSent) {
-  TheScript().construct = [] { EndUnanswered(FailureCause::Silence, "no answer"); };
-  TheScript().psuStatus = [](std::vector<PSUStatus>&) { return StatusCode::NotConnected; };
+  smm_.Lose(kAfterDetection, FailureCause::Silence, "no answer");
   const Query<PsuSelection> selection = SelectPsu(1);
   EXPECT_EQ(selection.status, StatusCode::NotConnected);
   EXPECT_EQ(selection.value.asked, 1);
@@ -117,47 +107,42 @@ TEST_F(EnclosureTest, SelectionOnALostSmmIsNotSent) {
   EXPECT_EQ(selection.value.sent.value, std::nullopt);
   EXPECT_EQ(selection.value.sent.absence, Absence::QueryFailed);
   EXPECT_EQ(selection.value.remark, "nothing was sent");
-  EXPECT_THAT(TheScript().asked, Not(Contains("selection of PSU 1")));
+  ExpectAsked({kDetection, kConstructionInVain, kInVain});
 }
 
 TEST_F(EnclosureTest, SmmThatIsGoneIsNotConstructedOnceMore) {
-  TheScript().generation = Generation(SMM_SECOND_GENERATION);
+  smm_.generation = SMM_SECOND_GENERATION;
   for (const FailureCause cause : {FailureCause::Silence, FailureCause::Unreachable}) {
-    TheScript().asked.clear();
-    TheScript().construct = [cause] { EndUnanswered(cause, "nobody there"); };
+    smm_.Lose(kAfterDetection, cause, "nobody there", kAfterConstruction - kAfterDetection);
     Read();
-    EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
+    ExpectAsked({kDetection, kConstructionInVain, "GetPSUStatus"});
   }
 }
 
 TEST_F(EnclosureTest, LostConnectionWithAKnownStatusIsTriedAnewByEachQuery) {
-  TheScript().machineType = [](std::string&) {
-    return LoseConnection(FailureCause::Silence, "no answer");
-  };
+  smm_.Lose(kAfterBeginning, FailureCause::Silence, "no answer", 1);
   const Identity identity = *Read({Part::Identity}).identity;
   EXPECT_EQ(identity.machineType.status, StatusCode::NotConnected);
   EXPECT_EQ(identity.serialNumber.status, StatusCode::Success);
 }
 
 TEST_F(EnclosureTest, SecondGenerationWithoutAPlatformIsConstructedOnceMore) {
-  int constructions = 0;
-  TheScript().generation = Generation(SMM_SECOND_GENERATION);
-  TheScript().construct = [&constructions] {
-    ++constructions;
-    EndAnswered(constructions == 1 ? 0xC0 : 0, 14);
-  };
+  std::size_t statusReads = 0;
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.ChangeConstruction([&statusReads](Exchange& exchange) {
+    exchange.completionCode = ++statusReads <= kStatusReads ? 0xC0 : 0;
+  });
   const Reading reading = Read({Part::ChassisPower});
-  EXPECT_EQ(constructions, 2);
+  EXPECT_EQ(statusReads, 2 * kStatusReads);
   EXPECT_EQ(reading.detection->platformId.status, StatusCode::Success);
   EXPECT_EQ(reading.chassisPower->status, StatusCode::Success);
 }
 
 TEST_F(EnclosureTest, SecondGenerationWithoutAPlatformIsNotAskedWhatDependsOnIt) {
-  TheScript().generation = Generation(SMM_SECOND_GENERATION);
-  RefuseStatus();
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.ChangeConstruction(Refuses());
   const Reading reading = Read({Part::ChassisPower, Part::PowerCaps});
-  EXPECT_THAT(TheScript().asked,
-              ElementsAre("generation", "construction", "construction", "PSU status"));
+  ExpectAsked({kDetection, kConstruction, kConstruction, "GetPSUStatus"});
   EXPECT_EQ(reading.chassisPower->status, StatusCode::NoUsableResult);
   EXPECT_EQ(reading.chassisPower->cause.missing, "platform");
   EXPECT_EQ(reading.chassisPower->cause.completionCode, 0xC1);
@@ -166,32 +151,30 @@ TEST_F(EnclosureTest, SecondGenerationWithoutAPlatformIsNotAskedWhatDependsOnIt)
 }
 
 TEST_F(EnclosureTest, SecondGenerationWithoutAPlatformIsNotAskedToSelectAHighPsu) {
-  TheScript().generation = Generation(SMM_SECOND_GENERATION);
-  RefuseStatus();
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.ChangeConstruction(Refuses());
   const Query<PsuSelection> selection = SelectPsu(3);
   EXPECT_EQ(selection.status, StatusCode::NoUsableResult);
   EXPECT_EQ(selection.cause.missing, "platform");
   EXPECT_FALSE(selection.value.isSent);
   EXPECT_EQ(selection.value.remark, "nothing was sent");
-  EXPECT_THAT(TheScript().asked, Not(Contains("selection of PSU 3")));
+  ExpectAsked({kDetection, kConstruction, kConstruction, "GetPSUStatus"});
 }
 
 TEST_F(EnclosureTest, SecondGenerationWithoutAPlatformIsAskedTheRest) {
-  TheScript().generation = Generation(SMM_SECOND_GENERATION);
-  RefuseStatus();
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.ChangeConstruction(Refuses());
+  const Steps beginning = {kDetection, kConstruction, kConstruction, "GetPSUStatus"};
   const Reading reading = Read({Part::NodePower, Part::PsuFans});
   EXPECT_THAT(*reading.nodePower, SizeIs(4));
   EXPECT_EQ(reading.psuFans->status, StatusCode::Success);
+  ExpectAsked(beginning + Steps{"GetNodePowerConsumption", "GetPSUFanSpeed"});
   EXPECT_EQ(SelectPsu(2).value.sent.value, 2);
-  EXPECT_THAT(
-      TheScript().asked,
-      ElementsAre("generation", "construction", "construction", "PSU status", "power of node 1",
-                  "power of node 2", "power of node 3", "power of node 4", "fans", "generation",
-                  "construction", "construction", "PSU status", "selection of PSU 2"));
+  ExpectAsked(beginning + Steps{"SelectPSU"}, 2);
 }
 
 TEST_F(EnclosureTest, FirstGenerationNeedsNoPlatform) {
-  RefuseStatus();
+  smm_.ChangeConstruction(Refuses());
   const Reading reading = Read({Part::ChassisPower, Part::PowerCaps});
   EXPECT_EQ(reading.chassisPower->status, StatusCode::Success);
   EXPECT_EQ(reading.powerCaps->status, StatusCode::Success);
@@ -208,11 +191,9 @@ TEST_F(EnclosureTest, RefusedLoginEndsEveryFurtherOneOfThePass) {
                                       {FailureCause::PasswordRefused, "wrong password"}};
   for (const Refused& row : table) {
     SCOPED_TRACE(row.words);
-    TheScript().asked.clear();
-    TheScript().machineType = [&row](std::string&) { return LoseConnection(row.cause, row.words); };
+    smm_.Lose(kAfterBeginning, row.cause, row.words);
     const Reading reading = Read({Part::Identity, Part::ChassisPower});
-    EXPECT_THAT(TheScript().asked,
-                ElementsAre("generation", "construction", "PSU status", "machine type"));
+    ExpectAsked(kBeginning + Steps{kInVain});
     EXPECT_EQ(reading.identity->name.status, StatusCode::NotConnected);
     EXPECT_EQ(reading.identity->name.cause.kind, row.cause);
     EXPECT_EQ(reading.identity->name.cause.words, row.words);
@@ -221,81 +202,57 @@ TEST_F(EnclosureTest, RefusedLoginEndsEveryFurtherOneOfThePass) {
 }
 
 TEST_F(EnclosureTest, OtherFailureOfTheLoginLetsTheNextOneTry) {
-  TheScript().machineType = [](std::string&) {
-    return LoseConnection(FailureCause::PrivilegeRefused, "not that level");
-  };
+  smm_.Lose(kAfterBeginning, FailureCause::PrivilegeRefused, "not that level", 1);
   int attemptsAllowed = -1;
-  TheScript().serialNumber = [&attemptsAllowed](std::string&) {
+  smm_.Change("GetSmmSN", [&attemptsAllowed](Exchange&) {
     attemptsAllowed = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", 3);
-    return StatusCode::Success;
-  };
+  });
   EXPECT_EQ(Read({Part::Identity}).identity->serialNumber.status, StatusCode::Success);
   EXPECT_EQ(attemptsAllowed, 3);
 }
 
 TEST_F(EnclosureTest, RefusedLoginInTheMiddleOfTheConstructionIsTheLast) {
-  int attemptsAllowed = -1;
-  TheScript().generation = Generation(SMM_SECOND_GENERATION);
-  TheScript().construct = [&attemptsAllowed] {
-    WriteLine(3, kLibrary, "Try to get SMM status, retry 1 time");
-    LoseConnection(FailureCause::PasswordRefused, "wrong password");
-    attemptsAllowed = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", 3);
-    WriteLine(3, kLibrary, "Try to get SMM status, retry 2 times");
-    EndUnanswered(FailureCause::NoAttempt, "");
-  };
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.Lose(kAfterDetection, FailureCause::PasswordRefused, "wrong password");
   const Detection detection = *Read().detection;
-  EXPECT_EQ(attemptsAllowed, 0);
+  EXPECT_EQ(Connects(), 2);
   EXPECT_EQ(GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", 3), 3);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction"));
+  ExpectAsked({kDetection, kConstructionInVain});
   EXPECT_EQ(detection.generation.status, StatusCode::Success);
   EXPECT_EQ(detection.platformId.status, StatusCode::NotConnected);
   EXPECT_EQ(detection.platformId.cause.words, "wrong password");
 }
 
 TEST_F(EnclosureTest, RefusalThatTheThreadMetBeforeThePassStopsNothing) {
-  EndUnanswered(FailureCause::PasswordRefused, "the password of another SMM");
-  int attemptsAllowed = -1;
-  TheScript().generation = [&attemptsAllowed](SMMIype& type) {
-    WriteLine(2, "platform/standalone/smmcommoninfo/SMMInfo", "SMM_TYPE is \"7\"");
-    attemptsAllowed = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", 3);
-    EndAnswered(0, 14);
-    return Give(type, SMM_FIRST_GENERATION);
-  };
+  smm_.Lose(0, FailureCause::PasswordRefused, "the password of another SMM");
+  EXPECT_TRUE(Read().failure);
+  smm_.Heal();
+  // The detection writes a line about this before it makes an exchange.
+  const Standalone::ThreadConfig malformed({{"SMM_TYPE", 7}});
   EXPECT_EQ(Read({Part::Identity}).identity->name.status, StatusCode::Success);
-  EXPECT_EQ(attemptsAllowed, 3);
 }
 
 TEST_F(EnclosureTest, RefusedLoginInTheMiddleOfTheSelectionIsItsCause) {
-  TheScript().selectPsu = [](int) {
-    LoseConnection(FailureCause::PasswordRefused, "wrong password");
-    EndUnanswered(FailureCause::NoAttempt, "");
-    return StatusCode::NoUsableResult;
-  };
+  smm_.Lose(kAfterBeginning, FailureCause::PasswordRefused, "wrong password");
   const Query<PsuSelection> selection = SelectPsu(1);
   EXPECT_EQ(selection.cause.words, "wrong password");
   EXPECT_EQ(selection.value.sent.value, std::nullopt);
 }
 
 TEST_F(EnclosureTest, FailedQueryDoesNotHideTheOthers) {
-  TheScript().machineType = [](std::string&) {
-    EndAnswered(0xC1, 0);
-    return StatusCode::UnusableAnswer;
-  };
-  TheScript().serialNumber = [](std::string& text) { return Give(text, std::string("J123")); };
+  smm_.Change("GetSmmMT", Refuses());
   const Identity identity = *Read({Part::Identity}).identity;
   EXPECT_EQ(identity.machineType.status, StatusCode::UnusableAnswer);
   EXPECT_EQ(identity.machineType.cause.completionCode, 0xC1);
   EXPECT_EQ(identity.machineType.value.absence, Absence::QueryFailed);
-  EXPECT_EQ(identity.serialNumber.value.value, "J123");
+  EXPECT_EQ(identity.serialNumber.value.value, "SIM100010001");
   EXPECT_EQ(identity.serialNumber.cause.completionCode, 0);
   EXPECT_EQ(identity.serialNumber.cause.words, "");
 }
 
 TEST_F(EnclosureTest, ShortAnswerThatThrowsIsToldInWords) {
-  TheScript().machineType = [](std::string&) -> int {
-    EndAnswered(0, 1);
-    throw std::bad_alloc();
-  };
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.Change("GetSmmMT", Gives({0x05}));
   const Identity identity = *Read({Part::Identity}).identity;
   EXPECT_EQ(identity.machineType.status, kExceptionStatus);
   EXPECT_EQ(identity.machineType.cause.words,
@@ -304,48 +261,44 @@ TEST_F(EnclosureTest, ShortAnswerThatThrowsIsToldInWords) {
 }
 
 TEST_F(EnclosureTest, RefusalAndSilenceThatThrowAreToldAsSuch) {
-  TheScript().machineType = [](std::string&) -> int {
-    EndAnswered(0xD4, 0);
-    throw std::bad_alloc();
-  };
-  TheScript().name = [](std::string&) -> int {
-    EndUnanswered(FailureCause::FellSilent, "no answer any more");
-    throw std::bad_alloc();
-  };
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.Change("GetSmmMT", Refuses(0xD4));
+  smm_.Change("GetSmmName", FallsSilent(FailureCause::FellSilent, "no answer any more"));
   const Identity identity = *Read({Part::Identity}).identity;
+  EXPECT_EQ(identity.machineType.status, kExceptionStatus);
   EXPECT_EQ(identity.machineType.cause.completionCode, 0xD4);
   EXPECT_THAT(identity.machineType.cause.words, Not(HasSubstr("memory")));
+  EXPECT_EQ(identity.name.status, kExceptionStatus);
   EXPECT_EQ(identity.name.cause.kind, FailureCause::FellSilent);
   EXPECT_EQ(identity.name.cause.words, "no answer any more");
 }
 
 TEST_F(EnclosureTest, OtherExceptionIsToldInItsOwnWordsEscaped) {
-  TheScript().serialNumber = [](std::string&) -> int { throw std::runtime_error("no\x1bway"); };
+  smm_.Change("GetSmmSN", Throws(std::runtime_error("no\x1bway")));
   EXPECT_EQ(Read({Part::Identity}).identity->serialNumber.cause.words, "no\\x1bway");
 }
 
 TEST_F(EnclosureTest, LibraryIsConstructedWithTheGenerationThatIsTold) {
   int given = -1;
-  TheScript().generation = Generation(SMM_SECOND_GENERATION);
-  TheScript().construct = [&given] {
-    given = GetGlobalConfigValue("SMM_TYPE", -1);
-    EndAnswered(0, 14);
-  };
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.ChangeConstruction([&given](Exchange&) { given = GetGlobalConfigValue("SMM_TYPE", -1); });
   EXPECT_EQ(Read().detection->generation.value.value, SMM_SECOND_GENERATION);
   EXPECT_EQ(given, SMM_SECOND_GENERATION);
   EXPECT_EQ(GetGlobalConfigValue("SMM_TYPE", -1), -1);
 }
 
 TEST_F(EnclosureTest, ExceptionOfTheConstructionPasses) {
-  TheScript().construct = [] { throw std::runtime_error("out of order"); };
+  smm_.ChangeConstruction(Throws(std::runtime_error("out of order")));
   EXPECT_THROW(Read(), std::runtime_error);
 }
 
 TEST_F(EnclosureTest, EachNodeHasItsOwnOutcome) {
-  TheScript().nodeStatus = [](unsigned long node, NodeStatus& status) {
-    status.permissionState = static_cast<int>(node);
-    return node == 2 ? throw std::runtime_error("lost") : StatusCode::Success;
-  };
+  smm_.Change("GetNodeStatus", [](Exchange& exchange) {
+    exchange.response.at(3) = exchange.data.at(0);
+    if (exchange.data.at(0) == 2) {
+      throw std::runtime_error("lost");
+    }
+  });
   const std::vector<Query<NodeState>> nodes = *Read({Part::NodeStatus}).nodeStatus;
   ASSERT_THAT(nodes, SizeIs(4));
   EXPECT_EQ(nodes[0].value.permission.value, 1);
@@ -355,29 +308,25 @@ TEST_F(EnclosureTest, EachNodeHasItsOwnOutcome) {
 }
 
 TEST_F(EnclosureTest, TwelveNodesAreAskedForTheirPower) {
-  TheScript().nodeCount = 12;
+  smm_.generation = SMM_SECOND_GENERATION;
   EXPECT_THAT(*Read({Part::NodePower}).nodePower, SizeIs(12));
-  EXPECT_THAT(TheScript().asked, Contains("power of node 1"));
-  EXPECT_EQ(TheScript().asked.back(), "power of node 12");
+  ExpectAsked(kBeginning + Steps{"GetNodePowerConsumption"});
 }
 
 TEST_F(EnclosureTest, RecordsOfEarlierSlotsStayWhenALaterOneFails) {
-  TheScript().fans = [](std::vector<PSUFanSpeed>& fans) {
-    fans.push_back({"PSU1", "10", "20", "", "", "Normal"});
-    return StatusCode::NotConnected;
-  };
+  smm_.Lose(kAfterBeginning + 1, FailureCause::Silence, "no answer");
   const SlotQuery<PsuFans> fans = *Read({Part::PsuFans}).psuFans;
   EXPECT_EQ(fans.status, StatusCode::NotConnected);
   ASSERT_THAT(fans.value, SizeIs(2));
-  EXPECT_EQ(fans.value[0].speedA.value, 10);
+  EXPECT_EQ(fans.value[0].speedA.value, 10'000);
   EXPECT_EQ(fans.value[1].speedA.absence, Absence::QueryFailed);
 }
 
 TEST_F(EnclosureTest, SlotWithoutARecordIsThereAllTheSame) {
-  TheScript().firmware = [](std::vector<PSUFwInfo>& firmware) {
-    firmware.push_back({"PSU2", "id", "1.0a", "2", "Power Supply 2"});
-    return StatusCode::Success;
-  };
+  constexpr std::uint8_t kBusOfTheFirstSlot = 0x0F;
+  smm_.Change("GetPSUFwInfo", [](Exchange& exchange) {
+    exchange.completionCode = exchange.data.at(0) == kBusOfTheFirstSlot ? 0xC1 : 0;
+  });
   const SlotQuery<PsuFirmware> firmware = *Read({Part::PsuFirmware}).psuFirmware;
   ASSERT_THAT(firmware.value, SizeIs(2));
   EXPECT_EQ(firmware.value[0].version.absence, Absence::SlotUnanswered);
@@ -385,7 +334,8 @@ TEST_F(EnclosureTest, SlotWithoutARecordIsThereAllTheSame) {
 }
 
 TEST_F(EnclosureTest, FlagsOfARefusedPsuStatusAreAbsent) {
-  TheScript().psuStatus = PsuSlots(9, StatusCode::UnusableAnswer);
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.Change("GetPSUStatus", Refuses());
   const SlotQuery<PsuFlags> flags = *Read({Part::PsuStatus}).psuStatus;
   EXPECT_EQ(flags.status, StatusCode::UnusableAnswer);
   ASSERT_THAT(flags.value, SizeIs(9));
@@ -398,25 +348,20 @@ TEST_F(EnclosureTest, SelectionTellsWhatWasSentOnTheFirstGeneration) {
   EXPECT_EQ(selection.status, StatusCode::Success);
   EXPECT_EQ(selection.value.asked, 7);
   EXPECT_EQ(selection.value.sent.value, 3);
-  EXPECT_THAT(TheScript().asked,
-              ElementsAre("generation", "construction", "PSU status", "selection of PSU 7"));
+  ExpectAsked(kBeginning + Steps{"SelectPSU"}, 7);
 }
 
 TEST_F(EnclosureTest, SelectionGoesByThePlatformOnTheSecondGeneration) {
-  TheScript().generation = Generation(SMM_SECOND_GENERATION);
-  TheScript().nodeCount = 12;
+  smm_.generation = SMM_SECOND_GENERATION;
   EXPECT_EQ(SelectPsu(9).value.sent.value, 9);
-  TheScript().nodeCount = 4;
+  smm_.ChangeConstruction(Gives(Double::StatusAnswer(0xFE, 0x00)));
   const PsuSelection selection = SelectPsu(9).value;
   EXPECT_EQ(selection.sent.absence, Absence::NotReported);
   EXPECT_TRUE(selection.isSent);
 }
 
 TEST_F(EnclosureTest, SelectionWithoutAcknowledgementStillTellsWhatWasSent) {
-  TheScript().selectPsu = [](int) {
-    EndAnswered(0xC1, 0);
-    return StatusCode::NoUsableResult;
-  };
+  smm_.Change("SelectPSU", Refuses());
   const Query<PsuSelection> selection = SelectPsu(2);
   EXPECT_EQ(selection.status, StatusCode::NoUsableResult);
   EXPECT_EQ(selection.cause.completionCode, 0xC1);
@@ -424,10 +369,7 @@ TEST_F(EnclosureTest, SelectionWithoutAcknowledgementStillTellsWhatWasSent) {
 }
 
 TEST_F(EnclosureTest, SelectionWithoutAnswerIsNotKnownToBeSent) {
-  TheScript().selectPsu = [](int) {
-    LoseConnection(FailureCause::Silence, "no answer");
-    return StatusCode::NoUsableResult;
-  };
+  smm_.Lose(kAfterBeginning, FailureCause::Silence, "no answer");
   const PsuSelection selection = SelectPsu(1).value;
   EXPECT_FALSE(selection.isSent);
   EXPECT_EQ(selection.sent.value, std::nullopt);
@@ -435,12 +377,20 @@ TEST_F(EnclosureTest, SelectionWithoutAnswerIsNotKnownToBeSent) {
 }
 
 TEST_F(EnclosureTest, FailuresOfAllKindsHideNoOtherQuery) {
-  TheScript().machineType = [](std::string&) { return StatusCode::NoUsableResult; };
-  TheScript().chassisPower = [](ChassisPowerCon&) -> int { throw std::bad_alloc(); };
-  TheScript().nodePower = [](unsigned long node, ChassisPowerCon&) {
-    return node == 3 ? StatusCode::UnusableAnswer : StatusCode::Success;
-  };
-  TheScript().firmware = [](std::vector<PSUFwInfo>&) { return StatusCode::NotConnected; };
+  const std::size_t behindTheFans =
+      smm_.Requests(kBeginning + kIdentitySteps +
+                    Steps{"GetChassisPowerConsumption", "GetChassisPowerCap", "GetNodeStatus",
+                          "GetNodePowerConsumption", "GetPSUFanSpeed"})
+          .size();
+  smm_.Lose(behindTheFans, FailureCause::Silence, "no answer");
+  smm_.Change("GetSmmMT", Gives({' ', ' ', ' ', ' '}));
+  smm_.Change("GetNodePowerConsumption", [](Exchange& exchange) {
+    constexpr std::uint8_t kChassis = 5;
+    exchange.completionCode = exchange.data.at(0) == 3 ? 0xC1 : 0;
+    if (exchange.data.at(0) == kChassis) {
+      throw std::runtime_error("out of order");
+    }
+  });
   const Reading reading = Read(kEverything);
   EXPECT_EQ(reading.identity->machineType.status, StatusCode::NoUsableResult);
   EXPECT_EQ(reading.identity->name.status, StatusCode::Success);

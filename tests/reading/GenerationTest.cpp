@@ -9,122 +9,99 @@
 namespace Tavrin {
 namespace {
 
-using Standalone::DetectionOutcome;
 using testing::ElementsAre;
 
 class GenerationTest : public ScriptedEnclosure {
  protected:
-  GenerationTest() { info_.port = 6230; }
-
-  static void FailDetection() {
-    TheScript().detection = DetectionOutcome::Unknown;
-    TheScript().generation = [](SMMIype&) { return 1; };
-  }
-  static void Configure(SMMIype generation) {
-    TheScript().detection = DetectionOutcome::Configured;
-    TheScript().generation = Generation(generation);
+  GenerationTest() {
+    info_.port = 6230;
+    info_.connectionKind = 7;
+    smm_.platform.expectedSettings = info_;
   }
 
   TavrinConnection::ConnectionInfo info_;
   const Standalone::ThreadLog quiet_{0, {}};
 };
 
+class ConfiguredGeneration : public GenerationTest {
+ protected:
+  Standalone::ThreadConfig config_{{{"SMM_TYPE", SMM_SECOND_GENERATION}}};
+};
+
 TEST_F(GenerationTest, DetectedGenerationNeedsNoFurtherExchange) {
-  TheScript().generation = Generation(SMM_SECOND_GENERATION);
+  smm_.generation = SMM_SECOND_GENERATION;
   const Query<SMMIype> generation = FindGeneration(info_);
   EXPECT_EQ(generation.status, StatusCode::Success);
   EXPECT_EQ(generation.value, SMM_SECOND_GENERATION);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation"));
+  ExpectAsked({kDetection});
 }
 
-TEST_F(GenerationTest, ConfiguredGenerationIsTakenOnceAConnectionWasOpen) {
-  Configure(SMM_SECOND_GENERATION);
+TEST_F(ConfiguredGeneration, IsTakenOnceAConnectionWasOpen) {
   const Query<SMMIype> generation = FindGeneration(info_);
   EXPECT_EQ(generation.status, StatusCode::Success);
   EXPECT_EQ(generation.value, SMM_SECOND_GENERATION);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "client for port 6230, cipher suite 3",
-                                             "connection", "end of the connection"));
+  EXPECT_THAT(smm_.platform.events,
+              ElementsAre("client constructed", "connect", "disconnect", "client destroyed"));
 }
 
-TEST_F(GenerationTest, ConnectionForAConfiguredGenerationIsTriedAsOftenAsAllowed) {
-  Configure(SMM_FIRST_GENERATION);
-  TheScript().connect = [] {
-    LoseConnection(FailureCause::Silence, "no answer");
-    return 3;
-  };
+TEST_F(ConfiguredGeneration, IsConnectedForAsOftenAsAllowed) {
+  smm_.Lose(0, FailureCause::Silence, "no answer");
   const Query<SMMIype> generation = FindGeneration(info_);
   EXPECT_EQ(generation.status, StatusCode::NotConnected);
   EXPECT_EQ(generation.cause.kind, FailureCause::Silence);
   EXPECT_EQ(generation.cause.missing, "");
-  EXPECT_THAT(TheScript().asked,
-              ElementsAre("generation", "client for port 6230, cipher suite 3", "connection",
-                          "connection", "connection", "end of the connection"));
+  EXPECT_THAT(smm_.platform.events, ElementsAre("client constructed", "connect", "connect",
+                                                "connect", "disconnect", "client destroyed"));
 }
 
-TEST_F(GenerationTest, RefusedLoginForAConfiguredGenerationIsNotTriedAgain) {
-  Configure(SMM_FIRST_GENERATION);
-  TheScript().connect = [] {
-    LoseConnection(FailureCause::PasswordRefused, "wrong password");
-    return 6;
-  };
+TEST_F(ConfiguredGeneration, IsNotConnectedForAgainAfterARefusedLogin) {
+  smm_.Lose(0, FailureCause::PasswordRefused, "wrong password");
   EXPECT_EQ(FindGeneration(info_).cause.words, "wrong password");
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "client for port 6230, cipher suite 3",
-                                             "connection", "end of the connection"));
+  EXPECT_EQ(Connects(), 1);
 }
 
-TEST_F(GenerationTest, ConfiguredGenerationStaysKnownWhenTheConnectionBreaks) {
-  Configure(SMM_FIRST_GENERATION);
-  TheScript().connect = [] {
-    LoseConnection(FailureCause::FellSilent, "silent since then");
-    return 3;
-  };
+TEST_F(ConfiguredGeneration, StaysKnownWhenTheConnectionBreaks) {
+  smm_.Lose(0, FailureCause::FellSilent, "silent since then");
   const Query<SMMIype> generation = FindGeneration(info_);
   EXPECT_EQ(generation.status, StatusCode::NotConnected);
   EXPECT_EQ(generation.cause.missing, "");
 }
 
-TEST_F(GenerationTest, NoAttemptIsToldByTheKeyThatForbidsIt) {
-  Configure(SMM_FIRST_GENERATION);
-  const Standalone::ThreadConfig config({{"IPMI_CONNECT_RETRY_TIMES", -2}});
-  EndUnanswered(FailureCause::NoAttempt, "");
+TEST_F(ConfiguredGeneration, NoAttemptIsToldByTheKeyThatForbidsIt) {
+  config_.Set("IPMI_CONNECT_RETRY_TIMES", -2);
   EXPECT_EQ(FindGeneration(info_).cause.words,
             "IPMI_CONNECT_RETRY_TIMES is -2, which allows no attempt");
 }
 
-struct Undetected {
-  FailureCause cause;
-  int status;
-  std::string missing;
-};
-
-TEST_F(GenerationTest, FailureTellsWhetherAConnectionWasOpen) {
-  const std::vector<Undetected> table = {
-      {FailureCause::Silence, StatusCode::NotConnected, ""},
-      {FailureCause::PasswordRefused, StatusCode::NotConnected, ""},
-      {FailureCause::NoAttempt, StatusCode::NotConnected, ""},
-      {FailureCause::Other, StatusCode::NotConnected, ""},
-      {FailureCause::FellSilent, StatusCode::NoUsableResult, "generation"},
-      {FailureCause::Late, StatusCode::NoUsableResult, "generation"},
-      {FailureCause::DamagedAnswer, StatusCode::NoUsableResult, "generation"},
-      {FailureCause::OtherAnswer, StatusCode::NoUsableResult, "generation"},
-  };
-  FailDetection();
-  for (const Undetected& row : table) {
-    SCOPED_TRACE(static_cast<int>(row.cause));
-    EndUnanswered(row.cause, "words");
+TEST_F(GenerationTest, FailureBeforeAConnectionWasOpenMissesNothing) {
+  for (const FailureCause cause : {FailureCause::Silence, FailureCause::PasswordRefused,
+                                   FailureCause::NoAttempt, FailureCause::Other}) {
+    SCOPED_TRACE(static_cast<int>(cause));
+    smm_.Lose(0, cause, "words");
     const Query<SMMIype> generation = FindGeneration(info_);
-    EXPECT_EQ(generation.status, row.status);
-    EXPECT_EQ(generation.cause.kind, row.cause);
-    EXPECT_EQ(generation.cause.missing, row.missing);
+    EXPECT_EQ(generation.status, StatusCode::NotConnected);
+    EXPECT_EQ(generation.cause.kind, cause);
+    EXPECT_EQ(generation.cause.missing, "");
+  }
+}
+
+TEST_F(GenerationTest, FailureOverAnOpenConnectionLeavesTheGenerationMissing) {
+  for (const FailureCause cause : {FailureCause::FellSilent, FailureCause::Late,
+                                   FailureCause::DamagedAnswer, FailureCause::OtherAnswer}) {
+    SCOPED_TRACE(static_cast<int>(cause));
+    smm_.Change("GetSMMStatus", FallsSilent(cause, "words"));
+    const Query<SMMIype> generation = FindGeneration(info_);
+    EXPECT_EQ(generation.status, StatusCode::NoUsableResult);
+    EXPECT_EQ(generation.cause.kind, cause);
+    EXPECT_EQ(generation.cause.missing, "generation");
   }
 }
 
 TEST_F(GenerationTest, AnswerThatTellsNoneIsTheCause) {
-  FailDetection();
-  EndAnswered(0xC0, 0);
+  smm_.Change("GetSMMStatus", Refuses());
   const Query<SMMIype> generation = FindGeneration(info_);
   EXPECT_EQ(generation.status, StatusCode::NoUsableResult);
-  EXPECT_EQ(generation.cause.completionCode, 0xC0);
+  EXPECT_EQ(generation.cause.completionCode, 0xC1);
   EXPECT_EQ(generation.cause.missing, "generation");
 }
 

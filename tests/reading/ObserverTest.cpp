@@ -2,74 +2,76 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <stdexcept>
 
+#include "platform/Log.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tests/reading/ScriptedEnclosure.h"
 
 namespace Tavrin {
 namespace {
 
+using Double::Exchange;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 using ObserverTest = ScriptedEnclosure;
 
+void WriteLine(unsigned int level, const std::string& text) {
+  if (level <= Log::GetMinLogLevel()) {
+    Log(level, "module/smm/smm_inventory/impl/SMMInventoryImpl", 7).Stream() << text;
+  }
+}
+
 TEST_F(ObserverTest, ConstructionIsAWaitOfSixAttempts) {
-  TheScript().construct = [] {
-    WriteLine(3, kLibrary, "Try to get SMM status, retry 1 time");
-    LoseConnection(FailureCause::Silence, "no answer");
-    WriteLine(3, kLibrary, "Try to get SMM status, retry 6 times");
-    EndAnswered(0, 14);
-  };
+  settings_.attempts = 1;
+  smm_.Lose(kAfterDetection, FailureCause::Silence, "no answer", 1);
   Read();
-  EXPECT_THAT(observer_.events, ElementsAre("reading the SMM's status", "attempt 1 of 6",
-                                            "failed: no answer", "attempt 6 of 6", "end"));
+  EXPECT_THAT(observer_.events,
+              ElementsAre("reading the SMM's status", "attempt 1 of 6", "failed: no answer",
+                          "attempt 2 of 6", "attempt 3 of 6", "attempt 4 of 6", "attempt 5 of 6",
+                          "attempt 6 of 6", "end"));
 }
 
 TEST_F(ObserverTest, SelectionIsAWaitOfSixAttempts) {
-  TheScript().selectPsu = [](int) {
-    WriteLine(3, kLibrary, "Try to get PSU status, start retry 2 times");
-    return StatusCode::Success;
-  };
+  smm_.Change("SelectPSU", Refuses());
   SelectPsu(1);
-  EXPECT_THAT(observer_.events, ElementsAre("reading the SMM's status", "end", "selecting the PSU",
-                                            "attempt 2 of 6", "end"));
+  const auto begin = std::find(observer_.events.begin(), observer_.events.end(), "end");
+  EXPECT_THAT(
+      std::vector(begin, observer_.events.end()),
+      ElementsAre("end", "selecting the PSU", "attempt 1 of 6", "attempt 2 of 6", "attempt 3 of 6",
+                  "attempt 4 of 6", "attempt 5 of 6", "attempt 6 of 6", "end"));
 }
 
 TEST_F(ObserverTest, WaitEndsWithAnException) {
-  TheScript().construct = [] { throw std::runtime_error("out of order"); };
+  smm_.ChangeConstruction(Throws(std::runtime_error("out of order")));
   EXPECT_THROW(Read(), std::runtime_error);
-  EXPECT_THAT(observer_.events, ElementsAre("reading the SMM's status", "end"));
+  EXPECT_THAT(observer_.events, ElementsAre("reading the SMM's status", "attempt 1 of 6", "end"));
 }
 
 TEST_F(ObserverTest, FailureOutsideAWaitIsToldToo) {
-  TheScript().name = [](std::string&) {
-    return LoseConnection(FailureCause::Silence, "no answer");
-  };
+  settings_.attempts = 1;
+  smm_.Lose(kAfterBeginning, FailureCause::Silence, "no answer", 1);
   Read({Part::Identity});
-  EXPECT_THAT(observer_.events,
-              ElementsAre("reading the SMM's status", "end", "failed: no answer"));
+  ASSERT_GE(observer_.events.size(), 2U);
+  EXPECT_EQ(observer_.events[observer_.events.size() - 2], "end");
+  EXPECT_EQ(observer_.events.back(), "failed: no answer");
 }
 
 TEST_F(ObserverTest, LinesAreToldUpToTheLevelAskedFor) {
   observer_.logLevel = 2;
-  TheScript().name = [](std::string&) {
-    WriteLine(1, kLibrary, "a\x1b");
-    WriteLine(2, kLibrary, "b");
-    WriteLine(3, kLibrary, "c");
-    return StatusCode::Success;
-  };
+  smm_.Change("GetSmmName", [](Exchange&) {
+    WriteLine(1, "a\x1b");
+    WriteLine(2, "b");
+    WriteLine(3, "c");
+  });
   Read({Part::Identity});
   EXPECT_THAT(observer_.lines, ElementsAre("a\x1b", "b"));
 }
 
 TEST_F(ObserverTest, DebugLinesAreWrittenOnlyForWhoeverAsks) {
   unsigned int threshold = 0;
-  TheScript().name = [&threshold](std::string&) {
-    threshold = Log::GetMinLogLevel();
-    return StatusCode::Success;
-  };
+  smm_.Change("GetSmmName", [&threshold](Exchange&) { threshold = Log::GetMinLogLevel(); });
   Read({Part::Identity});
   EXPECT_EQ(threshold, 3U);
   observer_.logLevel = 4;
@@ -81,24 +83,17 @@ TEST_F(ObserverTest, LinesOfAPassDoNotReachTheHandlerOfTheProcess) {
   std::vector<std::string> lines;
   Standalone::SetLogLineHandler(
       [&lines](const Standalone::LogLine& line) { lines.push_back(line.text); });
-  TheScript().name = [](std::string&) {
-    WriteLine(1, kLibrary, "of the pass");
-    return StatusCode::Success;
-  };
+  smm_.Change("GetSmmName", [](Exchange&) { WriteLine(1, "of the pass"); });
   Read({Part::Identity});
-  WriteLine(1, kLibrary, "afterwards");
+  WriteLine(1, "afterwards");
   Standalone::SetLogLineHandler({});
   EXPECT_THAT(lines, ElementsAre("afterwards"));
 }
 
 TEST_F(ObserverTest, ObserverThatOverridesNothingIsToldNothing) {
-  TheScript().construct = [] {
-    WriteLine(3, kLibrary, "Try to get SMM status, retry 1 time");
-    LoseConnection(FailureCause::Silence, "no answer");
-    EndAnswered(0, 14);
-  };
+  smm_.Lose(kAfterDetection, FailureCause::Silence, "no answer", 1);
   Observer nobody;
-  EXPECT_TRUE(Enclosure(EnclosureSettings()).Read({}, nobody).detection);
+  EXPECT_TRUE(Enclosure(settings_).Read({}, nobody).detection);
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
+#include "tests/doubles/Operations.h"
 #include "tests/reading/ScriptedEnclosure.h"
 
 // Which parts a pass reads, in which order, and what it says of their times.
@@ -16,17 +18,29 @@ using testing::ElementsAre;
 using testing::Ge;
 using testing::Le;
 using testing::Lt;
+using testing::UnorderedElementsAreArray;
 
 using PartsTest = ScriptedEnclosure;
 
 TEST_F(PartsTest, EverythingIsAskedOnceAndInOrder) {
+  Read();
+  std::vector<std::string> partByPart = smm_.Asked();
+  const std::size_t beginning = partByPart.size();
+  for (const Part part : kEverything) {
+    Read({part});
+    const std::vector<std::string> asked = smm_.Asked();
+    partByPart.insert(partByPart.end(), asked.begin() + static_cast<std::ptrdiff_t>(beginning),
+                      asked.end());
+  }
   Read(kEverything);
-  EXPECT_THAT(
-      TheScript().asked,
-      ElementsAre("generation", "construction", "PSU status", "machine type", "serial number",
-                  "firmware version", "name", "chassis power", "power caps", "status of node 1",
-                  "status of node 2", "status of node 3", "status of node 4", "power of node 1",
-                  "power of node 2", "power of node 3", "power of node 4", "fans", "firmware"));
+  EXPECT_EQ(smm_.Asked(), partByPart);
+  // Apart from the selection, and the status that the construction reads.
+  Steps steps = Double::OperationNames();
+  for (const char* const unasked : {"SelectPSU", "GetSMMStatus"}) {
+    steps.erase(std::remove(steps.begin(), steps.end(), unasked), steps.end());
+  }
+  EXPECT_THAT(partByPart,
+              UnorderedElementsAreArray(smm_.Requests(Steps{kDetection, kConstruction} + steps)));
 }
 
 TEST_F(PartsTest, OrderIsThatOfTheListOfAllParts) {
@@ -51,18 +65,14 @@ TEST_F(PartsTest, WhatWasNotAskedForIsEmpty) {
 }
 
 TEST_F(PartsTest, SelectionIsOfAPassOfItsOwn) {
-  Enclosure(EnclosureSettings()).SelectPsu(3, observer_);
+  SelectPsu(3);
   EXPECT_THAT(observer_.parts, ElementsAre(Part::Detection, Part::PsuSelection));
-  EXPECT_THAT(TheScript().asked,
-              ElementsAre("generation", "construction", "PSU status", "selection of PSU 3"));
+  ExpectAsked(kBeginning + Steps{"SelectPSU"}, 3);
   EXPECT_FALSE(Read({Part::PsuSelection}).psuSelection);
 }
 
 TEST_F(PartsTest, UnknownGenerationIsTheFailureOfTheWholePass) {
-  TheScript().generation = [](SMMIype&) {
-    LoseConnection(FailureCause::Silence, "no answer");
-    return 1;
-  };
+  smm_.Lose(0, FailureCause::Silence, "no answer");
   const Reading reading = Read(kEverything);
   ASSERT_TRUE(reading.failure);
   EXPECT_EQ(reading.failure->status, StatusCode::NotConnected);
@@ -70,14 +80,13 @@ TEST_F(PartsTest, UnknownGenerationIsTheFailureOfTheWholePass) {
   EXPECT_GE(reading.failure->askedAt, reading.readAt);
   EXPECT_FALSE(reading.detection);
   EXPECT_THAT(observer_.parts, ElementsAre());
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation"));
+  ExpectAsked({kInVain});
 }
 
 TEST_F(PartsTest, SmmThatWasLostFailsEveryQueryAndIsAskedOnce) {
-  TheScript().construct = [] { EndUnanswered(FailureCause::Silence, "no answer"); };
-  TheScript().psuStatus = [](std::vector<PSUStatus>&) { return StatusCode::NotConnected; };
+  smm_.Lose(kAfterDetection, FailureCause::Silence, "no answer");
   const Reading reading = Read(kEverything);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
+  ExpectAsked({kDetection, kConstructionInVain, kInVain});
   EXPECT_EQ(reading.detection->generation.status, StatusCode::Success);
   EXPECT_EQ(reading.detection->platformId.status, StatusCode::NotConnected);
   EXPECT_EQ(reading.identity->name.status, StatusCode::NotConnected);
@@ -88,18 +97,14 @@ TEST_F(PartsTest, SmmThatWasLostFailsEveryQueryAndIsAskedOnce) {
 }
 
 TEST_F(PartsTest, AddressNamesHostAndPort) {
-  EnclosureSettings settings;
-  settings.host = "2001:db8::1";
-  settings.port = 6230;
-  EXPECT_EQ(Enclosure(settings).Read({}, observer_).address, "[2001:db8::1]:6230");
+  settings_.host = "2001:db8::1";
+  settings_.port = 6230;
+  EXPECT_EQ(Read().address, "[2001:db8::1]:6230");
 }
 
 TEST_F(PartsTest, EachQueryTellsWhenItWasAskedAndHowLongItTook) {
   constexpr milliseconds kShort{5};
-  TheScript().serialNumber = [&](std::string&) {
-    std::this_thread::sleep_for(kShort);
-    return StatusCode::Success;
-  };
+  smm_.Change("GetSmmSN", [&](Double::Exchange&) { std::this_thread::sleep_for(kShort); });
   const auto before = system_clock::now();
   const Reading reading = Read({Part::Identity});
   const QueryOutcome& machineType = reading.identity->machineType;

@@ -3,8 +3,11 @@
 #include <future>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 #include "platform/GlobalConfig.h"
+#include "platform/Log.h"
+#include "platform/standalone/globalconfig/ThreadConfig.h"
 #include "tests/reading/ScriptedEnclosure.h"
 
 // What one pass leaves for the next, and for another one at the same time.
@@ -12,26 +15,17 @@
 namespace Tavrin {
 namespace {
 
+using Double::Bytes;
+using Double::Exchange;
 using testing::ElementsAre;
+using testing::SizeIs;
 
 class PassesTest : public ScriptedEnclosure {
  protected:
   /// One more pass over the same enclosure.
   Reading ReadAgain(const std::vector<Part>& parts = {}) {
-    TheScript().asked.clear();
+    smm_.platform.ForgetWhatHappened();
     return enclosure_.Read(parts, observer_);
-  }
-  static void BeAway() {
-    TheScript().generation = [](SMMIype&) {
-      LoseConnection(FailureCause::Silence, "no answer");
-      return 1;
-    };
-  }
-  static void Refuse() {
-    TheScript().generation = [](SMMIype&) {
-      LoseConnection(FailureCause::PasswordRefused, "wrong password");
-      return 1;
-    };
   }
 
   Enclosure enclosure_{EnclosureSettings()};
@@ -40,174 +34,165 @@ class PassesTest : public ScriptedEnclosure {
 TEST_F(PassesTest, ObjectOfASoundPassIsTakenForTheNext) {
   ReadAgain();
   const Reading reading = ReadAgain({Part::Identity});
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "PSU status", "machine type",
-                                             "serial number", "firmware version", "name"));
+  ExpectAsked(kBeginningAgain + kIdentitySteps);
   EXPECT_EQ(reading.detection->platformId.value.value, 254);
   EXPECT_EQ(reading.identity->name.status, StatusCode::Success);
 }
 
 TEST_F(PassesTest, ReadingsAreNotThoseOfThePassBefore) {
-  ReadAgain();
-  TheScript().psuStatus = PsuSlots(6);
-  EXPECT_EQ(ReadAgain().detection->psuSlotCount.value.value, 6);
+  EXPECT_EQ(ReadAgain({Part::PsuStatus}).psuStatus->status, StatusCode::Success);
+  smm_.Change("GetPSUStatus", Refuses());
+  EXPECT_EQ(ReadAgain({Part::PsuStatus}).psuStatus->status, StatusCode::UnusableAnswer);
 }
 
 TEST_F(PassesTest, EnclosureThatIsAwayAndComesBackIsReadAgain) {
   ReadAgain();
-  BeAway();
+  smm_.Lose(0, FailureCause::Silence, "no answer");
   EXPECT_EQ(ReadAgain().failure->cause.words, "no answer");
-  TheScript().generation = Generation(SMM_FIRST_GENERATION);
+  smm_.Heal();
   const Reading reading = ReadAgain({Part::PowerCaps});
   EXPECT_FALSE(reading.failure);
   EXPECT_EQ(reading.powerCaps->status, StatusCode::Success);
-  EXPECT_THAT(TheScript().asked,
-              ElementsAre("generation", "construction", "PSU status", "power caps"));
+  ExpectAsked(kBeginning + Steps{"GetChassisPowerCap"});
 }
 
 TEST_F(PassesTest, EnclosureThatWasNeverThereIsReadOnceItIs) {
-  BeAway();
+  smm_.Lose(0, FailureCause::Silence, "no answer");
   EXPECT_TRUE(ReadAgain().failure);
-  TheScript().generation = Generation(SMM_FIRST_GENERATION);
+  smm_.Heal();
   EXPECT_FALSE(ReadAgain().failure);
 }
 
 TEST_F(PassesTest, EnclosureThatGetsLostInAPassIsConstructedAnewInTheNext) {
-  TheScript().name = [](std::string&) { return LoseConnection(FailureCause::Silence, "gone"); };
+  smm_.Lose(kAfterBeginning + 3, FailureCause::Silence, "gone");
   EXPECT_EQ(ReadAgain({Part::Identity}).identity->name.cause.words, "gone");
-  TheScript().name = [](std::string&) { return StatusCode::Success; };
+  smm_.Heal();
   EXPECT_EQ(ReadAgain({Part::Identity}).identity->name.status, StatusCode::Success);
-  EXPECT_EQ(TheScript().asked.at(1), "construction");
+  ExpectAsked(kBeginning + kIdentitySteps);
 }
 
 TEST_F(PassesTest, QueryThatTheSmmRefusesLeavesTheObject) {
-  TheScript().name = [](std::string&) {
-    EndAnswered(0xC1, 0);
-    return StatusCode::UnusableAnswer;
-  };
-  ReadAgain({Part::Identity});
+  smm_.Change("GetSmmName", Refuses());
+  EXPECT_EQ(ReadAgain({Part::Identity}).identity->name.status, StatusCode::UnusableAnswer);
   ReadAgain();
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "PSU status"));
+  ExpectAsked(kBeginningAgain);
 }
 
 TEST_F(PassesTest, StatusThatWasNotReadIsReadInTheNextPass) {
-  RefuseStatus();
+  smm_.ChangeConstruction(Refuses());
   EXPECT_EQ(ReadAgain().detection->platformId.status, StatusCode::NoUsableResult);
-  TheScript().construct = [] { EndAnswered(0, 14); };
+  smm_.Heal();
   EXPECT_EQ(ReadAgain().detection->platformId.status, StatusCode::Success);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
+  ExpectAsked(kBeginning);
 }
 
 TEST_F(PassesTest, LossOfOnePassHoldsInThatPassAlone) {
-  TheScript().construct = [] { EndUnanswered(FailureCause::Silence, "no answer"); };
-  TheScript().psuStatus = [](std::vector<PSUStatus>&) {
-    return LoseConnection(FailureCause::Silence, "no answer");
-  };
+  smm_.Lose(kAfterDetection, FailureCause::Silence, "no answer");
   EXPECT_EQ(ReadAgain({Part::PowerCaps}).powerCaps->status, StatusCode::NotConnected);
-  TheScript() = SoundEnclosure();
+  smm_.Heal();
   EXPECT_EQ(ReadAgain({Part::PowerCaps}).powerCaps->status, StatusCode::Success);
 }
 
 TEST_F(PassesTest, NewGenerationIsNoticedAndTheObjectConstructedAnew) {
   ReadAgain();
   int given = -1;
-  TheScript().generation = [](SMMIype& type) {
+  smm_.generation = SMM_SECOND_GENERATION;
+  smm_.ChangeDetection([](Exchange&) {
     // What the pass before was constructed with must not be what is taken for configured.
     EXPECT_EQ(GetGlobalConfigValue("SMM_TYPE", -1), -1);
-    return Give(type, SMM_SECOND_GENERATION);
-  };
-  TheScript().construct = [&given] {
-    given = GetGlobalConfigValue("SMM_TYPE", -1);
-    EndAnswered(0, 14);
-  };
+  });
+  smm_.ChangeConstruction([&given](Exchange&) { given = GetGlobalConfigValue("SMM_TYPE", -1); });
   const Reading reading = ReadAgain();
   EXPECT_EQ(reading.detection->generation.value.value, SMM_SECOND_GENERATION);
   EXPECT_EQ(given, SMM_SECOND_GENERATION);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
+  ExpectAsked(kBeginning);
 }
 
 TEST_F(PassesTest, ObjectThatMayNotFitTheSmmAnyMoreIsConstructedAnew) {
-  const std::vector<std::uint8_t> before = TheScript().statusAnswer;
-  std::vector<std::uint8_t> otherPlatform = before;
-  otherPlatform.at(0) = 0xFD;
-  std::vector<std::uint8_t> otherSlots = before;
-  otherSlots.at(13) = 0x03;
-  const std::vector<std::uint8_t> tooShort(13);
-  const std::vector<std::uint8_t> ofAConfiguredGeneration;
-  for (const auto& now : {otherPlatform, otherSlots, tooShort, ofAConfiguredGeneration}) {
-    TheScript().statusAnswer = before;
+  constexpr std::uint8_t kSixSlots = 0x04;
+  constexpr std::uint8_t kNineSlots = 0x03;
+  smm_.generation = SMM_SECOND_GENERATION;
+  const Bytes otherPlatform = Double::StatusAnswer(0xFE, kNineSlots);
+  const Bytes otherSlots = Double::StatusAnswer(0xFD, kSixSlots);
+  Bytes tooShort = Double::StatusAnswer(0xFD, kNineSlots);
+  tooShort.pop_back();
+  for (const Bytes& now : {otherPlatform, otherSlots, tooShort}) {
+    smm_.Heal();
     ReadAgain();
-    TheScript().statusAnswer = now;
+    smm_.ChangeDetection(Gives(now));
     ReadAgain();
-    EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
+    ExpectAsked(kBeginning);
   }
+}
+
+TEST_F(PassesTest, ObjectIsConstructedAnewWhereTheGenerationIsConfigured) {
+  ReadAgain();
+  const Standalone::ThreadConfig configured({{"SMM_TYPE", SMM_FIRST_GENERATION}});
+  ReadAgain();
+  EXPECT_THAT(smm_.Asked(), SizeIs(kAfterBeginning));
 }
 
 TEST_F(PassesTest, OtherBytesOfTheStatusLeaveTheObject) {
   ReadAgain();
-  TheScript().statusAnswer.at(1) = 0xFF;
-  TheScript().statusAnswer.push_back(0xFF);
+  smm_.ChangeDetection([](Exchange& exchange) {
+    exchange.response.at(1) ^= 0xFFU;
+    exchange.response.push_back(0xFF);
+  });
   ReadAgain();
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "PSU status"));
+  ExpectAsked(kBeginningAgain);
 }
 
 TEST_F(PassesTest, RefusedPasswordStopsThePassThatItHappenedInAlone) {
-  Refuse();
+  smm_.Lose(0, FailureCause::PasswordRefused, "wrong password");
   const Reading refused = ReadAgain(kEverything);
   EXPECT_EQ(refused.failure->cause.kind, FailureCause::PasswordRefused);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation"));
+  ExpectAsked({kInVain});
 
+  smm_.Heal();
   int attemptsAllowed = -1;
-  TheScript().generation = [&attemptsAllowed](SMMIype& type) {
+  smm_.ChangeDetection([&attemptsAllowed](Exchange&) {
     attemptsAllowed = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", 3);
-    EndAnswered(0, 14);
-    return Give(type, SMM_FIRST_GENERATION);
-  };
+  });
   const Reading reading = ReadAgain({Part::Identity});
   EXPECT_EQ(attemptsAllowed, 3);
   EXPECT_EQ(reading.identity->name.status, StatusCode::Success);
 }
 
 TEST_F(PassesTest, RefusalInTheMiddleOfAPassEndsWithIt) {
-  TheScript().machineType = [](std::string&) {
-    return LoseConnection(FailureCause::PasswordRefused, "wrong password");
-  };
+  smm_.Lose(kAfterBeginning, FailureCause::PasswordRefused, "wrong password");
   EXPECT_EQ(ReadAgain({Part::Identity}).identity->name.cause.words, "wrong password");
-  TheScript().machineType = [](std::string&) { return StatusCode::Success; };
-  TheScript().generation = [](SMMIype& type) {
-    EndAnswered(0, 14);
-    return Give(type, SMM_FIRST_GENERATION);
-  };
+  smm_.Heal();
   EXPECT_EQ(ReadAgain({Part::Identity}).identity->name.status, StatusCode::Success);
 }
 
 TEST_F(PassesTest, ExceptionOfTheConstructionLeavesNoObject) {
-  TheScript().construct = [] { throw std::runtime_error("out of order"); };
+  smm_.ChangeConstruction(Throws(std::runtime_error("out of order")));
   EXPECT_THROW(ReadAgain(), std::runtime_error);
-  TheScript().construct = [] { EndAnswered(0, 14); };
+  smm_.Heal();
   EXPECT_TRUE(ReadAgain().detection);
-  EXPECT_THAT(TheScript().asked, ElementsAre("generation", "construction", "PSU status"));
+  ExpectAsked(kBeginning);
 }
 
 TEST_F(PassesTest, LibraryGetsTheSettingsOfTheEnclosure) {
-  EnclosureSettings settings;
-  settings.password = "sesame";
-  settings.cipherSuite = 17;
-  settings.privilegeLevel = 2;
-  settings.workaroundFlags = 16;
-  settings.attempts = 5;
-  settings.sessionTimeoutMs = 1234;
-  settings.retransmissionTimeoutMs = 250;
+  settings_.password = "sesame";
+  settings_.cipherSuite = 17;
+  settings_.privilegeLevel = 2;
+  settings_.workaroundFlags = 16;
+  settings_.attempts = 5;
+  settings_.sessionTimeoutMs = 1234;
+  settings_.retransmissionTimeoutMs = 250;
   std::vector<int> values;
-  TheScript().construct = [&values] {
+  smm_.ChangeConstruction([&values](Exchange&) {
+    values.clear();
     for (const char* const key : {"IPMI_CIPHER_SUITE", "IPMI_PRIVILEGE_LEVEL",
                                   "IPMI_WORKAROUND_FLAGS", "IPMI_CONNECT_RETRY_TIMES",
                                   "IPMI_SESSION_TIMEOUT_MS", "IPMI_RETRANSMISSION_TIMEOUT_MS"}) {
       values.push_back(GetGlobalConfigValue(key, -1));
     }
-  };
-  Enclosure(settings).Read({}, observer_);
+  });
+  // The client compares the password with the one expected.
+  Read();
   EXPECT_THAT(values, ElementsAre(17, 2, 16, 5, 1234, 250));
-  EXPECT_EQ(TheScript().password, "sesame");
   EXPECT_EQ(GetGlobalConfigValue("IPMI_CIPHER_SUITE", -1), -1);
 }
 
@@ -223,16 +208,17 @@ struct Seen {
 Seen ReadBeside(int cipherSuite, SMMIype generation, std::promise<void>& here,
                 const std::shared_future<void>& there) {
   Seen seen;
-  TheScript() = SoundEnclosure();
-  TheScript().generation = Generation(generation);
-  TheScript().construct = [&] {
+  ScriptedSmm smm(generation);
+  smm.ChangeConstruction([&, isFirst = true](Exchange&) mutable {
+    if (!std::exchange(isFirst, false)) {
+      return;
+    }
     here.set_value();
     there.wait();
     seen.cipherSuite = GetGlobalConfigValue("IPMI_CIPHER_SUITE", -1);
     seen.smmType = GetGlobalConfigValue("SMM_TYPE", -1);
-    WriteLine(1, kLibrary, "generation " + std::to_string(generation));
-    EndAnswered(0, 14);
-  };
+    Log(1, "SMMInventoryImpl", 7).Stream() << "generation " << static_cast<int>(generation);
+  });
   EnclosureSettings settings;
   settings.cipherSuite = cipherSuite;
   Recorder observer;

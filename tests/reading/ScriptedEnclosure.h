@@ -6,81 +6,106 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "platform/Log.h"
+#include "platform/standalone/logger/ThreadLog.h"
 #include "reading/Enclosure.h"
-#include "tests/reading/InventoryDouble.h"
+#include "tests/doubles/PlatformDouble.h"
 
 namespace Tavrin {
 
-constexpr const char* kLibrary = "module/smm/smm_inventory/impl/SMMInventoryImpl";
-constexpr const char* kClient = "platform/standalone/ipmi_client/IpmiClient";
-
 using Standalone::FailureCause;
 
-inline void WriteLine(unsigned int level, const std::string& source, const std::string& text) {
-  if (level <= Log::GetMinLogLevel()) {
-    Log(level, source, 7).Stream() << text;
+/// What a pass asks, step by step: operations of SMMInventory and the following.
+using Steps = std::vector<std::string>;
+constexpr const char* kDetection = "detection";
+constexpr const char* kConstruction = "construction";
+constexpr const char* kConstructionInVain = "construction in vain";  ///< None of it connects.
+constexpr const char* kInVain = "one exchange in vain";
+
+/// What each pass over an SMM begins with that was not read before.
+const Steps kBeginning = {kDetection, kConstruction, "GetPSUStatus"};
+
+/// How often a construction reads the status.
+constexpr std::size_t kStatusReads = 6;
+
+// How many exchanges have been made then.
+constexpr std::size_t kAfterDetection = 1;
+constexpr std::size_t kAfterConstruction = kAfterDetection + kStatusReads;
+constexpr std::size_t kAfterBeginning = kAfterConstruction + 1;
+
+/// What each further pass begins with.
+const Steps kBeginningAgain = {kDetection, "GetPSUStatus"};
+
+const Steps kIdentitySteps = {"GetSmmMT", "GetSmmSN", "GetSmmVersion", "GetSmmName"};
+
+Steps operator+(Steps first, const Steps& second);
+
+/// One SMM, behind the client of the thread that makes it. It gives its generation's sample
+/// answers, but for what a test changes.
+class ScriptedSmm {
+ public:
+  /// Changes the answer to a request: the exchange holds that, and the answer as it is so far. May
+  /// throw, or do something else at the time.
+  using Answering = std::function<void(Double::Exchange&)>;
+
+  explicit ScriptedSmm(SMMIype ofGeneration = SMM_FIRST_GENERATION);
+  ~ScriptedSmm() { Double::UseOnThisThread(before_); }
+  ScriptedSmm(const ScriptedSmm&) = delete;
+  ScriptedSmm& operator=(const ScriptedSmm&) = delete;
+
+  /// Changes the answers to whatever the operation of SMMInventory sends.
+  void Change(const std::string& operation, Answering answering) {
+    changes_.emplace_back(operation, std::move(answering));
   }
-}
 
-/// How an exchange ends with an answer of so many bytes.
-inline void EndAnswered(std::uint8_t completionCode, std::size_t length) {
-  TheScript().exchange = {};
-  TheScript().exchange.isAnswered = true;
-  TheScript().exchange.completionCode = completionCode;
-  TheScript().exchange.answerLength = length;
-}
+  /// Changes the answers to the status requests of a construction alone, and of the detection
+  /// alone.
+  void ChangeConstruction(const Answering& answering);
+  void ChangeDetection(const Answering& answering);
 
-inline void EndUnanswered(FailureCause cause, const std::string& words) {
-  TheScript().exchange = {};
-  TheScript().exchange.cause = cause;
-  TheScript().exchange.words = words;
-}
+  /// Opens no connection for so many exchanges of a pass, behind the first ones.
+  void Lose(std::size_t first, FailureCause cause, const std::string& words,
+            std::size_t count = SIZE_MAX);
 
-/// An exchange that opens no connection.
-inline int LoseConnection(FailureCause cause, const std::string& words) {
-  EndUnanswered(cause, words);
-  WriteLine(2, kClient, "connect failed: " + words + "; advice in terms of IPMI_KEY");
-  WriteLine(1, kLibrary, "connect failed with error:3");
-  return StatusCode::NotConnected;
-}
+  /// Takes every change and loss back.
+  void Heal();
 
-template <typename Value>
-int Give(Value& out, const Value& value) {
-  out = value;
-  return StatusCode::Success;
-}
+  /// The requests that have arrived since the pass began, and what came in vain.
+  [[nodiscard]] std::vector<std::string> Asked() const;
 
-inline std::function<int(SMMIype&)> Generation(SMMIype generation) {
-  return [generation](SMMIype& type) { return Give(type, generation); };
-}
+  /// What Asked() gives after these steps. Operations on nodes ask all of them.
+  std::vector<std::string> Requests(const Steps& steps, int psu = 1);
 
-inline std::function<int(std::vector<PSUStatus>&)> PsuSlots(std::size_t count,
-                                                            int status = StatusCode::Success) {
-  return [=](std::vector<PSUStatus>& out) {
-    out.assign(count, {"not trigger", "trigger", "present", "not power good"});
-    return status;
-  };
-}
+  SMMIype generation;
+  Double::Platform platform;
 
-/// An SMM whose status is refused, each time that it is read.
-inline void RefuseStatus() {
-  TheScript().construct = [] {
-    WriteLine(3, kLibrary, "Try to get SMM status, retry 6 times");
-    EndAnswered(0xC1, 0);
-    WriteLine(2, kLibrary, "response is empty or completeCode: \xc1");
-  };
-}
+ private:
+  [[nodiscard]] Double::Exchange NextExchange() const;
+  void Answer(Double::Exchange& exchange) const;
 
-/// A whole enclosure of the first generation and of platform 254, with two PSU slots.
-inline InventoryScript SoundEnclosure() {
-  InventoryScript script;
-  script.generation = Generation(SMM_FIRST_GENERATION);
-  script.construct = [] { EndAnswered(0, 14); };
-  script.psuStatus = PsuSlots(2);
-  return script;
+  Double::Platform* before_;
+  std::vector<std::pair<std::string, Answering>> changes_;
+  std::size_t lossBegin_ = 0;
+  std::size_t lossCount_ = 0;
+  FailureCause lossCause_ = FailureCause::None;
+  std::string lossWords_;
+};
+
+/// Answers with these bytes.
+ScriptedSmm::Answering Gives(const Double::Bytes& response, std::uint8_t completionCode = 0);
+
+/// Refuses with 0xC1 and no bytes.
+ScriptedSmm::Answering Refuses(std::uint8_t completionCode = 0xC1);
+
+/// Gives no answer to a request that got there.
+ScriptedSmm::Answering FallsSilent(FailureCause cause, const std::string& words);
+
+/// Throws in the place of an answer.
+template <typename Exception>
+ScriptedSmm::Answering Throws(const Exception& exception) {
+  return [exception](Double::Exchange&) { throw exception; };
 }
 
 /// Keeps what an observer is told.
@@ -102,19 +127,25 @@ class Recorder : public Observer {
   std::vector<Part> parts;
 };
 
-/// A test on a sound enclosure; each test changes what it is about.
+/// A test on a sound enclosure of the first generation; each test changes what it is about.
 class ScriptedEnclosure : public testing::Test {
  protected:
-  ScriptedEnclosure() { TheScript() = SoundEnclosure(); }
+  ScriptedEnclosure();
 
   /// One pass over an enclosure that was not read before.
-  Reading Read(const std::vector<Part>& parts = {}) {
-    return Enclosure(EnclosureSettings()).Read(parts, observer_);
-  }
-  Query<PsuSelection> SelectPsu(int psu) {
-    return *Enclosure(EnclosureSettings()).SelectPsu(psu, observer_).psuSelection;
+  Reading Read(const std::vector<Part>& parts = {});
+  Query<PsuSelection> SelectPsu(int psu);
+
+  /// Expects that this is all that was asked in the last pass.
+  void ExpectAsked(const Steps& steps, int psu = 1) {
+    EXPECT_EQ(smm_.Asked(), smm_.Requests(steps, psu));
   }
 
+  /// How often the client was told to connect in the last pass.
+  [[nodiscard]] std::ptrdiff_t Connects() const;
+
+  ScriptedSmm smm_;
+  EnclosureSettings settings_;
   Recorder observer_;
 };
 

@@ -25,9 +25,13 @@ class AnyAnswer : public InventoryTest,
     return exchange;
   }
 
+  void Repeat(const Exchange& exchange) {
+    platform.improvise = [exchange] { return exchange; };
+  }
+
   /// The answers that follow the next one.
   Exchange FollowedBy(Exchange exchange, const Exchange& following) {
-    exchange.afterSend = [this, following] { platform.everyExchange = following; };
+    exchange.afterSend = [this, following] { Repeat(following); };
     return exchange;
   }
 
@@ -35,7 +39,7 @@ class AnyAnswer : public InventoryTest,
   /// lines, and how often it sent and paused.
   std::string Run(const Exchange& exchange) {
     platform.ForgetWhatHappened();
-    platform.everyExchange = exchange;
+    Repeat(exchange);
     std::string text = Ask(std::get<0>(GetParam()), 1);
     for (const Line& line : platform.lines) {
       text += line.text + '\n';
