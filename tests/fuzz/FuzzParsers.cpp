@@ -19,7 +19,7 @@
 #include "reading/EnclosureSettings.h"
 #include "reading/Wiping.h"
 #include "simulator/Controller.h"
-#include "simulator/Enclosure.h"
+#include "simulator/EnclosureKind.h"
 #include "simulator/Scenario.h"
 #include "simulator/ScenarioValue.h"
 #include "tests/fuzz/DatagramChecks.h"
@@ -203,7 +203,7 @@ void CheckOverride(const Simulator::Override& override) {
   Require(override.silent != answers, "an override is silent, or answers");
 }
 
-void CheckEnclosure(const Simulator::Enclosure& enclosure) {
+void CheckEnclosure(const Simulator::EnclosureState& enclosure) {
   Require(IsPrintable(enclosure.machineType) &&
               enclosure.machineType.size() <= Simulator::kMaxMachineType &&
               IsPrintable(enclosure.serialNumber) &&

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "simulator/EnclosureKind.h"
+
 namespace Tavrin::Simulator {
 namespace {
 
@@ -255,8 +257,8 @@ INSTANTIATE_TEST_SUITE_P(
     NameOf);
 
 /// Every PSU has other flags than the rest; no two flags have the same bits.
-Enclosure WithFlags(EnclosureKind kind) {
-  Enclosure enclosure = MakeEnclosure(kind);
+EnclosureState WithFlags(EnclosureKind kind) {
+  EnclosureState enclosure = MakeEnclosure(kind);
   enclosure.psus.front().earlyPowerOffWarning = true;
   enclosure.psus[1].throttle = true;
   enclosure.psus.front().powerGood = false;
@@ -270,7 +272,7 @@ TEST(PsuFlagsAnswer, FirstGenerationHasOneByteAFlag) {
 }
 
 TEST(PsuFlagsAnswer, SecondGenerationHasEarlyPowerOffWarningThrottlePowerGoodAndPresence) {
-  Enclosure enclosure = WithFlags(kSecond253);
+  EnclosureState enclosure = WithFlags(kSecond253);
   enclosure.psus.back().throttle = true;
   enclosure.psus[3].present = false;
   EXPECT_EQ(EncodeAnswer(enclosure, {0x32, 0x91, {}}).data,
@@ -278,8 +280,8 @@ TEST(PsuFlagsAnswer, SecondGenerationHasEarlyPowerOffWarningThrottlePowerGoodAnd
 }
 
 TEST(AbsentPsu, LetsNobodyReadItsRegisters) {
-  Enclosure first = MakeEnclosure(kFirst);
-  Enclosure second = MakeEnclosure(kSecond254);
+  EnclosureState first = MakeEnclosure(kFirst);
+  EnclosureState second = MakeEnclosure(kSecond254);
   first.psus.back().present = false;
   second.psus.back().present = false;
   EXPECT_EQ(EncodeAnswer(first, {0x06, 0x52, {0x0D, 0xD0, 0x02, 0xFC}}).completionCode, 0x83);
@@ -290,7 +292,7 @@ TEST(AbsentPsu, LetsNobodyReadItsRegisters) {
 
 /// The bytes behind the front of every answer that consists of readings.
 std::vector<Bytes> Readings(EnclosureKind kind) {
-  const Enclosure enclosure = MakeEnclosure(kind);
+  const EnclosureState enclosure = MakeEnclosure(kind);
   const std::uint8_t whole = kind == kSecond253 ? 0x0D : 0x05;
   std::vector<Request> requests = {{0x32, 0x98, {whole}}, {0x32, 0x9D, {whole}}};
   for (std::uint8_t node = 1; node <= enclosure.nodes.size(); ++node) {
@@ -374,7 +376,7 @@ struct LengthCase {
 class RequestLength : public testing::TestWithParam<LengthCase> {};
 
 TEST_P(RequestLength, OtherThanTheCommandsGetsInvalidLength) {
-  const Enclosure enclosure = MakeEnclosure(GetParam().kind);
+  const EnclosureState enclosure = MakeEnclosure(GetParam().kind);
   for (std::size_t length = 0; length <= 6; ++length) {
     const Answer answer =
         EncodeAnswer(enclosure, {GetParam().netFn, GetParam().command, Bytes(length)});
