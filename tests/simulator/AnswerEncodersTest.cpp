@@ -2,11 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "module/smm/smm_inventory/SMMInventory.h"
 #include "simulator/EnclosureKind.h"
+#include "simulator/Scenario.h"
+#include "tests/doubles/Operations.h"
+#include "tests/doubles/PlatformDouble.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -28,19 +33,68 @@ Bytes Text(const std::string& text) {
   return bytes;
 }
 
-TEST(StatusAnswer, FirstGenerationBeginsWithTheRevision) {
-  const Answer answer = Ask(kFirst, 0xA8, {});
-  EXPECT_EQ(answer.completionCode, 0x00);
-  EXPECT_EQ(answer.data,
-            (Bytes{0x01, 0x05, 0xA1, 0xA2, 0xA3, 'F', 'G', 'E', 'N', '7', 0, 0, 0, 0, 0, 0}));
+/// Each operation of the library against the enclosure of its generation, with texts that fill
+/// their fields.
+class SampleAnswer : public testing::TestWithParam<SMMIype> {
+ protected:
+  static EnclosureState Sampled(SMMIype generation) {
+    const bool isFirst = generation == SMM_FIRST_GENERATION;
+    return ParseScenario(isFirst ? R"({"enclosure": {"buildName": "FGEN70",
+                                       "serialNumber": "SIM100010001",
+                                       "name": "first rack, enclosure 17"}})"
+                                 : R"({"enclosure": {"buildName": "SGEN30",
+                                       "serialNumber": "SIM253012530",
+                                       "name": "second rack, enclosure 4"}})",
+                         "texts", MakeEnclosure(isFirst ? kFirst : kSecond253))
+        .enclosure;
+  }
+
+  SampleAnswer() {
+    Double::Platform& platform = Double::ThePlatform();
+    platform = {};
+    platform.logThreshold = 0;
+    platform.smmType = GetParam();
+    platform.answerTo = [this](const IPMICOMMAND& asked) -> const Bytes& {
+      requests.push_back({asked.netFn, asked.cmd, asked.data});
+      given = EncodeAnswer(enclosure, requests.back());
+      EXPECT_EQ(given.completionCode, 0x00);
+      return given.data;
+    };
+  }
+  ~SampleAnswer() override { Double::ThePlatform() = {}; }
+
+  const EnclosureState enclosure = Sampled(GetParam());
+  std::vector<Request> requests;
+  Answer given;
+};
+
+bool IsFor(const Request& request, const Double::SampleAnswer& sample) {
+  return request.command == sample.command &&
+         (!sample.lastByte || request.data.back() == *sample.lastByte);
 }
 
-TEST(StatusAnswer, Platform253HasPlatformIdInFrontAndTypeOfNineSlotsAtByte13) {
-  const Answer answer = Ask(kSecond253, 0xA8, {});
-  EXPECT_EQ(answer.completionCode, 0x00);
-  EXPECT_EQ(answer.data,
-            (Bytes{0xFD, 0x02, 0x1A, 0xB1, 0xB2, 0xB3, 'S', 'G', 'E', 'N', '3', 0, 0, 0x03, 0, 0}));
+TEST_P(SampleAnswer, IsTheEnclosuresByteForByte) {
+  SMMInventory inventory({"smm", 623, "admin", "sesame", 0, 0, 0, 1, 0});
+  for (const auto& operation : Double::Operations<SMMInventory>()) {
+    SCOPED_TRACE(operation.name);
+    requests.clear();
+    Double::Output output = operation.fresh;
+    EXPECT_EQ(operation.call(inventory, 1, output), StatusCode::Success);
+    for (const Double::SampleAnswer& sample : operation.answers) {
+      const auto asked =
+          std::find_if(requests.begin(), requests.end(),
+                       [&](const Request& request) { return IsFor(request, sample); });
+      if (sample.generation == GetParam()) {
+        ASSERT_NE(asked, requests.end());
+        EXPECT_EQ(EncodeAnswer(enclosure, *asked).data, sample.data);
+      }
+    }
+  }
 }
+
+INSTANTIATE_TEST_SUITE_P(OfSmmType, SampleAnswer,
+                         testing::Values(SMM_FIRST_GENERATION, SMM_SECOND_GENERATION),
+                         testing::PrintToStringParamName());
 
 TEST(StatusAnswer, Platform254HasPlatformIdInFront) {
   const Answer answer = Ask(kSecond254, 0xA8, {});
