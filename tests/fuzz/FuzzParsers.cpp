@@ -23,7 +23,7 @@
 #include "platform/standalone/logger/LogControl.h"
 #include "reading/EnclosureSettings.h"
 #include "simulator/Controller.h"
-#include "simulator/Enclosure.h"
+#include "simulator/EnclosureKind.h"
 #include "simulator/Scenario.h"
 #include "simulator/ScenarioValue.h"
 #include "support/FileDescriptor.h"
@@ -181,7 +181,7 @@ void CheckOverride(const Simulator::Override& override) {
   Require(override.silent != answers, "an override is silent, or answers");
 }
 
-void CheckEnclosure(const Simulator::Enclosure& enclosure) {
+void CheckEnclosure(const Simulator::EnclosureState& enclosure) {
   using namespace Simulator;
   for (const auto& [text, most] : {std::pair{enclosure.machineType, kMaxMachineType},
                                    {enclosure.serialNumber, kMaxSerialNumber},

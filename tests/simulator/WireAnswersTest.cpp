@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "simulator/AnswerEncoders.h"
+#include "simulator/EnclosureKind.h"
 #include "support/TemporaryFile.h"
 #include "tests/simulator/RawSession.h"
 #include "tests/support/Ipv6Test.h"
