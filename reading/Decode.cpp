@@ -12,9 +12,6 @@ namespace {
 constexpr std::string_view kPsuNamePrefix = "PSU";
 constexpr const char* kNotReported = "N/A";
 
-// The library takes one byte a flag from the answer to the status of the PSUs.
-constexpr std::size_t kSlotsWithFlags = 8;
-
 constexpr std::array<std::pair<std::string_view, NodePowerState>, 5> kPowerStates = {
     {{"Power ON", NodePowerState::On},
      {"Power OFF", NodePowerState::Off},

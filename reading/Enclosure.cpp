@@ -1,7 +1,6 @@
 #include "reading/Enclosure.h"
 
 #include <algorithm>
-#include <array>
 #include <functional>
 #include <map>
 #include <optional>
@@ -25,12 +24,6 @@ namespace {
 // IPMI exchanges are admitted on kinds 1 and 7; 7 is what management tools use.
 constexpr std::int32_t kConnectionKind = 7;
 
-/// Behind the detection.
-constexpr std::array kPartsInOrder = {
-    Part::Identity,  Part::ChassisPower, Part::PowerCaps,   Part::NodeStatus,
-    Part::NodePower, Part::PsuFans,      Part::PsuFirmware, Part::PsuStatus,
-};
-
 std::map<std::string, int> ConfigOf(const EnclosureSettings& settings) {
   std::map<std::string, int> config;
   const auto add = [&config](const char* key, const std::optional<int>& value) {
@@ -43,6 +36,7 @@ std::map<std::string, int> ConfigOf(const EnclosureSettings& settings) {
   add("IPMI_WORKAROUND_FLAGS", settings.workaroundFlags);
   add("IPMI_CONNECT_RETRY_TIMES", settings.attempts);
   add("IPMI_SESSION_TIMEOUT_MS", settings.sessionTimeoutMs);
+  add("IPMI_RETRANSMISSION_TIMEOUT_MS", settings.retransmissionTimeoutMs);
   return config;
 }
 
@@ -52,38 +46,6 @@ void Fill(TavrinConnection::ConnectionInfo& info, const EnclosureSettings& setti
   info.userName = settings.userName;
   info.password = settings.password;
   info.connectionKind = kConnectionKind;
-}
-
-void ReadPart(Part part, Inquiry& inquiry, Reading& reading) {
-  switch (part) {
-    case Part::Identity:
-      reading.identity = inquiry.ReadIdentity();
-      break;
-    case Part::ChassisPower:
-      reading.chassisPower = inquiry.ReadChassisPower();
-      break;
-    case Part::PowerCaps:
-      reading.powerCaps = inquiry.ReadPowerCaps();
-      break;
-    case Part::NodeStatus:
-      reading.nodeStatus = inquiry.ReadNodeStatus();
-      break;
-    case Part::NodePower:
-      reading.nodePower = inquiry.ReadNodePower();
-      break;
-    case Part::PsuFans:
-      reading.psuFans = inquiry.ReadPsuFans();
-      break;
-    case Part::PsuFirmware:
-      reading.psuFirmware = inquiry.ReadPsuFirmware();
-      break;
-    case Part::PsuStatus:
-      reading.psuStatus = inquiry.ReadPsuStatus();
-      break;
-    case Part::Detection:
-    case Part::PsuSelection:
-      break;
-  }
 }
 
 }  // namespace
@@ -175,9 +137,9 @@ Enclosure::~Enclosure() = default;
 
 Reading Enclosure::Read(const std::vector<Part>& parts, Observer& observer) {
   return state_->MakePass(observer, [&](Inquiry& inquiry, Reading& reading) {
-    for (const Part part : kPartsInOrder) {
+    for (const Part part : kPartsToAskFor) {
       if (std::find(parts.begin(), parts.end(), part) != parts.end()) {
-        ReadPart(part, inquiry, reading);
+        inquiry.Read(part, reading);
         observer.PartRead(reading, part);
       }
     }

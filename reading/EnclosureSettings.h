@@ -11,37 +11,51 @@ namespace Tavrin {
 constexpr std::size_t kMaxUserNameLength = 16;
 constexpr std::size_t kMaxPasswordLength = 20;
 
-/// How one SMM is reached. An empty setting leaves the configuration of the process, that is the
-/// environment variable named beside it or the IPMI client's default. What is out of its range
-/// fails the pass with FailureCause::BadSetting, unless said otherwise. The interval of repetitions
-/// (IPMI_RETRANSMISSION_TIMEOUT_MS) is the process's, and has to be below the session time-out.
+/// How one SMM is reached. A setting that is empty leaves what the process has: the environment
+/// variable named beside it, or the IPMI client's default. One that is out of its range fails the
+/// pass with FailureCause::BadSetting, unless said otherwise.
 struct EnclosureSettings {
   EnclosureSettings() = default;
   EnclosureSettings(const EnclosureSettings&) = default;
   EnclosureSettings& operator=(const EnclosureSettings&) = delete;
-  ~EnclosureSettings();  ///< Wipes the password. There is no move, which would leave a copy behind.
 
-  std::string host;          ///< Name or address; an IPv6 address without brackets.
-  std::uint16_t port = 623;  ///< UDP.
-  std::string userName;      ///< At most kMaxUserNameLength bytes.
-  std::string password;      ///< At most kMaxPasswordLength bytes.
+  /// Wipes the password. There is no move, which would leave a copy behind.
+  ~EnclosureSettings();
+
+  /// Name or address; an IPv6 address without brackets.
+  std::string host;
+
+  /// UDP.
+  std::uint16_t port = 623;
+
+  /// At most kMaxUserNameLength and kMaxPasswordLength bytes, without a zero byte.
+  std::string userName;
+  std::string password;
 
   /// IPMI_CIPHER_SUITE: an id of IPMI 2.0; -1 leaves the choice to the library, which takes 3.
   std::optional<int> cipherSuite;
 
-  /// IPMI_PRIVILEGE_LEVEL: 2 user, 3 operator, 4 administrator.
+  /// IPMI_PRIVILEGE_LEVEL: 2 user, 3 operator, 4 administrator; by default 4.
   std::optional<int> privilegeLevel;
 
-  /// IPMI_WORKAROUND_FLAGS: a sum of FreeIPMI's flags for controllers that stray from IPMI 2.0.
+  /// IPMI_WORKAROUND_FLAGS: for controllers that stray from IPMI 2.0, a sum of 1 authentication
+  /// capabilities, 16 open session privilege, 32 non-empty integrity check value and 64 no checksum
+  /// check; by default 0.
   std::optional<int> workaroundFlags;
 
-  /// IPMI_CONNECT_RETRY_TIMES: how often to connect for each request, in all. With 0 or less no
-  /// request is sent, and the pass fails with FailureCause::NoAttempt.
+  /// IPMI_CONNECT_RETRY_TIMES: how often to connect for each request, in all; by default 3. With 0
+  /// or less no request is sent, and the pass fails with FailureCause::NoAttempt.
   std::optional<int> attempts;
 
   /// IPMI_SESSION_TIMEOUT_MS: how long one step of a conversation may stay unanswered, 20 to
-  /// 600,000 milliseconds.
+  /// 600,000 milliseconds; by default 4,500. Opening a session has five steps.
   std::optional<int> sessionTimeoutMs;
+
+  /// IPMI_RETRANSMISSION_TIMEOUT_MS: after how many milliseconds a question is sent again, 10 to
+  /// less than the session time-out that is in force. 0, the default, waits 1, 2 and 4 seconds in
+  /// the first, second and third attempt to connect, and 1 second within a session. A controller
+  /// that was found slow is given more time with either.
+  std::optional<int> retransmissionTimeoutMs;
 };
 
 /// `host:port` as people write it: an IPv6 address gets brackets.

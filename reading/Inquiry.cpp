@@ -1,14 +1,11 @@
 #include "reading/Inquiry.h"
 
-#include <exception>
-#include <new>
+#include <cstddef>
 #include <string>
 
-#include "platform/standalone/logger/LogControl.h"
 #include "reading/Decode.h"
 #include "reading/LineListener.h"
 #include "reading/SelectionPrediction.h"
-#include "reading/Stopwatch.h"
 
 namespace Tavrin {
 namespace {
@@ -24,125 +21,114 @@ constexpr const char* kUnsentSelection = "nothing was sent";
 constexpr const char* kUnansweredSelection =
     "not known to have been sent: the last attempt got no answer";
 
-/// The library runs out of memory, or says so of an answer that lacks its leading bytes.
-Cause CauseOfBadAlloc() {
-  Cause cause = CauseOf(Standalone::GetLastExchange());
-  if (cause.kind == FailureCause::None && cause.completionCode == 0) {
-    cause.words += ", which is shorter than what leads an answer, or memory ran out";
-  }
-  return cause;
-}
+/// An operation of the library that fills a record.
+template <typename Record>
+using Operation = int (SMMInventory::*)(Record&);
 
-/// Asks the library once. An exception becomes a status.
-template <typename Record, typename Call>
-Query<Record> AskOnce(Call call) {
-  Query<Record> query;
-  const Stopwatch stopwatch;
-  try {
-    query.status = call(query.value);
-    if (!query.Succeeded()) {
-      query.cause = CauseOf(Standalone::GetLastExchange());
-    }
-  } catch (const std::bad_alloc&) {
-    query.status = kExceptionStatus;
-    query.cause = CauseOfBadAlloc();
-  } catch (const std::exception& exception) {
-    query.status = kExceptionStatus;
-    query.cause.words = Standalone::EscapeControlBytes(exception.what());
-  }
-  stopwatch.Stamp(query);
-  return query;
-}
-
-/// A query that is not made.
-template <typename Value>
-Query<Value> Unasked(int status, const Cause& cause) {
-  Query<Value> query;
-  query.status = status;
-  query.cause = cause;
-  return query;
-}
+/// An operation of the library that fills the record of one node.
+template <typename Record>
+using NodeOperation = int (SMMInventory::*)(unsigned long node, Record&);
 
 template <typename Value>
 Query<Value> With(const QueryOutcome& outcome, const Value& value) {
-  Query<Value> query;
-  static_cast<QueryOutcome&>(query) = outcome;
-  query.value = value;
-  return query;
+  return {outcome, value};
 }
 
 template <typename Record, typename Decode>
-auto Decoded(const Query<Record>& query, Decode decode) {
-  using Value = decltype(decode(query.value));
-  return With(query, query.Succeeded() ? decode(query.value) : Value{});
+auto Decoded(const QueryOutcome& outcome, const Record& record, Decode decode) {
+  using Value = decltype(decode(record));
+  return With(outcome, outcome.Succeeded() ? decode(record) : Value{});
 }
 
-}  // namespace
-
-const Cause* Inquiry::Obstacle() const {
-  if (guard_.Refusal()) {
-    return &*guard_.Refusal();
-  }
-  return loss_ ? &*loss_ : nullptr;
+template <typename Record, typename Decode>
+auto AskOne(Asker& asker, Operation<Record> operation, Decode decode) {
+  Record record{};
+  const QueryOutcome outcome =
+      asker.Ask([&](SMMInventory& inventory) { return (inventory.*operation)(record); });
+  return Decoded(outcome, record, decode);
 }
 
-bool Inquiry::WasAlwaysConnected() const {
-  return object_.statusRead.Succeeded() && isEachConnected_ && !guard_.Refusal();
+template <typename Record, typename Decode>
+auto AskByPlatform(Asker& asker, Operation<Record> operation, Decode decode) {
+  Record record{};
+  const QueryOutcome outcome =
+      asker.AskByPlatform([&](SMMInventory& inventory) { return (inventory.*operation)(record); });
+  return Decoded(outcome, record, decode);
 }
 
-template <typename Record, typename Call>
-Query<Record> Inquiry::Ask(Call call) {
-  if (const Cause* const obstacle = Obstacle()) {
-    return Unasked<Record>(StatusCode::NotConnected, *obstacle);
-  }
-  Query<Record> query = AskOnce<Record>(call);
-  guard_.Look();
-  if (guard_.Refusal() && !query.Succeeded()) {
-    // Of several exchanges, those after the refusal were not tried any more.
-    query.cause = *guard_.Refusal();
-  }
-  if (query.status == StatusCode::NotConnected) {
-    isEachConnected_ = false;
-    if (!object_.statusRead.Succeeded()) {
-      loss_ = query.cause;
-    }
-  }
-  return query;
-}
-
-/// On a second-generation SMM the request for the chassis of one platform is that for a node of the
-/// other.
-template <typename Record, typename Call>
-Query<Record> Inquiry::AskByPlatform(Call call) {
-  if (Obstacle() == nullptr && object_.IsPlatformNeededAndUnknown()) {
-    auto unasked = Unasked<Record>(StatusCode::NoUsableResult, object_.statusRead.cause);
-    unasked.cause.missing = "platform";
-    return unasked;
-  }
-  return Ask<Record>(call);
-}
-
-template <typename Value, typename Record, typename Call, typename Decode>
-std::vector<Query<Value>> Inquiry::AskEachNode(Call call, Decode decode) {
-  std::vector<Query<Value>> nodes;
-  for (unsigned long node = 1; node <= object_.inventory.GetNodeNub(); ++node) {
-    nodes.push_back(
-        Decoded(Ask<Record>([&](Record& record) { return call(node, record); }), decode));
+/// One query a node, of as many nodes as the library assumes.
+template <typename Record, typename Decode>
+auto AskEachNode(Asker& asker, unsigned long nodeCount, NodeOperation<Record> operation,
+                 Decode decode) {
+  std::vector<Query<decltype(decode(Record{}))>> nodes;
+  for (unsigned long node = 1; node <= nodeCount; ++node) {
+    Record record{};
+    const QueryOutcome outcome =
+        asker.Ask([&](SMMInventory& inventory) { return (inventory.*operation)(node, record); });
+    nodes.push_back(Decoded(outcome, record, decode));
   }
   return nodes;
 }
 
-template <typename Record, typename Call, typename Decode>
-auto Inquiry::AskEachSlot(Call call, Decode decode) {
-  const std::size_t slotCount = PsuStatusRecords().value.size();
-  const Query<std::vector<Record>> query = Ask<std::vector<Record>>(call);
-  const Absence untold = query.Succeeded() ? Absence::SlotUnanswered : Absence::QueryFailed;
-  return With(query, decode(query.value, slotCount, untold));
+/// One query for all slots. What it gave before it failed is kept.
+template <typename Record, typename Decode>
+auto AskEachSlot(Asker& asker, std::size_t slotCount, Operation<std::vector<Record>> operation,
+                 Decode decode) {
+  std::vector<Record> records;
+  const QueryOutcome outcome =
+      asker.Ask([&](SMMInventory& inventory) { return (inventory.*operation)(records); });
+  const Absence untold = outcome.Succeeded() ? Absence::SlotUnanswered : Absence::QueryFailed;
+  return With(outcome, decode(records, slotCount, untold));
 }
 
-Query<Text> Inquiry::AskText(int (SMMInventory::*call)(std::string&)) {
-  return Decoded(
-      Ask<std::string>([&](std::string& text) { return (object_.inventory.*call)(text); }), TextOf);
+Identity AskIdentity(Asker& asker) {
+  return {AskOne(asker, &SMMInventory::GetSmmMT, TextOf),
+          AskOne(asker, &SMMInventory::GetSmmSN, TextOf),
+          AskOne(asker, &SMMInventory::GetSmmVersion, TextOf),
+          AskOne(asker, &SMMInventory::GetSmmName, TextOf)};
+}
+
+SlotQuery<PsuFlags> DecodeStatus(const Query<std::vector<PSUStatus>>& status) {
+  return With(status,
+              status.Succeeded() ? DecodeFlags(status.value) : UnreadFlags(status.value.size()));
+}
+
+}  // namespace
+
+void Inquiry::Read(Part part, Reading& reading) {
+  const unsigned long nodes = object_.inventory.GetNodeNub();
+  const std::size_t slots = PsuStatusRecords().value.size();
+  switch (part) {
+    case Part::Identity:
+      reading.identity = AskIdentity(asker_);
+      break;
+    case Part::ChassisPower:
+      reading.chassisPower =
+          AskByPlatform(asker_, &SMMInventory::GetChassisPowerConsumption, DecodePower);
+      break;
+    case Part::PowerCaps:
+      reading.powerCaps = AskByPlatform(asker_, &SMMInventory::GetChassisPowerCap, DecodeCaps);
+      break;
+    case Part::NodeStatus:
+      reading.nodeStatus = AskEachNode(asker_, nodes, &SMMInventory::GetNodeStatus, DecodeNode);
+      break;
+    case Part::NodePower:
+      reading.nodePower =
+          AskEachNode(asker_, nodes, &SMMInventory::GetNodePowerConsumption, DecodePower);
+      break;
+    case Part::PsuFans:
+      reading.psuFans = AskEachSlot(asker_, slots, &SMMInventory::GetPSUFanSpeed, DecodeFans);
+      break;
+    case Part::PsuFirmware:
+      reading.psuFirmware = AskEachSlot(asker_, slots, &SMMInventory::GetPSUFwInfo, DecodeFirmware);
+      break;
+    case Part::PsuStatus:
+      reading.psuStatus = DecodeStatus(PsuStatusRecords());
+      break;
+    case Part::Detection:
+    case Part::PsuSelection:
+      break;
+  }
 }
 
 /// What the status read tells. Without one the library assumes platform 254, which is then nothing
@@ -152,21 +138,22 @@ Query<Number> Inquiry::Detected(std::int64_t number) const {
     return With(object_.statusRead, NumberOf(number));
   }
   QueryOutcome outcome = object_.statusRead;
-  if (const Cause* const obstacle = Obstacle()) {
+  if (const Cause* const obstacle = asker_.Obstacle()) {
     outcome.status = StatusCode::NotConnected;
     outcome.cause = *obstacle;
   }
   return With(outcome, Number{});
 }
 
-std::int64_t Inquiry::PlatformId() {
+std::int64_t Inquiry::PlatformId() const {
   return object_.inventory.GetNodeNub() == kNodesOfPlatform253 ? kPlatform253 : kPlatform254;
 }
 
 const Query<std::vector<PSUStatus>>& Inquiry::PsuStatusRecords() {
   if (!psuStatus_) {
-    psuStatus_ = Ask<std::vector<PSUStatus>>(
-        [this](std::vector<PSUStatus>& status) { return object_.inventory.GetPSUStatus(status); });
+    psuStatus_.emplace();
+    static_cast<QueryOutcome&>(*psuStatus_) = asker_.Ask(
+        [this](SMMInventory& inventory) { return inventory.GetPSUStatus(psuStatus_->value); });
   }
   return *psuStatus_;
 }
@@ -188,73 +175,17 @@ Detection Inquiry::ReadDetection(const Query<SMMIype>& generation) {
   return detection;
 }
 
-Identity Inquiry::ReadIdentity() {
-  Identity identity;
-  identity.machineType = AskText(&SMMInventory::GetSmmMT);
-  identity.serialNumber = AskText(&SMMInventory::GetSmmSN);
-  identity.firmwareVersion = AskText(&SMMInventory::GetSmmVersion);
-  identity.name = AskText(&SMMInventory::GetSmmName);
-  return identity;
-}
-
-Query<PowerReadings> Inquiry::ReadChassisPower() {
-  return Decoded(AskByPlatform<ChassisPowerCon>([this](ChassisPowerCon& power) {
-                   return object_.inventory.GetChassisPowerConsumption(power);
-                 }),
-                 DecodePower);
-}
-
-Query<PowerCaps> Inquiry::ReadPowerCaps() {
-  return Decoded(AskByPlatform<ChassisPowerCap>([this](ChassisPowerCap& caps) {
-                   return object_.inventory.GetChassisPowerCap(caps);
-                 }),
-                 DecodeCaps);
-}
-
-std::vector<Query<NodeState>> Inquiry::ReadNodeStatus() {
-  return AskEachNode<NodeState, NodeStatus>(
-      [this](unsigned long node, NodeStatus& status) {
-        return object_.inventory.GetNodeStatus(node, status);
-      },
-      DecodeNode);
-}
-
-std::vector<Query<PowerReadings>> Inquiry::ReadNodePower() {
-  return AskEachNode<PowerReadings, ChassisPowerCon>(
-      [this](unsigned long node, ChassisPowerCon& power) {
-        return object_.inventory.GetNodePowerConsumption(node, power);
-      },
-      DecodePower);
-}
-
-SlotQuery<PsuFans> Inquiry::ReadPsuFans() {
-  return AskEachSlot<PSUFanSpeed>(
-      [this](std::vector<PSUFanSpeed>& fans) { return object_.inventory.GetPSUFanSpeed(fans); },
-      DecodeFans);
-}
-
-SlotQuery<PsuFirmware> Inquiry::ReadPsuFirmware() {
-  return AskEachSlot<PSUFwInfo>(
-      [this](std::vector<PSUFwInfo>& firmware) { return object_.inventory.GetPSUFwInfo(firmware); },
-      DecodeFirmware);
-}
-
-SlotQuery<PsuFlags> Inquiry::ReadPsuStatus() {
-  const Query<std::vector<PSUStatus>>& status = PsuStatusRecords();
-  return With(status,
-              status.Succeeded() ? DecodeFlags(status.value) : UnreadFlags(status.value.size()));
-}
-
 Query<PsuSelection> Inquiry::SelectPsu(int psu) {
+  Query<PsuSelection> query;
   bool isAsked = false;
-  const auto select = [&](PsuSelection& selection) {
+  const auto select = [&](SMMInventory& inventory) {
     const ToldWait wait(observer_, "selecting the PSU");
     isAsked = true;
-    selection = PredictPsuSelection(psu, object_.generation, PlatformId());
-    return object_.inventory.SelectPSU(psu);
+    query.value = PredictPsuSelection(psu, object_.generation, PlatformId());
+    return inventory.SelectPSU(psu);
   };
-  Query<PsuSelection> query = psu > kSelectableOnEveryPlatform ? AskByPlatform<PsuSelection>(select)
-                                                               : Ask<PsuSelection>(select);
+  static_cast<QueryOutcome&>(query) =
+      psu > kSelectableOnEveryPlatform ? asker_.AskByPlatform(select) : asker_.Ask(select);
   const bool isAnswered = query.cause.kind == FailureCause::None;
   if (!isAsked || !isAnswered) {
     query.value = {psu, false, {}, isAsked ? kUnansweredSelection : kUnsentSelection};

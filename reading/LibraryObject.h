@@ -16,9 +16,16 @@ namespace Tavrin {
 /// The library's object for one SMM, and what its construction told.
 struct LibraryObject {
   SMMInventory inventory;
+
+  /// By which it reads every answer, for as long as it lives.
   SMMIype generation;
-  std::optional<Layout> layout;  ///< That of the SMM when this was constructed, as far as told.
-  QueryOutcome statusRead;       ///< Fails when the status told no platform, which is then assumed.
+
+  /// That of the SMM when this was constructed, as far as told.
+  std::optional<Layout> layout;
+
+  /// Fails when the status told no platform, which is then assumed. Its times are those of the
+  /// construction.
+  QueryOutcome statusRead;
 
   /// Whether the library would go by an assumption where the answer can be read as something else.
   [[nodiscard]] bool IsPlatformNeededAndUnknown() const {

@@ -13,12 +13,14 @@ namespace Tavrin {
 /// of attempts and of their failures.
 class LineListener {
  public:
-  /// Both outlive the listener.
+  /// Both stay the caller's, and outlive the listener.
   LineListener(Observer& observer, LoginGuard& guard) : observer_(observer), guard_(guard) {}
 
   /// Up to which level the listener needs lines.
   [[nodiscard]] unsigned int Threshold() const;
 
+  /// Looks at the guard, and tells the observer of the line and of what it stands for. May throw
+  /// what the observer throws, which the log drops.
   void Take(const Standalone::LogLine& line);
 
  private:
@@ -29,6 +31,7 @@ class LineListener {
 /// Tells the observer of a wait while it lives, on whichever way it ends.
 class ToldWait {
  public:
+  /// The observer outlives this. What WaitBegins() throws passes, and the wait is not ended then.
   ToldWait(Observer& observer, const std::string& name) : observer_(observer) {
     observer_.WaitBegins(name);
   }

@@ -7,8 +7,9 @@
 
 namespace Tavrin {
 
-/// What the library sends for `psu`, a number from 1 to 9, by the generation and the platform of
-/// the SMM.
+/// What SMMInventory::SelectPSU() sends for `psu`, a number from 1 to 9, which is not always that
+/// number: the first generation takes at most 3, the second 9 on platform 253 and 2 on any other.
+/// The library does not say so. Sends nothing; the value tells a request that reaches the SMM.
 PsuSelection PredictPsuSelection(int psu, SMMIype generation, std::int64_t platformId);
 
 }  // namespace Tavrin

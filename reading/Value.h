@@ -8,27 +8,41 @@ namespace Tavrin {
 
 /// Why a value is not there.
 enum class Absence {
-  None,            ///< It is there.
-  NotReported,     ///< The SMM reports none: the library's "N/A".
-  NoSecondFan,     ///< A first-generation SMM reports one fan a PSU.
-  FlagsNotTold,    ///< The SMM's answer holds the flags of eight PSUs, and this is a later one.
-  SlotUnanswered,  ///< The query succeeded, but gave nothing for this PSU slot.
-  QueryFailed,     ///< The query's status and cause tell why.
+  /// It is there.
+  None,
+
+  /// The SMM reports none: the library's "N/A", or a text that the library does not give.
+  NotReported,
+
+  /// A first-generation SMM reports one fan a PSU.
+  NoSecondFan,
+
+  /// The SMM's answer holds the flags of eight PSUs, and this is a later one.
+  FlagsNotTold,
+
+  /// The query succeeded, but gave nothing for this PSU slot.
+  SlotUnanswered,
+
+  /// The query's status and cause tell why.
+  QueryFailed,
 };
 
-/// A value of type Type as the SMM or the library gave it.
+/// A value of type Type as the SMM or the library gave it; as new, that of a query that failed.
 template <typename Type>
 struct Value {
-  std::optional<Type> value;  ///< Holds something exactly when `absence` is None.
+  /// Holds something exactly when `absence` is None.
+  std::optional<Type> value;
 
   /// The library's own text for it, with the bytes that the SMM sent: any byte may occur, control
-  /// bytes included. Empty when the query failed, and where the library gives no text.
+  /// bytes included, so that it is to be escaped before it reaches a terminal or a file. Empty when
+  /// the query failed, and where the library gives no text.
   std::string text;
 
+  /// Why `value` is empty; None when it is not.
   Absence absence = Absence::QueryFailed;
 };
 
-/// A reading or a count. The SMM states no unit for any reading.
+/// A reading, a count or a code; none is negative. The SMM states no unit for any reading.
 using Number = Value<std::int64_t>;
 
 /// A text of the SMM's; the value is the text itself, which may be empty.

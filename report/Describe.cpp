@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -18,16 +17,7 @@ namespace {
 
 using Fields = std::vector<Field>;
 
-constexpr std::array kParts = {
-    Part::Detection, Part::Identity, Part::ChassisPower, Part::PowerCaps, Part::NodeStatus,
-    Part::NodePower, Part::PsuFans,  Part::PsuFirmware,  Part::PsuStatus, Part::PsuSelection};
-
-// The library takes one byte a flag from the answer to the status of the PSUs.
-constexpr std::size_t kSlotsWithFlags = 8;
-
-std::string FlagsWords() {
-  return fmt::format("the SMM's answer holds the flags of {} PSUs only", kSlotsWithFlags);
-}
+std::string HeldFlags() { return fmt::format("the flags of {} PSUs only", kSlotsWithFlags); }
 
 // What has no text of the library's is shown by these.
 
@@ -65,9 +55,6 @@ class FieldMaker {
       case Absence::QueryFailed:
       case Absence::SlotUnanswered:
         return std::nullopt;
-      case Absence::FlagsNotTold:
-        // What the library gives for a slot without flags looks like those of an absent PSU.
-        return "";
       default:
         return value.value && value.text.empty() ? OwnText(*value.value) : value.text;
     }
@@ -82,7 +69,7 @@ class FieldMaker {
       case Absence::NoSecondFan:
         return "a first-generation SMM reports one fan a PSU";
       case Absence::FlagsNotTold:
-        return FlagsWords();
+        return "the SMM's answer holds " + HeldFlags();
       case Absence::SlotUnanswered:
         return "the SMM gave no usable answer for this slot";
       case Absence::QueryFailed:
@@ -94,12 +81,12 @@ class FieldMaker {
   std::string failure_;
 };
 
-Fields DescribePower(const PowerReadings& power, const FieldMaker& field) {
+Fields FieldsOf(const PowerReadings& power, const FieldMaker& field) {
   return {field("minPower", "minimum", power.minimum), field("avgPower", "average", power.average),
           field("maxPower", "maximum", power.maximum)};
 }
 
-Fields DescribeCaps(const PowerCaps& caps, const FieldMaker& field) {
+Fields FieldsOf(const PowerCaps& caps, const FieldMaker& field) {
   return {field("minCap", "range minimum", caps.rangeMinimum),
           field("maxCap", "range maximum", caps.rangeMaximum),
           field("protectiveCap", "protective cap", caps.protectiveCap),
@@ -107,26 +94,26 @@ Fields DescribeCaps(const PowerCaps& caps, const FieldMaker& field) {
           field("thermalCap", "thermal cap", caps.thermalCap)};
 }
 
-Fields DescribeNode(const NodeState& node, const FieldMaker& field) {
+Fields FieldsOf(const NodeState& node, const FieldMaker& field) {
   return {field("powerState", "power state", node.powerState), field("width", "width", node.width),
           field("height", "height", node.height),
           field("permissionState", "permission", node.permission)};
 }
 
-Fields DescribeFans(const PsuFans& fans, const FieldMaker& field) {
+Fields FieldsOf(const PsuFans& fans, const FieldMaker& field) {
   return {field("name", "name", fans.name),  field("speedA", "speed A", fans.speedA),
           field("patA", "Pat A", fans.patA), field("speedB", "speed B", fans.speedB),
           field("patB", "Pat B", fans.patB), field("status", "status", fans.status)};
 }
 
-Fields DescribeFirmware(const PsuFirmware& firmware, const FieldMaker& field) {
+Fields FieldsOf(const PsuFirmware& firmware, const FieldMaker& field) {
   return {field("name", "name", firmware.name),
           field("identifier", "identifier", firmware.identifier),
           field("version", "version", firmware.version),
           field("description", "description", firmware.description)};
 }
 
-Fields DescribeFlags(const PsuFlags& flags, const FieldMaker& field) {
+Fields FieldsOf(const PsuFlags& flags, const FieldMaker& field) {
   return {field("epow", "EPOW", flags.epow), field("throttle", "throttle", flags.throttle),
           field("present", "presence", flags.present),
           field("powerGood", "power good", flags.powerGood)};
@@ -157,34 +144,32 @@ Answer DescribeField(const char* key, const char* label, const Query<Type>& quer
   return answer;
 }
 
-template <typename Type, typename DescribeRecord>
-Section DescribeOne(const char* key, const char* name, const Query<Type>& query,
-                    DescribeRecord describe) {
+template <typename Type>
+std::vector<Answer> AnswersOf(const char* key, const char* name, const Query<Type>& query) {
   Answer answer = Unfilled(key, name, Answer::Shape::OneRecord, query);
-  answer.rows = {{0, describe(query.value, FieldMaker(query))}};
-  return {name, {std::move(answer)}};
+  answer.rows = {{0, FieldsOf(query.value, FieldMaker(query))}};
+  return {std::move(answer)};
 }
 
-template <typename Type, typename DescribeRecord>
-Section DescribeNodes(const char* key, const char* name, const std::vector<Query<Type>>& nodes,
-                      DescribeRecord describe) {
-  Section section{name, {}};
+template <typename Type>
+std::vector<Answer> AnswersOf(const char* key, const char* name,
+                              const std::vector<Query<Type>>& nodes) {
+  std::vector<Answer> answers;
   for (const Query<Type>& node : nodes) {
     Answer answer = Unfilled(key, name, Answer::Shape::RecordOfNode, node);
-    answer.rows = {{section.answers.size() + 1, describe(node.value, FieldMaker(node))}};
-    section.answers.push_back(std::move(answer));
+    answer.rows = {{answers.size() + 1, FieldsOf(node.value, FieldMaker(node))}};
+    answers.push_back(std::move(answer));
   }
-  return section;
+  return answers;
 }
 
-template <typename Record, typename DescribeRecord>
-Section DescribeSlots(const char* key, const char* name, const SlotQuery<Record>& query,
-                      DescribeRecord describe) {
+template <typename Record>
+std::vector<Answer> AnswersOf(const char* key, const char* name, const SlotQuery<Record>& query) {
   Answer answer = Unfilled(key, name, Answer::Shape::RecordPerSlot, query);
   for (const Record& record : query.value) {
-    answer.rows.push_back({record.slot, describe(record, FieldMaker(query))});
+    answer.rows.push_back({record.slot, FieldsOf(record, FieldMaker(query))});
   }
-  return {name, {std::move(answer)}};
+  return {std::move(answer)};
 }
 
 Section DescribeDetection(const Detection& detection) {
@@ -204,14 +189,13 @@ Section DescribeIdentity(const Identity& identity) {
 }
 
 Section DescribePsuStatus(const SlotQuery<PsuFlags>& status) {
-  Section section = DescribeSlots("psuStatus", "PSU status", status, DescribeFlags);
+  Section section{"PSU status", AnswersOf("psuStatus", "PSU status", status)};
   const bool hasSlotsWithoutFlags = std::any_of(
       status.value.begin(), status.value.end(),
       [](const PsuFlags& flags) { return flags.present.absence == Absence::FlagsNotTold; });
   if (hasSlotsWithoutFlags) {
     section.answers.front().note = fmt::format(
-        "The SMM's answer holds the flags of {} PSUs only; those of any later slot are not told.",
-        kSlotsWithFlags);
+        "The SMM's answer holds {}; those of any later slot are not told.", HeldFlags());
   }
   return section;
 }
@@ -235,29 +219,13 @@ std::optional<Section> IfThere(const std::optional<Type>& part, DescribePart des
   return part ? std::optional<Section>(describe(*part)) : std::nullopt;
 }
 
-template <typename Type, typename DescribeRecord>
-std::optional<Section> OneIfThere(const char* key, const char* name,
-                                  const std::optional<Query<Type>>& query,
-                                  DescribeRecord describe) {
-  return IfThere(query,
-                 [&](const Query<Type>& one) { return DescribeOne(key, name, one, describe); });
-}
-
-template <typename Type, typename DescribeRecord>
-std::optional<Section> NodesIfThere(const char* key, const char* name,
-                                    const std::optional<std::vector<Query<Type>>>& nodes,
-                                    DescribeRecord describe) {
-  return IfThere(nodes, [&](const std::vector<Query<Type>>& all) {
-    return DescribeNodes(key, name, all, describe);
+/// A section of one title, which is its query's name, too.
+template <typename Queries>
+std::optional<Section> IfThere(const char* key, const char* name,
+                               const std::optional<Queries>& part) {
+  return IfThere(part, [key, name](const Queries& queries) {
+    return Section{name, AnswersOf(key, name, queries)};
   });
-}
-
-template <typename Record, typename DescribeRecord>
-std::optional<Section> SlotsIfThere(const char* key, const char* name,
-                                    const std::optional<SlotQuery<Record>>& slots,
-                                    DescribeRecord describe) {
-  return IfThere(
-      slots, [&](const SlotQuery<Record>& all) { return DescribeSlots(key, name, all, describe); });
 }
 
 }  // namespace
@@ -269,17 +237,17 @@ std::optional<Section> Describe(const Reading& reading, Part part) {
     case Part::Identity:
       return IfThere(reading.identity, DescribeIdentity);
     case Part::ChassisPower:
-      return OneIfThere("chassisPower", "chassis power", reading.chassisPower, DescribePower);
+      return IfThere("chassisPower", "chassis power", reading.chassisPower);
     case Part::PowerCaps:
-      return OneIfThere("powerCaps", "power caps", reading.powerCaps, DescribeCaps);
+      return IfThere("powerCaps", "power caps", reading.powerCaps);
     case Part::NodeStatus:
-      return NodesIfThere("nodeStatus", "node status", reading.nodeStatus, DescribeNode);
+      return IfThere("nodeStatus", "node status", reading.nodeStatus);
     case Part::NodePower:
-      return NodesIfThere("nodePower", "node power", reading.nodePower, DescribePower);
+      return IfThere("nodePower", "node power", reading.nodePower);
     case Part::PsuFans:
-      return SlotsIfThere("psuFans", "PSU fans", reading.psuFans, DescribeFans);
+      return IfThere("psuFans", "PSU fans", reading.psuFans);
     case Part::PsuFirmware:
-      return SlotsIfThere("psuFirmware", "PSU firmware", reading.psuFirmware, DescribeFirmware);
+      return IfThere("psuFirmware", "PSU firmware", reading.psuFirmware);
     case Part::PsuStatus:
       return IfThere(reading.psuStatus, DescribePsuStatus);
     case Part::PsuSelection:
@@ -290,7 +258,7 @@ std::optional<Section> Describe(const Reading& reading, Part part) {
 
 std::vector<Answer> AllAnswers(const Reading& reading) {
   std::vector<Answer> answers;
-  for (const Part part : kParts) {
+  for (const Part part : kEveryPart) {
     if (std::optional<Section> section = Describe(reading, part)) {
       std::move(section->answers.begin(), section->answers.end(), std::back_inserter(answers));
     }

@@ -24,17 +24,19 @@ struct Format {
   /// One line for the help, without a full stop.
   std::string_view summary;
 
-  /// `address` is that of the reading to come.
+  /// What stands before everything. `address` is that of the reading to come.
   std::string (*begin)(const std::string& address);
 
-  /// Empty for a part that `soFar` does not have; parts that come later are not looked at.
+  /// What stands for one part. Empty for a part that `soFar` does not have; parts that come later
+  /// are not looked at.
   std::string (*part)(const Reading& soFar, Part part);
 
   /// For a whole reading, also one that came to no query.
   std::string (*end)(const Reading& reading, const ReportContext& context);
 };
 
-/// All formats, the tool's default first.
+/// All formats, the tool's default first. Lives as long as the program; may be called on any
+/// thread.
 const std::vector<Format>& Formats();
 
 /// The format of that name, in exactly that spelling; nullptr when there is none.

@@ -47,10 +47,17 @@ struct Row {
 /// What one query gave. When it failed, its rows still tell which fields there would be.
 struct Answer {
   enum class Shape {
-    OneField,       ///< One row of one field, which has the query's own key.
-    OneRecord,      ///< One row.
-    RecordOfNode,   ///< One row, numbered; the answers of a section are of one node each.
-    RecordPerSlot,  ///< Numbered rows; none where the slots could not be counted.
+    /// One row of one field, which has the query's own key.
+    OneField,
+
+    /// One row.
+    OneRecord,
+
+    /// One row, numbered; the answers of a section are of one node each.
+    RecordOfNode,
+
+    /// Numbered rows; none where the slots could not be counted.
+    RecordPerSlot,
   };
 
   /// The query's name for programs; answers of one key, of a node each, follow each other.
@@ -59,11 +66,13 @@ struct Answer {
   /// The query's name for people, as the subject of "... not read".
   std::string name;
 
+  /// How many rows there are, and what their numbers count.
   Shape shape = Shape::OneField;
 
   /// Status, cause and times of the query.
   QueryOutcome outcome;
 
+  /// In ascending order of their numbers.
   std::vector<Row> rows;
 
   /// A sentence on how to take the rows; mostly empty.

@@ -28,7 +28,8 @@ std::string DateText(std::int64_t day) {
 
 }  // namespace
 
-// The C library's conversion reads the environment for leap seconds.
+// gmtime_r(3), and fmt over it, go by TZ: with one that counts leap seconds ("right/UTC") the time
+// comes out half a minute early.
 std::string UtcTime(std::chrono::system_clock::time_point moment) {
   const std::int64_t sinceStart =
       std::chrono::floor<std::chrono::milliseconds>(moment.time_since_epoch()).count() +

@@ -11,6 +11,8 @@ namespace Tavrin {
 // lower camel case. The SMM's own text stands beside it. The words are part of the formats: one
 // that is changed is a new version of the document.
 
+/// What has no word of its own stands for itself: a flag, a number without a unit, a text with the
+/// SMM's bytes.
 inline bool Word(bool flag) { return flag; }
 inline std::int64_t Word(std::int64_t number) { return number; }
 inline std::string Word(const std::string& text) { return text; }

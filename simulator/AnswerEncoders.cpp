@@ -57,11 +57,11 @@ void AppendWord(Bytes& bytes, std::uint16_t value) {
 }
 
 /// The bytes in front of an answer: on a second-generation controller those of the request.
-Bytes Front(const Enclosure& enclosure, const Bytes& requestData) {
+Bytes Front(const EnclosureState& enclosure, const Bytes& requestData) {
   return enclosure.secondGeneration ? requestData : Bytes{};
 }
 
-std::uint8_t WholeEnclosure(const Enclosure& enclosure) {
+std::uint8_t WholeEnclosure(const EnclosureState& enclosure) {
   return enclosure.platformId == kPlatform253 ? kWholeEnclosureOf253 : kWholeEnclosure;
 }
 
@@ -80,7 +80,7 @@ Bytes PositionBytes(const PsuPosition& position) {
 }
 
 /// What the PSU keeps in the register; nothing for a register that it does not have.
-Bytes RegisterBytes(const Enclosure& enclosure, const Psu& psu, std::uint8_t number) {
+Bytes RegisterBytes(const EnclosureState& enclosure, const Psu& psu, std::uint8_t number) {
   Bytes bytes;
   switch (number) {
     case kVersionRegister:
@@ -111,7 +111,7 @@ Answer FirstBytes(Bytes bytes, std::uint8_t count) {
 }
 
 /// The flag of every PSU, the lowest bit for slot 1.
-std::uint16_t FlagBits(const Enclosure& enclosure, bool Psu::*flag) {
+std::uint16_t FlagBits(const EnclosureState& enclosure, bool Psu::*flag) {
   unsigned int bits = 0;
   for (std::size_t index = 0; index < enclosure.psus.size(); ++index) {
     bits |= (enclosure.psus[index].*flag ? 1U : 0U) << index;
@@ -126,7 +126,7 @@ std::uint16_t FlagBits(const Enclosure& enclosure, bool Psu::*flag) {
 /// 0x32/0xA8, no data: revision and firmware build name. On a second-generation controller byte 0
 /// is the platform id and byte 13 the enclosure type, which falls into the padding behind the build
 /// name; that is why build names have at most 6 characters.
-Answer EncodeStatus(const Enclosure& enclosure, const Bytes& /*requestData*/) {
+Answer EncodeStatus(const EnclosureState& enclosure, const Bytes& /*requestData*/) {
   Bytes data;
   if (enclosure.secondGeneration) {
     data.push_back(enclosure.platformId);
@@ -144,7 +144,7 @@ Answer EncodeStatus(const Enclosure& enclosure, const Bytes& /*requestData*/) {
 
 /// 0x32/0xB0, data 05 and an item selector: 00 machine type, 01 serial number, 0B name. A
 /// second-generation controller repeats the two request bytes in front of the text.
-Answer EncodeIdentity(const Enclosure& enclosure, const Bytes& requestData) {
+Answer EncodeIdentity(const EnclosureState& enclosure, const Bytes& requestData) {
   if (requestData[0] != kIdentityGroup) {
     return Refusal(CompletionCode::kInvalidDataField);
   }
@@ -172,7 +172,7 @@ Answer EncodeIdentity(const Enclosure& enclosure, const Bytes& requestData) {
 /// 0x32/0x98: minimum, average and maximum power, each of 16 bits, low byte first. The data byte is
 /// a node number, or 05 for the whole enclosure (0D on platform 253, which has a node 5). A
 /// second-generation controller repeats it in front.
-Answer EncodePower(const Enclosure& enclosure, const Bytes& requestData) {
+Answer EncodePower(const EnclosureState& enclosure, const Bytes& requestData) {
   const Node* const node = Find(enclosure.nodes, requestData[0]);
   if (node == nullptr && requestData[0] != WholeEnclosure(enclosure)) {
     return Refusal(CompletionCode::kParameterOutOfRange);
@@ -187,7 +187,7 @@ Answer EncodePower(const Enclosure& enclosure, const Bytes& requestData) {
 
 /// 0x32/0x9D, data 05 (0D on platform 253): the five caps, each of 16 bits, low byte first. A
 /// second-generation controller repeats the data byte in front.
-Answer EncodeCaps(const Enclosure& enclosure, const Bytes& requestData) {
+Answer EncodeCaps(const EnclosureState& enclosure, const Bytes& requestData) {
   if (requestData[0] != WholeEnclosure(enclosure)) {
     return Refusal(CompletionCode::kParameterOutOfRange);
   }
@@ -202,7 +202,7 @@ Answer EncodeCaps(const Enclosure& enclosure, const Bytes& requestData) {
 
 /// 0x32/0xA7, data a node number: power state, width, height and permission. A second-generation
 /// controller repeats the node number in front.
-Answer EncodeNodeStatus(const Enclosure& enclosure, const Bytes& requestData) {
+Answer EncodeNodeStatus(const EnclosureState& enclosure, const Bytes& requestData) {
   const Node* const node = Find(enclosure.nodes, requestData[0]);
   if (node == nullptr) {
     return Refusal(CompletionCode::kParameterOutOfRange);
@@ -214,7 +214,7 @@ Answer EncodeNodeStatus(const Enclosure& enclosure, const Bytes& requestData) {
 
 /// 0x32/0xA5, data a PSU slot: the fan's speed of 16 bits, low byte first, and Pat value, then the
 /// fan status. A second-generation controller repeats the slot in front and tells of two fans.
-Answer EncodePsuFans(const Enclosure& enclosure, const Bytes& requestData) {
+Answer EncodePsuFans(const EnclosureState& enclosure, const Bytes& requestData) {
   const Psu* const psu = Find(enclosure.psus, requestData[0]);
   if (psu == nullptr) {
     return Refusal(CompletionCode::kParameterOutOfRange);
@@ -232,7 +232,7 @@ Answer EncodePsuFans(const Enclosure& enclosure, const Bytes& requestData) {
 
 /// 0x32/0x91, no data: the PSUs' flags, the lowest bit for slot 1. One byte a flag on a
 /// first-generation controller, 16 bits on a second-generation one.
-Answer EncodePsuFlags(const Enclosure& enclosure, const Bytes& /*requestData*/) {
+Answer EncodePsuFlags(const EnclosureState& enclosure, const Bytes& /*requestData*/) {
   const std::uint16_t epow = FlagBits(enclosure, &Psu::earlyPowerOffWarning);
   const std::uint16_t throttle = FlagBits(enclosure, &Psu::throttle);
   const std::uint16_t present = FlagBits(enclosure, &Psu::present);
@@ -255,7 +255,7 @@ Answer EncodePsuFlags(const Enclosure& enclosure, const Bytes& /*requestData*/) 
 
 /// 0x32/0x92, data slot, read count and register: a PSU's register through a second-generation
 /// controller, which leaves out the length in front of a block.
-Answer EncodePsuRegister(const Enclosure& enclosure, const Bytes& requestData) {
+Answer EncodePsuRegister(const EnclosureState& enclosure, const Bytes& requestData) {
   const Psu* const psu = Find(enclosure.psus, requestData[0]);
   if (psu == nullptr) {
     return Refusal(CompletionCode::kParameterOutOfRange);
@@ -270,7 +270,7 @@ Answer EncodePsuRegister(const Enclosure& enclosure, const Bytes& requestData) {
 
 /// 0x06/0x52, data bus, address, read count and register: Master Write-Read, by which a PSU's
 /// register is read through a first-generation controller.
-Answer EncodeMasterWriteRead(const Enclosure& enclosure, const Bytes& requestData) {
+Answer EncodeMasterWriteRead(const EnclosureState& enclosure, const Bytes& requestData) {
   const std::uint8_t bus = requestData[0];
   if (bus != kBusOfSlot1 && bus != kBusOfOtherSlots) {
     return Refusal(CompletionCode::kParameterOutOfRange);
@@ -286,7 +286,7 @@ Answer EncodeMasterWriteRead(const Enclosure& enclosure, const Bytes& requestDat
 
 /// 0x32/0xF4, data 00 and a PSU to select: the PSU that is selected then. Without a PSU in the
 /// request the selection stays.
-Answer EncodePsuSelection(const Enclosure& enclosure, const Bytes& requestData) {
+Answer EncodePsuSelection(const EnclosureState& enclosure, const Bytes& requestData) {
   if (requestData[0] != 0) {
     return Refusal(CompletionCode::kInvalidDataField);
   }
@@ -302,7 +302,7 @@ struct Command {
   Generations servedBy;
   std::size_t fewestBytes;
   std::size_t mostBytes;
-  Answer (*encode)(const Enclosure& enclosure, const Bytes& requestData);
+  Answer (*encode)(const EnclosureState& enclosure, const Bytes& requestData);
 };
 
 constexpr std::array<Command, 10> kCommands = {{
@@ -318,14 +318,14 @@ constexpr std::array<Command, 10> kCommands = {{
     {kNetFnApplication, kMasterWriteRead, Generations::First, 4, 4, EncodeMasterWriteRead},
 }};
 
-bool Serves(const Enclosure& enclosure, const Command& command) {
+bool Serves(const EnclosureState& enclosure, const Command& command) {
   return command.servedBy == Generations::Both ||
          (command.servedBy == Generations::Second) == enclosure.secondGeneration;
 }
 
 }  // namespace
 
-Answer EncodeAnswer(const Enclosure& enclosure, const Request& request) {
+Answer EncodeAnswer(const EnclosureState& enclosure, const Request& request) {
   for (const Command& command : kCommands) {
     if (command.netFn != request.netFn || command.command != request.command ||
         !Serves(enclosure, command)) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/Enclosure.h"
+#include "simulator/EnclosureState.h"
 #include "simulator/Message.h"
 
 namespace Tavrin::Simulator {
@@ -8,6 +8,6 @@ namespace Tavrin::Simulator {
 /// The answer to one request as the enclosure itself gives it. Commands without an encoder, and
 /// those of the other generation, get the completion code for an invalid command; a wrong number of
 /// data bytes gets the one for an invalid length.
-Answer EncodeAnswer(const Enclosure& enclosure, const Request& request);
+Answer EncodeAnswer(const EnclosureState& enclosure, const Request& request);
 
 }  // namespace Tavrin::Simulator

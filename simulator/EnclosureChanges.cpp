@@ -167,7 +167,7 @@ Fields PsuFields(Psu& psu) {
 
 }  // namespace
 
-void ChangeEnclosure(const ScenarioValue& changes, Enclosure& enclosure) {
+void ChangeEnclosure(const ScenarioValue& changes, EnclosureState& enclosure) {
   const unsigned int maxMajor =
       enclosure.secondGeneration ? kMaxByte : kMaxRevisionOfFirstGeneration;
   ReadObject(changes, {TextField("machineType", enclosure.machineType, kMaxMachineType),

@@ -24,7 +24,7 @@ namespace {
 constexpr long kRepliedHere = 1;
 
 Scenario ScenarioOf(const ModuleSettings& settings) {
-  Enclosure enclosure = MakeEnclosure(settings.kind);
+  EnclosureState enclosure = MakeEnclosure(settings.kind);
   return settings.scenario.empty()
              ? Scenario{std::move(enclosure), {}}
              : ParseScenario(settings.scenario, "scenario", std::move(enclosure));

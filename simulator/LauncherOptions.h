@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "simulator/Enclosure.h"
+#include "simulator/EnclosureKind.h"
 
 namespace Tavrin::Simulator {
 

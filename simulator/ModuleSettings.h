@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "simulator/Enclosure.h"
+#include "simulator/EnclosureKind.h"
 
 namespace Tavrin::Simulator {
 

@@ -92,7 +92,8 @@ Override ReadOverride(const ScenarioValue& object) {
 
 }  // namespace
 
-Scenario ParseScenario(const std::string& text, const std::string& source, Enclosure enclosure) {
+Scenario ParseScenario(const std::string& text, const std::string& source,
+                       EnclosureState enclosure) {
   const ScenarioValue document = ScenarioValue::Parse(text, source);
   document.CheckKeys({"enclosure", "overrides"});
   const auto changes = document.Find("enclosure");

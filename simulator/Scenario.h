@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/Enclosure.h"
+#include "simulator/EnclosureState.h"
 #include "simulator/Message.h"
 
 namespace Tavrin::Simulator {
@@ -22,12 +22,13 @@ struct Override {
 };
 
 struct Scenario {
-  Enclosure enclosure;
+  EnclosureState enclosure;
   std::vector<Override> overrides;
 };
 
 /// Reads a scenario from JSON text: what it changes about `enclosure`, and its overrides. `source`
 /// names the text in error sentences. Throws ScenarioError.
-Scenario ParseScenario(const std::string& text, const std::string& source, Enclosure enclosure);
+Scenario ParseScenario(const std::string& text, const std::string& source,
+                       EnclosureState enclosure);
 
 }  // namespace Tavrin::Simulator

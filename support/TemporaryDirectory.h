@@ -12,6 +12,8 @@ class TemporaryDirectory {
   /// Its name begins with `prefix`, and ends so that no other has it. Throws std::system_error,
   /// with the system's reason, when it cannot be made.
   explicit TemporaryDirectory(const std::string& prefix);
+
+  /// Removes it. What cannot be removed stays, and is not told of.
   ~TemporaryDirectory();
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;

@@ -7,14 +7,15 @@
 namespace Tavrin {
 
 /// A file that only this user can read, in a temporary directory of its own; removed with the
-/// object. Programs that are started find it under its path, for a password, say, which must not be
-/// among their arguments.
+/// object, also while an exception passes. Programs that are started find it under its path, for a
+/// password, say, which must not be among their arguments.
 class TemporaryFile {
  public:
-  /// Writes the content, byte for byte. Throws std::system_error when it cannot be written.
+  /// Writes the content, byte for byte, and closes the file. Throws std::system_error, with the
+  /// system's reason, when it cannot be written; then nothing is left behind.
   explicit TemporaryFile(const std::string& content) { directory_.Write(kName, content); }
 
-  /// Good for as long as the object lives.
+  /// Good for as long as the object lives; as absolute as the directory's.
   [[nodiscard]] std::string Path() const { return directory_.Path() + "/" + kName; }
 
  private:

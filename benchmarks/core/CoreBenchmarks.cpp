@@ -24,7 +24,7 @@
 
 #include "benchmarks/support/Median.h"
 #include "module/smm/smm_inventory/SMMInventory.h"
-#include "tests/doubles/AllocationCount.h"
+#include "tests/doubles/Allocations.h"
 #include "tests/doubles/Operations.h"
 #include "tests/doubles/PlatformDouble.h"
 

@@ -17,21 +17,12 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const std::map<std::string, Command>& Names() {
-  static const std::map<std::string, Command> names = {
-      {"all", Command::All},   {"identity", Command::Identity},    {"power", Command::Power},
-      {"caps", Command::Caps}, {"nodes", Command::Nodes},          {"fans", Command::Fans},
-      {"psus", Command::Psus}, {"select-psu", Command::SelectPsu},
-  };
-  return names;
-}
-
 TEST(Commands, NameIsTakenInItsSpellingOnly) {
-  for (const auto& [name, command] : Names()) {
-    EXPECT_EQ(FindCommand(name), command);
+  for (const Command& command : Commands()) {
+    EXPECT_EQ(FindCommand(command.name), &command);
   }
   for (const char* const name : {"", "Power", "power ", "pow", "select-psu 1"}) {
-    EXPECT_EQ(FindCommand(name), std::nullopt);
+    EXPECT_EQ(FindCommand(name), nullptr);
   }
 }
 
@@ -62,13 +53,14 @@ TEST(Commands, WordIsTakenForTheLikeliestCommandOrForNone) {
 }
 
 TEST(Commands, ListHasEachCommand) {
-  for (const auto& [name, command] : Names()) {
-    EXPECT_THAT("\n" + CommandList(), HasSubstr("\n  " + name + " "));
+  for (const Command& command : Commands()) {
+    EXPECT_THAT("\n" + CommandList(), HasSubstr("\n  " + std::string(command.name) + " "));
   }
 }
 
 TEST(Commands, HelpTellsUsageWhatIsReadOptionsAndAnExample) {
-  for (const auto& [name, command] : Names()) {
+  for (const Command& command : Commands()) {
+    const std::string name(command.name);
     const std::string help = CommandHelp(command);
     EXPECT_THAT(help, StartsWith("Usage: smm-inventory [OPTIONS] " + name));
     EXPECT_THAT(help, testing::ContainsRegex("\n(Reads|Selects) "));
@@ -78,25 +70,29 @@ TEST(Commands, HelpTellsUsageWhatIsReadOptionsAndAnExample) {
 }
 
 TEST(Commands, EachReadsItsParts) {
-  using Parts = std::vector<Part>;
-  EXPECT_EQ(PartsOf(Command::Identity), Parts({Part::Identity}));
-  EXPECT_EQ(PartsOf(Command::Power), Parts({Part::ChassisPower, Part::NodePower}));
-  EXPECT_EQ(PartsOf(Command::Caps), Parts({Part::PowerCaps}));
-  EXPECT_EQ(PartsOf(Command::Nodes), Parts({Part::NodeStatus, Part::NodePower}));
-  EXPECT_EQ(PartsOf(Command::Fans), Parts({Part::PsuFans}));
-  EXPECT_EQ(PartsOf(Command::Psus), Parts({Part::PsuFirmware, Part::PsuStatus}));
-  EXPECT_EQ(PartsOf(Command::SelectPsu), Parts({Part::PsuSelection}));
+  const std::map<std::string, std::vector<Part>> table = {
+      {"identity", {Part::Identity}},
+      {"power", {Part::ChassisPower, Part::NodePower}},
+      {"caps", {Part::PowerCaps}},
+      {"nodes", {Part::NodeStatus, Part::NodePower}},
+      {"fans", {Part::PsuFans}},
+      {"psus", {Part::PsuFirmware, Part::PsuStatus}},
+      {"select-psu", {Part::PsuSelection}},
+  };
+  for (const auto& [name, parts] : table) {
+    EXPECT_EQ(FindCommand(name)->parts.Parts(), parts) << name;
+  }
 }
 
 TEST(Commands, AllReadsWhatTheOthersReadInTheOrderOfTheParts) {
   std::set<Part> parts;
-  for (const auto& [name, command] : Names()) {
-    if (command != Command::SelectPsu) {
-      const std::vector<Part> those = PartsOf(command);
+  for (const Command& command : Commands()) {
+    if (command.name != "all" && command.name != "select-psu") {
+      const std::vector<Part> those = command.parts.Parts();
       parts.insert(those.begin(), those.end());
     }
   }
-  EXPECT_EQ(PartsOf(Command::All), std::vector<Part>(parts.begin(), parts.end()));
+  EXPECT_EQ(FindCommand("all")->parts.Parts(), std::vector<Part>(parts.begin(), parts.end()));
 }
 
 /// The rows of the README's table of commands, as CommandList() has them but for the blanks.
@@ -124,7 +120,7 @@ TEST(Commands, ReadmeListsThemAsTheHelpDoes) {
 }
 
 TEST(Commands, HelpFitsATerminal) {
-  for (const auto& [name, command] : Names()) {
+  for (const Command& command : Commands()) {
     std::istringstream lines(CommandHelp(command) + CommandList());
     for (std::string line; std::getline(lines, line);) {
       EXPECT_LE(line.size(), 100U) << line;

@@ -83,7 +83,7 @@ TEST(ExitCode, TellsWhetherAQueryFailed) {
 
 TEST(ExitCode, SlotThatGaveNothingIsNoFailure) {
   Reading reading = ExampleReading();
-  reading.psuFirmware->value[0].version = AbsentValue<std::string>(Absence::SlotUnanswered);
+  reading.psuFirmware->value[0].version = {std::nullopt, "", Absence::SlotUnanswered};
   EXPECT_EQ(ExitCodeOf(reading), 0);
 }
 

@@ -44,7 +44,7 @@ TEST(Options, HostAndUserAloneLeaveTheDefaults) {
   EXPECT_EQ(options.attempts, std::nullopt);
   EXPECT_EQ(options.sessionTimeoutMs, std::nullopt);
   EXPECT_EQ(options.verbosity, 0U);
-  EXPECT_EQ(options.task.command, Command::All);
+  EXPECT_EQ(options.task.command, FindCommand("all"));
   EXPECT_EQ(options.format, &Formats().front());
 }
 
@@ -63,22 +63,18 @@ TEST(Options, LongFormsAreTaken) {
 
 struct CommandRow {
   Arguments words;
-  Command command;
+  std::string name;
   int psu;
 };
 
 TEST(Options, CommandIsTakenBeforeAndAfterTheOptions) {
   const std::vector<CommandRow> table = {
-      {{}, Command::All, 0},
-      {{"all"}, Command::All, 0},
-      {{"identity"}, Command::Identity, 0},
-      {{"power"}, Command::Power, 0},
-      {{"caps"}, Command::Caps, 0},
-      {{"nodes"}, Command::Nodes, 0},
-      {{"fans"}, Command::Fans, 0},
-      {{"psus"}, Command::Psus, 0},
-      {{"select-psu", "1"}, Command::SelectPsu, 1},
-      {{"select-psu", "9"}, Command::SelectPsu, 9},
+      {{}, "all", 0},
+      {{"all"}, "all", 0},
+      {{"identity"}, "identity", 0},
+      {{"psus"}, "psus", 0},
+      {{"select-psu", "1"}, "select-psu", 1},
+      {{"select-psu", "9"}, "select-psu", 9},
   };
   const Arguments rest = {"-H", "a", "--json", "-U", "u", "-W", "no-checksum-check"};
   for (const CommandRow& row : table) {
@@ -88,7 +84,7 @@ TEST(Options, CommandIsTakenBeforeAndAfterTheOptions) {
     after.insert(after.end(), row.words.begin(), row.words.end());
     for (const Arguments& arguments : {before, after}) {
       const Options options = ParseOptions(arguments);
-      EXPECT_EQ(options.task.command, row.command);
+      EXPECT_EQ(options.task.command, FindCommand(row.name));
       EXPECT_EQ(options.task.psu, row.psu);
       EXPECT_EQ(options.workaroundFlags, 0x40);
       EXPECT_EQ(options.format, FindFormat("json"));
@@ -289,10 +285,11 @@ TEST(Options, HelpShowsCommandsExamplesAndExitCodes) {
 }
 
 TEST(Options, HelpAfterACommandIsAboutThatCommand) {
-  EXPECT_EQ(std::get<Notice>(Parse({"power", "--help"})).text, CommandHelp(Command::Power));
+  EXPECT_EQ(std::get<Notice>(Parse({"power", "--help"})).text, CommandHelp(*FindCommand("power")));
   EXPECT_EQ(std::get<Notice>(Parse({"-H", "caps", "--help", "psus"})).text,
-            CommandHelp(Command::Psus));
-  EXPECT_EQ(std::get<Notice>(Parse({"select-psu", "-h"})).text, CommandHelp(Command::SelectPsu));
+            CommandHelp(*FindCommand("psus")));
+  EXPECT_EQ(std::get<Notice>(Parse({"select-psu", "-h"})).text,
+            CommandHelp(*FindCommand("select-psu")));
   EXPECT_THAT(std::get<Notice>(Parse({"powr", "--help"})).text, HasSubstr("\nCommands; "));
 }
 

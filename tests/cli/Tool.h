@@ -1,22 +1,35 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "tests/report/Schema.h"
 #include "tests/support/Child.h"
 
 namespace Tavrin {
 
 /// Runs the tool to its end.
-Finished RunTool(std::vector<std::string> arguments, std::vector<std::string> environment = {},
-                 const std::string& input = {});
+inline Finished RunTool(const std::vector<std::string>& arguments,
+                        const std::vector<std::string>& environment = {},
+                        const std::string& input = {}) {
+  return Child(Joined({SMM_INVENTORY}, arguments), environment, input).Wait();
+}
 
 /// What the tool is called with to read a simulated SMM there, its password on standard input.
-std::vector<std::string> CallArguments(const std::string& address,
-                                       const std::vector<std::string>& options);
+inline std::vector<std::string> CallArguments(const std::string& address,
+                                              const std::vector<std::string>& options) {
+  return Joined(
+      {"-H", address, "-U", "admin", "-W", "open-session-privilege", "--password-file", "-"},
+      options);
+}
 
 /// The document that a run with --json printed, after it was found to keep to the schema.
-nlohmann::json DocumentOf(const Finished& finished);
+inline nlohmann::json DocumentOf(const Finished& finished) {
+  EXPECT_EQ(SchemaErrors(finished.output), "") << finished.error;
+  return nlohmann::json::parse(finished.output);
+}
 
 }  // namespace Tavrin

@@ -3,7 +3,6 @@
 
 #include "support/TemporaryFile.h"
 #include "tests/cli/Tool.h"
-#include "tests/support/UnwritableOutput.h"
 
 namespace Tavrin {
 namespace {

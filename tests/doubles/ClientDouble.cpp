@@ -86,17 +86,7 @@ std::string HexText(const Bytes& bytes) {
 }
 
 TavrinConnection::ConnectionInfo TestSettings() {
-  TavrinConnection::ConnectionInfo settings;
-  settings.address = "192.0.2.17";
-  settings.port = 9623;
-  settings.userName = "operator-7";
-  settings.password = "correct horse";
-  settings.aux16A = 11;
-  settings.aux16B = 12;
-  settings.aux32A = -13;
-  settings.connectionKind = 7;
-  settings.aux32B = 15;
-  return settings;
+  return {"192.0.2.17", 9623, "operator-7", "correct horse", 11, 12, -13, 7, 15};
 }
 
 Bytes StatusAnswer(std::uint8_t platformId, std::uint8_t enclosureType) {

@@ -11,11 +11,15 @@ void Mark(std::int32_t& number) { number = -1; }
 void Mark(std::monostate& /*nothing*/) {}
 
 template <typename Record>
-void Mark(std::vector<Record>& /*records*/) {}
-
-template <typename Record>
 void Mark(Record& record) {
   ForEachMember(record, [](const char* /*name*/, auto& value) { Mark(value); });
+}
+
+template <typename Record>
+void Mark(std::vector<Record>& records) {
+  for (Record& record : records) {
+    Mark(record);
+  }
 }
 
 bool IsFor(const IPMICOMMAND& request, const SampleAnswer& answer) {
@@ -42,10 +46,15 @@ std::vector<std::string> OperationNames() {
   return names;
 }
 
-bool Sends(const std::string& operation, const IPMICOMMAND& request) {
-  const SampleAnswers& answers = OperationNamed<SMMInventory>(operation).answers;
-  return std::any_of(answers.begin(), answers.end(),
-                     [&](const SampleAnswer& answer) { return IsFor(request, answer); });
+const Operation<SMMInventory>& OperationThatSends(const IPMICOMMAND& request, SMMIype generation) {
+  for (const Operation<SMMInventory>& operation : Operations<SMMInventory>()) {
+    for (const SampleAnswer& answer : operation.answers) {
+      if (answer.generation == generation && IsFor(request, answer)) {
+        return operation;
+      }
+    }
+  }
+  throw std::logic_error("no operation sends the command " + std::to_string(request.cmd));
 }
 
 std::function<const std::vector<std::uint8_t>&(const IPMICOMMAND&)> SampleAnswersOf(

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <numeric>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -25,14 +26,14 @@ using Output = std::variant<std::monostate, std::string, ChassisPowerCon, Chassi
 /// See RecordText.h.
 std::string Text(const Output& output);
 
-/// The same with every text "before" and every number -1; lists stay as they are.
+/// The same with every text "before" and every number -1, in the records of a list, too.
 Output Marked(Output output);
 
 /// What the number means that an operation is called with.
 enum class Argument { None, Node, Psu };
 
-/// An answer to one of the requests that an operation sends: as long as the controllers give it,
-/// with texts that fill their fields.
+/// An answer to the first of the requests that an operation sends: as a healthy controller gives
+/// it, with texts that fill their fields.
 struct SampleAnswer {
   SMMIype generation;
   std::uint8_t command;
@@ -58,15 +59,16 @@ struct Operation {
   std::function<int(Inventory&, int argument, Output&)> call;
   Exchanges exchanges;
   SampleAnswers answers;
+  int alsoWritesOn = StatusCode::Success;  ///< The failure, if any, on which it fills the output.
 };
 
 template <typename Inventory, typename Owner, typename Record>
 Operation<Inventory> Asks(const char* name, int (Owner::*query)(Record&), Exchanges exchanges,
-                          SampleAnswers answers) {
+                          SampleAnswers answers, int alsoWritesOn = StatusCode::Success) {
   const auto call = [query](Inventory& inventory, int /*argument*/, Output& output) {
     return (inventory.*query)(std::get<Record>(output));
   };
-  return {name, Argument::None, Record(), call, exchanges, std::move(answers)};
+  return {name, Argument::None, Record(), call, exchanges, std::move(answers), alsoWritesOn};
 }
 
 template <typename Inventory, typename Owner, typename Record>
@@ -94,6 +96,7 @@ inline std::vector<std::uint8_t> BytesOf(const std::string& text) {
 /// A register of 32 bytes, of which the first two are looked at.
 inline std::vector<std::uint8_t> SamplePosition() {
   std::vector<std::uint8_t> position(32);
+  std::iota(position.begin(), position.end(), std::uint8_t{0xC0});
   position[0] = 0x0A;
   position[1] = 0x01;
   return position;
@@ -106,15 +109,15 @@ template <typename Inventory>
 const std::vector<Operation<Inventory>>& Operations() {
   constexpr SMMIype kFirst = SMM_FIRST_GENERATION;
   constexpr SMMIype kSecond = SMM_SECOND_GENERATION;
-  static const SampleAnswers power = {
-      {kFirst, 0x98, {}, {0x34, 0x12, 0x78, 0x16, 0xBC, 0x1A}},
-      {kSecond, 0x98, {}, {0xAA, 0x34, 0x12, 0x78, 0x16, 0xBC, 0x1A}}};
   static const SampleAnswers status = {
-      {kFirst, 0xA8, {}, {0x01, 0x05, 0xA1, 0xA2, 0xA3, 'F', 'G', 'E', 'N', '7', '0', 0, 0, 0}},
+      {kFirst,
+       0xA8,
+       {},
+       {0x01, 0x05, 0xA1, 0xA2, 0xA3, 'F', 'G', 'E', 'N', '7', '0', 0, 0, 0, 0, 0}},
       {kSecond,
        0xA8,
        {},
-       {0xFD, 0x02, 0x1A, 0xB1, 0xB2, 0xB3, 'S', 'G', 'E', 'N', '3', '0', 0, 0x03}}};
+       {0xFD, 0x02, 0x1A, 0xB1, 0xB2, 0xB3, 'S', 'G', 'E', 'N', '3', '0', 0, 0x03, 0, 0}}};
   static const std::vector<Operation<Inventory>> operations = {
       Asks<Inventory>("GetSmmMT", &Inventory::GetSmmMT, {1, 1},
                       {{kFirst, 0xB0, 0x00, {'1', 'Q', 'A', '4', 0, 0, 0, 0}},
@@ -127,35 +130,41 @@ const std::vector<Operation<Inventory>>& Operations() {
                       {{kFirst, 0xB0, 0x0B, BytesOf("first rack, enclosure 17")},
                        {kSecond, 0xB0, 0x0B, BytesOf("\x05\x0Bsecond rack, enclosure 4")}}),
       Asks<Inventory>("GetChassisPowerConsumption", &Inventory::GetChassisPowerConsumption, {1, 1},
-                      power),
+                      {{kFirst, 0x98, 0x05, {0x71, 0x02, 0x4A, 0x06, 0xE6, 0x0A}},
+                       {kSecond, 0x98, 0x0D, {0x0D, 0x51, 0x08, 0x92, 0x13, 0x26, 0x21}}}),
       Asks<Inventory>(
           "GetChassisPowerCap", &Inventory::GetChassisPowerCap, {1, 1},
           {{kFirst, 0x9D, {}, {0x62, 0x02, 0x48, 0x0D, 0x86, 0x0B, 0x34, 0x08, 0xC4, 0x09}},
            {kSecond,
             0x9D,
             {},
-            {0xAA, 0xA2, 0x08, 0xE4, 0x25, 0x8C, 0x23, 0xB0, 0x1D, 0x6C, 0x20}}}),
+            {0x0D, 0xA2, 0x08, 0xE4, 0x25, 0x8C, 0x23, 0xB0, 0x1D, 0x6C, 0x20}}}),
       Asks<Inventory>("GetNodePowerConsumption", &Inventory::GetNodePowerConsumption, {1, 1},
-                      power),
+                      {{kFirst, 0x98, {}, {0x77, 0x00, 0x55, 0x01, 0x65, 0x02}},
+                       {kSecond, 0x98, {}, {0x01, 0x78, 0x00, 0x56, 0x01, 0x66, 0x02}}}),
       Asks<Inventory>("GetPSUFanSpeed", &Inventory::GetPSUFanSpeed, {2, 9},
-                      {{kFirst, 0xA5, {}, {0x10, 0x27, 0x32, 0x02}},
-                       {kSecond, 0xA5, {}, {0xAA, 0x10, 0x27, 0x32, 0x20, 0x28, 0x33, 0x02}}}),
+                      {{kFirst, 0xA5, {}, {0x72, 0x15, 0x3D, 0x02}},
+                       {kSecond, 0xA5, {}, {0x01, 0x9A, 0x15, 0x3D, 0x7F, 0x21, 0x51, 0x02}}},
+                      StatusCode::NotConnected),
       Asks<Inventory>("GetPSUFwInfo", &Inventory::GetPSUFwInfo, {6, 27},
-                      {{kFirst, 0x52, 0xFC, {0x0A, 0x01}},
-                       {kFirst, 0x52, 0x99, {0x04, 'A', 'B', 'C', 'D'}},
+                      {{kFirst, 0x52, 0xFC, {0x08, 0x01}},
+                       {kFirst, 0x52, 0x99, {0x04, 'P', 'A', 'S', '1'}},
                        {kFirst, 0x52, 0xF0, SamplePosition()},
-                       {kSecond, 0x92, 0xFC, {0x0A, 0x01}},
-                       {kSecond, 0x92, 0x99, {'A', 'B', 'C', 'D', 0x00}},
+                       {kSecond, 0x92, 0xFC, {0x09, 0x01}},
+                       {kSecond, 0x92, 0x99, {'P', 'B', 'S', '1', 0x00}},
                        {kSecond, 0x92, 0xF0, SamplePosition()}}),
-      Asks<Inventory>("GetPSUStatus", &Inventory::GetPSUStatus, {1, 1},
-                      {{kFirst, 0x91, {}, {0x00, 0x02, 0x03, 0x01, 0x00, 0x00}},
-                       {kSecond, 0x91, {}, {0x00, 0x11, 0x02, 0x33, 0x03, 0x55, 0x01, 0x77}}}),
+      Asks<Inventory>(
+          "GetPSUStatus", &Inventory::GetPSUStatus, {1, 1},
+          {{kFirst, 0x91, {}, {0x00, 0x00, 0x03, 0x03, 0xA5, 0x5A}},
+           {kSecond, 0x91, {}, {0x00, 0x00, 0xA5, 0x5A, 0x00, 0x00, 0xFF, 0x01, 0xFF, 0x01}}},
+          StatusCode::UnusableAnswer),
       Asks<Inventory>("SelectPSU", &Inventory::SelectPSU, {1, 1, true},
-                      {{kFirst, 0xF4, {}, {0x00}}, {kSecond, 0xF4, {}, {0x00}}}),
+                      {{kFirst, 0xF4, {}, {0x01}}, {kSecond, 0xF4, {}, {0x01}}}),
       Asks<Inventory>("GetNodeStatus", &Inventory::GetNodeStatus, {1, 1},
-                      {{kFirst, 0xA7, {}, {0x80, 0x01, 0x01, 0x00}},
-                       {kSecond, 0xA7, {}, {0xAA, 0x80, 0x02, 0x01, 0x20}}}),
-      Asks<Inventory>("GetSMMStatus", &Inventory::GetSMMStatus, {6, 6, true}, status),
+                      {{kFirst, 0xA7, {}, {0x80, 0x01, 0x02, 0x11}},
+                       {kSecond, 0xA7, {}, {0x01, 0x80, 0x01, 0x02, 0x11}}}),
+      Asks<Inventory>("GetSMMStatus", &Inventory::GetSMMStatus, {6, 6, true}, status,
+                      StatusCode::NoUsableResult),
   };
   return operations;
 }
@@ -174,8 +183,9 @@ const Operation<Inventory>& OperationNamed(const std::string& name) {
 /// The names of all.
 std::vector<std::string> OperationNames();
 
-/// Whether the operation sends such requests, as far as its sample answers tell.
-bool Sends(const std::string& operation, const IPMICOMMAND& request);
+/// The first operation whose sample answers of the generation are for such requests. Throws
+/// std::logic_error when there is none.
+const Operation<SMMInventory>& OperationThatSends(const IPMICOMMAND& request, SMMIype generation);
 
 /// Gives an SMM's sample answer to each request. Throws std::logic_error for a request that none is
 /// there for.

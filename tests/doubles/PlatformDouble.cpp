@@ -2,12 +2,11 @@
 
 #include <unistd.h>
 
-#include <cerrno>
+#include <ctime>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 #include "platform/GlobalConfig.h"
@@ -18,17 +17,6 @@
 
 namespace Tavrin::Double {
 namespace {
-
-/// The first of what is still to come, which it takes away; as new when nothing is.
-template <typename T>
-T TakeNext(std::vector<T>& script) {
-  T next{};
-  if (!script.empty()) {
-    next = std::move(script.front());
-    script.erase(script.begin());
-  }
-  return next;
-}
 
 /// Whether the source that writes the log writes a line there.
 bool WritesALineAt(unsigned int number) {
@@ -43,6 +31,13 @@ bool WritesALineAt(unsigned int number) {
   return number < lines.size() && lines[number].find("SMM_LOG(k") != std::string::npos;
 }
 
+[[maybe_unused]] const bool playsPauses = []() noexcept {
+  OnPause(PlayPause);
+  return true;
+}();
+
+}  // namespace
+
 unsigned int PlayPause(unsigned int seconds) {
   Platform& platform = ThePlatform();
   if (platform.answerTo) {
@@ -55,23 +50,9 @@ unsigned int PlayPause(unsigned int seconds) {
   }
   platform.pauses.push_back(seconds);
   platform.Happened("pause");
-  const SleepEnd end = TakeNext(platform.sleepEnds);
-  errno = end.error != 0 ? end.error : errno;
-  return end.result;
+  return 0;
 }
 
-int PlayWait(clockid_t clock, int flags, const timespec& until) {
-  ThePlatform().waits.push_back({clock, flags, until});
-  return TakeNext(ThePlatform().waitResults);
-}
-
-[[maybe_unused]] const bool playsPauses = []() noexcept {
-  OnPause(PlayPause);
-  OnWait(PlayWait);
-  return true;
-}();
-
-}  // namespace
 }  // namespace Tavrin::Double
 
 namespace Tavrin {
@@ -117,8 +98,7 @@ Log::~Log() {
   Require(!text.empty(), "a line has a text");
   Platform& platform = ThePlatform();
   if (!platform.answerTo) {
-    platform.lines.push_back({state_->level, text});
-    platform.lineNumbers.push_back(state_->line);
+    platform.lines.push_back({state_->level, text, state_->line});
     platform.whileWritten(platform.lines.back());
   }
 }
@@ -130,7 +110,8 @@ unsigned int Log::GetMinLogLevel() {
   if (!platform.answerTo) {
     ++platform.thresholdReads;
     if (!platform.laterThresholds.empty()) {
-      platform.logThreshold = Double::TakeNext(platform.laterThresholds);
+      platform.logThreshold = platform.laterThresholds.front();
+      platform.laterThresholds.erase(platform.laterThresholds.begin());
     }
   }
   return platform.logThreshold;

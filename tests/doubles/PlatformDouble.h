@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <ctime>
 #include <exception>
 #include <functional>
 #include <optional>
@@ -63,32 +62,18 @@ struct Exchange {
 struct Line {
   unsigned int level = 0;
   std::string text;
+  unsigned int number = 0;
 
   bool operator==(const Line& other) const { return level == other.level && text == other.text; }
 };
 std::ostream& operator<<(std::ostream& stream, const Line& line);
 
-/// How one call of sleep() ends.
-struct SleepEnd {
-  unsigned int result = 0;
-  int error = 0;  ///< What it leaves in errno, unless 0.
-};
-
-/// One wait for a time on a clock.
-struct Wait {
-  clockid_t clock = CLOCK_REALTIME;
-  int flags = 0;
-  timespec until = {};
-};
-
 /// What the code under test did.
 struct Happenings {
   std::vector<Exchange> exchanges;  ///< As they were begun, each with the request that was sent.
   std::vector<Line> lines;
-  std::vector<unsigned int> lineNumbers;
   std::size_t thresholdReads = 0;
   std::vector<unsigned int> pauses;
-  std::vector<Wait> waits;
   std::vector<std::string> events;
 };
 
@@ -118,8 +103,6 @@ struct Platform : Happenings {
   int connectAttempts = 3;
   std::optional<std::int32_t> smmType = 0;  ///< Without one, the caller's is left as passed.
   int smmTypeResult = 0;
-  std::vector<SleepEnd> sleepEnds;  ///< Taken by sleep() one by one; then it returns 0.
-  std::vector<int> waitResults;     ///< Taken by clock_nanosleep() one by one; then it returns 0.
 
   // Look on while it happens; what they throw, the platform throws.
   std::function<void(const Line&)> whileWritten = [](const Line&) {};
@@ -157,6 +140,9 @@ void OnComplaint(void (*complain)(const std::string& text));
 
 /// Complains unless it holds.
 void Require(bool holds, const char* promise);
+
+/// Stands for sleep(), with the pauses and events of the platform.
+unsigned int PlayPause(unsigned int seconds);
 
 /// What one thread has had of the platform so far.
 struct Tally {

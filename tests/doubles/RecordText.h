@@ -10,43 +10,57 @@
 
 namespace Tavrin::Double {
 
-/// The members of each record by their names, in the order that they are declared in.
+/// A member by its name and its type, which callers were compiled with.
+template <typename Record>
+using TextIn = std::pair<const char*, std::string Record::*>;
+template <typename Record>
+using NumberIn = std::pair<const char*, std::int32_t Record::*>;
+
+/// The members of each record, in the order that they are declared in.
 template <typename Record>
 inline constexpr std::tuple<> kMembers;
 template <>
 inline constexpr std::tuple kMembers<ChassisPowerCon> = {
-    std::pair{"minPower", &ChassisPowerCon::minPower},
-    std::pair{"avgPower", &ChassisPowerCon::avgPower},
-    std::pair{"maxPower", &ChassisPowerCon::maxPower}};
+    TextIn<ChassisPowerCon>{"minPower", &ChassisPowerCon::minPower},
+    TextIn<ChassisPowerCon>{"avgPower", &ChassisPowerCon::avgPower},
+    TextIn<ChassisPowerCon>{"maxPower", &ChassisPowerCon::maxPower}};
 template <>
 inline constexpr std::tuple kMembers<ChassisPowerCap> = {
-    std::pair{"minCap", &ChassisPowerCap::minCap}, std::pair{"maxCap", &ChassisPowerCap::maxCap},
-    std::pair{"protectiveCap", &ChassisPowerCap::protectiveCap},
-    std::pair{"userCap", &ChassisPowerCap::userCap},
-    std::pair{"thermalCap", &ChassisPowerCap::thermalCap}};
+    TextIn<ChassisPowerCap>{"minCap", &ChassisPowerCap::minCap},
+    TextIn<ChassisPowerCap>{"maxCap", &ChassisPowerCap::maxCap},
+    TextIn<ChassisPowerCap>{"protectiveCap", &ChassisPowerCap::protectiveCap},
+    TextIn<ChassisPowerCap>{"userCap", &ChassisPowerCap::userCap},
+    TextIn<ChassisPowerCap>{"thermalCap", &ChassisPowerCap::thermalCap}};
 template <>
 inline constexpr std::tuple kMembers<PSUFanSpeed> = {
-    std::pair{"name", &PSUFanSpeed::name}, std::pair{"speedA", &PSUFanSpeed::speedA},
-    std::pair{"patA", &PSUFanSpeed::patA}, std::pair{"speedB", &PSUFanSpeed::speedB},
-    std::pair{"patB", &PSUFanSpeed::patB}, std::pair{"status", &PSUFanSpeed::status}};
+    TextIn<PSUFanSpeed>{"name", &PSUFanSpeed::name},
+    TextIn<PSUFanSpeed>{"speedA", &PSUFanSpeed::speedA},
+    TextIn<PSUFanSpeed>{"patA", &PSUFanSpeed::patA},
+    TextIn<PSUFanSpeed>{"speedB", &PSUFanSpeed::speedB},
+    TextIn<PSUFanSpeed>{"patB", &PSUFanSpeed::patB},
+    TextIn<PSUFanSpeed>{"status", &PSUFanSpeed::status}};
 template <>
 inline constexpr std::tuple kMembers<PSUFwInfo> = {
-    std::pair{"name", &PSUFwInfo::name}, std::pair{"identifier", &PSUFwInfo::identifier},
-    std::pair{"version", &PSUFwInfo::version}, std::pair{"slot", &PSUFwInfo::slot},
-    std::pair{"description", &PSUFwInfo::description}};
+    TextIn<PSUFwInfo>{"name", &PSUFwInfo::name},
+    TextIn<PSUFwInfo>{"identifier", &PSUFwInfo::identifier},
+    TextIn<PSUFwInfo>{"version", &PSUFwInfo::version}, TextIn<PSUFwInfo>{"slot", &PSUFwInfo::slot},
+    TextIn<PSUFwInfo>{"description", &PSUFwInfo::description}};
 template <>
 inline constexpr std::tuple kMembers<PSUStatus> = {
-    std::pair{"epow", &PSUStatus::epow}, std::pair{"throttle", &PSUStatus::throttle},
-    std::pair{"present", &PSUStatus::present}, std::pair{"powerGood", &PSUStatus::powerGood}};
+    TextIn<PSUStatus>{"epow", &PSUStatus::epow},
+    TextIn<PSUStatus>{"throttle", &PSUStatus::throttle},
+    TextIn<PSUStatus>{"present", &PSUStatus::present},
+    TextIn<PSUStatus>{"powerGood", &PSUStatus::powerGood}};
 template <>
 inline constexpr std::tuple kMembers<NodeStatus> = {
-    std::pair{"powerState", &NodeStatus::powerState}, std::pair{"width", &NodeStatus::width},
-    std::pair{"height", &NodeStatus::height},
-    std::pair{"permissionState", &NodeStatus::permissionState}};
+    TextIn<NodeStatus>{"powerState", &NodeStatus::powerState},
+    TextIn<NodeStatus>{"width", &NodeStatus::width},
+    TextIn<NodeStatus>{"height", &NodeStatus::height},
+    NumberIn<NodeStatus>{"permissionState", &NodeStatus::permissionState}};
 template <>
 inline constexpr std::tuple kMembers<SMMStatus> = {
-    std::pair{"platformId", &SMMStatus::platformId},
-    std::pair{"psuSlotCount", &SMMStatus::psuSlotCount}};
+    NumberIn<SMMStatus>{"platformId", &SMMStatus::platformId},
+    NumberIn<SMMStatus>{"psuSlotCount", &SMMStatus::psuSlotCount}};
 
 /// Calls `visit` with the name and the value of each member.
 template <typename Record, typename Visit>

@@ -8,7 +8,7 @@
 #include "tests/faults/FaultTest.h"
 #include "tests/simulator/RawSession.h"
 #include "tests/support/Ipv6Test.h"
-#include "tests/support/SilentPort.h"
+#include "tests/support/UdpPort.h"
 
 namespace Tavrin {
 namespace {
@@ -50,8 +50,7 @@ TEST_F(ControllerFault, AllSessionsTakenIsNotConnectedUntilOneIsFree) {
   constexpr int kRoom = 63;
   std::vector<std::unique_ptr<Simulator::RawSession>> sessions;
   for (int i = 0; i < kRoom; ++i) {
-    sessions.push_back(
-        std::make_unique<Simulator::RawSession>(simulator->Address(), "admin", "sesame"));
+    sessions.push_back(std::make_unique<Simulator::RawSession>(simulator->Address()));
   }
   ExpectQuery({StatusCode::NotConnected, kAttempts, kSilentConnect});
   sessions.pop_back();
@@ -96,7 +95,7 @@ TEST_F(ControllerFault, NameThatDoesNotResolveIsTriedOnce) {
 }
 
 TEST_F(ControllerFault, ClosedPortIsNotConnectedAfterEveryAttempt) {
-  SilentPort closed;
+  UdpPort closed;
   closed.Refuse();
   TavrinConnection::ConnectionInfo settings = Direct();
   settings.port = closed.Number();
@@ -107,7 +106,7 @@ TEST_F(ControllerFault, ClosedPortIsNotConnectedAfterEveryAttempt) {
 }
 
 TEST_F(ControllerFaultOnIpv6, ClosedPortIsNotConnectedAfterEveryAttempt) {
-  SilentPort closed("::1");
+  UdpPort closed("::1");
   closed.Refuse();
   TavrinConnection::ConnectionInfo settings = Direct();
   settings.address = "::1";

@@ -50,9 +50,9 @@ FaultTest::Measured FaultTest::Run(SMMInventory& object, Query query) {
   return measured;
 }
 
-/// What is neither the relay's nor held for the simulator, whose output comes through two.
+/// What is not held for the simulator, whose output comes through two.
 std::size_t FaultTest::DescriptorsOfTheLibrary() const {
-  return OpenDescriptors() - relay.Descriptors() - (simulator ? 2 : 0);
+  return OpenDescriptors() - (simulator ? 2 : 0);
 }
 
 SMMInventory FaultTest::Unread(const TavrinConnection::ConnectionInfo& settings) {

@@ -10,7 +10,6 @@ namespace Tavrin {
 
 std::size_t OpenDescriptors();
 std::size_t Threads();
-std::size_t ResidentKilobytes();
 
 /// How many sessions the controller counts as open, the one that asks not among them.
 int OpenSessions(const SimulatedSmm& simulator);

@@ -10,7 +10,7 @@
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
-#include "tests/faults/FailingAllocation.h"
+#include "tests/doubles/Allocations.h"
 #include "tests/faults/LeftBehind.h"
 #include "tests/platform/ScopedEnvironment.h"
 #include "tests/wire/WireTest.h"

@@ -23,6 +23,7 @@ using ::testing::HasSubstr;
 using Bytes = std::vector<std::uint8_t>;
 
 /// Where things are in the answers that open a session.
+constexpr std::size_t kPayloadTypeAt = 5;
 constexpr std::size_t kCapabilitiesCodeAt = 20;
 constexpr std::size_t kCapabilitiesStatusAt = 23;
 constexpr std::size_t kCapabilitiesVersionsAt = 24;
@@ -31,6 +32,7 @@ constexpr std::size_t kNumberAt = 16;
 constexpr std::size_t kStatusAt = 17;
 constexpr std::size_t kPrivilegeAt = 18;
 constexpr std::size_t kSessionIdAt = 20;
+constexpr std::size_t kCompletionCodeAt = 22;
 
 constexpr milliseconds kSessionTimeout{600};
 
@@ -49,8 +51,6 @@ Change Add(std::size_t at, std::uint8_t bits) {
 Change Flip(std::size_t at, std::uint8_t bits) {
   return [at, bits](Bytes& bytes) { bytes.at(at) ^= bits; };
 }
-
-void Lose(Bytes& bytes) { bytes.clear(); }
 
 void SpoilEnd(Bytes& bytes) { bytes.back() ^= 0x01U; }
 
@@ -116,7 +116,7 @@ class OpeningAnswers : public WireTest {
 
 TEST_F(OpeningAnswers, CapabilitiesThatRuleASessionOutAreTold) {
   const auto capabilities = [](const Change& change) {
-    return Changed(OpeningAnswer::Capabilities, change);
+    return Changed(Answer::Capabilities, change);
   };
   for (const int passing : {0xC0, 0xC3, 0xCE, 0xCF, 0xD2}) {
     ExpectFailure(capabilities(Set(kCapabilitiesCodeAt, static_cast<std::uint8_t>(passing))),
@@ -136,9 +136,9 @@ TEST_F(OpeningAnswers, CapabilitiesThatRuleASessionOutAreTold) {
 
 TEST_F(OpeningAnswers, WorkaroundPassesOverCapabilitiesThatRuleTheLoginOut) {
   Standalone::SetGlobalConfigValue("IPMI_WORKAROUND_FLAGS", 16 + 1);
-  ExpectSuccess(Changed(OpeningAnswer::Capabilities, Clear(kCapabilitiesStatusAt, 0x04)));
-  ExpectSuccess(Changed(OpeningAnswer::Capabilities, Add(kCapabilitiesStatusAt, 0x20)));
-  ExpectFailure(Changed(OpeningAnswer::Capabilities, Clear(kCapabilitiesVersionsAt, 0x02)),
+  ExpectSuccess(Changed(Answer::Capabilities, Clear(kCapabilitiesStatusAt, 0x04)));
+  ExpectSuccess(Changed(Answer::Capabilities, Add(kCapabilitiesStatusAt, 0x20)));
+  ExpectFailure(Changed(Answer::Capabilities, Clear(kCapabilitiesVersionsAt, 0x02)),
                 ConnectResult::Failed, FailureCause::Ipmi20Missing,
                 "the controller does not offer IPMI 2.0");
 }
@@ -169,8 +169,7 @@ const std::vector<Refusal>& Refusals() {
 }
 
 TEST_F(OpeningAnswers, EachRefusalIsTakenInEachStep) {
-  for (const OpeningAnswer answer :
-       {OpeningAnswer::OpenSession, OpeningAnswer::Rakp2, OpeningAnswer::Rakp4}) {
+  for (const Answer answer : {Answer::OpenSession, Answer::Rakp2, Answer::Rakp4}) {
     for (const Refusal& refusal : Refusals()) {
       ExpectFailure(Changed(answer, Refuse(refusal.status)), refusal.result, refusal.cause,
                     refusal.words);
@@ -179,13 +178,13 @@ TEST_F(OpeningAnswers, EachRefusalIsTakenInEachStep) {
 }
 
 TEST_F(OpeningAnswers, LowerPrivilegeThanAskedForIsRefused) {
-  ExpectFailure(Changed(OpeningAnswer::OpenSession, Set(kPrivilegeAt, 3)),
-                ConnectResult::PrivilegeRefused, FailureCause::PrivilegeRefused,
+  ExpectFailure(Changed(Answer::OpenSession, Set(kPrivilegeAt, 3)), ConnectResult::PrivilegeRefused,
+                FailureCause::PrivilegeRefused,
                 "the controller does not grant the privilege level");
 }
 
 TEST_F(OpeningAnswers, AnswerToAnotherNumberOrSessionIsNotTaken) {
-  for (const OpeningAnswer answer : {OpeningAnswer::OpenSession, OpeningAnswer::Rakp2}) {
+  for (const Answer answer : {Answer::OpenSession, Answer::Rakp2}) {
     for (const std::size_t at : {kNumberAt, kSessionIdAt}) {
       ExpectFailure(Changed(answer, Flip(at, 0xC0)), ConnectResult::WorthRetrying,
                     FailureCause::OtherAnswer,
@@ -195,40 +194,40 @@ TEST_F(OpeningAnswers, AnswerToAnotherNumberOrSessionIsNotTaken) {
 }
 
 TEST_F(OpeningAnswers, SpoiledProofOfThePasswordIsAnotherPassword) {
-  ExpectFailure(Changed(OpeningAnswer::Rakp2, SpoilEnd), ConnectResult::PasswordRefused,
+  ExpectFailure(Changed(Answer::Rakp2, SpoilEnd), ConnectResult::PasswordRefused,
                 FailureCause::PasswordRefused, "the password does not match");
 }
 
 TEST_F(OpeningAnswers, CutProofOfThePasswordIsDamage) {
-  ExpectFailure(Changed(OpeningAnswer::Rakp2, CutPayload), ConnectResult::WorthRetrying,
+  ExpectFailure(Changed(Answer::Rakp2, CutPayload), ConnectResult::WorthRetrying,
                 FailureCause::DamagedAnswer,
                 "no answer within the session time-out that could be read");
 }
 
 TEST_F(OpeningAnswers, SilenceInEachStepIsToldApart) {
-  ExpectFailure(Changed(OpeningAnswer::Capabilities, Lose), ConnectResult::WorthRetrying,
+  ExpectFailure(At(Answer::Capabilities, Silence()), ConnectResult::WorthRetrying,
                 FailureCause::Silence, "no answer within the session time-out");
-  ExpectFailure(Changed(OpeningAnswer::OpenSession, Lose), ConnectResult::WorthRetrying,
+  ExpectFailure(At(Answer::OpenSession, Silence()), ConnectResult::WorthRetrying,
                 FailureCause::FellSilent,
                 "the controller answered at first, then fell silent within the session time-out");
-  ExpectFailure(Changed(OpeningAnswer::Rakp2, Lose), ConnectResult::WorthRetrying,
+  ExpectFailure(At(Answer::Rakp2, Silence()), ConnectResult::WorthRetrying,
                 FailureCause::FellSilent,
                 "the controller fell silent while user name and password were checked");
   Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 1);
-  ExpectFailure(Changed(OpeningAnswer::Rakp4, Lose), ConnectResult::WorthRetrying,
+  ExpectFailure(At(Answer::Rakp4, Silence()), ConnectResult::WorthRetrying,
                 FailureCause::FellSilent,
                 "the controller fell silent while user name and password were checked");
 }
 
 TEST_F(OpeningAnswers, LastProofMayBeLostOrDamagedWhereTheSessionProvesTheSame) {
-  ExpectSuccess(Changed(OpeningAnswer::Rakp4, Lose));
-  ExpectSuccess(Changed(OpeningAnswer::Rakp4, SpoilEnd));
-  ExpectSuccess(Delayed(OpeningAnswer::Rakp4, kSessionTimeout + milliseconds(100)));
+  ExpectSuccess(At(Answer::Rakp4, Silence()));
+  ExpectSuccess(Changed(Answer::Rakp4, SpoilEnd));
+  ExpectSuccess(At(Answer::Rakp4, Delayed(kSessionTimeout + milliseconds(100))));
 }
 
 TEST_F(OpeningAnswers, LastProofThatIsDamagedFailsWhereNothingElseProvesTheSame) {
   Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 1);
-  ExpectFailure(Changed(OpeningAnswer::Rakp4, SpoilEnd), ConnectResult::WorthRetrying,
+  ExpectFailure(Changed(Answer::Rakp4, SpoilEnd), ConnectResult::WorthRetrying,
                 FailureCause::DamagedAnswer,
                 "no answer within the session time-out that could be read");
   EXPECT_EQ(OpenSessions(simulator), 0);
@@ -238,12 +237,12 @@ TEST_F(OpeningAnswers, RefusalOfTheProofIsTakenAlsoWhenItComesLate) {
   constexpr const char* words =
       "the controller checked the proof of the password against another random number than the "
       "one that it had sent";
-  ExpectFailure(Changed(OpeningAnswer::Rakp4, Refuse(0x0F)), ConnectResult::WorthRetrying,
+  ExpectFailure(Changed(Answer::Rakp4, Refuse(0x0F)), ConnectResult::WorthRetrying,
                 FailureCause::OtherAnswer, words);
   // The controller knows of no session then, and answers nothing within one.
-  const Fault late = [changed = Changed(OpeningAnswer::Rakp4, Refuse(0x0F)),
+  const Fault late = [changed = Changed(Answer::Rakp4, Refuse(0x0F)),
                       seen = 0](const Datagram& datagram) mutable {
-    std::vector<Departure> departures = changed(datagram);
+    Departures departures = changed(datagram);
     seen += departures.front().datagram.bytes != datagram.bytes ? 1 : 0;
     departures.front().delay = seen > 0 ? kSessionTimeout + milliseconds(100) : milliseconds(0);
     return departures;
@@ -253,19 +252,18 @@ TEST_F(OpeningAnswers, RefusalOfTheProofIsTakenAlsoWhenItComesLate) {
 
 TEST_F(OpeningAnswers, RefusalBehindTheProofIsPassedOver) {
   // Another datagram is in the place of RAKP message 4 when its change made a difference.
-  ExpectSuccess(
-      [changed = Changed(OpeningAnswer::Rakp4, Refuse(0x02))](const Datagram& datagram) mutable {
-        std::vector<Departure> departures = changed(datagram);
-        if (departures.front().datagram.bytes != datagram.bytes) {
-          departures.insert(departures.begin(), {datagram});
-        }
-        return departures;
-      });
+  ExpectSuccess([changed = Changed(Answer::Rakp4, Refuse(0x02))](const Datagram& datagram) mutable {
+    Departures departures = changed(datagram);
+    if (departures.front().datagram.bytes != datagram.bytes) {
+      departures.insert(departures.begin(), {datagram});
+    }
+    return departures;
+  });
 }
 
 TEST_F(OpeningAnswers, CheckValueWithoutAnAlgorithmIsTakenWithTheWorkaroundAlone) {
   Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 0);
-  const Fault fault = Changed(OpeningAnswer::Rakp4, [](Bytes& bytes) {
+  const Fault fault = Changed(Answer::Rakp4, [](Bytes& bytes) {
     bytes.insert(bytes.end(), 12, 0x5A);
     bytes.at(kLengthAt) = static_cast<std::uint8_t>(bytes.at(kLengthAt) + 12);
   });
@@ -281,7 +279,7 @@ TEST_F(OpeningAnswers, WrongChecksumIsTakenWithTheWorkaroundAlone) {
     if (datagram.direction == Direction::ToClient && datagram.bytes[kAuthenticationTypeAt] == 0) {
       SpoilEnd(datagram.bytes);
     }
-    return std::vector<Departure>{{std::move(datagram)}};
+    return Departures{{std::move(datagram)}};
   };
   ExpectFailure(fault, ConnectResult::WorthRetrying, FailureCause::DamagedAnswer,
                 "no answer within the session time-out that could be read");
@@ -320,21 +318,26 @@ TEST_F(OpeningAnswers, RefusedPrivilegeIsToldAndItsSessionClosed) {
   };
   Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 0);
   for (const PrivilegeRow& row : rows) {
-    ExpectFailure(RefusedPrivilege(row.completionCode), row.result, row.cause, row.words);
+    ExpectFailure(Changed(Answer::Privilege, Set(kCompletionCodeAt, row.completionCode)),
+                  row.result, row.cause, row.words);
     EXPECT_EQ(OpenSessions(simulator), 0);
   }
 }
 
 TEST_F(OpeningAnswers, SessionIsClosedWhenThePrivilegeLevelStaysUnanswered) {
   Standalone::SetGlobalConfigValue("IPMI_CIPHER_SUITE", 0);
-  ExpectFailure(SilentPrivilege(), ConnectResult::WorthRetrying, FailureCause::FellSilent,
+  ExpectFailure(At(Answer::Privilege, Silence()), ConnectResult::WorthRetrying,
+                FailureCause::FellSilent,
                 "the controller answered at first, then fell silent within the session time-out");
   EXPECT_EQ(OpenSessions(simulator), 0);
 }
 
 TEST_F(OpeningAnswers, SessionIsClosedWhenThePrivilegeLevelIsAnsweredWithoutEncryption) {
-  constexpr unsigned int kMostRepetitions = 5;
-  ExpectFailure(Unencrypted(kMostRepetitions), ConnectResult::WorthRetrying,
+  // What is answered to the closing is encrypted again.
+  const Change unencrypted = [repetitions = 5](Bytes& bytes) mutable {
+    bytes.at(kPayloadTypeAt) &= repetitions-- > 0 ? 0x7FU : 0xFFU;
+  };
+  ExpectFailure(Changed(Answer::WithinSession, unencrypted), ConnectResult::WorthRetrying,
                 FailureCause::DamagedAnswer,
                 "no answer within the session time-out that could be read");
   EXPECT_EQ(OpenSessions(simulator), 0);

@@ -21,8 +21,8 @@
 #include "platform/standalone/logger/ThreadLog.h"
 #include "platform/standalone/smmcommoninfo/LastDetection.h"
 #include "tests/support/Relay.h"
-#include "tests/support/SilentPort.h"
 #include "tests/support/SimulatedSmm.h"
+#include "tests/support/UdpPort.h"
 
 // SMMs that are read at the same time with different settings, each on a thread of its own.
 
@@ -240,7 +240,7 @@ class SuiteWitness {
       : due_(due), relay_(controllerPort) {
     relay_.Break([this](const Datagram& datagram) {
       Note(datagram);
-      return std::vector<Departure>{{datagram}};
+      return Departures{{datagram}};
     });
   }
 
@@ -254,11 +254,10 @@ class SuiteWitness {
  private:
   void Note(const Datagram& datagram) {
     constexpr std::size_t kLength = 48;
-    constexpr std::size_t kPayloadTypeAt = 5;
     constexpr std::uint8_t kOpenSessionRequest = 0x10;
     const std::vector<std::uint8_t>& bytes = datagram.bytes;
     if (datagram.direction == Direction::ToController && bytes.size() == kLength &&
-        bytes[kPayloadTypeAt] == kOpenSessionRequest) {
+        PayloadType(datagram) == kOpenSessionRequest) {
       asked_.insert({bytes[28], bytes[36], bytes[44]});
     }
   }
@@ -300,7 +299,7 @@ TEST_F(ThreadSettings, RefusedSuiteIsTheCauseOfItsThreadAlone) {
 
 TEST_F(ThreadSettings, DeadHostIsTheCauseOfItsThreadAlone) {
   const SimulatedSmm simulator(kPlatform254);
-  const SilentPort dead;
+  const UdpPort dead;
   const std::vector<Subject> subjects = {
       {SettingsOf(simulator)}, {SettingsOf(simulator, dead.Number()), WorkingBut(kImpatient)}};
   const std::vector<Seen> seen = ReadAtOnce(subjects);

@@ -12,7 +12,7 @@
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
-#include "simulator/Enclosure.h"
+#include "simulator/EnclosureKind.h"
 #include "tests/doubles/Operations.h"
 #include "tests/faults/LeftBehind.h"
 #include "tests/support/SimulatedSmm.h"
@@ -39,7 +39,7 @@ const std::vector<Kind>& Kinds() {
 }
 
 /// Runs every query once. Returns how many did not succeed, or gave another machine than `model`.
-int FailuresOfEveryQuery(SMMInventory& object, const Simulator::Enclosure& model) {
+int FailuresOfEveryQuery(SMMInventory& object, const Simulator::EnclosureState& model) {
   int failures = 0;
   for (const auto& operation : Double::Operations<SMMInventory>()) {
     Double::Output output = operation.fresh;

@@ -2,11 +2,12 @@
 
 #include <freeipmi/freeipmi.h>
 
+#include <array>
+#include <cstring>
 #include <string>
 
 #include "platform/standalone/ipmi_client/OpeningMessages.h"
 #include "platform/standalone/ipmi_client/SessionMessages.h"
-#include "tests/fuzz/FuzzInput.h"
 #include "tests/fuzz/Require.h"
 
 namespace Tavrin::Fuzz {
@@ -62,25 +63,25 @@ void CheckSession(const Datagram& datagram, std::uint32_t sessionId, const Clien
 std::uint32_t RemoteConsoleSessionId(const Datagram& datagram) {
   constexpr std::size_t kSessionIdAt = 20;
   std::uint32_t id = 0;
-  for (std::size_t i = 4; i > 0; --i) {
-    const std::size_t at = kSessionIdAt + i - 1;
-    id = id << 8U | (at < datagram.size() ? datagram[at] : 0U);
+  if (datagram.size() >= kSessionIdAt + sizeof id) {
+    std::memcpy(&id, datagram.data() + kSessionIdAt, sizeof id);
   }
   return id;
 }
 
 }  // namespace
 
-void CheckDatagram(const std::vector<std::uint8_t>& input) {
+void CheckDatagram(const std::string& input) {
   static const int isReady = ipmi_rmcpplus_init();
   Require(isReady == 0, "the cryptography is ready");
-  FuzzInput rest(input.data(), input.size());
-  Client client(rest.OneOf<std::uint8_t>({0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17}));
-  const Datagram datagram = rest.Rest();
+  constexpr std::array<std::uint8_t, 12> suites = {0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17};
+  const std::size_t choice = input.empty() ? 0 : static_cast<unsigned char>(input[0]);
+  Client client(suites[choice % suites.size()]);
+  const Datagram datagram(input.begin() + (input.empty() ? 0 : 1), input.end());
   client.handshake.remoteConsoleSessionId = RemoteConsoleSessionId(datagram);
-  const std::optional<DatagramHeader> header = ReadHeader(datagram);
-  CheckOpening(datagram, header ? header->number : std::uint8_t{0}, client);
-  CheckSession(datagram, header ? header->sessionId : 0, client);
+  const DatagramHeader header = ReadHeader(datagram).value_or(DatagramHeader());
+  CheckOpening(datagram, header.number, client);
+  CheckSession(datagram, header.sessionId, client);
 }
 
 }  // namespace Tavrin::Fuzz

@@ -6,25 +6,28 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
+#include <map>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "reading/EnclosureSettings.h"
-#include "reading/Wiping.h"
 #include "simulator/Controller.h"
-#include "simulator/Enclosure.h"
+#include "simulator/EnclosureKind.h"
 #include "simulator/Scenario.h"
 #include "simulator/ScenarioValue.h"
+#include "support/FileDescriptor.h"
 #include "tests/fuzz/DatagramChecks.h"
-#include "tests/fuzz/FuzzInput.h"
-#include "tests/fuzz/RecordChecks.h"
 #include "tests/fuzz/Require.h"
 #include "tools/smm-inventory/Host.h"
 #include "tools/smm-inventory/Password.h"
@@ -46,6 +49,11 @@ std::optional<std::string> RefusalOf(Parse parse) {
     return error.what();
   }
   return std::nullopt;
+}
+
+/// A number as it is usually written, when the digits are one.
+std::string WithoutLeadingZeros(std::string digits) {
+  return digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
 }
 
 /// Holds for a text that is accepted, too: then there is no refusal to judge.
@@ -73,29 +81,25 @@ void CheckPort(const std::string& text) {
   std::uint16_t port = 0;
   const auto refusal = RefusalOf<UsageError>([&] { port = ParsePort(text); });
   CheckSentence(refusal);
-  const std::size_t firstOther = text.find_first_not_of('0');
-  const std::string digits = firstOther == std::string::npos ? "" : text.substr(firstOther);
-  Require(refusal.has_value() != IsNumber(digits, 1, 65535), "a port is a number from 1 to 65535");
+  const std::string digits = WithoutLeadingZeros(text);
+  Require(refusal.has_value() == (digits == "0" || !IsNumber(digits, 65535)),
+          "a port is a number from 1 to 65535");
   Require(refusal || std::to_string(port) == digits, "a port is the number that was written");
 }
 
-/// The first line of the text, as a password is read; `rest` takes what follows it.
-std::string FirstLine(const std::string& text, std::string& rest) {
-  const std::size_t end = text.find('\n');
-  if (end == std::string::npos) {
-    return text;
-  }
-  rest = text.substr(end + 1);
-  const bool hasCarriageReturn = end > 0 && text[end - 1] == '\r';
-  return text.substr(0, hasCarriageReturn ? end - 1 : end);
+/// A file that holds the text and is nowhere but in memory, opened at its beginning.
+FileDescriptor MemoryFile(const std::string& text) {
+  FileDescriptor file(memfd_create("password", MFD_CLOEXEC));
+  Require(fchmod(file.Get(), S_IRUSR) == 0 &&
+              pwrite(file.Get(), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()),
+          "a file can be made");
+  return file;
 }
 
-bool IsPassword(const std::string& line) {
-  return !line.empty() && line.size() <= kMaxPasswordLength && line.find('\0') == std::string::npos;
-}
-
-/// Every sentence that refuses a password is one of these, whatever the password.
-void CheckPasswordSentence(const std::optional<std::string>& refusal, const std::string& source) {
+/// A password is what the text begins with, up to the end of a line. Every sentence that refuses
+/// one is one of these, whatever the password.
+void CheckPasswordFrom(const std::string& text, const std::string& source,
+                       const std::function<void(std::string&)>& read) {
   const std::set<std::string> sentences = {
       "the password from " + source + " is empty; expected 1 to 20 bytes",
       "the password from " + source +
@@ -103,89 +107,63 @@ void CheckPasswordSentence(const std::optional<std::string>& refusal, const std:
       "the password from " + source + " holds a NUL byte; expected one line of text",
       source + " holds more than one line; expected the password alone on one line",
   };
-  Require(!refusal || sentences.count(*refusal) == 1, "a refusal shows nothing of the password");
+  std::string password;
+  const auto refusal = RefusalOf<UsageError>([&] { read(password); });
+  if (refusal) {
+    Require(sentences.count(*refusal) == 1 && password.empty(),
+            "a refusal shows nothing of the password");
+    return;
+  }
+  Require(!password.empty() && password.size() <= kMaxPasswordLength &&
+              password.find('\0') == std::string::npos,
+          "a password has 1 to 20 bytes");
+  const std::string rest = text.substr(password.size());
+  Require(password + rest == text &&
+              (rest.empty() || rest[0] == '\n' || rest.compare(0, 2, "\r\n") == 0),
+          "a password is what the text begins with");
 }
 
-/// A file that holds the text and is nowhere but in memory.
-class MemoryFile {
- public:
-  explicit MemoryFile(const std::string& text) : descriptor_(memfd_create("password", 0)) {
-    Require(fchmod(descriptor_, S_IRUSR) == 0 &&
-                write(descriptor_, text.data(), text.size()) == static_cast<ssize_t>(text.size()),
-            "a file can be made");
-    lseek(descriptor_, 0, SEEK_SET);
-  }
-  ~MemoryFile() { close(descriptor_); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  [[nodiscard]] int Descriptor() const { return descriptor_; }
-  [[nodiscard]] std::string Path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
-
- private:
-  int descriptor_;
-};
-
 void CheckPassword(const std::string& text) {
-  const MemoryFile file(text);
-  std::string rest;
-  const std::string line = FirstLine(text, rest);
-
-  std::string password = "before";
-  auto refusal =
-      RefusalOf<UsageError>([&] { ReadPasswordLine(file.Descriptor(), kSourceName, password); });
-  CheckPasswordSentence(refusal, kSourceName);
-  Require(refusal.has_value() != IsPassword(line), "a password is one line of 1 to 20 bytes");
-  Require(password == (refusal ? "before" : line), "a password is the line, and nothing else");
-
-  const std::string source = "password file \"" + file.Path() + "\"";
-  refusal = RefusalOf<UsageError>([&] { ReadPasswordFile(file.Path(), password); });
-  CheckPasswordSentence(refusal, source);
-  Require(refusal.has_value() != (IsPassword(line) && rest.empty()),
-          "a password file holds the password alone");
-  Require(refusal || password == line, "a password is what the file holds");
-
+  const FileDescriptor file = MemoryFile(text);
+  const std::string path = "/proc/self/fd/" + std::to_string(file.Get());
+  CheckPasswordFrom(text, kSourceName, [&](std::string& password) {
+    ReadPasswordLine(file.Get(), kSourceName, password);
+    Require(password.find('\n') == std::string::npos, "a password is one line");
+  });
+  CheckPasswordFrom(text, "password file \"" + path + "\"",
+                    [&](std::string& password) { ReadPasswordFile(path, password); });
   const std::string value = text.c_str();
-  refusal = RefusalOf<UsageError>([&] { TakeEnvironmentPassword(value.c_str(), password); });
-  CheckPasswordSentence(refusal, "the environment variable IPMI_PASSWORD");
-  Require(refusal.has_value() != IsPassword(value), "the environment's password is 1 to 20 bytes");
-  Require(refusal || password == value, "a password is what the environment holds");
+  CheckPasswordFrom(value, "the environment variable IPMI_PASSWORD", [&](std::string& password) {
+    TakeEnvironmentPassword(value.c_str(), password);
+  });
+}
 
-  WipeText(password);
-  Require(password.empty(), "a wiped text is empty");
+int ParseWorkaroundList(const std::string& text) {
+  std::vector<std::string> names;
+  std::istringstream stream(text);
+  for (std::string name; std::getline(stream, name, ',');) {
+    names.push_back(name);
+  }
+  const int flags = ParseWorkarounds(names);
+  Require((flags & ~0x71) == 0, "workarounds are known flags");
+  return flags;
 }
 
 void CheckSettings(const std::string& text) {
-  int value = 0;
-  auto refusal = RefusalOf<UsageError>([&] { value = ParsePrivilege(text); });
-  CheckSentence(refusal);
-  Require(refusal || (value >= 2 && value <= 4), "a privilege level is 2, 3 or 4");
-
-  refusal = RefusalOf<UsageError>([&] { value = ParseCipherSuite(text); });
-  CheckSentence(refusal);
-  Require(refusal || std::to_string(value) == text, "a cipher suite is its own id");
-  Require(refusal || value <= 17, "a cipher suite is one of the standard's");
-
-  std::vector<std::string> names(1);
-  for (const char character : text) {
-    if (character == ',') {
-      names.emplace_back();
-    } else {
-      names.back() += character;
-    }
+  struct Setting {
+    int (*parse)(const std::string&);
+    int smallest;
+    int largest;
+  };
+  for (const Setting& setting : {Setting{ParsePrivilege, 2, 4},
+                                 {ParseCipherSuite, 0, 17},
+                                 {ParseWorkaroundList, 0, 0x71},
+                                 {ParseAttempts, 1, std::numeric_limits<int>::max()},
+                                 {ParseSessionTimeout, 100, 600000}}) {
+    int value = setting.smallest;
+    CheckSentence(RefusalOf<UsageError>([&] { value = setting.parse(text); }));
+    Require(value >= setting.smallest && value <= setting.largest, "a setting is in its range");
   }
-  refusal = RefusalOf<UsageError>([&] { value = ParseWorkarounds(names); });
-  CheckSentence(refusal);
-  Require(refusal || (value > 0 && (value & ~0x71) == 0), "workarounds are known flags");
-
-  refusal = RefusalOf<UsageError>([&] { value = ParseAttempts(text); });
-  CheckSentence(refusal);
-  Require(refusal || value >= 1, "there is at least one attempt");
-
-  refusal = RefusalOf<UsageError>([&] { value = ParseSessionTimeout(text); });
-  CheckSentence(refusal);
-  Require(refusal || (value >= 100 && value <= 600000), "a session time-out is 0.1 to 600 seconds");
-
   const auto kind = Simulator::KindFromName(text);
   Require(!kind || Simulator::KindName(*kind) == text, "a kind of enclosure has one name");
 }
@@ -203,26 +181,29 @@ void CheckOverride(const Simulator::Override& override) {
   Require(override.silent != answers, "an override is silent, or answers");
 }
 
-void CheckEnclosure(const Simulator::Enclosure& enclosure) {
-  Require(IsPrintable(enclosure.machineType) &&
-              enclosure.machineType.size() <= Simulator::kMaxMachineType &&
-              IsPrintable(enclosure.serialNumber) &&
-              enclosure.serialNumber.size() <= Simulator::kMaxSerialNumber &&
-              IsPrintable(enclosure.name) && enclosure.name.size() <= Simulator::kMaxName &&
-              IsPrintable(enclosure.buildName) &&
-              enclosure.buildName.size() <= Simulator::kMaxBuildName,
-          "the texts of an enclosure fit into its answers");
+void CheckEnclosure(const Simulator::EnclosureState& enclosure) {
+  using namespace Simulator;
+  for (const auto& [text, most] : {std::pair{enclosure.machineType, kMaxMachineType},
+                                   {enclosure.serialNumber, kMaxSerialNumber},
+                                   {enclosure.name, kMaxName},
+                                   {enclosure.buildName, kMaxBuildName}}) {
+    Require(IsPrintable(text) && text.size() <= most,
+            "the texts of an enclosure fit into its answers");
+  }
 }
 
-/// Every command that an enclosure has, each with a few data bytes.
+/// To every command, known or not, with a few data bytes.
 void CheckAnswers(const Simulator::Scenario& scenario) {
   Simulator::Controller controller(scenario);
-  const Simulator::Bytes commands = {0x52, 0x91, 0x92, 0x98, 0x9D, 0xA5, 0xA7, 0xA8, 0xB0, 0xF4};
-  for (const std::uint8_t command : commands) {
-    for (const Simulator::Bytes& data :
-         {Simulator::Bytes{}, {0x05}, {0x05, 0x00}, {0x01, 0x20, 0xF0}, {0x0F, 0xD0, 0x05, 0x99}}) {
-      const std::uint8_t netFn = command == 0x52 ? 0x06 : 0x32;
-      const Simulator::Reply reply = controller.Handle({netFn, command, data});
+  for (const auto& [netFn, data] :
+       {std::pair<std::uint8_t, Simulator::Bytes>{0x06, {0x0F, 0xD0, 0x05, 0x99}},
+        {0x32, {}},
+        {0x32, {0x05}},
+        {0x32, {0x05, 0x00}},
+        {0x32, {0x01, 0x20, 0xF0}}}) {
+    for (unsigned int command = 0; command < 256; ++command) {
+      const Simulator::Reply reply =
+          controller.Handle({netFn, static_cast<std::uint8_t>(command), data});
       Require(reply.answer.data.size() <= 200, "an answer fits");
     }
   }
@@ -247,94 +228,63 @@ void CheckScenario(const std::string& text, Simulator::EnclosureKind kind) {
 }
 
 void CheckStrictNumber(const std::string& text) {
+  constexpr unsigned long kLargest = std::numeric_limits<int>::max();
+  const std::string sign = text.substr(0, text.rfind('-', 0) == 0 ? 1 : 0);
+  const std::string digits = WithoutLeadingZeros(text.substr(sign.size()));
   const std::optional<int> number = Standalone::ParseStrictly(text);
-  const bool isNegative = !text.empty() && text[0] == '-';
-  const std::string digits = isNegative ? text.substr(1) : text;
-  const bool isNumber =
-      !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos;
-  Require(isNumber || !number, "a number is digits, with a minus sign at most");
-  if (!isNumber) {
-    return;
-  }
-  const std::size_t first = digits.find_first_not_of('0');
-  const std::string plain = first == std::string::npos ? "0" : digits.substr(first);
-  constexpr std::uint32_t kLargest = std::numeric_limits<int>::max();
-  Require(number.has_value() == IsNumber(plain, 0, isNegative ? kLargest + 1U : kLargest),
-          "a number is taken when it fits");
-  Require(!number || std::to_string(*number) == (isNegative && plain != "0" ? "-" : "") + plain,
+  Require(number.has_value() == IsNumber(digits, kLargest + sign.size()),
+          "a number is taken when it is one that fits");
+  Require(!number || std::to_string(*number) == (digits == "0" ? "" : sign) + digits,
           "a number is the one that was written");
 }
 
-/// What EscapeControlBytes() wrote, as it was before.
-std::string Unescaped(const std::string& escaped) {
-  std::string text;
-  for (std::size_t at = 0; at < escaped.size(); ++at) {
-    if (escaped[at] != '\\') {
-      text += escaped[at];
-      continue;
-    }
-    const char kind = escaped.at(++at);
-    if (kind == 'x') {
-      text += static_cast<char>(std::stoi(escaped.substr(at + 1, 2), nullptr, 16));
-      at += 2;
-    } else {
-      text += kind == 'n' ? '\n' : kind == 'r' ? '\r' : kind == 't' ? '\t' : kind;
-    }
-  }
-  return text;
-}
-
 void CheckEscaping(const std::string& text) {
-  const std::string escaped = Standalone::EscapeControlBytes(text);
-  Require(IsPrintable(escaped), "an escaped text is printable");
-  Require(Unescaped(escaped) == text, "an escaped text shows all that was there");
+  std::string bytewise;
+  for (const char character : text) {
+    bytewise += Standalone::EscapeControlBytes({character});
+  }
+  Require(IsPrintable(bytewise), "an escaped text is printable");
+  Require(Standalone::EscapeControlBytes(text) == bytewise, "each byte is escaped on its own");
 }
 
-/// Returns false when the letter names no parser.
-bool RunParser(std::uint8_t letter, const std::string& text) {
+template <Simulator::EnclosureKind kKind>
+void CheckScenarioOf(const std::string& text) {
+  CheckScenario(text, kKind);
+}
+
+/// A scenario as its file holds it, whose first letter is a brace.
+void CheckScenarioFile(const std::string& behindBrace) {
+  CheckScenario('{' + behindBrace, Simulator::EnclosureKind::SecondGeneration253);
+}
+
+const std::map<char, void (*)(const std::string&)>& Checks() {
   using Simulator::EnclosureKind;
-  switch (letter) {
-    case 'h':
-      CheckHost(text);
-      return true;
-    case 'p':
-      CheckPort(text);
-      return true;
-    case 'w':
-      CheckPassword(text);
-      return true;
-    case 's':
-      CheckSettings(text);
-      return true;
-    case 'n':
-      CheckStrictNumber(text);
-      return true;
-    case 'e':
-      CheckEscaping(text);
-      return true;
-    case 'd':
-      CheckDatagram({text.begin(), text.end()});
-      return true;
-    case 'i':
-      CheckScenario(text, EnclosureKind::FirstGeneration);
-      return true;
-    case 'j':
-      CheckScenario(text, EnclosureKind::SecondGeneration253);
-      return true;
-    case 'k':
-      CheckScenario(text, EnclosureKind::SecondGeneration254);
-      return true;
-    default:
-      return false;
-  }
+  static const std::map<char, void (*)(const std::string&)> checks = {
+      {'h', CheckHost},
+      {'p', CheckPort},
+      {'w', CheckPassword},
+      {'s', CheckSettings},
+      {'n', CheckStrictNumber},
+      {'e', CheckEscaping},
+      {'d', CheckDatagram},
+      {'i', CheckScenarioOf<EnclosureKind::FirstGeneration>},
+      {'k', CheckScenarioOf<EnclosureKind::SecondGeneration254>},
+      {'{', CheckScenarioFile},
+  };
+  return checks;
 }
 
 }  // namespace
 }  // namespace Tavrin::Fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  Tavrin::Fuzz::FuzzInput input(bytes, size);
-  const std::uint8_t letter = input.Byte();
-  // -1 keeps the input out of the corpus.
-  return Tavrin::Fuzz::RunParser(letter, input.RestAsText()) ? 0 : -1;
+  const std::string input(bytes, bytes + size);
+  const auto& checks = Tavrin::Fuzz::Checks();
+  const auto check = checks.find(input[0]);
+  if (check == checks.end()) {
+    // Keeps the input out of the corpus.
+    return -1;
+  }
+  check->second(input.substr(1));
+  return 0;
 }

@@ -1,19 +1,19 @@
-// Queries in conversation with an SMM that the input makes up. Its first bytes choose, in this
-// order, the SMM's generation, its platform, PSU slots, log threshold, kind of connection, attempts
-// to connect, and whether the facade is called or the implementation. Then come the queries: the
-// operation by its place in the table (behind its end come three that are the implementation's
-// alone), its argument in two bytes, and for each exchange what MakeUpExchange() reads.
+// Queries in conversation with an SMM that the input makes up, once through the facade and once
+// through the implementation. What is held against them is what SMMInventory.h says of every
+// operation, and what the table of operations says of each; their values are for the unit tests.
+
+#include <fuzzer/FuzzedDataProvider.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
-#include <map>
+#include <functional>
 #include <new>
 #include <optional>
 #include <set>
 #include <string>
-#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -21,28 +21,21 @@
 #include "tests/doubles/Implementation.h"
 #include "tests/doubles/Operations.h"
 #include "tests/doubles/PlatformDouble.h"
-#include "tests/fuzz/FuzzInput.h"
-#include "tests/fuzz/QueryModel.h"
-#include "tests/fuzz/RecordChecks.h"
 #include "tests/fuzz/Require.h"
 
 namespace Tavrin::Fuzz {
 namespace {
 
-using Double::Implementation;
-using Double::Output;
-using Double::Text;
-using Double::ThePlatform;
+using namespace Double;
 
-using Slots = std::set<std::uint64_t>;
-using SlotTexts = std::map<int, std::string>;
+/// What is thrown where a platform library may throw anything.
+struct PlatformFault {};
 
-const std::string kBefore = "before";
+// What stands for the status of an operation that throws instead of returning one.
+constexpr int kRaisesBadAlloc = -1;
+constexpr int kRaisesPlatformFault = -2;
 
-/// The rest of what the fuzzer made up.
-FuzzInput theInput;
-
-/// What the call returned or threw. Any other exception ends the fuzzer.
+/// Any other exception ends the fuzzer.
 template <typename Call>
 int OutcomeOf(Call call) {
   try {
@@ -54,405 +47,259 @@ int OutcomeOf(Call call) {
   }
 }
 
-/// Every query of one object, each compared with the model.
-template <typename Inventory>
-class Queries {
- public:
-  static constexpr std::size_t kRegisters = 3;
-
-  Queries(Inventory& inventory, const SmmModel& smm) : inventory_(inventory), smm_(smm) {}
-
-  void Run(std::size_t place, std::int16_t argument) {
-    using Query = void (Queries::*)();
-    static const std::map<std::string, Query> queries = {
-        {"GetSmmMT", &Queries::MachineType},
-        {"GetSmmSN", &Queries::SerialNumber},
-        {"GetSmmVersion", &Queries::Version},
-        {"GetSmmName", &Queries::Name},
-        {"GetChassisPowerConsumption", &Queries::ChassisPower},
-        {"GetChassisPowerCap", &Queries::PowerCap},
-        {"GetNodePowerConsumption", &Queries::NodePower},
-        {"GetPSUFanSpeed", &Queries::Fans},
-        {"GetPSUFwInfo", &Queries::Firmware},
-        {"GetPSUStatus", &Queries::PsuFlags},
-        {"SelectPSU", &Queries::Selection},
-        {"GetNodeStatus", &Queries::NodeState},
-        {"GetSMMStatus", &Queries::Status},
-    };
-    ThePlatform().ForgetWhatHappened();
-    argument_ = argument;
-    const auto& operations = Double::Operations<Inventory>();
-    if (place >= operations.size()) {
-      return Register(place - operations.size());
-    }
-    operation_ = &operations[place];
-    (this->*queries.at(operation_->name))();
-  }
-
- private:
-  [[nodiscard]] unsigned long Node() const { return static_cast<unsigned long>(argument_); }
-  [[nodiscard]] Bytes ChassisSelector() const {
-    return {smm_.status.platformId == 253 ? std::uint8_t{0x0D} : std::uint8_t{0x05}};
-  }
-
-  int Call(Output& output) {
-    return OutcomeOf([&] { return operation_->call(inventory_, argument_, output); });
-  }
-
-  /// Runs a query that fills one record on success, and leaves it as it was on everything else.
-  template <typename Record, typename Expect>
-  void ExpectOne(Expect expect, void (*check)(const Record&)) {
-    const Output before = Double::Marked(operation_->fresh);
-    Output output = before;
-    const int status = Call(output);
-    Require(status == expect(), "a query returns what its answer stands for");
-    if (status == 0) {
-      check(std::get<Record>(output));
-    } else {
-      Require(Text(output) == Text(before), "a failure leaves the record as it was");
-    }
-    Require(ThePlatform().openConnections == 0, "no connection stays open");
-  }
-
-  /// The same for a query of one exchange whose answer loses its first bytes in the second
-  /// generation.
-  template <typename Record>
-  void ExpectTrimmed(std::uint8_t command, const Bytes& data, std::size_t prefix,
-                     std::size_t minimumLength, void (*check)(const Record&)) {
-    ExpectOne([&] { return StatusOfTrimmed(smm_, command, data, prefix, minimumLength); }, check);
-  }
-
-  void MachineType() {
-    ExpectOne<std::string>(
-        [&] {
-          const int status = StatusOfTrimmed(smm_, 0xB0, {0x05, 0x00}, 2, 4);
-          return status == 0 && !HasMachineType() ? 4 : status;
-        },
-        [](const std::string& text) {
-          Require(text.size() == 4 && IsAlphanumericText(text), "a machine type is four of those");
-        });
-  }
-
-  /// Whether the last answer has four letters or digits where the machine type stands.
-  [[nodiscard]] bool HasMachineType() const {
-    const Bytes& answer = ThePlatform().exchanges.back().response;
-    const auto begin = answer.begin() + (smm_.IsSecondGeneration() ? 2 : 0);
-    return IsAlphanumericText(std::string(begin, begin + 4));
-  }
-
-  static bool IsAlphanumericText(const std::string& text) {
-    return text.find_first_not_of(
-               "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
-               "0123456789") == std::string::npos;
-  }
-
-  void SerialNumber() {
-    ExpectTrimmed<std::string>(0xB0, {0x05, 0x01}, 2, 1, [](const std::string& text) {
-      Require(IsPrintable(text), "a serial number is printable");
-      Require(text.empty() || (text.front() != ' ' && text.back() != ' '),
-              "a serial number has no outer blanks");
-    });
-  }
-
-  void Version() {
-    ExpectTrimmed<std::string>(0xA8, {}, 1, 6, [](const std::string& text) {
-      Require(IsSmmVersion(text), "a version has its form");
-    });
-  }
-
-  void Name() {
-    ExpectTrimmed<std::string>(0xB0, {0x05, 0x0B}, 2, 1, [](const std::string& text) {
-      Require(IsPrintable(text), "a name is printable");
-    });
-  }
-
-  void ChassisPower() { ExpectTrimmed(0x98, ChassisSelector(), 1, 6, CheckChassisPower); }
-
-  void PowerCap() { ExpectTrimmed(0x9D, ChassisSelector(), 1, 10, CheckPowerCap); }
-
-  void NodePower() {
-    ExpectOne([&] { return StatusOfNodeQuery(smm_, 0x98, Node(), 6, 255); }, CheckNodePower);
-  }
-
-  void NodeState() {
-    const std::size_t most = smm_.IsSecondGeneration() ? 5 : 4;
-    ExpectOne([&] { return StatusOfNodeQuery(smm_, 0xA7, Node(), 4, most); }, CheckNodeStatus);
-  }
-
-  void Selection() {
-    Output nothing;
-    const int status = Call(nothing);
-    Exchange last;
-    int expected = StatusOfRepeated(smm_, 0xF4, SelectionData(smm_, argument_), last);
-    if (expected == 0 && (last.completionCode != 0 || last.response.empty())) {
-      expected = 4;
-    }
-    Require(status == expected, "a selection returns what its last answer stands for");
-  }
-
-  /// Writes its record on one failure, too, and not on every success.
-  void Status() {
-    Output record = SMMStatus{-1, -1};
-    SMMStatus expected{-1, -1};
-    const unsigned long nodes = inventory_.GetNodeNub();
-    const int status = Call(record);
-    Require(status == StatusOfStatusRead(smm_, expected),
-            "a status read returns what its last answer stands for");
-    Require(Text(record) == Text(expected), "a status read writes what its last answer says");
-    Require(inventory_.GetNodeNub() == nodes && nodes == smm_.nodeCount,
-            "the node count stays what it was at construction");
-  }
-
-  void Fans() {
-    const PSUFanSpeed before{kBefore, kBefore, kBefore, kBefore, kBefore, kBefore};
-    Output output = std::vector<PSUFanSpeed>{before};
-    const int status = Call(output);
-    const auto& fans = std::get<std::vector<PSUFanSpeed>>(output);
-    Slots slots;
-    Require(status == StatusOfFans(smm_, slots), "a fan query returns what its answers stand for");
-    Require(fans.size() == 1 + slots.size() && Text(fans[0]) == Text(before),
-            "fans of the slots that told are appended");
-    std::size_t index = 0;
-    for (const std::uint64_t slot : slots) {
-      CheckFans(fans[++index], slot, smm_.IsSecondGeneration());
+/// All in the table, of both generations.
+std::vector<Bytes> AllSampleAnswers() {
+  std::vector<Bytes> answers;
+  for (const Operation<SMMInventory>& operation : Operations<SMMInventory>()) {
+    for (const SampleAnswer& answer : operation.answers) {
+      answers.push_back(answer.data);
     }
   }
-
-  void Firmware() {
-    const PSUFwInfo before{kBefore, kBefore, kBefore, kBefore, kBefore};
-    Output output = std::vector<PSUFwInfo>{before};
-    const int status = Call(output);
-    const auto& firmware = std::get<std::vector<PSUFwInfo>>(output);
-    Slots slots;
-    Require(status == StatusOfFirmware(smm_, slots),
-            "a firmware query returns what its answers stand for");
-    if (status != 0) {
-      slots.clear();
-    }
-    Require(firmware.size() == 1 + slots.size() && Text(firmware[0]) == Text(before),
-            "firmware of the slots that told all is appended");
-    std::size_t index = 0;
-    for (const std::uint64_t slot : slots) {
-      CheckFirmware(firmware[++index], smm_.psuSlotCount);
-      Require(firmware[index].slot == std::to_string(slot), "slots come in ascending order");
-    }
-  }
-
-  void PsuFlags() {
-    const PSUStatus before{kBefore, kBefore, kBefore, kBefore};
-    Output output = std::vector<PSUStatus>{before};
-    const int status = Call(output);
-    const auto& psus = std::get<std::vector<PSUStatus>>(output);
-    const int expected = StatusOfTrimmed(smm_, 0x91, {}, 0, 6);
-    Require(status == expected, "a flag query returns what its answer stands for");
-    if (status != 0 && status != 3) {
-      Require(Text(psus) == Text(before), "flags stay as they were when nothing was sent");
-      return;
-    }
-    Require(psus.size() == smm_.psuSlotCount, "every slot has its flags");
-    for (const PSUStatus& psu : psus) {
-      if (status == 0) {
-        CheckPsuStatus(psu);
-      } else {
-        Require(Text(psu) == Text(PSUStatus{}), "flags without an answer are empty");
-      }
-    }
-  }
-
-  void Register(std::size_t which) {
-    if constexpr (std::is_same_v<Inventory, Implementation>) {
-      if (which == 0) {
-        RegisterOf(&SMMInventoryImpl::GetPSUVersion, StatusOfVersions);
-      } else if (which == 1) {
-        RegisterOf(&SMMInventoryImpl::GetPSUManufacture, StatusOfManufacturers);
-      } else {
-        RegisterOf(&SMMInventoryImpl::GetPSUPosition, StatusOfPositions);
-      }
-    }
-  }
-
-  void RegisterOf(int (SMMInventoryImpl::*query)(SlotTexts&),
-                  int (*expect)(const SmmModel&, ExchangeCursor&, Slots&)) {
-    constexpr int kOtherSlot = 99;
-    SlotTexts texts = {{kOtherSlot, kBefore}};
-    const int status = OutcomeOf([&] { return (inventory_.*query)(texts); });
-    Slots slots;
-    {
-      ExchangeCursor cursor(smm_);
-      Require(status == expect(smm_, cursor, slots),
-              "a register query returns what its answers stand for");
-    }
-    Require(texts.size() == 1 + slots.size() && texts.at(kOtherSlot) == kBefore,
-            "the slots with good answers get entries");
-    for (const std::uint64_t slot : slots) {
-      const std::string& text = texts.at(static_cast<int>(slot));
-      Require(expect == StatusOfManufacturers ? text.size() == 4 : IsDottedHex(text),
-              "a register's text has its form");
-    }
-  }
-
-  Inventory& inventory_;
-  const SmmModel& smm_;
-  const Double::Operation<Inventory>* operation_ = nullptr;
-  std::int16_t argument_ = 0;
-};
-
-/// Leaves no more attempts to connect than are configured, and no answer without a connection.
-Exchange Attempted(Exchange exchange) {
-  const auto attempts = static_cast<std::size_t>(std::max(ThePlatform().connectAttempts, 0));
-  if (exchange.connectResults.size() > attempts) {
-    exchange.connectResults.resize(attempts);
-  }
-  if (attempts == 0) {
-    exchange.exception = nullptr;
-  }
-  if (!exchange.Connects()) {
-    exchange.response.clear();
-    exchange.completionCode = 0xFF;
-  }
-  return exchange;
+  return answers;
 }
 
-/// How an exchange goes. The first byte says it of the connection: below 0xC0 it connects at once;
-/// below 0xE0 it does after 1 to 8 failures that are worth retrying; below 0xF0 it fails for good;
-/// below 0xF8 it connects and no answer comes; below 0xFC connect() throws; from there on send()
-/// does. Where an answer comes, its completion code, its length and its bytes follow.
-Exchange MakeUpExchange() {
+/// How each attempt to connect ends, until one is not worth another.
+std::vector<int> MakeUpConnectResults(FuzzedDataProvider& input) {
+  constexpr int kWorthRetrying = 3;
+  std::vector<int> results;
+  int result = kWorthRetrying;
+  for (int i = 0; i < ThePlatform().connectAttempts && result == kWorthRetrying; ++i) {
+    result = input.PickValueInArray({0, kWorthRetrying, -1, 1});
+    results.push_back(result);
+  }
+  return results;
+}
+
+/// What comes once there is a connection: an answer from the table, any other, none, or an
+/// exception, which can come before the connection, too.
+Exchange MakeUpExchange(FuzzedDataProvider& input) {
+  static const std::vector<Bytes> samples = AllSampleAnswers();
+  enum class End { Sample, Answer, Silence, Exception };
   Exchange exchange;
-  const std::uint8_t link = theInput.Byte();
-  if (link >= 0xC0 && link < 0xE0) {
-    exchange.connectResults.assign(1U + link % 8U, 3);
-    exchange.connectResults.push_back(0);
-  } else if (link >= 0xE0 && link < 0xF0) {
-    const int result = link % 16;
-    exchange.connectResults = {result == 0 || result == 3 ? -1 : result};
-  } else if (link >= 0xF8 && link < 0xFC) {
-    exchange.connectResults = {-1};
-    exchange.exception = std::make_exception_ptr(PlatformFault());
-  }
-  exchange = Attempted(exchange);
-  if (exchange.Connects() && link >= 0xFC) {
-    exchange.exception = std::make_exception_ptr(PlatformFault());
-  }
-  if (exchange.Connects() && link < 0xF0) {
-    exchange.completionCode = theInput.Byte();
-    exchange.response = theInput.Bytes(theInput.Byte());
-  } else {
+  exchange.connectResults = MakeUpConnectResults(input);
+  const End end = input.PickValueInArray({End::Sample, End::Answer, End::Silence, End::Exception});
+  if (end == End::Sample) {
+    exchange.response = samples[input.ConsumeIntegralInRange<std::size_t>(0, samples.size() - 1)];
+  } else if (end == End::Answer) {
+    exchange.completionCode = input.ConsumeIntegral<std::uint8_t>();
+    exchange.response = input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegral<std::uint8_t>());
+  } else if (end == End::Silence) {
     exchange.completionCode = 0xFF;
     exchange.sendResult = -1;
+  } else if (exchange.Connects()) {
+    exchange.exception = std::make_exception_ptr(PlatformFault());
+  } else if (!exchange.connectResults.empty()) {
+    exchange.connectResults.resize(1);
+    exchange.exception = std::make_exception_ptr(PlatformFault());
   }
   return exchange;
 }
 
-/// What every exchange of the construction gets as answer; nothing when the input makes it up.
-std::optional<Bytes> ConstructionAnswer(std::uint8_t choice) {
-  constexpr std::uint8_t kOther = 0x11;
-  Bytes answer(14, kOther);
-  switch (choice % 6) {
-    case 0:
-      return Bytes{kOther};
-    case 1:
-      return answer;
-    case 2:
-    case 3:
-    case 4:
-      answer[0] = 0xFD;
-      answer[13] = static_cast<std::uint8_t>(choice % 6 + 1);
-      return answer;
-    default:
-      return std::nullopt;
-  }
+void MakeUpPlatform(FuzzedDataProvider& input) {
+  Platform& platform = ThePlatform();
+  platform = {};
+  platform.expectedSettings = TestSettings();
+  platform.expectedSettings.connectionKind = input.PickValueInArray({7, 1, 0, 3, -1});
+  platform.smmType = input.PickValueInArray({0, 1, 7});
+  platform.logThreshold = input.PickValueInArray({4U, 0U, 1U, 2U, 3U});
+  platform.connectAttempts = input.PickValueInArray({3, 1, 2, 8, 0, -1});
 }
 
-/// What construction is to find out. Returns what its status read returns, or that it throws.
-int ConstructionOutcome(SmmModel& smm) {
-  const int kind = ThePlatform().expectedSettings.connectionKind;
-  smm.admitsExchanges = kind == 1 || kind == 7;
-  smm.smmType = ThePlatform().smmType.value_or(0);
-  const int status = StatusOfStatusRead(smm, smm.status);
-  if (status == 0) {
-    smm.psuSlotCount = static_cast<std::uint64_t>(smm.status.psuSlotCount);
-    smm.nodeCount = smm.status.platformId == 253 ? 12 : 4;
-  }
-  return status;
+bool AdmitsExchanges() {
+  const std::int32_t kind = ThePlatform().expectedSettings.connectionKind;
+  return kind == 1 || kind == 7;
 }
 
+bool Throws(const Exchange& exchange) { return exchange.exception != nullptr; }
+
+/// The statuses that StatusCode.h admits for how the last exchange went.
+std::set<int> PossibleOutcomes(const Exchanges& exchanges) {
+  using namespace StatusCode;
+  if (ThePlatform().exchanges.empty()) {
+    return AdmitsExchanges() ? std::set{UnusableAnswer}
+                             : std::set{ConnectionKindNotAdmitted, UnusableAnswer, NoUsableResult};
+  }
+  const Exchange& last = ThePlatform().exchanges.back();
+  if (Throws(last)) {
+    return {kRaisesPlatformFault};
+  }
+  if (!last.Connects()) {
+    return {NotConnected, NoUsableResult};
+  }
+  std::set<int> possible = {UnusableAnswer, NoUsableResult};
+  const bool mayBeLeftOut = exchanges.ofNinePsus > 1 && !exchanges.untilAcknowledged;
+  if (mayBeLeftOut || (last.completionCode == 0 && !last.response.empty())) {
+    possible.insert(Success);
+  }
+  // At most two bytes are in front of an answer.
+  if (ThePlatform().smmType == 1 && last.response.size() < 2) {
+    possible.insert(kRaisesBadAlloc);
+  }
+  return possible;
+}
+
+/// What SMMInventory.h and the table say of the operation's way to the SMM.
 template <typename Inventory>
-void RunQueries(Inventory& inventory, const SmmModel& smm) {
-  constexpr int kMostQueries = 8;
-  Queries<Inventory> queries(inventory, smm);
-  const std::size_t places = Double::Operations<Inventory>().size() + queries.kRegisters;
-  for (int count = 0; count < kMostQueries && (count == 0 || !theInput.AtEnd()); ++count) {
-    const std::size_t place = theInput.Byte() % places;
-    const int low = theInput.Byte();
-    queries.Run(place, static_cast<std::int16_t>(low + 256 * theInput.Byte()));
+void CheckExchanges(const Operation<Inventory>& operation, std::size_t nodes) {
+  constexpr std::size_t kAttempts = 6;
+  constexpr unsigned int kSeconds = 3;
+  const Platform& platform = ThePlatform();
+  const auto& [ofTwoPsus, ofNinePsus, untilAcknowledged] = operation.exchanges;
+  const std::size_t ofPsus = nodes == 12 ? ofNinePsus : ofTwoPsus;
+  Require(platform.exchanges.size() <= (untilAcknowledged ? kAttempts : ofPsus),
+          "no more is sent than the table says");
+  Require(platform.exchanges.empty() || AdmitsExchanges(),
+          "nothing is sent over a kind of connection that does not admit it");
+  Require(!platform.exchanges.empty() || !AdmitsExchanges() || operation.argument == Argument::Node,
+          "nothing is sent only where a node does not exist");
+  Require(platform.openConnections == 0, "no connection stays open");
+  const std::size_t pauses = platform.pauses.size();
+  Require(platform.pauses == std::vector<unsigned int>(pauses, kSeconds) &&
+              pauses <= (untilAcknowledged ? kAttempts : 0),
+          "pauses of three seconds are only between attempts to be acknowledged");
+}
+
+bool WasSent(const std::string& text) {
+  const auto& exchanges = ThePlatform().exchanges;
+  return std::any_of(exchanges.begin(), exchanges.end(), [&](const Exchange& exchange) {
+    const Bytes& answer = exchange.response;
+    return std::search(answer.begin(), answer.end(), text.begin(), text.end()) != answer.end();
+  });
+}
+
+constexpr int kLargestNumber = 65535;
+
+void CheckValue(const std::string& name, const std::string& value) {
+  Require(IsPrintable(value) || name == "identifier", "a text is printable");
+  Require(!IsDigits(value) || IsNumber(value, kLargestNumber) || WasSent(value),
+          "digits are a number of two bytes in plain decimal, or the SMM's own");
+}
+
+void CheckValue(const std::string& /*name*/, std::int32_t value) {
+  Require(value >= -1 && value <= kLargestNumber, "a number has two bytes, or is as it was");
+}
+
+bool IsMark(const std::string& value) { return value == "before"; }
+bool IsMark(std::int32_t value) { return value == -1; }
+
+// Each returns whether the output is as it was.
+
+bool CheckOutput(const std::string& text) {
+  CheckValue("text", text);
+  return IsMark(text);
+}
+
+template <typename Record>
+bool CheckOutput(const Record& record) {
+  std::set<bool> marks;
+  ForEachMember(record, [&](const char* name, const auto& value) {
+    CheckValue(name, value);
+    marks.insert(IsMark(value));
+  });
+  Require(marks.size() <= 1, "a record is written whole or not at all");
+  return marks.count(true) == 1;
+}
+
+template <typename Record>
+bool CheckOutput(const std::vector<Record>& records) {
+  bool isAsItWas = true;
+  for (const Record& record : records) {
+    const bool isMarked = CheckOutput(record);
+    Require(isAsItWas || !isMarked, "what a list held stays in front, or goes");
+    isAsItWas = isMarked;
   }
+  return isAsItWas;
 }
 
-/// Members that only the implementation shows; `slotCount` then takes the place of its own.
-void CompareMembers(Implementation& inventory, SmmModel& smm,
-                    const std::optional<std::uint64_t>& slotCount) {
-  Require(inventory.smmType == smm.smmType && inventory.psuSlotCount == smm.psuSlotCount &&
-              Text(inventory.smmStatus) == Text(smm.status),
-          "construction finds out generation, platform and PSU slots");
-  inventory.psuSlotCount = smm.psuSlotCount = slotCount.value_or(smm.psuSlotCount);
+template <typename Anything>
+void AddRecord(Anything& /*noList*/) {}
+
+template <typename Record>
+void AddRecord(std::vector<Record>& records) {
+  records.emplace_back();
 }
 
-void CompareMembers(const SMMInventory& /*inventory*/, const SmmModel& /*smm*/,
-                    const std::optional<std::uint64_t>& /*slotCount*/) {}
-
-/// Constructs the object, compares what it found out, and calls it.
+/// Whatever an SMM did, the same query gets its answer the next time.
 template <typename Inventory>
-void RunObject(const std::optional<std::uint64_t>& slotCount) {
+void CheckSampleAnswer(Inventory& inventory, const Operation<Inventory>& operation) {
+  static const std::array answersOf = {SampleAnswersOf(SMM_FIRST_GENERATION),
+                                       SampleAnswersOf(SMM_SECOND_GENERATION)};
+  const auto generation = static_cast<std::size_t>(*ThePlatform().smmType);
+  if (generation >= answersOf.size() || !AdmitsExchanges()) {
+    return;
+  }
+  ThePlatform().answerTo = std::cref(answersOf[generation]);
+  Output output = operation.fresh;
+  Require(operation.call(inventory, 1, output) == 0 &&
+              (output.index() == 0 || Text(output) != Text(operation.fresh)),
+          "a sample answer succeeds and fills the output");
+  ThePlatform().answerTo = nullptr;
+}
+
+/// Calls the operation and tells what came of it.
+template <typename Inventory>
+std::string Ask(Inventory& inventory, const Operation<Inventory>& operation, int argument) {
+  ThePlatform().ForgetWhatHappened();
+  Output output = operation.fresh;
+  std::visit([](auto& filled) { AddRecord(filled); }, output);
+  output = Marked(output);
+  const std::string before = Text(output);
+  const std::size_t nodes = inventory.GetNodeNub();
+  const int outcome = OutcomeOf([&] { return operation.call(inventory, argument, output); });
+
+  Require(PossibleOutcomes(operation.exchanges).count(outcome) == 1,
+          "a status is one that the last exchange stands for");
+  CheckExchanges(operation, nodes);
+  std::visit([](const auto& filled) { CheckOutput(filled); }, output);
+  // An exchange that throws has failed as well.
+  const int told = outcome == kRaisesPlatformFault ? StatusCode::NotConnected : outcome;
+  Require(told == 0 || told == operation.alsoWritesOn || Text(output) == before,
+          "a failure leaves the output as it was");
+  Require(inventory.GetNodeNub() == nodes, "the number of nodes stays what it was");
+
+  std::string account = std::to_string(outcome) + '\n' + Text(output);
+  for (const Line& line : ThePlatform().lines) {
+    account += std::to_string(line.level) + line.text + '\n';
+  }
+  CheckSampleAnswer(inventory, operation);
+  return account;
+}
+
+/// Tells all that came of it.
+template <typename Inventory>
+std::string Converse(const std::uint8_t* bytes, std::size_t size) {
+  constexpr int kMostQueries = 4;
+  FuzzedDataProvider input(bytes, size);
+  MakeUpPlatform(input);
+  // Construction hears the same in all its exchanges.
+  const Exchange everyExchange = MakeUpExchange(input);
+  ThePlatform().improvise = [&everyExchange] { return everyExchange; };
+  const bool throws = AdmitsExchanges() && Throws(everyExchange);
   std::optional<Inventory> inventory;
   const int outcome = OutcomeOf([&] {
     inventory.emplace(ThePlatform().expectedSettings);
     return 0;
   });
-  SmmModel smm;
-  const bool throws = ConstructionOutcome(smm) == kRaisesPlatformFault;
   Require(outcome == (throws ? kRaisesPlatformFault : 0),
           "construction throws what the platform throws, and nothing else");
-  if (!inventory) {
-    return;
-  }
-  Require(inventory->GetNodeNub() == smm.nodeCount, "construction counts the nodes");
-  CompareMembers(*inventory, smm, slotCount);
-  ThePlatform().improvise = MakeUpExchange;
-  RunQueries(*inventory, smm);
-}
+  ThePlatform().improvise = [&input] { return MakeUpExchange(input); };
 
-void RunConversation() {
-  Double::Platform& platform = ThePlatform();
-  platform = {};
-  platform.improvise = MakeUpExchange;
-  const auto smmType = theInput.OneOf<std::int32_t>({0, 1, 7, -1});
-  platform.smmType = smmType == -1 ? std::nullopt : std::optional(smmType);
-  platform.smmTypeResult = platform.smmType ? 0 : -1;
-  const std::optional<Bytes> constructionAnswer = ConstructionAnswer(theInput.Byte());
-  const auto slotCount =
-      theInput.OneOf<std::optional<std::uint64_t>>({std::nullopt, 0, 1, 2, 6, 9, 33});
-  platform.logThreshold = theInput.OneOf<unsigned int>({4, 0, 1, 2, 3});
-  platform.expectedSettings = Double::TestSettings();
-  platform.expectedSettings.connectionKind = theInput.OneOf<std::int32_t>({7, 1, 0, 3, -1});
-  platform.connectAttempts = theInput.OneOf<int>({3, 1, 2, 8, 0, -1});
-  if (constructionAnswer) {
-    Exchange every;
-    every.response = *constructionAnswer;
-    platform.improvise = [every = Attempted(every)] { return every; };
+  std::string account;
+  const auto& operations = Operations<Inventory>();
+  for (int i = 0; inventory && i < kMostQueries && input.remaining_bytes() > 0; ++i) {
+    const auto place = input.ConsumeIntegralInRange<std::size_t>(0, operations.size() - 1);
+    account += Ask(*inventory, operations[place], input.ConsumeIntegralInRange(-1, 300));
   }
-  if (theInput.Byte() % 2 == 0) {
-    RunObject<SMMInventory>(slotCount);
-  } else {
-    RunObject<Implementation>(slotCount);
-  }
+  return account;
 }
 
 }  // namespace
 }  // namespace Tavrin::Fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  Tavrin::Fuzz::theInput = Tavrin::Fuzz::FuzzInput(bytes, size);
-  Tavrin::Fuzz::RunConversation();
+  using namespace Tavrin;
+  Fuzz::Require(Fuzz::Converse<SMMInventory>(bytes, size) ==
+                    Fuzz::Converse<Double::Implementation>(bytes, size),
+                "the facade does what the implementation does");
   return 0;
 }

@@ -8,25 +8,23 @@ from dataclasses import dataclass
 @dataclass(frozen=True)
 class Folder:
     """Programs stand below the build folder, and are built as the targets that their names end with. What survives the
-    quick ones meets the slow ones. Each runs in so many parts at once, because most mostly sleep. Without a sample,
-    every mutant is tried."""
+    quick ones meets the slow ones. Without a sample, every mutant is tried."""
 
     sources: str
     quick: tuple[str, ...]
     slow: tuple[str, ...] = ()
-    parts: int = 8
     sample: int | None = 200
     settings: tuple[str, ...] = ()
 
 
 _PLATFORM_TESTS = tuple(
     f"tests/platform/{name}"
-    for name in ("ipmi_client_tests", "platform_tests", "smminfo_tests", "host_address_tests")
+    for name in ("client_time_tests", "ipmi_client_tests", "platform_tests", "smminfo_tests", "host_address_tests")
 )
 
 FOLDERS = {
     "module": Folder(
-        "module", ("tests/unit/unit_tests",), parts=1, sample=None, settings=("-DPOVEIXME_BUILD_TOOLS=OFF",)
+        "module", ("tests/unit/unit_tests",), sample=None, settings=("-DPOVEIXME_BUILD_TOOLS=OFF",)
     ),
     "platform": Folder("platform", _PLATFORM_TESTS, ("tests/wire/wire_tests",)),
     "reading": Folder("reading", ("tests/reading/reading_test",)),

@@ -20,7 +20,7 @@ from equivalents import read_equivalents, unmatched
 from folders import FOLDERS, Folder
 from mutant import Mutant
 from switching import Switching
-from testing import Plan, seconds_without_mutant, survivors, timeout_for
+from testing import Plan, survivors
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 MOST_EQUIVALENTS = 0.05
@@ -85,26 +85,23 @@ class Copy:
                 raise RuntimeError(f"{command[0]} failed; see {self.log}")
 
 
-def choose(mutants: dict[int, Mutant], equivalents: set[tuple[str, ...]], count: int | None, seed: int) -> list[int]:
-    numbers = [number for number, mutant in mutants.items() if mutant.key not in equivalents]
+def choose(numbers: list[int], count: int | None, seed: int) -> list[int]:
     if count is None or count >= len(numbers):
         return numbers
     return sorted(random.Random(seed).sample(numbers, count))
 
 
-def test(copy: Copy, numbers: list[int], jobs: int) -> Iterator[int]:
+def test(copy: Copy, numbers: list[int], highest: int, jobs: int) -> Iterator[int]:
     """The mutants that survive, as soon as they have."""
     alive = iter(numbers)
-    parts = copy.folder.parts
     for programs in filter(None, (copy.folder.quick, copy.folder.slow)):
         candidates = list(alive)
         paths = [str(copy.build / program) for program in programs]
-        timeouts = [timeout_for(seconds_without_mutant(path, parts)) for path in paths] if candidates else []
-        alive = survivors(Plan(paths, timeouts, candidates, jobs, parts)) if candidates else iter(())
+        alive = survivors(Plan(paths, candidates, highest, jobs)) if candidates else iter(())
     return alive
 
 
-def run(name: str, seed: int, count: int | None, jobs: int) -> int:
+def run(name: str, only: str, seed: int, count: int | None, jobs: int) -> int:
     folder = FOLDERS[name]
     copy = Copy(name, folder)
     copy.make()
@@ -118,12 +115,13 @@ def run(name: str, seed: int, count: int | None, jobs: int) -> int:
         print("tests/mutants/equivalents: no mutant is like this one:", *key, sep="\n  ")
     switching.write()
     copy.build_tests(jobs)
-    numbers = choose(mutants, set(equivalents), folder.sample if count is None else count, seed)
     known = sum(mutant.key in equivalents for mutant in mutants.values())
+    eligible = [number for number, each in mutants.items() if each.key not in equivalents and only in each.path]
+    numbers = choose(eligible, folder.sample if count is None else count, seed)
     print(f"{name}: {len(mutants)} mutants, {known} of them equivalent; {switching.dropped} do not compile")
-    print(f"trying {len(numbers)}" + (f", seed {seed}" if len(numbers) < len(mutants) - known else ""), flush=True)
+    print(f"trying {len(numbers)}" + (f", seed {seed}" if len(numbers) < len(eligible) else ""), flush=True)
     alive = 0
-    for number in test(copy, numbers, jobs):
+    for number in test(copy, numbers, max(mutants, default=0), jobs):
         alive += 1
         print(f"SURVIVED: {mutants[number]}", flush=True)
     print(f"{len(numbers)} mutants, {len(numbers) - alive} killed, {alive} not")
@@ -136,6 +134,7 @@ def run(name: str, seed: int, count: int | None, jobs: int) -> int:
 def main() -> int:
     parser = argparse.ArgumentParser(prog="scripts/mutants", description=__doc__)
     parser.add_argument("folder", metavar="FOLDER", choices=FOLDERS, help=", ".join(FOLDERS))
+    parser.add_argument("--only", default="", metavar="TEXT", help="pick among those in files whose paths hold this")
     parser.add_argument("--seed", type=int, default=random.randrange(2**31), help="which ones to pick")
     parser.add_argument("--count", type=int, help="how many to pick")
     parser.add_argument("--jobs", type=int, default=len(os.sched_getaffinity(0)), help="how many to try at once")
@@ -143,7 +142,7 @@ def main() -> int:
     if shutil.which("unshare") is None:
         parser.error("unshare is missing, which keeps mutants from doing harm")
     try:
-        return run(options.folder, options.seed, options.count, options.jobs)
+        return run(options.folder, options.only, options.seed, options.count, options.jobs)
     except (RuntimeError, ValueError) as error:
         print(f"scripts/mutants: {error}", file=sys.stderr)
         return 1

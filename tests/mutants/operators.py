@@ -161,10 +161,10 @@ def literal_changes(source: Source, cursor: Cursor) -> Iterator[Change]:
 
 
 def argument_changes(source: Source, cursor: Cursor) -> Iterator[Change]:
-    """Two neighbouring arguments, or elements of a list in braces, of one type."""
+    """Two neighbouring arguments, or elements of a list in braces, of one type, where their order may matter."""
     is_list = cursor.kind == CursorKind.INIT_LIST_EXPR
     arguments = list(cursor.get_children() if is_list else cursor.get_arguments())
-    if cursor.spelling.startswith("operator"):
+    if cursor.spelling.startswith("operator") or cursor.spelling in ("min", "max"):
         return
     for left, right in zip(arguments, arguments[1:]):
         places = source.place(left), source.place(right)

@@ -9,7 +9,7 @@
 #include "platform/standalone/ipmi_client/LastExchange.h"
 #include "tests/platform/LogCapture.h"
 #include "tests/platform/ScopedEnvironment.h"
-#include "tests/support/SilentPort.h"
+#include "tests/support/UdpPort.h"
 
 namespace Tavrin {
 namespace {
@@ -156,12 +156,12 @@ void ExpectTimeout(const std::string& port, FailureCause cause, const std::strin
 }
 
 TEST(IpmiClientTimeout, SilentControllerIsNoticedAtTheSessionTimeout) {
-  const SilentPort port;
+  const UdpPort port;
   ExpectTimeout(port.Text(), FailureCause::Silence, "no answer within the session time-out");
 }
 
 TEST(IpmiClientTimeout, ClosedPortIsNoticedAtTheSessionTimeout) {
-  SilentPort port;
+  UdpPort port;
   port.Refuse();
   ExpectTimeout(port.Text(), FailureCause::Unreachable,
                 "no answer within the session time-out: nobody listens at the port");
@@ -177,7 +177,7 @@ TEST(IpmiClientTimeout, AddressThatMayNotBeSentToIsNoticedAtOnce) {
 
 TEST(IpmiClientTimeout, ShortSessionTimeoutNeedsNoOtherSetting) {
   const ScopedEnvironment session("IPMI_SESSION_TIMEOUT_MS", "300");
-  const SilentPort port;
+  const UdpPort port;
   Arguments arguments;
   arguments.port = port.Text();
   EXPECT_EQ(Connect(arguments).result, ConnectResult::WorthRetrying);
@@ -185,7 +185,7 @@ TEST(IpmiClientTimeout, ShortSessionTimeoutNeedsNoOtherSetting) {
 
 TEST(IpmiClientTimeout, LineShowsTheAddressThatANameResolvedTo) {
   const ScopedEnvironment session("IPMI_SESSION_TIMEOUT_MS", "100");
-  const SilentPort port;
+  const UdpPort port;
   Arguments arguments;
   arguments.address = "localhost";
   arguments.port = port.Text();

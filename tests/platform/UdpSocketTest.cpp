@@ -2,13 +2,16 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <memory>
 
 #include "tests/support/Signals.h"
-#include "tests/support/SilentPort.h"
+#include "tests/support/UdpPort.h"
 
 namespace Tavrin::Standalone {
 namespace {
@@ -21,6 +24,16 @@ constexpr milliseconds kShortly{200};
 /// What a busy machine may add.
 constexpr milliseconds kGrace{1000};
 
+/// Waits for a datagram at the port and sends its sender another one.
+void SendBack(const UdpPort& port, const Datagram& datagram) {
+  std::array<char, 65536> buffer{};
+  sockaddr_in from = {};
+  socklen_t size = sizeof from;
+  auto* const sender = reinterpret_cast<sockaddr*>(&from);
+  recvfrom(port.Descriptor(), buffer.data(), buffer.size(), 0, sender, &size);
+  sendto(port.Descriptor(), datagram.data(), datagram.size(), 0, sender, size);
+}
+
 /// Waits for a datagram that does not come; returns how long that took.
 milliseconds WaitInVain(UdpSocket& socket) {
   const auto start = Clock::now();
@@ -31,7 +44,7 @@ milliseconds WaitInVain(UdpSocket& socket) {
 }
 
 TEST(UdpSocket, WaitsUntilTheDeadline) {
-  const SilentPort port;
+  const UdpPort port;
   UdpSocket socket("127.0.0.1", port.Number());
   EXPECT_EQ(socket.OpenError(), 0);
   const milliseconds took = WaitInVain(socket);
@@ -40,9 +53,9 @@ TEST(UdpSocket, WaitsUntilTheDeadline) {
 }
 
 TEST(UdpSocket, CaughtSignalsDoNotChangeTheDeadline) {
-  const SilentPort port;
+  const UdpPort port;
   UdpSocket socket("127.0.0.1", port.Number());
-  const Signals signals(milliseconds(1), 0);
+  const Signals signals(milliseconds(1));
   const milliseconds took = WaitInVain(socket);
   EXPECT_GE(took, kShortly);
   EXPECT_LT(took, kShortly + kGrace);
@@ -50,28 +63,28 @@ TEST(UdpSocket, CaughtSignalsDoNotChangeTheDeadline) {
 }
 
 TEST(UdpSocket, DeadlineThatIsOverTakesNothing) {
-  SilentPort port;
+  const UdpPort port;
   UdpSocket socket("127.0.0.1", port.Number());
   socket.Send(kDatagram);
-  port.SendBack(kDatagram);
+  SendBack(port, kDatagram);
   EXPECT_FALSE(socket.Receive(Clock::now()).datagram);
   EXPECT_THAT(socket.Receive(Clock::now() + kGrace).datagram, Pointee(kDatagram));
 }
 
 TEST(UdpSocket, EmptyAndLongDatagramsComeWhole) {
-  SilentPort port;
+  const UdpPort port;
   UdpSocket socket("127.0.0.1", port.Number());
   for (const std::size_t length : {0U, 1U, 1500U, 65507U}) {
     const Datagram datagram(length, 0xEE);
     EXPECT_EQ(socket.Send(datagram), 0);
-    port.SendBack(datagram);
+    SendBack(port, datagram);
     EXPECT_THAT(socket.Receive(Clock::now() + kGrace).datagram, Pointee(datagram)) << length;
   }
   EXPECT_EQ(socket.Send(Datagram(65508)), EMSGSIZE);
 }
 
 TEST(UdpSocket, ClosedPortIsRememberedAndDoesNotEndTheWaiting) {
-  SilentPort port;
+  UdpPort port;
   port.Refuse();
   UdpSocket socket("127.0.0.1", port.Number());
   EXPECT_EQ(socket.PeerError(), 0);
@@ -86,7 +99,7 @@ TEST(UdpSocket, ClosedPortIsRememberedAndDoesNotEndTheWaiting) {
 }
 
 TEST(UdpSocket, SilentPortIsNotRememberedAsClosed) {
-  const SilentPort port;
+  const UdpPort port;
   UdpSocket socket("127.0.0.1", port.Number());
   EXPECT_EQ(socket.Send(kDatagram), 0);
   WaitInVain(socket);
@@ -100,7 +113,7 @@ TEST(UdpSocket, AddressThatCannotBeReachedIsAnError) {
 }
 
 TEST(UdpSocket, DescriptorZeroIsClosedLikeAnyOther) {
-  const SilentPort port;
+  const UdpPort port;
   const int standardInput = dup(STDIN_FILENO);
   close(STDIN_FILENO);
   auto socket = std::make_unique<UdpSocket>("127.0.0.1", port.Number());

@@ -34,7 +34,7 @@ TEST_F(GenerationTest, DetectedGenerationNeedsNoFurtherExchange) {
   const Query<SMMIype> generation = FindGeneration(info_);
   EXPECT_EQ(generation.status, StatusCode::Success);
   EXPECT_EQ(generation.value, SMM_SECOND_GENERATION);
-  ExpectAsked({kDetection});
+  EXPECT_EQ(smm_.Asked(), Steps{kStatus});
 }
 
 TEST_F(ConfiguredGeneration, IsTakenOnceAConnectionWasOpen) {
@@ -90,7 +90,7 @@ TEST_F(GenerationTest, FailureOverAnOpenConnectionLeavesTheGenerationMissing) {
   for (const FailureCause cause : {FailureCause::FellSilent, FailureCause::Late,
                                    FailureCause::DamagedAnswer, FailureCause::OtherAnswer}) {
     SCOPED_TRACE(static_cast<int>(cause));
-    smm_.Change("GetSMMStatus", FallsSilent(cause, "words"));
+    smm_.Change(kStatus, FallsSilent(cause, "words"));
     const Query<SMMIype> generation = FindGeneration(info_);
     EXPECT_EQ(generation.status, StatusCode::NoUsableResult);
     EXPECT_EQ(generation.cause.kind, cause);
@@ -99,7 +99,7 @@ TEST_F(GenerationTest, FailureOverAnOpenConnectionLeavesTheGenerationMissing) {
 }
 
 TEST_F(GenerationTest, AnswerThatTellsNoneIsTheCause) {
-  smm_.Change("GetSMMStatus", Refuses());
+  smm_.Change(kStatus, Refuses());
   const Query<SMMIype> generation = FindGeneration(info_);
   EXPECT_EQ(generation.status, StatusCode::NoUsableResult);
   EXPECT_EQ(generation.cause.completionCode, 0xC1);

@@ -44,7 +44,7 @@ TEST_F(ObserverTest, SelectionIsAWaitOfSixAttempts) {
 }
 
 TEST_F(ObserverTest, WaitEndsWithAnException) {
-  smm_.Change(kConstruction, Throws(std::runtime_error("out of order")));
+  smm_.ChangeConstruction(Throws(std::runtime_error("out of order")));
   EXPECT_THROW(Read(), std::runtime_error);
   EXPECT_THAT(observer_.events, ElementsAre("reading the SMM's status", "attempt 1 of 6", "end"));
 }

@@ -34,7 +34,7 @@ class PassesTest : public ScriptedEnclosure {
 TEST_F(PassesTest, ObjectOfASoundPassIsTakenForTheNext) {
   ReadAgain();
   const Reading reading = ReadAgain({Part::Identity});
-  ExpectAsked(kBeginningAgain + kIdentitySteps);
+  EXPECT_EQ(smm_.Asked(), kBeginningAgain + kIdentitySteps);
   EXPECT_EQ(reading.detection->platformId.value.value, 254);
   EXPECT_EQ(reading.identity->name.status, StatusCode::Success);
 }
@@ -53,7 +53,7 @@ TEST_F(PassesTest, EnclosureThatIsAwayAndComesBackIsReadAgain) {
   const Reading reading = ReadAgain({Part::PowerCaps});
   EXPECT_FALSE(reading.failure);
   EXPECT_EQ(reading.powerCaps->status, StatusCode::Success);
-  ExpectAsked(kBeginning + Steps{"GetChassisPowerCap"});
+  EXPECT_EQ(smm_.Asked(), kBeginning + Steps{"GetChassisPowerCap"});
 }
 
 TEST_F(PassesTest, EnclosureThatWasNeverThereIsReadOnceItIs) {
@@ -68,22 +68,22 @@ TEST_F(PassesTest, EnclosureThatGetsLostInAPassIsConstructedAnewInTheNext) {
   EXPECT_EQ(ReadAgain({Part::Identity}).identity->name.cause.words, "gone");
   smm_.Heal();
   EXPECT_EQ(ReadAgain({Part::Identity}).identity->name.status, StatusCode::Success);
-  ExpectAsked(kBeginning + kIdentitySteps);
+  EXPECT_EQ(smm_.Asked(), kBeginning + kIdentitySteps);
 }
 
 TEST_F(PassesTest, QueryThatTheSmmRefusesLeavesTheObject) {
   smm_.Change("GetSmmName", Refuses());
   EXPECT_EQ(ReadAgain({Part::Identity}).identity->name.status, StatusCode::UnusableAnswer);
   ReadAgain();
-  ExpectAsked(kBeginningAgain);
+  EXPECT_EQ(smm_.Asked(), kBeginningAgain);
 }
 
 TEST_F(PassesTest, StatusThatWasNotReadIsReadInTheNextPass) {
-  smm_.Change(kConstruction, Refuses());
+  smm_.ChangeConstruction(Refuses());
   EXPECT_EQ(ReadAgain().detection->platformId.status, StatusCode::NoUsableResult);
   smm_.Heal();
   EXPECT_EQ(ReadAgain().detection->platformId.status, StatusCode::Success);
-  ExpectAsked(kBeginning);
+  EXPECT_EQ(smm_.Asked(), kBeginning);
 }
 
 TEST_F(PassesTest, LossOfOnePassHoldsInThatPassAlone) {
@@ -97,15 +97,15 @@ TEST_F(PassesTest, NewGenerationIsNoticedAndTheObjectConstructedAnew) {
   ReadAgain();
   int given = -1;
   smm_.generation = SMM_SECOND_GENERATION;
-  smm_.Change(kDetection, [](Exchange&) {
+  smm_.ChangeDetection([](Exchange&) {
     // What the pass before was constructed with must not be what is taken for configured.
     EXPECT_EQ(GetGlobalConfigValue("SMM_TYPE", -1), -1);
   });
-  smm_.Change(kConstruction, [&given](Exchange&) { given = GetGlobalConfigValue("SMM_TYPE", -1); });
+  smm_.ChangeConstruction([&given](Exchange&) { given = GetGlobalConfigValue("SMM_TYPE", -1); });
   const Reading reading = ReadAgain();
   EXPECT_EQ(reading.detection->generation.value.value, SMM_SECOND_GENERATION);
   EXPECT_EQ(given, SMM_SECOND_GENERATION);
-  ExpectAsked(kBeginning);
+  EXPECT_EQ(smm_.Asked(), kBeginning);
 }
 
 TEST_F(PassesTest, ObjectThatMayNotFitTheSmmAnyMoreIsConstructedAnew) {
@@ -119,9 +119,9 @@ TEST_F(PassesTest, ObjectThatMayNotFitTheSmmAnyMoreIsConstructedAnew) {
   for (const Bytes& now : {otherPlatform, otherSlots, tooShort}) {
     smm_.Heal();
     ReadAgain();
-    smm_.Change(kDetection, Gives(now));
+    smm_.ChangeDetection(Gives(now));
     ReadAgain();
-    ExpectAsked(kBeginning);
+    EXPECT_EQ(smm_.Asked(), kBeginning);
   }
 }
 
@@ -129,28 +129,28 @@ TEST_F(PassesTest, ObjectIsConstructedAnewWhereTheGenerationIsConfigured) {
   ReadAgain();
   const Standalone::ThreadConfig configured({{"SMM_TYPE", SMM_FIRST_GENERATION}});
   ReadAgain();
-  EXPECT_THAT(smm_.Asked(), SizeIs(kAfterBeginning));
+  EXPECT_THAT(smm_.platform.exchanges, SizeIs(kAfterBeginning));
 }
 
 TEST_F(PassesTest, OtherBytesOfTheStatusLeaveTheObject) {
   ReadAgain();
-  smm_.Change(kDetection, [](Exchange& exchange) {
+  smm_.ChangeDetection([](Exchange& exchange) {
     exchange.response.at(1) ^= 0xFFU;
     exchange.response.push_back(0xFF);
   });
   ReadAgain();
-  ExpectAsked(kBeginningAgain);
+  EXPECT_EQ(smm_.Asked(), kBeginningAgain);
 }
 
 TEST_F(PassesTest, RefusedPasswordStopsThePassThatItHappenedInAlone) {
   smm_.Lose(0, FailureCause::PasswordRefused, "wrong password");
   const Reading refused = ReadAgain(kEverything);
   EXPECT_EQ(refused.failure->cause.kind, FailureCause::PasswordRefused);
-  ExpectAsked({kInVain});
+  EXPECT_EQ(smm_.Asked(), Steps{kInVain});
 
   smm_.Heal();
   int attemptsAllowed = -1;
-  smm_.Change(kDetection, [&attemptsAllowed](Exchange&) {
+  smm_.ChangeDetection([&attemptsAllowed](Exchange&) {
     attemptsAllowed = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", 3);
   });
   const Reading reading = ReadAgain({Part::Identity});
@@ -166,11 +166,11 @@ TEST_F(PassesTest, RefusalInTheMiddleOfAPassEndsWithIt) {
 }
 
 TEST_F(PassesTest, ExceptionOfTheConstructionLeavesNoObject) {
-  smm_.Change(kConstruction, Throws(std::runtime_error("out of order")));
+  smm_.ChangeConstruction(Throws(std::runtime_error("out of order")));
   EXPECT_THROW(ReadAgain(), std::runtime_error);
   smm_.Heal();
   EXPECT_TRUE(ReadAgain().detection);
-  ExpectAsked(kBeginning);
+  EXPECT_EQ(smm_.Asked(), kBeginning);
 }
 
 TEST_F(PassesTest, LibraryGetsTheSettingsOfTheEnclosure) {
@@ -181,8 +181,9 @@ TEST_F(PassesTest, LibraryGetsTheSettingsOfTheEnclosure) {
   settings_.workaroundFlags = 16;
   settings_.attempts = 5;
   settings_.sessionTimeoutMs = 1234;
+  settings_.retransmissionTimeoutMs = 250;
   std::vector<int> values;
-  smm_.Change(kConstruction, [&values](Exchange&) {
+  smm_.ChangeConstruction([&values](Exchange&) {
     values.clear();
     for (const char* const key : {"IPMI_CIPHER_SUITE", "IPMI_PRIVILEGE_LEVEL",
                                   "IPMI_WORKAROUND_FLAGS", "IPMI_CONNECT_RETRY_TIMES",
@@ -191,7 +192,7 @@ TEST_F(PassesTest, LibraryGetsTheSettingsOfTheEnclosure) {
     }
   });
   Read();
-  EXPECT_THAT(values, ElementsAre(17, 2, 16, 5, 1234, -1));
+  EXPECT_THAT(values, ElementsAre(17, 2, 16, 5, 1234, 250));
   EXPECT_EQ(GetGlobalConfigValue("IPMI_CIPHER_SUITE", -1), -1);
 }
 
@@ -208,7 +209,7 @@ Seen ReadBeside(int cipherSuite, SMMIype generation, std::promise<void>& here,
                 const std::shared_future<void>& there) {
   Seen seen;
   ScriptedSmm smm(generation);
-  smm.Change(kConstruction, [&, isFirst = true](Exchange&) mutable {
+  smm.ChangeConstruction([&, isFirst = true](Exchange&) mutable {
     if (!std::exchange(isFirst, false)) {
       return;
     }

@@ -1,9 +1,7 @@
 #include "tests/reading/ScriptedEnclosure.h"
 
 #include "platform/GlobalConfig.h"
-#include "platform/standalone/globalconfig/ThreadConfig.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
-#include "platform/standalone/logger/ThreadLog.h"
 #include "tests/doubles/Operations.h"
 
 namespace Tavrin {
@@ -11,33 +9,11 @@ namespace {
 
 using Double::Exchange;
 
-/// The library is constructed with the generation that was detected.
-bool IsConstructing() { return GetGlobalConfigValue("SMM_TYPE", -1) != -1; }
-
-bool IsOf(const std::string& step, const IPMICOMMAND& request, bool isFirst) {
-  if (step == kDetection || step == kConstruction) {
-    return Double::Sends("GetSMMStatus", request) &&
-           (step == kDetection ? isFirst && !IsConstructing() : IsConstructing());
-  }
-  return Double::Sends(step, request);
-}
-
-void Call(SMMInventory& inventory, const std::string& name, int psu) {
-  const auto& operation = Double::OperationNamed<SMMInventory>(name);
-  const bool isOfNode = operation.argument == Double::Argument::Node;
-  const int last = isOfNode ? static_cast<int>(inventory.GetNodeNub()) : psu;
-  Double::Output output = operation.fresh;
-  for (int argument = isOfNode ? 1 : psu; argument <= last; ++argument) {
-    operation.call(inventory, argument, output);
-  }
+IPMICOMMAND RequestOf(const Exchange& exchange) {
+  return {exchange.command, exchange.data, exchange.netFn};
 }
 
 }  // namespace
-
-Steps operator+(Steps first, const Steps& second) {
-  first.insert(first.end(), second.begin(), second.end());
-  return first;
-}
 
 Answering Gives(const Double::Bytes& response, std::uint8_t completionCode) {
   return [=](Exchange& exchange) {
@@ -65,6 +41,23 @@ ScriptedSmm::ScriptedSmm(SMMIype ofGeneration)
   platform.improvise = [this] { return NextExchange(); };
 }
 
+void ScriptedSmm::ChangeDetection(const Answering& answering) {
+  Change(kStatus, [this, answering](Exchange& exchange) {
+    if (platform.exchanges.size() == kAfterDetection) {
+      answering(exchange);
+    }
+  });
+}
+
+void ScriptedSmm::ChangeConstruction(const Answering& answering) {
+  Change(kStatus, [answering](Exchange& exchange) {
+    // The library is constructed with the generation that was detected.
+    if (GetGlobalConfigValue("SMM_TYPE", -1) != -1) {
+      answering(exchange);
+    }
+  });
+}
+
 void ScriptedSmm::Lose(std::size_t first, FailureCause cause, const std::string& words,
                        std::size_t count) {
   const bool isRefused = cause == FailureCause::UserNameRefused ||
@@ -83,36 +76,17 @@ void ScriptedSmm::Heal() {
   changes_.clear();
 }
 
-std::vector<std::string> ScriptedSmm::Asked() const {
-  std::vector<std::string> asked;
+Steps ScriptedSmm::Asked() const {
+  Steps asked;
   for (const Exchange& exchange : platform.exchanges) {
-    asked.push_back(exchange.Connects() ? exchange.RequestText() : kInVain);
-  }
-  return asked;
-}
-
-std::vector<std::string> ScriptedSmm::Requests(const Steps& steps, int psu) const {
-  const Standalone::ThreadConfig config({{"SMM_TYPE", generation}});
-  const Standalone::ThreadLog quiet(0, {});
-  ScriptedSmm smm(generation);
-  smm.changes_ = changes_;
-  SMMInventory inventory(smm.platform.expectedSettings);
-  const std::vector<std::string> construction = smm.Asked();
-  std::vector<std::string> requests;
-  for (const std::string& step : steps) {
-    if (step == kDetection) {
-      requests.push_back(construction.front());
-    } else if (step == kConstruction) {
-      requests = requests + construction;
-    } else if (step == kInVain) {
-      requests.push_back(step);
-    } else {
-      smm.platform.ForgetWhatHappened();
-      Call(inventory, step, psu);
-      requests = requests + smm.Asked();
+    asked.emplace_back(kInVain);
+    if (exchange.Connects()) {
+      const auto& operation = Double::OperationThatSends(RequestOf(exchange), generation);
+      const bool hasNumber = operation.argument != Double::Argument::None;
+      asked.back() = operation.name + (hasNumber ? ' ' + std::to_string(exchange.data.back()) : "");
     }
   }
-  return requests;
+  return asked;
 }
 
 Exchange ScriptedSmm::NextExchange() const {
@@ -124,10 +98,11 @@ Exchange ScriptedSmm::NextExchange() const {
 }
 
 void ScriptedSmm::Answer(Exchange& exchange) const {
-  const IPMICOMMAND request = {exchange.command, exchange.data, exchange.netFn};
+  const IPMICOMMAND request = RequestOf(exchange);
+  const std::string name = Double::OperationThatSends(request, generation).name;
   exchange.response = Double::SampleAnswersOf(generation)(request);
-  for (const auto& [step, answering] : changes_) {
-    if (IsOf(step, request, platform.exchanges.size() == 1)) {
+  for (const auto& [operation, answering] : changes_) {
+    if (operation == name) {
       answering(exchange);
     }
   }

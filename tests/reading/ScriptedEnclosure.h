@@ -16,19 +16,16 @@ namespace Tavrin {
 
 using Standalone::FailureCause;
 
-/// What a pass asks, step by step: operations of SMMInventory and the following.
+/// What arrives, request by request: the operation of SMMInventory that sends it, and the number
+/// that tells a node or a PSU.
 using Steps = std::vector<std::string>;
-constexpr const char* kDetection = "detection";
-constexpr const char* kConstruction = "construction";
-constexpr const char* kInVain = "one exchange in vain";  ///< That opens no connection.
+constexpr const char* kStatus = "GetSmmVersion";  ///< Detection and construction send this, too.
+constexpr const char* kInVain = "in vain";        ///< The exchange opens no connection.
 
-Steps operator+(Steps first, const Steps& second);
-
-/// What a pass begins with, over an SMM that was not read before and over one that was.
-const Steps kBeginning = {kDetection, kConstruction, "GetPSUStatus"};
-const Steps kBeginningAgain = {kDetection, "GetPSUStatus"};
-
-const Steps kIdentitySteps = {"GetSmmMT", "GetSmmSN", "GetSmmVersion", "GetSmmName"};
+inline Steps operator+(Steps first, const Steps& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
 
 /// How often a construction reads the status.
 constexpr std::size_t kStatusReads = 6;
@@ -37,6 +34,15 @@ constexpr std::size_t kStatusReads = 6;
 constexpr std::size_t kAfterDetection = 1;
 constexpr std::size_t kAfterConstruction = kAfterDetection + kStatusReads;
 constexpr std::size_t kAfterBeginning = kAfterConstruction + 1;
+
+/// What a pass begins with, over an SMM that was not read before and over one that was.
+const Steps kBeginning = Steps(kAfterConstruction, kStatus) + Steps{"GetPSUStatus"};
+const Steps kBeginningAgain = {kStatus, "GetPSUStatus"};
+
+/// What a pass begins with when the first construction told no platform, and another was made.
+const Steps kBeginningInVain = Steps(kStatusReads, kStatus) + kBeginning;
+
+const Steps kIdentitySteps = {"GetSmmMT", "GetSmmSN", "GetSmmVersion", "GetSmmName"};
 
 /// Changes the answer to a request: the exchange holds that, and the answer as it is so far. May
 /// throw, or do something else at the time.
@@ -66,11 +72,13 @@ class ScriptedSmm {
   ScriptedSmm(const ScriptedSmm&) = delete;
   ScriptedSmm& operator=(const ScriptedSmm&) = delete;
 
-  /// Changes the answers to what that operation of SMMInventory sends, or to the status requests of
-  /// the detection or of the construction alone.
-  void Change(const std::string& step, Answering answering) {
-    changes_.emplace_back(step, std::move(answering));
+  /// Changes the answers to what an operation of SMMInventory sends; to the status requests of the
+  /// detection, of a construction and of the version alike.
+  void Change(const std::string& operation, Answering answering) {
+    changes_.emplace_back(operation, std::move(answering));
   }
+  void ChangeDetection(const Answering& answering);
+  void ChangeConstruction(const Answering& answering);
 
   /// Opens no connection for so many exchanges of a pass, behind the first ones.
   void Lose(std::size_t first, FailureCause cause, const std::string& words,
@@ -79,11 +87,8 @@ class ScriptedSmm {
   /// Takes every change and loss back.
   void Heal();
 
-  /// The requests that have arrived since the pass began, and what came in vain.
-  [[nodiscard]] std::vector<std::string> Asked() const;
-
-  /// What Asked() gives after these steps. Operations on nodes ask all of them.
-  [[nodiscard]] std::vector<std::string> Requests(const Steps& steps, int psu = 1) const;
+  /// What has arrived since the pass began.
+  [[nodiscard]] Steps Asked() const;
 
   SMMIype generation;
   Double::Platform platform;
@@ -135,18 +140,11 @@ class ScriptedEnclosure : public testing::Test {
     return *Enclosure(settings_).SelectPsu(psu, observer_).psuSelection;
   }
 
-  /// Expects that this is all that was asked in the last pass.
-  void ExpectAsked(const Steps& steps, int psu = 1) const {
-    EXPECT_EQ(smm_.Asked(), smm_.Requests(steps, psu));
-  }
-
   ScriptedSmm smm_;
   EnclosureSettings settings_;
   Recorder observer_;
 };
 
-const std::vector<Part> kEverything = {Part::Identity,    Part::ChassisPower, Part::PowerCaps,
-                                       Part::NodeStatus,  Part::NodePower,    Part::PsuFans,
-                                       Part::PsuFirmware, Part::PsuStatus};
+const std::vector<Part> kEverything(kPartsToAskFor.begin(), kPartsToAskFor.end());
 
 }  // namespace Tavrin

@@ -9,8 +9,8 @@
 #include "platform/GlobalConfig.h"
 #include "reading/Enclosure.h"
 #include "tests/support/Relay.h"
-#include "tests/support/SilentPort.h"
 #include "tests/support/SimulatedSmm.h"
+#include "tests/support/UdpPort.h"
 
 // Enclosures of different kinds and conditions, read at once and again, over real IPMI 2.0.
 
@@ -93,7 +93,7 @@ TEST(Simulated, SecondGenerationIsReadAfterTheFirstOnTheSameThread) {
 }
 
 TEST(Simulated, DeadSmmIsToldBesideALiveOne) {
-  const SilentPort dead;
+  const UdpPort dead;
   const SimulatedSmm alive(kSecond253);
   const auto [one, other] = ReadBoth(SettingsAt(dead.Number()), SettingsAt(alive.Port()));
   ASSERT_TRUE(one.failure);

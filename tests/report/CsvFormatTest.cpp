@@ -60,8 +60,8 @@ TEST(CsvFormat, BytesThatAreNotPrintableAreEscaped) {
 
 TEST(CsvFormat, CommasAndQuotesAreQuoted) {
   Reading reading = ExampleReading();
-  reading.identity->name = Good(ReportedText("a,b"));
-  reading.identity->machineType = Good(ReportedText("\"1\" a"));
+  reading.identity->name = Good(TextOf("a,b"));
+  reading.identity->machineType = Good(TextOf("\"1\" a"));
   EXPECT_THAT(Rows(reading, Part::Identity),
               HasSubstr("smm1:623,machineType,,machineType,\"\"\"1\"\" a\",\"\"\"1\"\" a\",\r\n"));
   EXPECT_THAT(Rows(reading, Part::Identity),
@@ -71,7 +71,7 @@ TEST(CsvFormat, CommasAndQuotesAreQuoted) {
 TEST(CsvFormat, TextLikeAFormulaStaysAsItIs) {
   Reading reading = ExampleReading();
   for (const char* const text : {"=1+1", "+1", "-1", "@a"}) {
-    reading.identity->name = Good(ReportedText(text));
+    reading.identity->name = Good(TextOf(text));
     EXPECT_THAT(Rows(reading, Part::Identity),
                 HasSubstr("name,,name," + std::string(text) + "," + text + ",\r\n"));
   }

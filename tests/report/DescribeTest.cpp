@@ -51,6 +51,32 @@ TEST(Describe, PartThatWasNotAskedForMakesNoSection) {
   EXPECT_TRUE(Describe(ExampleReading(), Part::PsuStatus).has_value());
 }
 
+/// The title of the part's section, then the fields of its last row: key, label and text.
+std::vector<std::string> LastRow(const Reading& reading, Part part) {
+  const Section section = Describe(reading, part).value();
+  std::vector<std::string> lines = {section.title};
+  for (const Field& field : section.answers.back().rows.back().fields) {
+    lines.push_back(field.key + " | " + field.label + " | " + field.text.value_or("?"));
+  }
+  return lines;
+}
+
+TEST(Describe, ChassisAndNodesHaveThePowerReadings) {
+  EXPECT_THAT(LastRow(ExampleReading(), Part::ChassisPower),
+              ElementsAre("chassis power", "minPower | minimum | 0", "avgPower | average | 350",
+                          "maxPower | maximum | 65535"));
+  EXPECT_THAT(LastRow(ExampleReading(), Part::NodePower),
+              ElementsAre("node power", "minPower | minimum | N/A", "avgPower | average | N/A",
+                          "maxPower | maximum | 410"));
+}
+
+TEST(Describe, PowerCapsHaveTheRangeAndThreeCaps) {
+  EXPECT_THAT(LastRow(ExampleReading(), Part::PowerCaps),
+              ElementsAre("power caps", "minCap | range minimum | 1", "maxCap | range maximum | 2",
+                          "protectiveCap | protective cap | N/A", "userCap | user cap | 4",
+                          "thermalCap | thermal cap | 5"));
+}
+
 TEST(Words, EachStateHasAWordOfItsOwn) {
   const std::map<NodePowerState, std::string> powerStates = {
       {NodePowerState::On, "on"},

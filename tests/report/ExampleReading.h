@@ -1,41 +1,28 @@
 #pragma once
 
-#include <chrono>
+#include <cstddef>
 #include <string>
 
-#include "reading/Reading.h"
+#include "reading/Decode.h"
 
 namespace Tavrin {
 
-/// Everything that a pass over a healthy second-generation enclosure of platform 254 gives: four
-/// nodes, two PSU slots, each with other numbers. Only a selection is not among it.
+/// A pass over an enclosure of platform 254, with four nodes and two PSU slots, each with other
+/// numbers. It has answers of each shape, and values absent for each reason that the library's
+/// records can give. It need not have every query: what one is called is DescribeTest's.
 Reading ExampleReading();
+
+/// The example of which nothing but the generation was read any more.
+Reading LostReading();
+
+/// A pass that came to no query.
+Reading FailedReading();
 
 /// A pass that selects a PSU.
 Reading SelectionReading(const PsuSelection& selection, const QueryOutcome& outcome);
 
-// Values as a reading has them.
-
-Number ReportedNumber(std::int64_t number);
-Text ReportedText(const std::string& text);
-
-template <typename Type>
-Value<Type> ReportedState(Type state, const std::string& text) {
-  return {state, text, Absence::None};
-}
-
-template <typename Type>
-Value<Type> AbsentValue(Absence absence, const std::string& text = "") {
-  return {std::nullopt, text, absence};
-}
-
-/// What the library gives as "N/A".
-Number NotReported();
-
-PsuFlags FlagsOf(std::size_t slot, bool flag);
-
-/// The flags of a slot of which the SMM's answer holds none: the texts are the library's.
-PsuFlags UntoldFlags(std::size_t slot);
+/// The flags of so many PSU slots: the first is present and triggers, no other is or does.
+SlotQuery<PsuFlags> ExampleFlags(std::size_t slotCount);
 
 QueryOutcome SucceededOutcome();
 QueryOutcome RefusedOutcome();       ///< UnusableAnswer: its answer is empty.
@@ -59,11 +46,5 @@ template <typename Type>
 Query<Type> Disconnected(const Type& value = {}) {
   return {DisconnectedOutcome(), value};
 }
-
-/// The example of which nothing but the generation was read any more.
-Reading LostReading();
-
-/// A pass that came to no query.
-Reading FailedReading();
 
 }  // namespace Tavrin

@@ -32,8 +32,8 @@ TEST(Formats, NameIsTakenInItsSpellingOnly) {
 
 std::string Whole(const Format& format, const Reading& reading) {
   std::string pieces = format.begin(reading.address);
-  for (int part = 0; part <= static_cast<int>(Part::PsuSelection); ++part) {
-    pieces += format.part(reading, static_cast<Part>(part));
+  for (const Part part : kEveryPart) {
+    pieces += format.part(reading, part);
   }
   return pieces + format.end(reading, {"0.1.0"});
 }
@@ -53,7 +53,7 @@ TEST(Formats, NoByteOfTheControllerReachesTheOutputAsAControlByte) {
     bytes.push_back(static_cast<char>(byte));
   }
   Reading reading = ExampleReading();
-  reading.identity->serialNumber = Good(ReportedText(bytes));
+  reading.identity->serialNumber = Good(TextOf(bytes));
   for (const Format& format : Formats()) {
     for (const char c : Whole(format, reading)) {
       EXPECT_TRUE(c == '\n' || c == '\r' || (c >= ' ' && c <= '~')) << static_cast<int>(c);

@@ -185,7 +185,7 @@ TEST_F(JsonFormatTest, MissingFanIsNullWithItsEmptyText) {
 
 TEST_F(JsonFormatTest, SlotThatGaveNothingHasFieldsWithAReason) {
   Reading reading = ExampleReading();
-  reading.psuFans->value[1].speedA = AbsentValue<std::int64_t>(Absence::SlotUnanswered);
+  reading.psuFans = Good(DecodeFans({}, 2, Absence::SlotUnanswered));
   EXPECT_EQ(ValidAt(reading, "/queries/psuFans/slots/1/fields/speedA"),
             Normal(R"({"value": null, "reason": "the SMM gave no usable answer for this slot"})"));
 }
@@ -218,7 +218,7 @@ TEST_F(JsonFormatTest, EveryByteIsGivenAsANumber) {
     numbers += (byte == 0 ? "[" : ",") + std::to_string(byte);
   }
   Reading reading = ExampleReading();
-  reading.identity->serialNumber = Good(ReportedText(bytes));
+  reading.identity->serialNumber = Good(TextOf(bytes));
   EXPECT_EQ(ValidAt(reading, "/queries/serialNumber/bytes"), numbers + "]");
 }
 
@@ -230,7 +230,7 @@ TEST_F(JsonFormatTest, PrintableTextIsGivenAsItIs) {
   Reading reading = ExampleReading();
   std::string text = printable;
   text.erase(text.find("\\\""), 1).erase(text.find("\\\\"), 1);
-  reading.identity->serialNumber = Good(ReportedText(text));
+  reading.identity->serialNumber = Good(TextOf(text));
   EXPECT_EQ(ValidAt(reading, "/queries/serialNumber/value"), '"' + printable + '"');
   EXPECT_EQ(ValidAt(reading, "/queries/serialNumber/bytes"), "");
 }
@@ -250,13 +250,14 @@ TEST_F(JsonFormatTest, PsuFlagsAreBooleansWithTheControllersWords) {
 
 TEST_F(JsonFormatTest, SlotsBeyondTheFlagsHaveNone) {
   Reading reading = ExampleReading();
+  reading.psuStatus = ExampleFlags(8);
   EXPECT_EQ(ValidAt(reading, "/queries/psuStatus/note"), "");
-  reading.psuStatus->value.push_back(UntoldFlags(9));
+  reading.psuStatus = ExampleFlags(9);
   const std::string status = ValidAt(reading, "/queries/psuStatus");
   EXPECT_THAT(At(status, "/note"), HasSubstr("flags of 8 PSUs only"));
-  EXPECT_EQ(At(status, "/slots/2/slot"), "9");
+  EXPECT_EQ(At(status, "/slots/8/slot"), "9");
   for (const char* const flag : {"epow", "throttle", "present", "powerGood"}) {
-    EXPECT_EQ(At(status, std::string("/slots/2/fields/") + flag),
+    EXPECT_EQ(At(status, std::string("/slots/8/fields/") + flag),
               Normal(R"({"value": null, "text": "",
                          "reason": "the SMM's answer holds the flags of 8 PSUs only"})"));
   }
@@ -272,7 +273,7 @@ TEST_F(JsonFormatTest, SlotsThatWereNotCountedAreAnEmptyList) {
 }
 
 TEST_F(JsonFormatTest, SelectionTellsWhatWasSent) {
-  EXPECT_EQ(ValidAt(SelectionReading({7, true, ReportedNumber(3), "highest"}, SucceededOutcome()),
+  EXPECT_EQ(ValidAt(SelectionReading({7, true, NumberOf(3), "highest"}, SucceededOutcome()),
                     "/queries/psuSelection"),
             Normal(R"({"status": 0, "statusName": "Success", "durationMs": 5, "fields": {
       "asked": {"value": 7, "text": "7"},
@@ -282,10 +283,10 @@ TEST_F(JsonFormatTest, SelectionTellsWhatWasSent) {
 }
 
 TEST_F(JsonFormatTest, SelectionWithoutNumberHasNullForIt) {
-  const std::string query = ValidAt(
-      SelectionReading({7, true, AbsentValue<std::int64_t>(Absence::NotReported), "left out"},
-                       RefusedOutcome()),
-      "/queries/psuSelection");
+  const std::string query =
+      ValidAt(SelectionReading({7, true, {std::nullopt, "", Absence::NotReported}, "left out"},
+                               RefusedOutcome()),
+              "/queries/psuSelection");
   EXPECT_EQ(At(query, "/status"), "3");
   EXPECT_EQ(At(query, "/fields/sent"),
             Normal(R"({"value": null, "text": "none", "reason": "left out"})"));

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <cstdint>
+#include <cstdlib>
+#include <ctime>
 #include <map>
 #include <string>
 
@@ -34,6 +36,16 @@ TEST(UtcTime, MomentIsWrittenToTheMillisecond) {
   for (const auto& [milliseconds, text] : table) {
     EXPECT_EQ(TimeOf(milliseconds), text);
   }
+}
+
+TEST(UtcTime, TimeZoneOfTheEnvironmentChangesNothing) {
+  for (const char* const zone : {"right/UTC", "Asia/Tokyo"}) {
+    setenv("TZ", zone, 1);
+    tzset();
+    EXPECT_EQ(TimeOf(1'795'285'445'678), "2026-11-21T18:24:05.678Z") << zone;
+  }
+  unsetenv("TZ");
+  tzset();
 }
 
 TEST(UtcTime, FractionsOfAMillisecondAreCutOff) {

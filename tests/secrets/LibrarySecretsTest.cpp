@@ -37,13 +37,13 @@ TEST_P(LibrarySecrets, PasswordIsToldNowhere) {
   const std::string port = given.port.empty() ? std::to_string(simulator.Port()) : given.port;
   Child program({SECRETS_PROBE, simulator.Host(), port, given.user}, environment,
                 given.password + "\n");
-  ProcessWatch watch(program.Process());
+  std::future<Watched> watch = Watch(program.Process());
   const Finished finished = program.Wait();
-  watch.Stop();
+  const Watched watched = watch.get();
   EXPECT_EQ(finished.exitCode, 0);
   EXPECT_THAT(finished.error, AllOf(HasSubstr(given.words), TellsNoPassword()));
-  EXPECT_THAT(watch.CommandLines(), AllOf(HasSubstr(given.user), TellsNoPassword()));
-  EXPECT_THAT(watch.Environments(), AllOf(HasSubstr("TAVRIN_LOG_LEVEL=4"), TellsNoPassword()));
+  EXPECT_THAT(watched.commandLines, AllOf(HasSubstr(given.user), TellsNoPassword()));
+  EXPECT_THAT(watched.environments, AllOf(HasSubstr("TAVRIN_LOG_LEVEL=4"), TellsNoPassword()));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -77,11 +77,11 @@ TEST(LibrarySecrets, PasswordThatTheUserPutIntoTheEnvironmentIsSeenThere) {
                 {"IPMI_SESSION_TIMEOUT_MS=200", "IPMI_CONNECT_RETRY_TIMES=0",
                  std::string("IPMI_PASSWORD=") + kPassword},
                 std::string(kPassword) + "\n");
-  ProcessWatch watch(program.Process());
+  std::future<Watched> watch = Watch(program.Process());
   program.Wait();
-  watch.Stop();
-  EXPECT_THAT(watch.Environments(), testing::Not(TellsNoPassword()));
-  EXPECT_THAT(watch.CommandLines(), TellsNoPassword());
+  const Watched watched = watch.get();
+  EXPECT_THAT(watched.environments, testing::Not(TellsNoPassword()));
+  EXPECT_THAT(watched.commandLines, TellsNoPassword());
 }
 
 }  // namespace

@@ -2,37 +2,46 @@
 
 #include <sys/types.h>
 
-#include <atomic>
+#include <chrono>
+#include <future>
 #include <string>
 #include <thread>
 
+#include "tests/support/Child.h"
+
 namespace Tavrin {
 
-/// Reads, again and again while it lives, what the system tells of a process: its command line and
-/// its environment block.
-class ProcessWatch {
- public:
-  explicit ProcessWatch(pid_t process);
-  ~ProcessWatch();
-  ProcessWatch(const ProcessWatch&) = delete;
-  ProcessWatch& operator=(const ProcessWatch&) = delete;
+/// What the system told of a process while it ran, every content that was seen.
+struct Watched {
+  std::string commandLines;
+  std::string environments;  ///< Empty where the process is closed to this one.
 
-  /// To be called before the results are read.
-  void Stop();
-
-  /// Every content that was seen. The block stays empty where the process is closed to this one.
-  const std::string& CommandLines() const { return commandLines_; }
-  const std::string& Environments() const { return environments_; }
+  void Read(pid_t process) {
+    AppendIfNew(ReadProcessFile(process, "cmdline"), commandLines);
+    AppendIfNew(ReadProcessFile(process, "environ"), environments);
+  }
 
  private:
-  void Run();
-  void Read();
-
-  pid_t process_;
-  std::string commandLines_;
-  std::string environments_;
-  std::atomic<bool> isOver_{false};
-  std::thread thread_;
+  static void AppendIfNew(const std::string& content, std::string& seen) {
+    seen += seen.find(content) == std::string::npos ? content : "";
+  }
 };
+
+/// Reads, again and again until the process has ended, what the system tells of it. The first time
+/// is at once, so that a process that soon ends is seen however late a thread begins.
+inline std::future<Watched> Watch(pid_t process) {
+  Watched watched;
+  // One that was just started has no command line to show yet.
+  do {
+    watched.Read(process);
+  } while (watched.commandLines.empty() && !HasEnded(process));
+  return std::async(std::launch::async, [process, watched]() mutable {
+    while (!HasEnded(process)) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      watched.Read(process);
+    }
+    return watched;
+  });
+}
 
 }  // namespace Tavrin

@@ -24,24 +24,18 @@ const std::string kPasswordVariable = "IPMI_PASSWORD=";
 constexpr const char* kOneAttempt = "IPMI_CONNECT_RETRY_TIMES=1";
 
 /// Everything that others can learn of a run of the tool.
-struct Learned {
+struct Learned : Watched {
   Finished finished;
-  std::string commandLines;
-  std::string environments;
 };
 
 /// Runs the tool at the highest log level; standard input holds `input`.
 Learned WatchTool(const Texts& arguments, Texts environment = {}, const std::string& input = {}) {
-  Texts call = {SMM_INVENTORY, "-vvv", "-W", "open-session-privilege"};
-  call.insert(call.end(), arguments.begin(), arguments.end());
+  const Texts call = Joined({SMM_INVENTORY, "-vvv", "-W", "open-session-privilege"}, arguments);
   environment.insert(environment.end(), {"TAVRIN_LOG_LEVEL=4", "IPMI_SESSION_TIMEOUT_MS=1000"});
   Child tool(call, environment, input);
-  ProcessWatch watch(tool.Process());
-  Learned learned{tool.Wait(), {}, {}};
-  watch.Stop();
-  learned.commandLines = watch.CommandLines();
-  learned.environments = watch.Environments();
-  return learned;
+  std::future<Watched> watch = Watch(tool.Process());
+  const Finished finished = tool.Wait();
+  return {watch.get(), finished};
 }
 
 void ExpectNoPasswordIn(const Learned& learned) {
@@ -189,17 +183,17 @@ TEST_P(ToolPromptSecrets, TypedPasswordIsToldNowhere) {
                 "identity"};
   call.insert(call.end(), GetParam().options.begin(), GetParam().options.end());
   Child tool(call, {"TAVRIN_LOG_LEVEL=4", "TERM=vt100"}, {}, terminal.Name());
-  ProcessWatch watch(tool.Process());
+  std::future<Watched> watch = Watch(tool.Process());
   terminal.ReadUntil("Password of admin");
   terminal.Type(GetParam().password + "\n");
   terminal.ReadToEnd();
   const Finished finished = tool.Wait();
-  watch.Stop();
+  const Watched watched = watch.get();
   EXPECT_EQ(finished.exitCode, GetParam().exitCode) << terminal.Seen();
   EXPECT_THAT(terminal.Seen(), AllOf(HasSubstr(GetParam().words), TellsNoPassword()));
   EXPECT_THAT(finished.output, TellsNoPassword());
-  EXPECT_THAT(watch.CommandLines(), AllOf(HasSubstr("identity"), TellsNoPassword()));
-  EXPECT_THAT(watch.Environments(), TellsNoPassword());
+  EXPECT_THAT(watched.commandLines, AllOf(HasSubstr("identity"), TellsNoPassword()));
+  EXPECT_THAT(watched.environments, TellsNoPassword());
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -1,6 +1,6 @@
 #include "tests/secrets/Traces.h"
 
-#include <array>
+#include <algorithm>
 #include <cctype>
 #include <cstdint>
 #include <regex>
@@ -9,37 +9,30 @@
 namespace Tavrin {
 namespace {
 
-constexpr std::size_t kPartLength = 8;
-
-std::string Hexadecimal(const std::string& bytes) {
-  constexpr std::string_view digits = "0123456789abcdef";
+/// The digits that the bytes have at so many bits a digit, whole ones alone.
+std::string Encoded(const std::string& bytes, std::string_view digits, std::size_t bitsEach) {
   std::string text;
+  std::uint32_t bits = 0;
+  std::size_t bitCount = 0;
   for (const char byte : bytes) {
-    const auto value = static_cast<std::uint8_t>(byte);
-    text += digits[value >> 4U];
-    text += digits[value & 0xFU];
+    bits = (bits << 8U) | static_cast<std::uint8_t>(byte);
+    for (bitCount += 8; bitCount >= bitsEach;) {
+      bitCount -= bitsEach;
+      text += digits[(bits >> bitCount) & (digits.size() - 1)];
+    }
   }
   return text;
 }
+
+std::string Hexadecimal(const std::string& bytes) { return Encoded(bytes, "0123456789abcdef", 4); }
 
 /// The characters of a base64 text that `bytes` alone decide, when `offset` other bytes come before
 /// them in their group of three.
 std::string Base64Core(const std::string& bytes, std::size_t offset) {
   constexpr std::string_view digits =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  std::uint32_t bits = 0;
-  std::size_t bitCount = 0;
-  for (const char byte : std::string(offset, '\0') + bytes) {
-    bits = (bits << 8U) | static_cast<std::uint8_t>(byte);
-    bitCount += 8;
-    while (bitCount >= 6) {
-      bitCount -= 6;
-      text += digits[(bits >> bitCount) & 0x3FU];
-    }
-  }
-  constexpr std::array<std::size_t, 3> foreignCharacters = {0, 2, 3};
-  return text.substr(foreignCharacters.at(offset));
+  const std::size_t foreignCharacters = offset == 0 ? 0 : offset + 1;
+  return Encoded(std::string(offset, '\0') + bytes, digits, 6).substr(foreignCharacters);
 }
 
 bool Holds(const std::string& text, const std::string& part) {
@@ -53,15 +46,15 @@ std::string Joined(const std::string& text) {
 }
 
 std::string Lower(std::string text) {
-  for (char& c : text) {
-    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  }
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return text;
 }
 
 }  // namespace
 
 std::vector<std::string> TracesOf(const std::string& secret, const std::string& text) {
+  constexpr std::size_t kPartLength = 8;
   const std::string joined = Joined(text);
   const std::string lower = Lower(joined);
   std::vector<std::string> traces;

@@ -13,7 +13,7 @@
 #include "platform/standalone/logger/LogControl.h"
 #include "reading/Enclosure.h"
 #include "reading/Wiping.h"
-#include "tests/secrets/FreedMemory.h"
+#include "tests/doubles/Allocations.h"
 #include "tests/support/SimulatedSmm.h"
 #include "tools/smm-inventory/Password.h"
 

@@ -2,9 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 #include <string>
 #include <vector>
+
+#include "module/smm/smm_inventory/SMMInventory.h"
+#include "simulator/EnclosureKind.h"
+#include "simulator/Scenario.h"
+#include "tests/doubles/Operations.h"
+#include "tests/doubles/PlatformDouble.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -26,19 +33,68 @@ Bytes Text(const std::string& text) {
   return bytes;
 }
 
-TEST(StatusAnswer, FirstGenerationBeginsWithTheRevision) {
-  const Answer answer = Ask(kFirst, 0xA8, {});
-  EXPECT_EQ(answer.completionCode, 0x00);
-  EXPECT_EQ(answer.data,
-            (Bytes{0x01, 0x05, 0xA1, 0xA2, 0xA3, 'F', 'G', 'E', 'N', '7', 0, 0, 0, 0, 0, 0}));
+/// Each operation of the library against the enclosure of its generation, with texts that fill
+/// their fields.
+class SampleAnswer : public testing::TestWithParam<SMMIype> {
+ protected:
+  static EnclosureState Sampled(SMMIype generation) {
+    const bool isFirst = generation == SMM_FIRST_GENERATION;
+    return ParseScenario(isFirst ? R"({"enclosure": {"buildName": "FGEN70",
+                                       "serialNumber": "SIM100010001",
+                                       "name": "first rack, enclosure 17"}})"
+                                 : R"({"enclosure": {"buildName": "SGEN30",
+                                       "serialNumber": "SIM253012530",
+                                       "name": "second rack, enclosure 4"}})",
+                         "texts", MakeEnclosure(isFirst ? kFirst : kSecond253))
+        .enclosure;
+  }
+
+  SampleAnswer() {
+    Double::Platform& platform = Double::ThePlatform();
+    platform = {};
+    platform.logThreshold = 0;
+    platform.smmType = GetParam();
+    platform.answerTo = [this](const IPMICOMMAND& asked) -> const Bytes& {
+      requests.push_back({asked.netFn, asked.cmd, asked.data});
+      given = EncodeAnswer(enclosure, requests.back());
+      EXPECT_EQ(given.completionCode, 0x00);
+      return given.data;
+    };
+  }
+  ~SampleAnswer() override { Double::ThePlatform() = {}; }
+
+  const EnclosureState enclosure = Sampled(GetParam());
+  std::vector<Request> requests;
+  Answer given;
+};
+
+bool IsFor(const Request& request, const Double::SampleAnswer& sample) {
+  return request.command == sample.command &&
+         (!sample.lastByte || request.data.back() == *sample.lastByte);
 }
 
-TEST(StatusAnswer, Platform253HasPlatformIdInFrontAndTypeOfNineSlotsAtByte13) {
-  const Answer answer = Ask(kSecond253, 0xA8, {});
-  EXPECT_EQ(answer.completionCode, 0x00);
-  EXPECT_EQ(answer.data,
-            (Bytes{0xFD, 0x02, 0x1A, 0xB1, 0xB2, 0xB3, 'S', 'G', 'E', 'N', '3', 0, 0, 0x03, 0, 0}));
+TEST_P(SampleAnswer, IsTheEnclosuresByteForByte) {
+  SMMInventory inventory({"smm", 623, "admin", "sesame", 0, 0, 0, 1, 0});
+  for (const auto& operation : Double::Operations<SMMInventory>()) {
+    SCOPED_TRACE(operation.name);
+    requests.clear();
+    Double::Output output = operation.fresh;
+    EXPECT_EQ(operation.call(inventory, 1, output), StatusCode::Success);
+    for (const Double::SampleAnswer& sample : operation.answers) {
+      const auto asked =
+          std::find_if(requests.begin(), requests.end(),
+                       [&](const Request& request) { return IsFor(request, sample); });
+      if (sample.generation == GetParam()) {
+        ASSERT_NE(asked, requests.end());
+        EXPECT_EQ(EncodeAnswer(enclosure, *asked).data, sample.data);
+      }
+    }
+  }
 }
+
+INSTANTIATE_TEST_SUITE_P(OfSmmType, SampleAnswer,
+                         testing::Values(SMM_FIRST_GENERATION, SMM_SECOND_GENERATION),
+                         testing::PrintToStringParamName());
 
 TEST(StatusAnswer, Platform254HasPlatformIdInFront) {
   const Answer answer = Ask(kSecond254, 0xA8, {});
@@ -255,8 +311,8 @@ INSTANTIATE_TEST_SUITE_P(
     NameOf);
 
 /// Every PSU has other flags than the rest; no two flags have the same bits.
-Enclosure WithFlags(EnclosureKind kind) {
-  Enclosure enclosure = MakeEnclosure(kind);
+EnclosureState WithFlags(EnclosureKind kind) {
+  EnclosureState enclosure = MakeEnclosure(kind);
   enclosure.psus.front().earlyPowerOffWarning = true;
   enclosure.psus[1].throttle = true;
   enclosure.psus.front().powerGood = false;
@@ -270,7 +326,7 @@ TEST(PsuFlagsAnswer, FirstGenerationHasOneByteAFlag) {
 }
 
 TEST(PsuFlagsAnswer, SecondGenerationHasEarlyPowerOffWarningThrottlePowerGoodAndPresence) {
-  Enclosure enclosure = WithFlags(kSecond253);
+  EnclosureState enclosure = WithFlags(kSecond253);
   enclosure.psus.back().throttle = true;
   enclosure.psus[3].present = false;
   EXPECT_EQ(EncodeAnswer(enclosure, {0x32, 0x91, {}}).data,
@@ -278,8 +334,8 @@ TEST(PsuFlagsAnswer, SecondGenerationHasEarlyPowerOffWarningThrottlePowerGoodAnd
 }
 
 TEST(AbsentPsu, LetsNobodyReadItsRegisters) {
-  Enclosure first = MakeEnclosure(kFirst);
-  Enclosure second = MakeEnclosure(kSecond254);
+  EnclosureState first = MakeEnclosure(kFirst);
+  EnclosureState second = MakeEnclosure(kSecond254);
   first.psus.back().present = false;
   second.psus.back().present = false;
   EXPECT_EQ(EncodeAnswer(first, {0x06, 0x52, {0x0D, 0xD0, 0x02, 0xFC}}).completionCode, 0x83);
@@ -290,7 +346,7 @@ TEST(AbsentPsu, LetsNobodyReadItsRegisters) {
 
 /// The bytes behind the front of every answer that consists of readings.
 std::vector<Bytes> Readings(EnclosureKind kind) {
-  const Enclosure enclosure = MakeEnclosure(kind);
+  const EnclosureState enclosure = MakeEnclosure(kind);
   const std::uint8_t whole = kind == kSecond253 ? 0x0D : 0x05;
   std::vector<Request> requests = {{0x32, 0x98, {whole}}, {0x32, 0x9D, {whole}}};
   for (std::uint8_t node = 1; node <= enclosure.nodes.size(); ++node) {
@@ -374,7 +430,7 @@ struct LengthCase {
 class RequestLength : public testing::TestWithParam<LengthCase> {};
 
 TEST_P(RequestLength, OtherThanTheCommandsGetsInvalidLength) {
-  const Enclosure enclosure = MakeEnclosure(GetParam().kind);
+  const EnclosureState enclosure = MakeEnclosure(GetParam().kind);
   for (std::size_t length = 0; length <= 6; ++length) {
     const Answer answer =
         EncodeAnswer(enclosure, {GetParam().netFn, GetParam().command, Bytes(length)});

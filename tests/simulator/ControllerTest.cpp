@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "simulator/EnclosureKind.h"
+
 namespace Tavrin::Simulator {
 namespace {
 

@@ -7,16 +7,32 @@
 #include <thread>
 
 #include "simulator/LoopbackPort.h"
+#include "support/TemporaryDirectory.h"
 #include "support/TemporaryFile.h"
-#include "tests/simulator/LauncherProcess.h"
+#include "tests/support/Child.h"
 #include "tests/support/Ipv6Test.h"
 #include "tests/support/SimulatedSmm.h"
-#include "tests/support/UnwritableOutput.h"
 
 namespace Tavrin::Simulator {
 namespace {
 
 namespace fs = std::filesystem;
+
+/// A launcher with a temporary directory of its own, so that what it leaves there shows. The
+/// directory is a base, too, because it has to be there before the process is.
+class LauncherProcess : private TemporaryDirectory, public Child {
+ public:
+  explicit LauncherProcess(const std::vector<std::string>& arguments,
+                           const std::string& path = "/usr/bin:/bin")
+      : TemporaryDirectory("launcher-test-"),
+        Child(Joined({SMM_SIMULATOR}, arguments), {"PATH=" + path, "TMPDIR=" + Directory()}) {}
+
+  const std::string& Directory() const { return Path(); }
+
+  std::ptrdiff_t FilesLeft() const {
+    return std::distance(fs::directory_iterator(Directory()), fs::directory_iterator());
+  }
+};
 
 TEST(Launcher, PrintsItsAddressInOneLineWhenReady) {
   const LauncherProcess launcher({"--generation", "1"});
@@ -39,7 +55,7 @@ TEST_F(LauncherOnIpv6, AddressStandsInBrackets) {
 TEST(Launcher, KeepsItsFilesToItsUser) {
   const LauncherProcess launcher({"--generation", "1"});
   launcher.ReadLine();
-  ASSERT_EQ(launcher.FilesLeft(), 1U);
+  ASSERT_EQ(launcher.FilesLeft(), 1);
   const fs::directory_entry directory = *fs::directory_iterator(launcher.Directory());
   EXPECT_EQ(directory.status().permissions(), fs::perms::owner_all);
   const fs::perms onlyOwner = fs::perms::owner_read | fs::perms::owner_write;
@@ -58,7 +74,7 @@ TEST_P(EndingSignal, LeavesNoProcessAndNoFile) {
   const Finished finished = launcher.Wait();
   EXPECT_EQ(finished.exitCode, 0);
   EXPECT_EQ(finished.error, "");
-  EXPECT_EQ(launcher.FilesLeft(), 0U);
+  EXPECT_EQ(launcher.FilesLeft(), 0);
   EXPECT_TRUE(EndsSoon(children[0]));
 }
 
@@ -74,7 +90,7 @@ TEST(Launcher, SignalDuringTheStartEndsItCleanly) {
   }
   launcher.Signal(SIGTERM);
   EXPECT_EQ(launcher.Wait().exitCode, 0);
-  EXPECT_EQ(launcher.FilesLeft(), 0U);
+  EXPECT_EQ(launcher.FilesLeft(), 0);
 }
 
 TEST(Launcher, KilledHardTakesItsChildWithIt) {
@@ -96,7 +112,7 @@ TEST(Launcher, DeathOfTheChildIsToldAndFails) {
   const Finished finished = launcher.Wait();
   EXPECT_EQ(finished.exitCode, 1);
   EXPECT_EQ(finished.error, "smm-simulator: ipmi_sim ended by signal 9\n");
-  EXPECT_EQ(launcher.FilesLeft(), 0U);
+  EXPECT_EQ(launcher.FilesLeft(), 0);
 }
 
 TEST(Launcher, PortOfAnotherSimulatorIsRefused) {
@@ -109,7 +125,7 @@ TEST(Launcher, PortOfAnotherSimulatorIsRefused) {
   EXPECT_EQ(finished.error, "smm-simulator: port " + port +
                                 " of 127.0.0.1 is taken; expected a free port, or 0 for any free "
                                 "one\n");
-  EXPECT_EQ(second.FilesLeft(), 0U);
+  EXPECT_EQ(second.FilesLeft(), 0);
 }
 
 TEST(Launcher, GivenFreePortIsUsed) {
@@ -125,7 +141,7 @@ TEST(Launcher, MissingIpmiSimIsNamedWithItsPackage) {
   EXPECT_EQ(finished.error,
             "smm-simulator: the program ipmi_sim is in no directory of PATH; install the Debian "
             "package openipmi\n");
-  EXPECT_EQ(launcher.FilesLeft(), 0U);
+  EXPECT_EQ(launcher.FilesLeft(), 0);
 }
 
 TEST(Launcher, IpmiSimIsNoFileThatCannotBeExecuted) {
@@ -157,7 +173,7 @@ TEST(Launcher, BadOptionGivesOneLineAndExitCode2) {
   const Finished finished = launcher.Wait();
   EXPECT_EQ(finished.exitCode, 2);
   EXPECT_EQ(finished.error, "smm-simulator: --generation is \"3\"; expected 1 or 2\n");
-  EXPECT_EQ(launcher.FilesLeft(), 0U);
+  EXPECT_EQ(launcher.FilesLeft(), 0);
 }
 
 TEST(Launcher, ComplaintCannotDriveTheTerminal) {

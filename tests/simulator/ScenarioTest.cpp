@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "simulator/EnclosureKind.h"
 #include "simulator/ScenarioValue.h"
 
 namespace Tavrin::Simulator {
@@ -199,12 +200,12 @@ std::string Changes(const std::string& members) { return R"({"enclosure": {)" + 
 
 std::string FirstsComplaint(const std::string& members) { return Complaint(Changes(members)); }
 
-Enclosure Changed(EnclosureKind kind, const std::string& members) {
+EnclosureState Changed(EnclosureKind kind, const std::string& members) {
   return ParseFor(kind, Changes(members)).enclosure;
 }
 
 TEST(EnclosureChange, TextsAndRevisionAreSet) {
-  const Enclosure enclosure =
+  const EnclosureState enclosure =
       Changed(EnclosureKind::FirstGeneration,
               R"("machineType": "ABCDEFGH", "serialNumber": "123456789012", "name": "",
                  "buildName": "BUILD6", "majorRevision": 252, "minorRevision": 255)");
@@ -217,9 +218,9 @@ TEST(EnclosureChange, TextsAndRevisionAreSet) {
 }
 
 TEST(EnclosureChange, PowerAndCapsAreSetAndTheRestStays) {
-  const Enclosure before = MakeEnclosure(EnclosureKind::SecondGeneration254);
-  const Enclosure enclosure = Changed(EnclosureKind::SecondGeneration254,
-                                      R"("power": {"min": 0, "max": 65535},
+  const EnclosureState before = MakeEnclosure(EnclosureKind::SecondGeneration254);
+  const EnclosureState enclosure = Changed(EnclosureKind::SecondGeneration254,
+                                           R"("power": {"min": 0, "max": 65535},
                  "caps": {"min": 1, "max": 2, "protective": 3, "user": 4, "thermal": 5})");
   EXPECT_EQ(enclosure.power.minimum, 0);
   EXPECT_EQ(enclosure.power.average, before.power.average);
@@ -233,7 +234,7 @@ TEST(EnclosureChange, PowerAndCapsAreSetAndTheRestStays) {
 }
 
 TEST(EnclosureChange, EveryReadingOfANodeIsSet) {
-  const Enclosure enclosure =
+  const EnclosureState enclosure =
       Changed(EnclosureKind::SecondGeneration253,
               R"("nodes": {"12": {"power": {"min": 1, "avg": 2, "max": 3}, "powerState": "0x60",
                                   "width": 4, "height": 5, "permission": 6}})");
@@ -249,7 +250,7 @@ TEST(EnclosureChange, EveryReadingOfANodeIsSet) {
 }
 
 TEST(EnclosureChange, EveryReadingOfAPsuIsSet) {
-  const Enclosure enclosure =
+  const EnclosureState enclosure =
       Changed(EnclosureKind::SecondGeneration253,
               R"("psus": {"9": {"fanA": {"speed": 1, "pat": 2}, "fanB": {"speed": 3, "pat": 4},
                                 "fanStatus": "abnormal", "version": {"major": 5, "minor": 6},
@@ -297,7 +298,7 @@ TEST(EnclosureChange, PulledPsuTakesReadingsThatStandBesideItsAbsence) {
 }
 
 TEST(EnclosureChange, NodeThatIsOffTakesNoPowerUnlessReadingsAreGiven) {
-  const Enclosure enclosure = Changed(
+  const EnclosureState enclosure = Changed(
       EnclosureKind::FirstGeneration,
       R"("nodes": {"1": {"powerState": "off"}, "2": {"power": {"avg": 8}, "powerState": "off"}})");
   EXPECT_EQ(enclosure.nodes.at(0).powerState, PowerState::kOff);
@@ -307,7 +308,7 @@ TEST(EnclosureChange, NodeThatIsOffTakesNoPowerUnlessReadingsAreGiven) {
 }
 
 TEST(EnclosureChange, NumberedElementWinsOverAll) {
-  const Enclosure enclosure =
+  const EnclosureState enclosure =
       Changed(EnclosureKind::FirstGeneration,
               R"("nodes": {"2": {"width": 2}, "all": {"width": 9, "height": 7}})");
   EXPECT_EQ(enclosure.nodes.at(0).width, 9);
@@ -326,7 +327,7 @@ struct CodeCase {
 class CodeWord : public testing::TestWithParam<CodeCase> {};
 
 TEST_P(CodeWord, StandsForItsCode) {
-  const Enclosure enclosure = Changed(EnclosureKind::FirstGeneration, GetParam().members);
+  const EnclosureState enclosure = Changed(EnclosureKind::FirstGeneration, GetParam().members);
   EXPECT_EQ(enclosure.nodes.front().powerState, GetParam().powerState);
   EXPECT_EQ(enclosure.psus.front().fanStatus, GetParam().fanStatus);
 }

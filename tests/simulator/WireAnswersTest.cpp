@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "simulator/AnswerEncoders.h"
+#include "simulator/EnclosureKind.h"
 #include "support/TemporaryFile.h"
-#include "tests/simulator/LauncherProcess.h"
 #include "tests/simulator/RawSession.h"
 #include "tests/support/Ipv6Test.h"
 #include "tests/support/SimulatedSmm.h"
@@ -62,8 +62,8 @@ struct KindCase {
 class OverTheWire : public testing::TestWithParam<KindCase> {};
 
 void ExpectEveryAnswerWhole(const KindCase& row) {
-  LauncherProcess launcher(row.arguments);
-  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
+  const SimulatedSmm smm(row.arguments);
+  RawSession session(smm.Address());
   for (const Request& request : EveryRequest()) {
     EXPECT_EQ(session.Send(request.netFn, request.command, request.data),
               Expected(row.kind, request))
@@ -81,12 +81,9 @@ TEST_F(OverIpv6, EveryAnswerArrivesWhole) {
 }
 
 TEST(PsuSelectionOverTheWire, StaysFromSessionToSession) {
-  LauncherProcess launcher({"--generation", "1"});
-  const std::string address = ReadReadyAddress(launcher);
-  EXPECT_EQ(RawSession(address, "admin", "simulated").Send(0x32, 0xF4, {0x00, 0x02}),
-            (Bytes{0x00, 0x02}));
-  EXPECT_EQ(RawSession(address, "admin", "simulated").Send(0x32, 0xF4, {0x00}),
-            (Bytes{0x00, 0x02}));
+  const SimulatedSmm smm({"--generation", "1"});
+  EXPECT_EQ(RawSession(smm.Address()).Send(0x32, 0xF4, {0x00, 0x02}), (Bytes{0x00, 0x02}));
+  EXPECT_EQ(RawSession(smm.Address()).Send(0x32, 0xF4, {0x00}), (Bytes{0x00, 0x02}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -101,11 +98,13 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& instance) { return instance.param.name; });
 
 TEST(UnknownCommand, GetsInvalidCommandAcrossTheWholeOemFunction) {
-  LauncherProcess launcher({"--generation", "1"});
-  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
+  const SimulatedSmm smm({"--generation", "1"});
+  RawSession session(smm.Address());
   EXPECT_EQ(session.Send(0x32, 0x00), Bytes{0xC1});
   EXPECT_EQ(session.Send(0x32, 0xFF, {0x01, 0x02}), Bytes{0xC1});
 }
+
+const std::vector<std::string> kPath = {"PATH=/usr/bin:/bin"};
 
 TEST(Credentials, LongestNameAndPasswordOfAnyBytesAreAccepted) {
   const std::string user = "user \"$'\\#\t\x01 \xC3\xA4z";
@@ -113,51 +112,49 @@ TEST(Credentials, LongestNameAndPasswordOfAnyBytesAreAccepted) {
   ASSERT_EQ(user.size(), 16U);
   ASSERT_EQ(password.size(), 20U);
   const TemporaryFile file(password + "\n");
-  LauncherProcess launcher({"--generation", "1", "--user", user, "--password-file", file.Path()});
+  Child launcher(
+      {SMM_SIMULATOR, "--generation", "1", "--user", user, "--password-file", file.Path()}, kPath);
   RawSession session(ReadReadyAddress(launcher), user, password);
   EXPECT_EQ(session.Send(0x32, 0x01), Bytes{0xC1});
 }
 
+TEST(Credentials, DefaultOnesAreAccepted) {
+  Child launcher({SMM_SIMULATOR, "--generation", "1"}, kPath);
+  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
+  EXPECT_EQ(session.Send(0x32, 0x01), Bytes{0xC1});
+}
+
 TEST(Credentials, WrongOnesAreRefused) {
-  LauncherProcess launcher({"--generation", "1"});
-  const std::string address = ReadReadyAddress(launcher);
-  EXPECT_THROW(RawSession(address, "admin", "simulate"), std::runtime_error);
-  EXPECT_THROW(RawSession(address, "unset", "unset"), std::runtime_error);
+  const SimulatedSmm smm({"--generation", "1"});
+  EXPECT_THROW(RawSession(smm.Address(), "admin", "sesam"), std::runtime_error);
+  EXPECT_THROW(RawSession(smm.Address(), "unset", "unset"), std::runtime_error);
 }
 
 TEST(Sessions, OneUserCanHold63AtOnce) {
-  LauncherProcess launcher({"--generation", "1"});
-  const std::string address = ReadReadyAddress(launcher);
+  const SimulatedSmm smm({"--generation", "1"});
   // The first rests until the last is open, which takes seconds on a busy machine.
   constexpr std::chrono::seconds kTimeout{20};
   std::vector<std::unique_ptr<RawSession>> sessions;
   for (int count = 0; count < 63; ++count) {
-    sessions.push_back(std::make_unique<RawSession>(address, "admin", "simulated", 3, kTimeout));
+    sessions.push_back(std::make_unique<RawSession>(smm.Address(), "admin", "sesame", kTimeout));
   }
   EXPECT_EQ(sessions.front()->Send(0x32, 0x01), Bytes{0xC1});
   EXPECT_EQ(sessions.back()->Send(0x32, 0x01), Bytes{0xC1});
 }
 
-/// A launcher with a scenario of the entries.
-class Faulty {
+/// One of the first generation, with a scenario of the entries.
+class Faulty : public SimulatedSmm {
  public:
   explicit Faulty(const std::string& entries)
-      : file_(R"({"overrides": [)" + entries + "]}"),
-        launcher_({"--generation", "1", "--scenario", file_.Path()}),
-        address_(ReadReadyAddress(launcher_)) {}
+      : SimulatedSmm({"--generation", "1"}, R"({"overrides": [)" + entries + "]}") {}
 
-  RawSession Connect() const { return {address_, "admin", "simulated"}; }
-
- private:
-  TemporaryFile file_;
-  LauncherProcess launcher_;
-  std::string address_;
+  RawSession Connect() const { return RawSession(Address()); }
 };
 
 TEST(ScenarioOverTheWire, ChangedEnclosureAnswersChanged) {
-  const TemporaryFile file(R"({"enclosure": {"nodes": {"1": {"powerState": "off"}}}})");
-  LauncherProcess launcher({"--generation", "1", "--scenario", file.Path()});
-  RawSession session(ReadReadyAddress(launcher), "admin", "simulated");
+  const SimulatedSmm smm({"--generation", "1"},
+                         R"({"enclosure": {"nodes": {"1": {"powerState": "off"}}}})");
+  RawSession session(smm.Address());
   EXPECT_EQ(session.Send(0x32, 0xA7, {0x01}), (Bytes{0x00, 0x00, 0x01, 0x02, 0x11}));
 }
 

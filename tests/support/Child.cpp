@@ -1,101 +1,39 @@
 #include "tests/support/Child.h"
 
-#include <poll.h>
 #include <unistd.h>
 
 #include <array>
 #include <chrono>
-#include <csignal>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
-#include <utility>
 
 namespace Tavrin {
 namespace {
 
-constexpr int kSilence = 60'000;  // Milliseconds.
-
-/// Appends what the descriptor has; false at its end.
-bool Take(int descriptor, std::string& text) {
+std::string ReadToEnd(int descriptor) {
+  std::string text;
   std::array<char, 4096> buffer{};
-  const ssize_t count = read(descriptor, buffer.data(), buffer.size());
-  text.append(buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
-  return count > 0;
-}
-
-Program WithPipes(Program program, const Pipe& in, const Pipe& out, const Pipe& err) {
-  program.input = in.read.Get();
-  program.output = out.write.Get();
-  program.error = err.write.Get();
-  return program;
-}
-
-Program WithoutPipes(const std::vector<std::string>& arguments,
-                     const std::vector<std::string>& environment, const std::string& terminal) {
-  Program program;
-  program.arguments = arguments;
-  program.environment = environment;
-  program.terminal = terminal;
-  return program;
+  for (ssize_t count = 0; (count = read(descriptor, buffer.data(), buffer.size())) > 0;) {
+    text.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  return text;
 }
 
 }  // namespace
 
-Child::Child(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
-             const std::string& input, const std::string& terminal)
-    : Child(WithoutPipes(arguments, environment, terminal), input, MakePipe(), MakePipe(),
-            MakePipe()) {}
-
-/// What the process does not read of its input is still taken: this end of the pipe stays open.
-Child::Child(Program program, const std::string& input, Pipe in, Pipe out, Pipe err)
-    : output_(std::move(out.read)),
-      error_(std::move(err.read)),
-      process_(WithPipes(std::move(program), in, out, err)) {
-  if (write(in.write.Get(), input.data(), input.size()) != static_cast<ssize_t>(input.size())) {
-    throw std::runtime_error("the input cannot be written");
-  }
-}
-
-std::string Child::ReadLine() const {
-  std::string line;
-  char byte = 0;
-  while (read(output_.Get(), &byte, 1) == 1 && byte != '\n') {
-    line += byte;
-  }
-  return line;
-}
-
-std::vector<pid_t> Child::Children() const { return ChildrenOf(Process()); }
-
-Finished Child::Wait() {
-  Finished finished;
-  std::array<pollfd, 2> sources = {{{output_.Get(), POLLIN, 0}, {error_.Get(), POLLIN, 0}}};
-  std::array<std::string*, 2> texts = {&finished.output, &finished.error};
-  while (sources[0].fd >= 0 || sources[1].fd >= 0) {
-    if (poll(sources.data(), sources.size(), kSilence) == 0) {
-      process_.Signal(SIGKILL);
-      break;
-    }
-    for (std::size_t i = 0; i < sources.size(); ++i) {
-      if (sources[i].fd >= 0 && sources[i].revents != 0 && !Take(sources[i].fd, *texts[i])) {
-        sources[i].fd = -1;
-      }
-    }
-  }
-  const ProcessEnd end = process_.Wait();
-  finished.exitCode = end.exitCode;
-  finished.signal = end.signal;
-  return finished;
+std::vector<std::string> Joined(std::vector<std::string> first,
+                                const std::vector<std::string>& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
 }
 
 std::vector<std::string> AsScript(const std::string& script, const std::vector<std::string>& call,
                                   const std::string& shellOption) {
-  std::vector<std::string> whole = {"/bin/sh", shellOption, script};
-  whole.insert(whole.end(), call.begin(), call.end());
-  return whole;
+  return Joined({"/bin/sh", shellOption, script}, call);
 }
 
 std::string ReadProcessFile(pid_t process, const std::string& name) {
@@ -125,6 +63,51 @@ bool EndsSoon(pid_t process) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   return HasEnded(process);
+}
+
+/// What the process does not read of its input is still taken: this end of the pipe stays open.
+Child::Child(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
+             const std::string& input, const std::string& terminal)
+    : process_({arguments, environment, ".", input_.read.Get(), output_.write.Get(),
+                error_.write.Get(), terminal, true}) {
+  if (write(input_.write.Get(), input.data(), input.size()) != static_cast<ssize_t>(input.size())) {
+    throw std::runtime_error("the input cannot be written");
+  }
+  input_.read.Close();
+  input_.write.Close();
+  output_.write.Close();
+  error_.write.Close();
+}
+
+std::string Child::ReadLine() const {
+  std::string line;
+  char byte = 0;
+  while (read(output_.read.Get(), &byte, 1) == 1 && byte != '\n') {
+    line += byte;
+  }
+  return line;
+}
+
+Finished Child::Wait() {
+  std::future<std::string> error = std::async(std::launch::async, ReadToEnd, error_.read.Get());
+  Finished finished;
+  finished.output = ReadToEnd(output_.read.Get());
+  finished.error = error.get();
+  static_cast<ProcessEnd&>(finished) = process_.Wait();
+  return finished;
+}
+
+std::vector<std::string> ComplaintsAboutUnwritableOutput(
+    const std::vector<std::string>& call, const std::vector<std::string>& environment) {
+  std::vector<std::string> complaints;
+  for (const std::string script : {
+           R"("$0" "$@" >/dev/full; echo "code $?" >&2)",
+           R"("$0" "$@" >&-; echo "code $?" >&2)",
+           R"((trap '' PIPE; while echo 2>&-; do :; done; "$0" "$@"; echo "code $?" >&2) | :)",
+       }) {
+    complaints.push_back(Child(AsScript(script, call), environment).Wait().error);
+  }
+  return complaints;
 }
 
 }  // namespace Tavrin

@@ -6,48 +6,13 @@
 #include <vector>
 
 #include "support/ChildProcess.h"
-#include "support/FileDescriptor.h"
 #include "support/Pipe.h"
 
 namespace Tavrin {
 
-/// What a finished process left.
-struct Finished {
-  int exitCode = -1;  ///< -1 when a signal ended it.
-  int signal = 0;     ///< The signal that ended it, or 0.
-  std::string output;
-  std::string error;
-};
-
-/// A child process whose input is given and whose output is taken. It is ended when the object is.
-class Child {
- public:
-  /// `environment` holds NAME=value texts and stands alone: nothing is inherited. With a terminal,
-  /// standard input and error are that device; otherwise `input` is all that standard input holds.
-  Child(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
-        const std::string& input = {}, const std::string& terminal = {});
-
-  pid_t Process() const { return process_.Id(); }
-
-  /// The process ids of its own children.
-  std::vector<pid_t> Children() const;
-
-  /// The next line of standard output, without its end; empty at the end of output.
-  std::string ReadLine() const;
-
-  void Signal(int number) const { process_.Signal(number); }
-
-  /// Takes all output until the process ends. One that says nothing for a minute is killed, so that
-  /// it fails its test instead of holding up all of them.
-  Finished Wait();
-
- private:
-  Child(Program program, const std::string& input, Pipe in, Pipe out, Pipe err);
-
-  FileDescriptor output_;
-  FileDescriptor error_;
-  ChildProcess process_;
-};
+/// One list behind the other, as a command line is made of parts.
+std::vector<std::string> Joined(std::vector<std::string> first,
+                                const std::vector<std::string>& second);
 
 /// A call of /bin/sh that runs the script, in which "$0" "$@" stands for `call`.
 std::vector<std::string> AsScript(const std::string& script, const std::vector<std::string>& call,
@@ -64,5 +29,46 @@ bool HasEnded(pid_t process);
 
 /// Whether the process ends within ten seconds.
 bool EndsSoon(pid_t process);
+
+/// How a process ended, and what it printed.
+struct Finished : ProcessEnd {
+  std::string output;
+  std::string error;
+};
+
+/// A child process whose input is given and whose output is taken. It is ended when the object is,
+/// and killed with the thread that started it.
+class Child {
+ public:
+  /// `environment` holds NAME=value texts and stands alone: nothing is inherited. With a terminal,
+  /// standard input and error are that device; otherwise `input` is all that standard input holds.
+  Child(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
+        const std::string& input = {}, const std::string& terminal = {});
+
+  pid_t Process() const { return process_.Id(); }
+
+  /// The process ids of its own children.
+  std::vector<pid_t> Children() const { return ChildrenOf(Process()); }
+
+  /// The next line of standard output, without its end; empty at the end of output.
+  std::string ReadLine() const;
+
+  void Signal(int number) const { process_.Signal(number); }
+
+  /// Takes all output until the process ends.
+  Finished Wait();
+
+ private:
+  Pipe input_ = MakePipe();
+  Pipe output_ = MakePipe();
+  Pipe error_ = MakePipe();
+  ChildProcess process_;
+};
+
+/// What the call says on standard error, and behind it "code N" for its exit code, for each kind of
+/// standard output that takes nothing: a full disk, none at all, and a pipe that nobody reads any
+/// more, where the signal for that is ignored.
+std::vector<std::string> ComplaintsAboutUnwritableOutput(
+    const std::vector<std::string>& call, const std::vector<std::string>& environment = {});
 
 }  // namespace Tavrin

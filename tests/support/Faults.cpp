@@ -1,5 +1,7 @@
 #include "tests/support/Faults.h"
 
+#include <algorithm>
+#include <map>
 #include <numeric>
 #include <optional>
 #include <random>
@@ -9,60 +11,47 @@ namespace Tavrin {
 namespace {
 
 using std::chrono::milliseconds;
-using Departures = std::vector<Departure>;
 using Bytes = std::vector<std::uint8_t>;
 
-/// Random numbers of one fault.
-class Chance {
- public:
-  explicit Chance(std::uint32_t seed) : engine_(seed) {}
+/// Whether a datagram is meant. Asked of each once, so that it may count them.
+using Which = std::function<bool(const Datagram&)>;
 
-  std::size_t Below(std::size_t limit) { return engine_() % limit; }
-  bool Hits(unsigned int percent) { return Below(100) < percent; }
+/// The fault for what is meant; sound for all else.
+Fault For(Which which, Fault fault) {
+  return [which = std::move(which), fault = std::move(fault)](const Datagram& datagram) {
+    return which(datagram) ? fault(datagram) : Departures{{datagram}};
+  };
+}
 
-  Bytes SomeBytes() {
-    Bytes bytes(Below(300));
-    for (std::uint8_t& byte : bytes) {
-      byte = static_cast<std::uint8_t>(Below(256));
-    }
-    return bytes;
-  }
+Which Chance(std::uint32_t seed, unsigned int percent) {
+  return [engine = std::mt19937(seed), percent](const Datagram& /*datagram*/) mutable {
+    return engine() % 100 < percent;
+  };
+}
 
- private:
-  std::mt19937 engine_;
-};
+Bytes RandomBytes(std::mt19937& engine) {
+  Bytes bytes(engine() % 300);
+  std::generate(bytes.begin(), bytes.end(),
+                [&engine] { return static_cast<std::uint8_t>(engine()); });
+  return bytes;
+}
 
 bool IsAnswer(const Datagram& datagram) { return datagram.direction == Direction::ToClient; }
 
-constexpr std::size_t kAuthenticationTypeAt = 4;
-constexpr std::size_t kPayloadTypeAt = 5;
-constexpr std::uint8_t kRmcpPlus = 0x06;
-constexpr std::uint8_t kEncrypted = 0x80;
-constexpr std::uint8_t kProtection = 0xC0;
-
-/// The payload type, with the bits that tell how it is protected; 0xFF in a packet of IPMI 1.5.
-std::uint8_t PayloadType(const Datagram& datagram) {
-  const Bytes& bytes = datagram.bytes;
-  return bytes.size() > kPayloadTypeAt && bytes[kAuthenticationTypeAt] == kRmcpPlus
-             ? bytes[kPayloadTypeAt]
-             : 0xFF;
-}
-
-bool IsSessionAnswer(const Datagram& datagram) {
-  return IsAnswer(datagram) && (PayloadType(datagram) & ~kProtection) == 0;
-}
-
-bool IsOpeningAnswer(const Datagram& datagram, OpeningAnswer answer) {
-  const std::uint8_t type = PayloadType(datagram);
+bool Is(const Datagram& datagram, Answer answer) {
+  constexpr int kProtection = 0xC0;
+  constexpr std::size_t kCommandAt = 21;
+  constexpr std::uint8_t kSetSessionPrivilegeLevel = 0x3B;
+  const int type = PayloadType(datagram);
   switch (answer) {
-    case OpeningAnswer::Capabilities:
-      return IsAnswer(datagram) && type == 0xFF;
-    case OpeningAnswer::OpenSession:
-      return IsAnswer(datagram) && type == 0x11;
-    case OpeningAnswer::Rakp2:
-      return IsAnswer(datagram) && type == 0x13;
+    case Answer::Any:
+      return true;
+    case Answer::WithinSession:
+      return (type & ~kProtection) == 0;
+    case Answer::Privilege:
+      return type == 0 && datagram.bytes.at(kCommandAt) == kSetSessionPrivilegeLevel;
     default:
-      return IsAnswer(datagram) && type == 0x15;
+      return type == static_cast<int>(answer);
   }
 }
 
@@ -78,28 +67,6 @@ void CorrectChecksums(Bytes& bytes, std::ptrdiff_t messageAt) {
   bytes.back() = Checksum(first + 1, bytes.end() - 1);
 }
 
-// Where things are in an answer of a session that nothing protects.
-constexpr std::ptrdiff_t kMessageAt = 16;
-constexpr std::size_t kNetworkFunctionAt = 17;
-constexpr std::size_t kCommandAt = 21;
-constexpr std::size_t kCompletionCodeAt = 22;
-constexpr std::uint8_t kSetSessionPrivilegeLevel = 0x3B;
-
-/// Answers of the session with some bits of one byte turned over.
-Fault Flipped(std::size_t at, std::uint8_t bits) {
-  return [at, bits](Datagram datagram) {
-    if (IsSessionAnswer(datagram)) {
-      datagram.bytes.at(at) ^= bits;
-      CorrectChecksums(datagram.bytes, kMessageAt);
-    }
-    return Departures{{std::move(datagram)}};
-  };
-}
-
-bool IsPrivilegeAnswer(const Datagram& datagram) {
-  return IsSessionAnswer(datagram) && datagram.bytes.at(kCommandAt) == kSetSessionPrivilegeLevel;
-}
-
 }  // namespace
 
 Fault Silence() {
@@ -107,68 +74,40 @@ Fault Silence() {
 }
 
 Fault Loss(std::uint32_t seed, unsigned int percent) {
-  return [chance = Chance(seed), percent](const Datagram& datagram) mutable {
-    return chance.Hits(percent) ? Departures{} : Departures{{datagram}};
-  };
+  return For(Chance(seed, percent), Silence());
 }
 
 Fault Duplicated() {
   return [](const Datagram& datagram) { return Departures{{datagram}, {datagram}}; };
 }
 
-Fault DuplicatedAnswers() {
-  return [](const Datagram& datagram) {
-    return IsAnswer(datagram) ? Departures{{datagram}, {datagram}} : Departures{{datagram}};
-  };
-}
-
 Fault Reordered() {
-  struct Held {
-    std::optional<Datagram> toController;
-    std::optional<Datagram> toClient;
-  };
-  return [held = Held()](const Datagram& datagram) mutable {
-    std::optional<Datagram>& mine = IsAnswer(datagram) ? held.toClient : held.toController;
-    if (!mine) {
-      mine = datagram;
+  return [held = std::map<Direction, Datagram>()](const Datagram& datagram) mutable {
+    if (held.emplace(datagram.direction, datagram).second) {
       return Departures{};
     }
-    return Departures{{datagram}, {*std::exchange(mine, std::nullopt)}};
+    return Departures{{datagram}, {held.extract(datagram.direction).mapped()}};
   };
 }
 
 Fault Delayed(milliseconds delay) {
-  return [delay](const Datagram& datagram) {
-    return Departures{{datagram, IsAnswer(datagram) ? delay : milliseconds(0)}};
-  };
+  return At(Answer::Any, [delay](const Datagram& datagram) {
+    return Departures{{datagram, delay}};
+  });
 }
 
 Fault Truncated(std::uint32_t seed, unsigned int percent) {
-  return [chance = Chance(seed), percent](Datagram datagram) mutable {
-    if (IsAnswer(datagram) && chance.Hits(percent)) {
-      datagram.bytes.resize(chance.Below(datagram.bytes.size()));
-    }
+  const Fault cut = [engine = std::mt19937(seed)](Datagram datagram) mutable {
+    datagram.bytes.resize(engine() % datagram.bytes.size());
     return Departures{{std::move(datagram)}};
   };
+  return At(Answer::Any, For(Chance(seed, percent), cut));
 }
 
 Fault Garbage(std::uint32_t seed) {
-  return [chance = Chance(seed)](Datagram datagram) mutable {
-    if (IsAnswer(datagram)) {
-      datagram.bytes = chance.SomeBytes();
-    }
-    return Departures{{std::move(datagram)}};
-  };
-}
-
-Fault GarbageFlood(std::uint32_t seed) {
-  return [chance = Chance(seed)](const Datagram& datagram) mutable {
-    Departures departures;
-    for (int after = 0; !IsAnswer(datagram) && after < 2000; after += 5) {
-      departures.push_back({{Direction::ToClient, chance.SomeBytes()}, milliseconds(after)});
-    }
-    return departures;
-  };
+  return At(Answer::Any, [engine = std::mt19937(seed)](const Datagram& /*datagram*/) mutable {
+    return Departures{{{Direction::ToClient, RandomBytes(engine)}}};
+  });
 }
 
 Fault AnswerToTheRequestBefore(unsigned int count) {
@@ -182,81 +121,45 @@ Fault AnswerToTheRequestBefore(unsigned int count) {
   };
 }
 
-Fault Changed(OpeningAnswer answer, const Change& change) {
-  constexpr std::ptrdiff_t kIpmi15MessageAt = 14;
-  return [answer, change](Datagram datagram) {
-    if (!IsOpeningAnswer(datagram, answer)) {
-      return Departures{{std::move(datagram)}};
-    }
+Fault Changed(Answer answer, const Change& change) {
+  return At(answer, [change](Datagram datagram) {
+    constexpr std::ptrdiff_t kMessageAt = 16;
+    constexpr std::ptrdiff_t kIpmi15MessageAt = 14;
+    const std::uint8_t type = PayloadType(datagram);
     change(datagram.bytes);
-    if (answer == OpeningAnswer::Capabilities && !datagram.bytes.empty()) {
-      CorrectChecksums(datagram.bytes, kIpmi15MessageAt);
-    }
-    return datagram.bytes.empty() ? Departures{} : Departures{{std::move(datagram)}};
-  };
-}
-
-Fault Delayed(OpeningAnswer answer, milliseconds delay) {
-  return [answer, delay](const Datagram& datagram) {
-    return Departures{{datagram, IsOpeningAnswer(datagram, answer) ? delay : milliseconds(0)}};
-  };
-}
-
-Fault RefusedPrivilege(std::uint8_t completionCode) {
-  return [completionCode](Datagram datagram) {
-    if (IsPrivilegeAnswer(datagram)) {
-      datagram.bytes.at(kCompletionCodeAt) = completionCode;
-      CorrectChecksums(datagram.bytes, kMessageAt);
+    if (type == 0x00 || type == 0xFF) {
+      CorrectChecksums(datagram.bytes, type == 0x00 ? kMessageAt : kIpmi15MessageAt);
     }
     return Departures{{std::move(datagram)}};
-  };
+  });
 }
 
-Fault SilentPrivilege() {
-  return [](const Datagram& datagram) {
-    return IsPrivilegeAnswer(datagram) ? Departures{} : Departures{{datagram}};
-  };
+Fault At(Answer answer, Fault fault) {
+  return For(
+      [answer](const Datagram& datagram) { return IsAnswer(datagram) && Is(datagram, answer); },
+      std::move(fault));
 }
-
-Fault Unencrypted(unsigned int count) {
-  return [left = count](Datagram datagram) mutable {
-    if (left > 0 && IsSessionAnswer(datagram)) {
-      --left;
-      datagram.bytes[kPayloadTypeAt] &= static_cast<std::uint8_t>(~kEncrypted);
-    }
-    return Departures{{std::move(datagram)}};
-  };
-}
-
-Fault OtherCommand() { return Flipped(kCommandAt, 0x01); }
-
-Fault OtherNetworkFunction() { return Flipped(kNetworkFunctionAt, 0x08); }
 
 Fault After(unsigned int count, Fault fault) {
-  return [left = count, fault = std::move(fault)](const Datagram& datagram) mutable {
-    if (left > 0) {
-      --left;
-      return Departures{{datagram}};
-    }
-    return fault(datagram);
-  };
+  return For([seen = 0U, count](const Datagram& /*datagram*/) mutable { return seen++ >= count; },
+             std::move(fault));
 }
 
 Fault Only(unsigned int number, Fault fault) {
-  return [left = number, fault = std::move(fault)](const Datagram& datagram) mutable {
-    return left > 0 && --left == 0 ? fault(datagram) : Departures{{datagram}};
-  };
+  return For([seen = 0U, number](const Datagram& /*datagram*/) mutable { return ++seen == number; },
+             std::move(fault));
 }
 
 Fault SilenceAfter(unsigned int requests, std::function<void()> action) {
-  return [left = requests, isSilent = false,
-          action = std::move(action)](const Datagram& datagram) mutable {
+  const Which isBehind = [left = requests, isSilent = false,
+                          action = std::move(action)](const Datagram& datagram) mutable {
     if (!IsAnswer(datagram) && !isSilent && left-- == 0) {
       isSilent = true;
       action();
     }
-    return isSilent ? Departures{} : Departures{{datagram}};
+    return isSilent;
   };
+  return For(isBehind, Silence());
 }
 
 }  // namespace Tavrin

@@ -18,9 +18,8 @@ Fault Silence();
 /// So many of a hundred datagrams are lost, in both directions.
 Fault Loss(std::uint32_t seed, unsigned int percent);
 
-/// Every datagram arrives twice, or every answer alone.
+/// Every datagram arrives twice.
 Fault Duplicated();
-Fault DuplicatedAnswers();
 
 /// In each direction, every other datagram is overtaken by its successor.
 Fault Reordered();
@@ -34,37 +33,28 @@ Fault Truncated(std::uint32_t seed, unsigned int percent);
 /// Random bytes instead of each answer.
 Fault Garbage(std::uint32_t seed);
 
-/// Empty and random datagrams come every 5 ms for two seconds after each request, and no
-/// answer does.
-Fault GarbageFlood(std::uint32_t seed);
-
 /// Sound for the first `count` datagrams; then, instead of each answer, the one before it.
 Fault AnswerToTheRequestBefore(unsigned int count);
 
-/// The answers with which a controller opens a session, none of them protected.
-enum class OpeningAnswer { Capabilities, OpenSession, Rakp2, Rakp4 };
+/// What a controller answers: any of it, what it opens a session with, and all that it says within
+/// one. Privilege is the answer that sets the privilege level, and can be told with cipher suite 0
+/// alone, which protects nothing.
+enum class Answer {
+  OpenSession = 0x11,
+  Rakp2 = 0x13,
+  Rakp4 = 0x15,
+  Capabilities = 0xFF,
+  Any,
+  Privilege,
+  WithinSession
+};
 
-/// Every such answer is changed, or lost where the change empties it; checksums are corrected.
+/// The fault for every such answer; sound for all else.
+Fault At(Answer answer, Fault fault);
+
+/// Every such answer is changed. The checksums of a message that nothing protects are corrected.
 using Change = std::function<void(std::vector<std::uint8_t>&)>;
-Fault Changed(OpeningAnswer answer, const Change& change);
-
-/// Every such answer comes so much later.
-Fault Delayed(OpeningAnswer answer, std::chrono::milliseconds delay);
-
-// The next four are only for cipher suite 0, which protects nothing; checksums are corrected.
-
-/// The controller refuses the privilege level with this completion code, once the session is open,
-/// or does not answer.
-Fault RefusedPrivilege(std::uint8_t completionCode);
-Fault SilentPrivilege();
-
-/// Every answer within the session names another command than its request, or belongs to another
-/// network function.
-Fault OtherCommand();
-Fault OtherNetworkFunction();
-
-/// The first `count` answers within a session say that they are not encrypted.
-Fault Unencrypted(unsigned int count);
+Fault Changed(Answer answer, const Change& change);
 
 /// Sound for the first `count` datagrams, then the fault.
 Fault After(unsigned int count, Fault fault);

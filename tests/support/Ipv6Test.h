@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include <system_error>
+
+#include "tests/support/UdpPort.h"
 
 namespace Tavrin {
-
-/// Why no socket can be bound to ::1, or nothing when one can.
-std::string Ipv6LoopbackObstacle();
 
 /// A fixture for tests that need ::1. Containers often have IPv6 switched off; there the tests are
 /// reported as skipped.
@@ -16,9 +15,10 @@ class Ipv6Test : public Fixture {
  protected:
   void SetUp() override {
     Fixture::SetUp();
-    const std::string obstacle = Ipv6LoopbackObstacle();
-    if (!obstacle.empty()) {
-      GTEST_SKIP() << obstacle;
+    try {
+      const UdpPort trial("::1");
+    } catch (const std::system_error& obstacle) {
+      GTEST_SKIP() << obstacle.what();
     }
   }
 };

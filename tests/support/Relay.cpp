@@ -7,18 +7,14 @@
 
 #include <algorithm>
 #include <array>
-#include <stdexcept>
+#include <optional>
 #include <utility>
 
 namespace Tavrin {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-/// A client keeps its socket no longer than one conversation, so that the older ones can go.
-constexpr std::size_t kClientCapacity = 32;
-constexpr int kLongestWaitMs = 20;
-constexpr std::size_t kDatagramCapacity = 2048;
+using std::chrono::milliseconds;
 
 sockaddr_in Loopback(std::uint16_t port) {
   sockaddr_in address{};
@@ -28,40 +24,32 @@ sockaddr_in Loopback(std::uint16_t port) {
   return address;
 }
 
-FileDescriptor BoundSocket() {
-  FileDescriptor descriptor(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  const sockaddr_in any = Loopback(0);
-  if (bind(descriptor.Get(), reinterpret_cast<const sockaddr*>(&any), sizeof any) != 0) {
-    throw std::runtime_error("the relay gets no socket");
-  }
-  return descriptor;
-}
-
-std::uint16_t PortOf(int descriptor) {
-  sockaddr_in address{};
-  socklen_t length = sizeof address;
-  getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length);
-  return ntohs(address.sin_port);
+/// The number that a client gave the session that it asks for in an Open Session request; each
+/// attempt has its own.
+std::optional<std::vector<std::uint8_t>> SessionAskedForIn(const Datagram& datagram) {
+  constexpr std::uint8_t kOpenSessionRequest = 0x10;
+  constexpr std::ptrdiff_t kNumberAt = 20;
+  constexpr std::ptrdiff_t kNumberEnd = 24;
+  const auto begin = datagram.bytes.begin();
+  const bool asks = PayloadType(datagram) == kOpenSessionRequest &&
+                    datagram.bytes.size() >= std::size_t{kNumberEnd};
+  return asks ? std::optional(std::vector(begin + kNumberAt, begin + kNumberEnd)) : std::nullopt;
 }
 
 }  // namespace
 
-struct Relay::Client {
-  std::uint16_t port;
-  FileDescriptor towardsController;
-};
-
-struct Relay::Queued {
-  Clock::time_point due;
-  std::shared_ptr<Client> client;
-  Datagram datagram;
-};
+std::uint8_t PayloadType(const Datagram& datagram) {
+  constexpr std::size_t kAuthenticationTypeAt = 4;
+  constexpr std::size_t kPayloadTypeAt = 5;
+  constexpr std::uint8_t kRmcpPlus = 0x06;
+  const std::vector<std::uint8_t>& bytes = datagram.bytes;
+  return bytes.size() > kPayloadTypeAt && bytes[kAuthenticationTypeAt] == kRmcpPlus
+             ? bytes[kPayloadTypeAt]
+             : 0xFF;
+}
 
 Relay::Relay(std::uint16_t controllerPort)
-    : controllerPort_(controllerPort),
-      front_(BoundSocket()),
-      port_(PortOf(front_.Get())),
-      thread_([this] { Run(); }) {}
+    : controllerPort_(controllerPort), thread_([this] { Run(); }) {}
 
 Relay::~Relay() {
   ends_ = true;
@@ -74,126 +62,77 @@ void Relay::Break(Fault fault) {
   queue_.clear();
 }
 
-std::size_t Relay::SessionsAskedFor() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return sessionCount_;
-}
-
 void Relay::Run() {
+  std::vector<pollfd> sources = {{front_.Descriptor(), POLLIN, 0}};
+  for (const Client& client : clients_) {
+    sources.push_back({client.towardsController.Descriptor(), POLLIN, 0});
+  }
   while (!ends_) {
-    std::vector<pollfd> sources = {{front_.Get(), POLLIN, 0}};
-    std::vector<std::shared_ptr<Client>> owners = {nullptr};
-    for (const std::shared_ptr<Client>& client : clients_) {
-      sources.push_back({client->towardsController.Get(), POLLIN, 0});
-      owners.push_back(client);
+    poll(sources.data(), sources.size(), SendDue());
+    if (sources.front().revents != 0) {
+      Take(front_, nullptr);
     }
-    poll(sources.data(), sources.size(), MillisecondsToNext());
-    for (std::size_t i = 0; i < sources.size(); ++i) {
-      if (sources[i].revents != 0) {
-        TakeFrom(sources[i].fd, owners[i]);
+    for (std::size_t i = 0; i < clients_.size(); ++i) {
+      if (sources[i + 1].revents != 0) {
+        Take(clients_.at(i).towardsController, &clients_.at(i));
       }
     }
-    SendDue();
   }
 }
 
-/// Takes one datagram from a client (`client` is null) or from the controller.
-void Relay::TakeFrom(int descriptor, const std::shared_ptr<Client>& client) {
-  std::array<std::uint8_t, kDatagramCapacity> buffer{};
+/// Takes one datagram from the controller to the client, or from a client that is yet to be found.
+void Relay::Take(const UdpPort& source, Client* client) {
+  std::array<std::uint8_t, 2048> buffer{};
   sockaddr_in from{};
   socklen_t length = sizeof from;
-  const ssize_t count = recvfrom(descriptor, buffer.data(), buffer.size(), 0,
+  const ssize_t count = recvfrom(source.Descriptor(), buffer.data(), buffer.size(), MSG_DONTWAIT,
                                  reinterpret_cast<sockaddr*>(&from), &length);
-  if (count < 0) {
-    return;
+  if (count >= 0) {
+    Pass({client == nullptr ? Direction::ToController : Direction::ToClient,
+          {buffer.begin(), buffer.begin() + count}},
+         client == nullptr ? ClientAt(ntohs(from.sin_port)) : *client);
   }
-  const Direction direction = client ? Direction::ToClient : Direction::ToController;
-  Pass(client ? client : ClientAt(ntohs(from.sin_port)),
-       {direction, {buffer.begin(), buffer.begin() + count}});
 }
 
-std::shared_ptr<Relay::Client> Relay::ClientAt(std::uint16_t port) {
-  const auto known = std::find_if(clients_.begin(), clients_.end(),
-                                  [port](const auto& client) { return client->port == port; });
-  if (known != clients_.end()) {
-    return *known;
+Relay::Client& Relay::ClientAt(std::uint16_t port) {
+  auto client = std::find_if(clients_.begin(), clients_.end(),
+                             [port](const Client& one) { return one.port == port; });
+  if (client == clients_.end()) {
+    client = clients_.begin() + static_cast<std::ptrdiff_t>(clientCount_++ % clients_.size());
+    client->port = port;
   }
-  clients_.push_back(std::make_shared<Client>(Client{port, BoundSocket()}));
-  if (clients_.size() > kClientCapacity) {
-    clients_.pop_front();
-  }
-  clientCount_ = clients_.size();
-  return clients_.back();
+  return *client;
 }
 
-void Relay::Pass(const std::shared_ptr<Client>& client, const Datagram& datagram) {
+void Relay::Pass(const Datagram& datagram, Client& client) {
+  if (const auto number = SessionAskedForIn(datagram)) {
+    sessionCount_ += std::exchange(client.session, *number) == *number ? 0 : 1;
+  }
   const std::lock_guard<std::mutex> lock(mutex_);
-  CountSession(datagram);
-  const auto departures = fault_ ? fault_(datagram) : std::vector<Departure>{{datagram}};
-  for (const Departure& departure : departures) {
-    queue_.push_back({Clock::now() + departure.delay, client, departure.datagram});
+  for (Departure& departure : fault_ ? fault_(datagram) : Departures{{datagram}}) {
+    const bool toClient = departure.datagram.direction == Direction::ToClient;
+    queue_.emplace(
+        Clock::now() + departure.delay,
+        Queued{toClient ? &front_ : &client.towardsController,
+               toClient ? client.port : std::uint16_t{0}, std::move(departure.datagram.bytes)});
   }
 }
 
-/// An Open Session request carries the number that the client gave the session; each attempt has
-/// its own.
-void Relay::CountSession(const Datagram& datagram) {
-  constexpr std::size_t kAuthenticationTypeAt = 4;
-  constexpr std::uint8_t kRmcpPlus = 0x06;
-  constexpr std::size_t kPayloadTypeAt = 5;
-  constexpr std::uint8_t kOpenSessionRequest = 0x10;
-  constexpr std::size_t kSessionNumberAt = 20;
-  const std::vector<std::uint8_t>& bytes = datagram.bytes;
-  if (datagram.direction == Direction::ToController && bytes.size() >= kSessionNumberAt + 4 &&
-      bytes[kAuthenticationTypeAt] == kRmcpPlus && bytes[kPayloadTypeAt] == kOpenSessionRequest) {
-    std::uint32_t number = 0;
-    for (std::size_t i = 0; i < 4; ++i) {
-      number = number << 8 | bytes[kSessionNumberAt + i];
-    }
-    RememberSession(number);
-  }
-}
-
-/// Counts a number that is not among the latest; repetitions follow each other closely.
-void Relay::RememberSession(std::uint32_t number) {
-  constexpr std::size_t kMemory = 16;
-  if (std::find(latestSessions_.begin(), latestSessions_.end(), number) != latestSessions_.end()) {
-    return;
-  }
-  ++sessionCount_;
-  latestSessions_.push_back(number);
-  if (latestSessions_.size() > kMemory) {
-    latestSessions_.pop_front();
-  }
-}
-
-void Relay::SendDue() {
+/// Returns how many milliseconds to wait until more has to be sent.
+int Relay::SendDue() {
+  constexpr milliseconds kLongestWait{20};
   const std::lock_guard<std::mutex> lock(mutex_);
   const auto now = Clock::now();
-  const auto due = std::stable_partition(queue_.begin(), queue_.end(),
-                                         [now](const Queued& one) { return one.due > now; });
-  std::stable_sort(due, queue_.end(),
-                   [](const Queued& left, const Queued& right) { return left.due < right.due; });
-  std::for_each(due, queue_.end(), [this](const Queued& one) { Send(*one.client, one.datagram); });
-  queue_.erase(due, queue_.end());
-}
-
-int Relay::MillisecondsToNext() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  auto wait = std::chrono::milliseconds(kLongestWaitMs);
-  for (const Queued& one : queue_) {
-    wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(one.due - Clock::now()));
+  while (!queue_.empty() && queue_.begin()->first <= now) {
+    const auto [from, to, bytes] = std::move(queue_.extract(queue_.begin()).mapped());
+    const sockaddr_in target = Loopback(to == 0 ? controllerPort_.load() : to);
+    // What a closed port refuses is lost, as it would be on a real wire.
+    static_cast<void>(sendto(from->Descriptor(), bytes.data(), bytes.size(), 0,
+                             reinterpret_cast<const sockaddr*>(&target), sizeof target));
   }
-  return static_cast<int>(std::max<std::chrono::milliseconds::rep>(0, wait.count()));
-}
-
-void Relay::Send(const Client& client, const Datagram& datagram) const {
-  const bool toClient = datagram.direction == Direction::ToClient;
-  const sockaddr_in target = Loopback(toClient ? client.port : controllerPort_.load());
-  // What a closed port refuses is lost, as it would be on a real wire.
-  static_cast<void>(sendto(toClient ? front_.Get() : client.towardsController.Get(),
-                           datagram.bytes.data(), datagram.bytes.size(), 0,
-                           reinterpret_cast<const sockaddr*>(&target), sizeof target));
+  const auto wait =
+      queue_.empty() ? kLongestWait : std::chrono::ceil<milliseconds>(queue_.begin()->first - now);
+  return static_cast<int>(std::min(kLongestWait, wait).count());
 }
 
 }  // namespace Tavrin

@@ -1,16 +1,16 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <functional>
-#include <memory>
+#include <map>
 #include <mutex>
 #include <thread>
 #include <vector>
 
-#include "support/FileDescriptor.h"
+#include "tests/support/UdpPort.h"
 
 namespace Tavrin {
 
@@ -21,15 +21,20 @@ struct Datagram {
   std::vector<std::uint8_t> bytes;
 };
 
+/// The payload type of RMCP+, with the bits that tell how the payload is protected; 0xFF in a
+/// packet of IPMI 1.5, and in what is none.
+std::uint8_t PayloadType(const Datagram& datagram);
+
 /// A datagram on its way, which leaves the relay so much later.
 struct Departure {
   Datagram datagram;
   std::chrono::milliseconds delay{0};
 };
+using Departures = std::vector<Departure>;
 
 /// What leaves the relay in the place of a datagram that came: nothing, the same, or anything else
 /// in either direction. Called on the relay's thread, one datagram at a time.
-using Fault = std::function<std::vector<Departure>(const Datagram&)>;
+using Fault = std::function<Departures(const Datagram&)>;
 
 /// Carries datagrams between clients and a controller, both on 127.0.0.1, and breaks the wire on
 /// request. Each client has a port of its own towards the controller, as it would have without the
@@ -42,7 +47,7 @@ class Relay {
   Relay& operator=(const Relay&) = delete;
 
   /// Where clients find the controller.
-  std::uint16_t Port() const { return port_; }
+  std::uint16_t Port() const { return front_.Number(); }
 
   /// Holds from the next datagram on, until Heal() or another fault. What was on its way is lost.
   void Break(Fault fault);
@@ -53,35 +58,37 @@ class Relay {
   void Lead(std::uint16_t controllerPort) { controllerPort_ = controllerPort; }
 
   /// How many RMCP+ sessions clients asked for since the relay began, repetitions not counted.
-  std::size_t SessionsAskedFor() const;
-
-  /// How many file descriptors the relay has open now.
-  std::size_t Descriptors() const { return 1 + clientCount_; }
+  std::size_t SessionsAskedFor() const { return sessionCount_; }
 
  private:
-  struct Client;
-  struct Queued;
+  /// The place of a client, which goes to another when all are taken.
+  struct Client {
+    UdpPort towardsController;
+    std::uint16_t port = 0;
+    std::vector<std::uint8_t> session;  ///< The number of the one that it asked for last.
+  };
+  struct Queued {
+    const UdpPort* from;
+    std::uint16_t to;  ///< 0 for the controller's port.
+    std::vector<std::uint8_t> bytes;
+  };
 
   void Run();
-  void TakeFrom(int descriptor, const std::shared_ptr<Client>& client);
-  std::shared_ptr<Client> ClientAt(std::uint16_t port);
-  void Pass(const std::shared_ptr<Client>& client, const Datagram& datagram);
-  void CountSession(const Datagram& datagram);
-  void RememberSession(std::uint32_t number);
-  void SendDue();
-  int MillisecondsToNext() const;
-  void Send(const Client& client, const Datagram& datagram) const;
+  void Take(const UdpPort& source, Client* client);
+  Client& ClientAt(std::uint16_t port);
+  void Pass(const Datagram& datagram, Client& client);
+  int SendDue();
 
   std::atomic<std::uint16_t> controllerPort_;
-  FileDescriptor front_;
-  std::uint16_t port_;
-  mutable std::mutex mutex_;
-  Fault fault_;  // Guarded by mutex_, as are the three below.
-  std::vector<Queued> queue_;
-  std::deque<std::uint32_t> latestSessions_;
-  std::size_t sessionCount_ = 0;
-  std::deque<std::shared_ptr<Client>> clients_;  // The relay's thread's own.
-  std::atomic<std::size_t> clientCount_{0};
+  UdpPort front_;
+  // A conversation has a place of its own, and the older ones can go. All are there from the
+  // beginning, so that no descriptor is opened meanwhile.
+  std::array<Client, 32> clients_;
+  std::size_t clientCount_ = 0;
+  std::atomic<std::size_t> sessionCount_{0};
+  std::mutex mutex_;
+  Fault fault_;  // Guarded by mutex_, as is what follows, in the order in which it is due.
+  std::multimap<std::chrono::steady_clock::time_point, Queued> queue_;
   std::atomic<bool> ends_{false};
   std::thread thread_;
 };

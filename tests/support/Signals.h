@@ -1,47 +1,34 @@
 #pragma once
 
-#include <pthread.h>
+#include <sys/time.h>
 
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <thread>
 
 namespace Tavrin {
 
-/// Interrupts the thread that makes this with a caught signal, over and over for as long as this
+/// Interrupts the program's first thread with a caught SIGALRM, over and over for as long as this
 /// lives, and leaves the signal's handler as it was. One at a time.
 class Signals {
  public:
-  /// `flags` are those of sigaction(), for example SA_RESTART.
-  Signals(std::chrono::milliseconds period, int flags) {
+  explicit Signals(std::chrono::microseconds period) {
     Count() = 0;
     struct sigaction action {};
     action.sa_handler = [](int /*number*/) { ++Count(); };
-    action.sa_flags = flags;
-    sigaction(SIGUSR1, &action, &before_);
-    thread_ = std::thread([this, period, target = pthread_self()] {
-      while (!ends_) {
-        pthread_kill(target, SIGUSR1);
-        std::this_thread::sleep_for(period);
-      }
-    });
-    // A thread that begins holds a descriptor for a moment, which others would count.
-    while (Count() == 0) {
-      std::this_thread::yield();
-    }
+    sigaction(SIGALRM, &action, &before_);
+    Ring(period);
   }
   ~Signals() {
-    ends_ = true;
-    thread_.join();
+    Ring(std::chrono::microseconds(0));
     // The last signal may still be on its way; to ignore it once drops it.
-    std::signal(SIGUSR1, SIG_IGN);
-    sigaction(SIGUSR1, &before_, nullptr);
+    std::signal(SIGALRM, SIG_IGN);
+    sigaction(SIGALRM, &before_, nullptr);
   }
   Signals(const Signals&) = delete;
   Signals& operator=(const Signals&) = delete;
 
-  /// How many the thread has caught.
+  /// How many were caught.
   int Caught() const { return Count(); }
 
  private:
@@ -50,9 +37,13 @@ class Signals {
     return count;
   }
 
+  static void Ring(std::chrono::microseconds period) {
+    const timeval time = {period.count() / 1'000'000, period.count() % 1'000'000};
+    const itimerval timer = {time, time};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+  }
+
   struct sigaction before_ {};
-  std::atomic<bool> ends_{false};
-  std::thread thread_;
 };
 
 }  // namespace Tavrin

@@ -3,18 +3,6 @@
 #include <stdexcept>
 
 namespace Tavrin {
-namespace {
-
-std::vector<std::string> Arguments(const std::vector<std::string>& options,
-                                   const std::string& passwordPath,
-                                   const std::string& scenarioPath) {
-  std::vector<std::string> arguments = {SMM_SIMULATOR, "--user",     "admin",     "--password-file",
-                                        passwordPath,  "--scenario", scenarioPath};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  return arguments;
-}
-
-}  // namespace
 
 std::string ReadReadyAddress(Child& launcher) {
   const std::string line = launcher.ReadLine();
@@ -28,7 +16,9 @@ SimulatedSmm::SimulatedSmm(const std::vector<std::string>& options, const std::s
                            const std::string& password)
     : password_(password + "\n"),
       scenario_(scenario),
-      child_(Arguments(options, password_.Path(), scenario_.Path()),
+      child_(Joined({SMM_SIMULATOR, "--user", "admin", "--password-file", password_.Path(),
+                     "--scenario", scenario_.Path()},
+                    options),
              {"PATH=/usr/bin:/bin:/usr/sbin"}),
       address_(ReadReadyAddress(child_)) {}
 

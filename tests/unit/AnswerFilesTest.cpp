@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <set>
 
 #include "tests/unit/InventoryTest.h"
 
@@ -64,15 +63,6 @@ TEST_P(AnswerFiles, GivesTheExpectedTextAgainFromAClientThatAppends) {
 
 INSTANTIATE_TEST_SUITE_P(Folder, AnswerFiles, testing::ValuesIn(Answers::FilesOfEnding("answer")),
                          TestName);
-
-TEST(AnswerFolder, EveryOperationHasAnswers) {
-  std::set<std::string> folders;
-  for (const std::filesystem::path& path : Answers::FilesOfEnding("answer")) {
-    folders.insert(path.parent_path().filename());
-  }
-  const std::vector<std::string> names = OperationNames();
-  EXPECT_EQ(folders, std::set<std::string>(names.begin(), names.end()));
-}
 
 TEST(AnswerFolder, EveryExpectedTextHasItsAnswer) {
   std::vector<std::filesystem::path> expected = Answers::FilesOfEnding("expected");

@@ -4,16 +4,18 @@
 #include <cstdint>
 #include <string>
 #include <type_traits>
+#include <variant>
 #include <vector>
 
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "module/smm/smm_inventory/impl/SMMInventoryImpl.h"
 #include "platform/GlobalConfig.h"
 #include "platform/Log.h"
+#include "tests/doubles/Operations.h"
 #include "tests/unit/PlatformTest.h"
 
 // Callers, and the libraries behind the platform, were compiled with these types: which members a
-// record has, in which order and of which width. The compiler checks all but the last test.
+// record has, in which order and of which width. Where the compiler can, it checks them.
 
 namespace Tavrin {
 namespace {
@@ -26,49 +28,6 @@ using Bytes = std::vector<std::uint8_t>;
 #define EXPECT_MEMBER(RECORD, TYPE, MEMBER, OFFSET)                       \
   static_assert(std::is_same_v<decltype(RECORD::MEMBER), TYPE>, #MEMBER); \
   static_assert(offsetof(RECORD, MEMBER) == (OFFSET), #MEMBER)
-
-static_assert(sizeof(SMMStatus) == 8);
-EXPECT_MEMBER(SMMStatus, std::int32_t, platformId, 0);
-EXPECT_MEMBER(SMMStatus, std::int32_t, psuSlotCount, 4);
-
-static_assert(sizeof(ChassisPowerCon) == 3 * sizeof(Text));
-EXPECT_MEMBER(ChassisPowerCon, Text, minPower, 0);
-EXPECT_MEMBER(ChassisPowerCon, Text, avgPower, sizeof(Text));
-EXPECT_MEMBER(ChassisPowerCon, Text, maxPower, 2 * sizeof(Text));
-
-static_assert(sizeof(ChassisPowerCap) == 5 * sizeof(Text));
-EXPECT_MEMBER(ChassisPowerCap, Text, minCap, 0);
-EXPECT_MEMBER(ChassisPowerCap, Text, maxCap, sizeof(Text));
-EXPECT_MEMBER(ChassisPowerCap, Text, protectiveCap, 2 * sizeof(Text));
-EXPECT_MEMBER(ChassisPowerCap, Text, userCap, 3 * sizeof(Text));
-EXPECT_MEMBER(ChassisPowerCap, Text, thermalCap, 4 * sizeof(Text));
-
-static_assert(sizeof(PSUFanSpeed) == 6 * sizeof(Text));
-EXPECT_MEMBER(PSUFanSpeed, Text, name, 0);
-EXPECT_MEMBER(PSUFanSpeed, Text, speedA, sizeof(Text));
-EXPECT_MEMBER(PSUFanSpeed, Text, patA, 2 * sizeof(Text));
-EXPECT_MEMBER(PSUFanSpeed, Text, speedB, 3 * sizeof(Text));
-EXPECT_MEMBER(PSUFanSpeed, Text, patB, 4 * sizeof(Text));
-EXPECT_MEMBER(PSUFanSpeed, Text, status, 5 * sizeof(Text));
-
-static_assert(sizeof(PSUFwInfo) == 5 * sizeof(Text));
-EXPECT_MEMBER(PSUFwInfo, Text, name, 0);
-EXPECT_MEMBER(PSUFwInfo, Text, identifier, sizeof(Text));
-EXPECT_MEMBER(PSUFwInfo, Text, version, 2 * sizeof(Text));
-EXPECT_MEMBER(PSUFwInfo, Text, slot, 3 * sizeof(Text));
-EXPECT_MEMBER(PSUFwInfo, Text, description, 4 * sizeof(Text));
-
-static_assert(sizeof(PSUStatus) == 4 * sizeof(Text));
-EXPECT_MEMBER(PSUStatus, Text, epow, 0);
-EXPECT_MEMBER(PSUStatus, Text, throttle, sizeof(Text));
-EXPECT_MEMBER(PSUStatus, Text, present, 2 * sizeof(Text));
-EXPECT_MEMBER(PSUStatus, Text, powerGood, 3 * sizeof(Text));
-
-static_assert(sizeof(NodeStatus) == 3 * sizeof(Text) + 8);
-EXPECT_MEMBER(NodeStatus, Text, powerState, 0);
-EXPECT_MEMBER(NodeStatus, Text, width, sizeof(Text));
-EXPECT_MEMBER(NodeStatus, Text, height, 2 * sizeof(Text));
-EXPECT_MEMBER(NodeStatus, std::int32_t, permissionState, 3 * sizeof(Text));
 
 static_assert(sizeof(ConnectionInfo) == 3 * sizeof(Text) + 24);
 EXPECT_MEMBER(ConnectionInfo, Text, address, 0);
@@ -126,7 +85,35 @@ static_assert(std::is_same_v<decltype(SMMInventoryImpl::smmStatus), SMMStatus>);
 static_assert(std::is_same_v<decltype(SMMInventoryImpl::psuSlotCount), std::uint64_t>);
 static_assert(std::is_same_v<decltype(SMMInventoryImpl::nodeCount), std::uint64_t>);
 
+void ExpectMembersAsListed(const std::monostate& /*nothing*/) {}
+void ExpectMembersAsListed(const Text& /*text*/) {}
+
+template <typename Record>
+void ExpectMembersAsListed(const Record& record) {
+  std::size_t end = 0;
+  Double::ForEachMember(record, [&](const char* name, const auto& member) {
+    const auto* const begin = reinterpret_cast<const char*>(&record);
+    EXPECT_EQ(reinterpret_cast<const char*>(&member) - begin, static_cast<std::ptrdiff_t>(end))
+        << name;
+    end += sizeof(member);
+  });
+  constexpr std::size_t kUnit = alignof(Record);
+  EXPECT_EQ(sizeof(Record), (end + kUnit - 1) / kUnit * kUnit);
+}
+
+template <typename Record>
+void ExpectMembersAsListed(const std::vector<Record>& /*records*/) {
+  ExpectMembersAsListed(Record());
+}
+
 class Layout : public Double::PlatformTest {};
+
+TEST_F(Layout, RecordsHoldTheirMembersOneAfterTheOtherAndNothingElse) {
+  for (const auto& operation : Double::Operations<SMMInventory>()) {
+    SCOPED_TRACE(operation.name);
+    std::visit([](const auto& output) { ExpectMembersAsListed(output); }, operation.fresh);
+  }
+}
 
 TEST_F(Layout, MembersOfTheImplementationFollowTheConnectionSettings) {
   platform.ExpectStatusReads(1, {0x01});

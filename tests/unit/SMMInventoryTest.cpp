@@ -9,7 +9,7 @@
 #include <tuple>
 #include <vector>
 
-#include "tests/doubles/AllocationCount.h"
+#include "tests/doubles/Allocations.h"
 #include "tests/doubles/Implementation.h"
 #include "tests/doubles/Operations.h"
 #include "tests/unit/PlatformTest.h"

@@ -204,9 +204,9 @@ TEST_F(SendIpmiCmd, ThresholdIsTestedAnewForEachLine) {
 TEST_F(SendIpmiCmd, EachLineCarriesItsOwnLineNumber) {
   platform.Expect(0x32, 0xB0, {0x05, 0x01}, {0x11});
   Send();
-  ASSERT_EQ(platform.lineNumbers.size(), 3U);
-  EXPECT_LT(platform.lineNumbers[0], platform.lineNumbers[1]);
-  EXPECT_LT(platform.lineNumbers[1], platform.lineNumbers[2]);
+  ASSERT_EQ(platform.lines.size(), 3U);
+  EXPECT_LT(platform.lines[0].number, platform.lines[1].number);
+  EXPECT_LT(platform.lines[1].number, platform.lines[2].number);
 }
 
 TEST_F(SendIpmiCmd, LinesAreWrittenBetweenTheEndOfTheConversationAndThatOfTheClient) {

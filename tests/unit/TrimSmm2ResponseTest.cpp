@@ -186,7 +186,10 @@ TEST_F(TrimSmm2Response, LinesOfDifferentPlacesCarryDifferentNumbers) {
   inventory.GetSmmMT(text);
   platform.Expect(0x32, 0xB0, {0x05, 0x01}, answer, 0xC1);
   inventory.GetSmmSN(text);
-  const std::vector<unsigned int>& numbers = platform.lineNumbers;
+  std::vector<unsigned int> numbers;
+  for (const Line& line : platform.lines) {
+    numbers.push_back(line.number);
+  }
   ASSERT_EQ(numbers.size(), 14U);
   const std::set<unsigned int> places(numbers.begin(), numbers.end());
   EXPECT_EQ(places.size(), 8U) << "exchange and trimming write three lines each, both times the "

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "module/smm/smm_inventory/StatusCode.h"
-#include "tests/doubles/AllocationCount.h"
+#include "tests/doubles/Allocations.h"
 #include "tests/unit/InventoryTest.h"
 
 namespace Tavrin {

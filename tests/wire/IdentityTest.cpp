@@ -8,7 +8,7 @@
 
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "platform/SMMInfo.h"
-#include "simulator/Enclosure.h"
+#include "simulator/EnclosureKind.h"
 #include "tests/support/Ipv6Test.h"
 #include "tests/wire/WireTest.h"
 
@@ -67,7 +67,7 @@ class EveryEnclosure : public WireTest, public ::testing::WithParamInterface<Enc
 };
 
 TEST_P(EveryEnclosure, GivesMachineTypeAndSerialNumberOfItsModel) {
-  const Simulator::Enclosure model = Simulator::MakeEnclosure(GetParam().kind);
+  const Simulator::EnclosureState model = Simulator::MakeEnclosure(GetParam().kind);
   SMMInventory inventory(SettingsOf(simulator));
   std::string machineType;
   std::string serialNumber;

@@ -9,63 +9,40 @@
 #include <string_view>
 #include <vector>
 
-#include "reading/Reading.h"
-
 namespace Tavrin {
 namespace {
 
-/// What a command reads, in the order of Part.
-struct PartList {
-  template <typename... Parts>
-  constexpr explicit PartList(Parts... those) : parts{those...}, count(sizeof...(those)) {}
-
-  std::array<Part, 8> parts;
-  std::size_t count;
-};
-
-/// All that the tool knows of a command.
-struct CommandRow {
-  Command command;
-  std::string_view name;
-  const char* argument;  ///< As it follows the name.
-  const char* summary;
-  const char* details;
-  const char* example;  ///< The end of a command line.
-  PartList parts;
-};
-
-constexpr std::array<CommandRow, 8> kCommands = {{
-    {Command::All, "all", "", "Everything below but select-psu; the default",
+constexpr std::array<Command, 8> kCommands = {{
+    {"all", "", "Everything below but select-psu; the default",
      "Reads what identity, power, caps, nodes, fans and psus read.", "all",
-     PartList(Part::Identity, Part::ChassisPower, Part::PowerCaps, Part::NodeStatus,
-              Part::NodePower, Part::PsuFans, Part::PsuFirmware, Part::PsuStatus)},
-    {Command::Identity, "identity", "", "Machine type, serial number, firmware version and name",
+     PartList(kPartsToAskFor)},
+    {"identity", "", "Machine type, serial number, firmware version and name",
      "Reads machine type, serial number, firmware version and name of the SMM.", "identity",
      PartList(Part::Identity)},
-    {Command::Power, "power", "", "Power readings of the chassis and of each node",
+    {"power", "", "Power readings of the chassis and of each node",
      "Reads minimum, average and maximum power of the chassis and of each node. The SMM states no\n"
      "unit.",
      "--json power", PartList(Part::ChassisPower, Part::NodePower)},
-    {Command::Caps, "caps", "", "Power caps of the chassis",
+    {"caps", "", "Power caps of the chassis",
      "Reads the power caps of the chassis: minimum and maximum of the range, protective, user's "
      "and\n"
      "thermal cap. The SMM states no unit.",
      "caps", PartList(Part::PowerCaps)},
-    {Command::Nodes, "nodes", "", "Status and power readings of each node",
+    {"nodes", "", "Status and power readings of each node",
      "Reads power state, width, height and permission of each node, and its minimum, average and\n"
      "maximum power.",
      "nodes", PartList(Part::NodeStatus, Part::NodePower)},
-    {Command::Fans, "fans", "", "Fan readings of each PSU slot",
+    {"fans", "", "Fan readings of each PSU slot",
      "Reads speed and Pat value of the fans in each PSU slot, and their status. A "
      "first-generation\n"
      "SMM reports one fan a PSU, as A.",
      "fans", PartList(Part::PsuFans)},
-    {Command::Psus, "psus", "", "Firmware and status flags of each PSU slot",
+    {"psus", "", "Firmware and status flags of each PSU slot",
      "Reads firmware identifier, version and description of each PSU slot, and its flags: early\n"
      "power-off warning (EPOW), throttle, presence and power good. A ninth PSU's flags are not\n"
      "told by the SMM.",
      "psus", PartList(Part::PsuFirmware, Part::PsuStatus)},
-    {Command::SelectPsu, "select-psu", " N",
+    {"select-psu", " N",
      "Selects PSU N, from 1 to 9; says what was sent for N, and\n"
      "whether the SMM acknowledged",
      "Selects PSU N, from 1 to 9, and says what was sent for N and whether the SMM acknowledged "
@@ -77,11 +54,6 @@ constexpr std::array<CommandRow, 8> kCommands = {{
      "command that changes anything.",
      "select-psu 2", PartList(Part::PsuSelection)},
 }};
-
-const CommandRow& RowOf(Command command) {
-  return *std::find_if(kCommands.begin(), kCommands.end(),
-                       [command](const CommandRow& row) { return row.command == command; });
-}
 
 constexpr const char* kCommandHelp = R"(Usage: smm-inventory [OPTIONS] {}{}
 
@@ -117,19 +89,23 @@ std::size_t Distance(std::string_view from, std::string_view to) {
 
 }  // namespace
 
-std::optional<Command> FindCommand(const std::string& name) {
-  const auto* const found =
-      std::find_if(kCommands.begin(), kCommands.end(),
-                   [&name](const CommandRow& candidate) { return candidate.name == name; });
-  return found == kCommands.end() ? std::nullopt : std::optional<Command>(found->command);
+const std::vector<Command>& Commands() {
+  static const std::vector<Command> commands(kCommands.begin(), kCommands.end());
+  return commands;
+}
+
+const Command* FindCommand(std::string_view name) {
+  const auto found =
+      std::find_if(Commands().begin(), Commands().end(),
+                   [name](const Command& candidate) { return candidate.name == name; });
+  return found == Commands().end() ? nullptr : &*found;
 }
 
 std::string LikeliestCommand(const std::string& word) {
-  const auto distance = [&word](const CommandRow& words) { return Distance(word, words.name); };
-  const auto* const nearest = std::min_element(kCommands.begin(), kCommands.end(),
-                                               [&](const CommandRow& one, const CommandRow& other) {
-                                                 return distance(one) < distance(other);
-                                               });
+  const auto distance = [&word](const Command& words) { return Distance(word, words.name); };
+  const auto nearest = std::min_element(
+      Commands().begin(), Commands().end(),
+      [&](const Command& one, const Command& other) { return distance(one) < distance(other); });
   const std::size_t errors = distance(*nearest);
   const bool isLike = errors <= kMostTypingErrors && errors < word.size() / 2 + 1;
   return isLike ? std::string(nearest->name) : "";
@@ -138,8 +114,9 @@ std::string LikeliestCommand(const std::string& word) {
 std::string CommandList() {
   constexpr std::size_t summaryColumn = 30;
   std::string list;
-  for (const CommandRow& words : kCommands) {
-    list += fmt::format("  {:<{}}", std::string(words.name) + words.argument, summaryColumn - 2);
+  for (const Command& words : Commands()) {
+    list +=
+        fmt::format("  {:<{}}", fmt::format("{}{}", words.name, words.argument), summaryColumn - 2);
     for (const char character : std::string_view(words.summary)) {
       list += character;
       list.append(character == '\n' ? summaryColumn : 0, ' ');
@@ -149,14 +126,9 @@ std::string CommandList() {
   return list;
 }
 
-std::string CommandHelp(Command command) {
-  const CommandRow& row = RowOf(command);
-  return fmt::format(kCommandHelp, row.name, row.argument, row.details, row.example);
-}
-
-std::vector<Part> PartsOf(Command command) {
-  const PartList& list = RowOf(command).parts;
-  return {list.parts.begin(), list.parts.begin() + list.count};
+std::string CommandHelp(const Command& command) {
+  return fmt::format(kCommandHelp, command.name, command.argument, command.details,
+                     command.example);
 }
 
 }  // namespace Tavrin

@@ -1,29 +1,55 @@
 #pragma once
 
-#include <optional>
+#include <cstddef>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <vector>
+
+#include "reading/Reading.h"
 
 namespace Tavrin {
 
-enum class Part;
+/// What a command reads, in the order of Part, beside the detection that every command begins with.
+class PartList {
+ public:
+  template <typename... Parts>
+  constexpr explicit PartList(Parts... those) : parts_{those...}, count_(sizeof...(those)) {}
+  constexpr explicit PartList(const decltype(kPartsToAskFor)& all)
+      : parts_(all), count_(all.size()) {}
 
-enum class Command { Identity, Power, Caps, Nodes, Fans, Psus, All, SelectPsu };
+  [[nodiscard]] std::vector<Part> Parts() const {
+    return {parts_.begin(), parts_.begin() + count_};
+  }
 
-/// The command of that name, in exactly that spelling.
-std::optional<Command> FindCommand(const std::string& name);
+ private:
+  std::decay_t<decltype(kPartsToAskFor)> parts_;
+  std::size_t count_;
+};
+
+/// All that the tool knows of a command; what concerns every one is derived from it.
+struct Command {
+  std::string_view name;
+  std::string_view argument;  ///< As it follows the name: the number of a PSU, or nothing.
+  const char* summary;
+  const char* details;
+  const char* example;  ///< The end of a command line.
+  PartList parts;
+};
+
+/// All commands, the default first.
+const std::vector<Command>& Commands();
+
+/// The command of that name, in exactly that spelling; nullptr when there is none.
+const Command* FindCommand(std::string_view name);
 
 /// The name of the command that `word` was probably meant to be; empty when it is like none.
 std::string LikeliestCommand(const std::string& word);
-
-/// What the command reads, in the order of Part, beside the detection that every command begins
-/// with.
-std::vector<Part> PartsOf(Command command);
 
 /// One line a command, for the help on all of them.
 std::string CommandList();
 
 /// The help on one command.
-std::string CommandHelp(Command command);
+std::string CommandHelp(const Command& command);
 
 }  // namespace Tavrin

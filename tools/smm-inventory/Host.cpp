@@ -7,7 +7,7 @@
 #include <charconv>
 #include <system_error>
 
-#include "platform/standalone/logger/LogControl.h"
+#include "support/EscapeControlBytes.h"
 #include "tools/smm-inventory/UsageError.h"
 
 namespace Tavrin {
@@ -56,7 +56,7 @@ bool IsNameOrIpv4Address(const std::string& text) {
   throw UsageError(
       fmt::format("host is \"{}\"; expected a host name, an IPv4 address, either with "
                   ":port, [IPv6 address]:port or an IPv6 address",
-                  Standalone::EscapeControlBytes(text)));
+                  EscapeControlBytes(text)));
 }
 
 HostAndPort ParseBracketed(const std::string& text) {
@@ -104,8 +104,8 @@ std::uint16_t ParsePort(const std::string& text) {
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, port);
   if (error != std::errc() || stop != end || port == 0) {
-    throw UsageError(fmt::format("port is \"{}\"; expected a number from 1 to 65535",
-                                 Standalone::EscapeControlBytes(text)));
+    throw UsageError(
+        fmt::format("port is \"{}\"; expected a number from 1 to 65535", EscapeControlBytes(text)));
   }
   return port;
 }

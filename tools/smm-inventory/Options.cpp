@@ -17,9 +17,9 @@
 #include <vector>
 
 #include "platform/standalone/StrictNumber.h"
-#include "platform/standalone/logger/LogControl.h"
 #include "reading/EnclosureSettings.h"
 #include "report/Format.h"
+#include "support/EscapeControlBytes.h"
 #include "tools/smm-inventory/Host.h"
 #include "tools/smm-inventory/Settings.h"
 #include "tools/smm-inventory/UsageError.h"
@@ -152,7 +152,7 @@ void RefuseFlagValues(int argc, const char* const* argv) {
     const std::string_view start = argument.substr(0, argument.find('=') + 1);
     if (start == "--json=" || start == "--verbose=") {
       throw UsageError(fmt::format("argument is \"{}\"; expected the option without a value",
-                                   Standalone::EscapeControlBytes(std::string(argument))));
+                                   EscapeControlBytes(std::string(argument))));
     }
   }
 }
@@ -161,7 +161,7 @@ void RefuseFlagValues(int argc, const char* const* argv) {
   throw UsageError(
       fmt::format("wrong use of an option ({}); expected each option once, and with a value where "
                   "--help lists one",
-                  Standalone::EscapeControlBytes(error.what())));
+                  EscapeControlBytes(error.what())));
 }
 
 std::uint16_t ChoosePort(const std::optional<std::uint16_t>& besideHost, const RawOptions& raw) {
@@ -171,8 +171,7 @@ std::uint16_t ChoosePort(const std::optional<std::uint16_t>& besideHost, const R
   const std::uint16_t port = ParsePort(*raw.port);
   if (besideHost && *besideHost != port) {
     throw UsageError(fmt::format(R"(port is "{}" and host is "{}"; expected the port in one place)",
-                                 Standalone::EscapeControlBytes(*raw.port),
-                                 Standalone::EscapeControlBytes(raw.host)));
+                                 EscapeControlBytes(*raw.port), EscapeControlBytes(raw.host)));
   }
   return port;
 }
@@ -183,8 +182,8 @@ const Format* ChooseFormat(const RawOptions& raw) {
       raw.format.value_or(raw.isJson ? json : std::string(Formats().front().name));
   const Format* const format = FindFormat(name);
   if (format == nullptr) {
-    throw UsageError(fmt::format("format is \"{}\"; expected one of {}",
-                                 Standalone::EscapeControlBytes(name), FormatNames()));
+    throw UsageError(fmt::format("format is \"{}\"; expected one of {}", EscapeControlBytes(name),
+                                 FormatNames()));
   }
   if (raw.isJson && name != json) {
     throw UsageError(
@@ -199,7 +198,7 @@ void RequireUserName(const std::string& userName) {
   }
   if (userName.size() > kMaxUserNameLength) {
     throw UsageError(fmt::format("user name is \"{}\", {} bytes long; expected at most {} bytes",
-                                 Standalone::EscapeControlBytes(userName), userName.size(),
+                                 EscapeControlBytes(userName), userName.size(),
                                  kMaxUserNameLength));
   }
 }
@@ -239,7 +238,7 @@ int ParsePsu(const std::string& text) {
   const std::optional<int> psu = Standalone::ParseStrictly(text);
   if (!psu || *psu < kLowestPsu || *psu > kHighestPsu) {
     throw UsageError(fmt::format("PSU is \"{}\"; expected a whole number from {} to {}",
-                                 Standalone::EscapeControlBytes(text), kLowestPsu, kHighestPsu));
+                                 EscapeControlBytes(text), kLowestPsu, kHighestPsu));
   }
   return *psu;
 }
@@ -247,7 +246,7 @@ int ParsePsu(const std::string& text) {
 [[noreturn]] void RefuseArgument(const std::string& argument, const std::string& suggestion) {
   throw UsageError(
       fmt::format("argument is \"{}\"; expected one command, and the options that --help lists{}",
-                  Standalone::EscapeControlBytes(argument),
+                  EscapeControlBytes(argument),
                   suggestion.empty() ? "" : fmt::format("; did you mean {}?", suggestion)));
 }
 
@@ -255,15 +254,14 @@ int ParsePsu(const std::string& text) {
 /// is among them, too.
 Task ParseTask(const std::vector<std::string>& words) {
   if (words.empty()) {
-    return {};
+    return {&Commands().front(), 0};
   }
-  const std::optional<Command> command = FindCommand(words[0]);
-  if (!command) {
+  Task task{FindCommand(words[0]), 0};
+  if (task.command == nullptr) {
     RefuseArgument(words[0], LikeliestCommand(words[0]));
   }
-  Task task{*command, 0};
   std::size_t known = 1;
-  if (task.command == Command::SelectPsu) {
+  if (!task.command->argument.empty()) {
     if (words.size() == known) {
       throw UsageError(fmt::format("no PSU given; expected select-psu with a number from {} to {}",
                                    kLowestPsu, kHighestPsu));
@@ -280,8 +278,8 @@ Task ParseTask(const std::vector<std::string>& words) {
 /// The help on the command that is among the words, or on all.
 Notice Help(const CLI::App& app) {
   const std::vector<std::string> words = app.remaining();
-  const std::optional<Command> command = words.empty() ? std::nullopt : FindCommand(words[0]);
-  return {command ? CommandHelp(*command) : app.help()};
+  const Command* const command = words.empty() ? nullptr : FindCommand(words[0]);
+  return {command == nullptr ? app.help() : CommandHelp(*command)};
 }
 
 }  // namespace

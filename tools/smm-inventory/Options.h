@@ -15,8 +15,8 @@ constexpr std::uint16_t kDefaultPort = 623;
 
 /// What the tool is to do with the enclosure.
 struct Task {
-  Command command = Command::All;
-  int psu = 0;  ///< The PSU that SelectPsu selects, from 1 to 9.
+  const Command* command = nullptr;  ///< One of Commands(); the first of them unless asked for.
+  int psu = 0;  ///< The PSU that is to be selected, from 1 to 9; 0 where the command reads.
 };
 
 /// What the command line asks for. An empty setting leaves the IPMI client's own default, or what

@@ -12,9 +12,9 @@
 #include <string_view>
 #include <system_error>
 
-#include "platform/standalone/logger/LogControl.h"
 #include "reading/EnclosureSettings.h"
 #include "reading/Wiping.h"
+#include "support/EscapeControlBytes.h"
 #include "support/FileDescriptor.h"
 #include "tools/smm-inventory/UsageError.h"
 #include "tools/smm-inventory/terminal/Prompt.h"
@@ -118,8 +118,7 @@ void ReadPasswordLine(int descriptor, const std::string& source, std::string& pa
 }
 
 void ReadPasswordFile(const std::string& path, std::string& password) {
-  const std::string source =
-      fmt::format("password file \"{}\"", Standalone::EscapeControlBytes(path));
+  const std::string source = fmt::format("password file \"{}\"", EscapeControlBytes(path));
   const FileDescriptor file = OpenPrivateFile(path, source);
   ReadPasswordLine(file.Get(), source, password);
   char byte = 0;

@@ -14,7 +14,7 @@
 #include <system_error>
 
 #include "platform/standalone/StrictNumber.h"
-#include "platform/standalone/logger/LogControl.h"
+#include "support/EscapeControlBytes.h"
 #include "tools/smm-inventory/UsageError.h"
 
 namespace Tavrin {
@@ -47,8 +47,8 @@ constexpr double kLongestSessionTimeout = 600;
 
 [[noreturn]] void Refuse(const std::string& thing, const std::string& text,
                          const std::string& expected) {
-  throw UsageError(fmt::format("{} is \"{}\"; expected one of {}", thing,
-                               Standalone::EscapeControlBytes(text), expected));
+  throw UsageError(
+      fmt::format("{} is \"{}\"; expected one of {}", thing, EscapeControlBytes(text), expected));
 }
 
 template <typename Table>
@@ -100,7 +100,7 @@ int ParseAttempts(const std::string& text) {
   if (!attempts || *attempts < 1) {
     throw UsageError(
         fmt::format("number of attempts is \"{}\"; expected a whole number from 1 to {}",
-                    Standalone::EscapeControlBytes(text), std::numeric_limits<int>::max()));
+                    EscapeControlBytes(text), std::numeric_limits<int>::max()));
   }
   return *attempts;
 }
@@ -113,7 +113,7 @@ int ParseSessionTimeout(const std::string& text) {
   const bool isInRange = seconds >= kShortestSessionTimeout && seconds <= kLongestSessionTimeout;
   if (error != std::errc() || stop != end || !isInRange) {
     throw UsageError(fmt::format("session time-out is \"{}\"; expected seconds from {} to {}",
-                                 Standalone::EscapeControlBytes(text), kShortestSessionTimeout,
+                                 EscapeControlBytes(text), kShortestSessionTimeout,
                                  kLongestSessionTimeout));
   }
   return static_cast<int>(std::lround(seconds * 1000));

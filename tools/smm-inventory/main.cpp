@@ -16,6 +16,7 @@
 #include "platform/standalone/logger/ThreadLog.h"
 #include "reading/Enclosure.h"
 #include "report/Format.h"
+#include "support/EscapeControlBytes.h"
 #include "tools/smm-inventory/ExitCode.h"
 #include "tools/smm-inventory/FailureLines.h"
 #include "tools/smm-inventory/MemoryImage.h"
@@ -78,8 +79,8 @@ Enclosure EnclosureOf(const Options& options, const std::string& address) {
   settings.workaroundFlags = options.workaroundFlags;
   settings.attempts = options.attempts;
   settings.sessionTimeoutMs = options.sessionTimeoutMs;
-  const std::string prompt = fmt::format(
-      "Password of {} at {}: ", Standalone::EscapeControlBytes(options.userName), address);
+  const std::string prompt =
+      fmt::format("Password of {} at {}: ", EscapeControlBytes(options.userName), address);
   ObtainPassword(options.passwordFile, prompt, settings.password);
   return Enclosure(settings);
 }
@@ -138,9 +139,8 @@ int Run(const Options& options) {
   }
   console.ShowLine("connecting to " + address);
   const Task& task = options.task;
-  const Reading reading = task.command == Command::SelectPsu
-                              ? enclosure.SelectPsu(task.psu, printer)
-                              : enclosure.Read(PartsOf(task.command), printer);
+  const Reading reading = task.psu == 0 ? enclosure.Read(task.command->parts.Parts(), printer)
+                                        : enclosure.SelectPsu(task.psu, printer);
   printer.End(reading);
   std::cerr << FailureLines(reading) << std::flush;
   RequireWholeOutput();
@@ -168,8 +168,8 @@ int main(int argc, char** argv) {
     std::cerr << "smm-inventory: " << error.what() << '\n';
     return Tavrin::ExitCode::WrongUsage;
   } catch (const std::exception& error) {
-    std::cerr << "smm-inventory: unexpected error: "
-              << Tavrin::Standalone::EscapeControlBytes(error.what()) << '\n';
+    std::cerr << "smm-inventory: unexpected error: " << Tavrin::EscapeControlBytes(error.what())
+              << '\n';
     return Tavrin::ExitCode::Exception;
   }
 }

@@ -21,22 +21,21 @@ std::uint8_t Conversation::NextTag() {
   return lastTag_;
 }
 
-void Conversation::BeginAttempt(const Patience& patience) {
-  patience_ = patience;
-  roundTrip_ = milliseconds(0);
-  longestRoundTrip_ = milliseconds(0);
+void Conversation::BeginAttempt(const Patience& patience) { attempt_ = {patience, {}, {}}; }
+
+Failure Conversation::Ask(const Question& question) {
+  return AskFor(attempt_.patience.timeout, question);
 }
 
-Failure Conversation::Ask(const Question& question) { return AskFor(patience_.timeout, question); }
-
 void Conversation::AskInPassing(const Question& question) {
-  AskFor(std::min(2 * IntervalFor(question), patience_.timeout), question);
+  AskFor(std::min(2 * IntervalFor(question), attempt_.patience.timeout), question);
 }
 
 /// A controller that took long for one question is given twice as long before the next is repeated.
 milliseconds Conversation::IntervalFor(const Question& question) const {
-  return std::max(question.isOpening ? patience_.openingInterval : patience_.interval,
-                  2 * roundTrip_);
+  const Patience& patience = attempt_.patience;
+  return std::max(question.isOpening ? patience.openingInterval : patience.interval,
+                  2 * attempt_.roundTrip);
 }
 
 Failure Conversation::AskFor(milliseconds timeout, const Question& question) {
@@ -52,7 +51,7 @@ Failure Conversation::AskFor(milliseconds timeout, const Question& question) {
     const Datagram datagram = question.make();
     int error = datagram.empty() ? ENOMEM : socket_.Send(datagram);
     if (error == 0 && Await(std::min(last + interval, deadline), question, noticed, error)) {
-      MeasureRoundTrip(first, last, interval == 2 * roundTrip_);
+      MeasureRoundTrip(first, last, interval == 2 * attempt_.roundTrip);
       return {};
     }
     if (error != 0) {
@@ -103,8 +102,8 @@ void Conversation::NoticeForeign(const Datagram& datagram, Noticed& noticed) {
   }
   // Of several answers to repetitions of one question the first tells best.
   const milliseconds lateness = Between(*asked, Clock::now());
-  if (lateness > patience_.timeout && (lateness_.count() == 0 || lateness < lateness_)) {
-    lateness_ = lateness;
+  if (lateness > attempt_.patience.timeout) {
+    lateness_ = std::min(lateness, lateness_.value_or(lateness));
   }
 }
 
@@ -114,18 +113,19 @@ void Conversation::NoticeForeign(const Datagram& datagram, Noticed& noticed) {
 /// same was not late but lost.
 void Conversation::MeasureRoundTrip(Clock::time_point first, Clock::time_point last,
                                     bool isRepeatedLate) {
-  const auto now = Clock::now();
-  if (first == last) {
-    roundTrip_ = Between(first, now);
-    longestRoundTrip_ = std::max(longestRoundTrip_, roundTrip_);
-  } else if (longestRoundTrip_.count() == 0) {
-    roundTrip_ = Between(isRepeatedLate ? last : first, now);
+  const bool isCertain = first == last;
+  if (!isCertain && attempt_.longestRoundTrip.count() != 0) {
+    return;
+  }
+  attempt_.roundTrip = Between(isRepeatedLate ? last : first, Clock::now());
+  if (isCertain) {
+    attempt_.longestRoundTrip = std::max(attempt_.longestRoundTrip, attempt_.roundTrip);
   }
 }
 
 Failure Conversation::SilenceFailure(Trouble silence, const Noticed& noticed) const {
-  if (lateness_.count() > 0) {
-    return LateFailure(lateness_);
+  if (lateness_) {
+    return LateFailure(*lateness_);
   }
   if (noticed.damaged) {
     return FailureOf(Trouble::DamagedAnswer);

@@ -16,9 +16,9 @@ namespace Standalone {
 
 /// How long an answer is waited for, and after what time a question is asked again at the earliest.
 struct Patience {
-  std::chrono::milliseconds timeout{0};
-  std::chrono::milliseconds interval{0};
-  std::chrono::milliseconds openingInterval{0};  ///< Of questions that open a session.
+  std::chrono::milliseconds timeout;
+  std::chrono::milliseconds interval;
+  std::chrono::milliseconds openingInterval;  ///< Of questions that open a session.
 };
 
 /// One question of a conversation: what is sent, and what is made of that which comes.
@@ -29,7 +29,7 @@ struct Question {
   /// Whether it opens a session. A repetition to a controller that is only slow may spoil what
   /// follows, so these questions wait for longer before they are repeated.
   bool isOpening = false;
-  Trouble silence = Trouble::NoAnswer;  ///< What it is when nothing at all comes.
+  Trouble silence{};  ///< What it is when nothing at all comes.
 };
 
 /// Asks questions of one controller, one at a time, and waits for their answers. Lasts for all
@@ -59,9 +59,17 @@ class Conversation {
   void Tell(const Datagram& datagram) { socket_.Send(datagram); }
 
   /// The longest that an answer of this attempt took which was certainly one to the first sending.
-  [[nodiscard]] std::chrono::milliseconds LongestRoundTrip() const { return longestRoundTrip_; }
+  [[nodiscard]] std::chrono::milliseconds LongestRoundTrip() const {
+    return attempt_.longestRoundTrip;
+  }
 
  private:
+  struct Attempt {
+    Patience patience;
+    std::chrono::milliseconds roundTrip;  ///< Of the question before; 0 when it is not known.
+    std::chrono::milliseconds longestRoundTrip;  ///< 0 as long as none is certain.
+  };
+
   /// What came while a question was open.
   struct Noticed {
     bool damaged = false;
@@ -79,10 +87,9 @@ class Conversation {
   static constexpr std::size_t kTags = 64;
 
   UdpSocket socket_;
-  Patience patience_;
-  std::chrono::milliseconds roundTrip_{0};  ///< Of the question before, as far as it is known.
-  std::chrono::milliseconds longestRoundTrip_{0};
-  std::chrono::milliseconds lateness_{0};  ///< Of an answer that nobody waited for any more.
+  Attempt attempt_{};
+  /// Of an answer that nobody waited for any more.
+  std::optional<std::chrono::milliseconds> lateness_;
   std::uint8_t lastTag_ = 0;
   /// When the question of each tag was asked first.
   std::array<std::optional<Clock::time_point>, kTags> asked_{};

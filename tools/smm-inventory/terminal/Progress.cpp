@@ -6,6 +6,8 @@
 #include <array>
 #include <string_view>
 
+#include "support/EscapeControlBytes.h"
+
 namespace Tavrin {
 namespace {
 
@@ -24,9 +26,8 @@ bool IsAboutEnvironment(std::string_view source) {
 }
 
 std::string LogText(const Standalone::LogLine& line) {
-  return fmt::format("[{}] {}:{}: {}", kLevelNames.at(line.level),
-                     Standalone::EscapeControlBytes(line.source), line.line,
-                     Standalone::EscapeControlBytes(line.text));
+  return fmt::format("[{}] {}:{}: {}", kLevelNames.at(line.level), EscapeControlBytes(line.source),
+                     line.line, EscapeControlBytes(line.text));
 }
 
 }  // namespace
@@ -37,7 +38,7 @@ void Progress::LineWritten(const Standalone::LogLine& line) {
   if (line.level <= shownLevel_) {
     console_.ShowLine(LogText(line));
   } else if (IsAboutEnvironment(line.source)) {
-    console_.ShowLine("smm-inventory: " + Standalone::EscapeControlBytes(line.text));
+    console_.ShowLine("smm-inventory: " + EscapeControlBytes(line.text));
   }
 }
 

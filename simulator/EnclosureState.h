@@ -3,21 +3,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace Tavrin::Simulator {
-
-/// The enclosures that can be simulated.
-enum class EnclosureKind { FirstGeneration, SecondGeneration253, SecondGeneration254 };
-
-/// The kind as the settings file spells it: "first-generation", "second-generation-253",
-/// "second-generation-254".
-std::string KindName(EnclosureKind kind);
-
-/// The kind of that name, or nothing when there is none.
-std::optional<EnclosureKind> KindFromName(const std::string& name);
 
 struct PowerReadings {
   std::uint16_t minimum = 0;
@@ -26,11 +15,11 @@ struct PowerReadings {
 };
 
 struct PowerCaps {
-  std::uint16_t minimum = 0;  ///< Lower bound of the range in which a cap can be set.
-  std::uint16_t maximum = 0;  ///< Upper bound of that range.
-  std::uint16_t protective = 0;
-  std::uint16_t user = 0;
-  std::uint16_t thermal = 0;
+  std::uint16_t minimum = 610;   ///< Lower bound of the range in which a cap can be set.
+  std::uint16_t maximum = 3400;  ///< Upper bound of that range.
+  std::uint16_t protective = 2950;
+  std::uint16_t user = 2100;
+  std::uint16_t thermal = 2500;
 };
 
 namespace PowerState {
@@ -89,8 +78,9 @@ constexpr std::size_t kMaxName = 24;
 constexpr std::size_t kMaxBuildName = 6;  ///< The enclosure type follows in the status.
 
 /// What one simulated enclosure is and measures. Every answer is encoded from this record. All
-/// texts and numbers are invented; within an answer no two bytes of the readings are alike.
-struct Enclosure {
+/// texts and numbers are invented; within an answer no two bytes of the readings are alike. What a
+/// record begins with is what a healthy enclosure has; MakeEnclosure() sets the kinds apart.
+struct EnclosureState {
   bool secondGeneration = false;
   std::uint8_t platformId = 0;     ///< Second generation only.
   std::uint8_t enclosureType = 0;  ///< Second generation only: decides the number of PSU slots.
@@ -107,8 +97,5 @@ struct Enclosure {
   std::vector<Psu> psus;         ///< Slot 1 first.
   std::uint8_t selectedPsu = 0;  ///< As it was last selected; 0 before that.
 };
-
-/// The enclosure of that kind.
-Enclosure MakeEnclosure(EnclosureKind kind);
 
 }  // namespace Tavrin::Simulator

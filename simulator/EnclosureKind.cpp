@@ -1,5 +1,6 @@
-#include "simulator/Enclosure.h"
+#include "simulator/EnclosureKind.h"
 
+#include <array>
 #include <utility>
 
 namespace Tavrin::Simulator {
@@ -47,7 +48,7 @@ PowerReadings TotalPower(const std::vector<Node>& nodes) {
   return total;
 }
 
-void Equip(Enclosure& enclosure, unsigned int nodes, unsigned int psus, unsigned int extra) {
+void Equip(EnclosureState& enclosure, unsigned int nodes, unsigned int psus, unsigned int extra) {
   for (unsigned int number = 1; number <= nodes; ++number) {
     enclosure.nodes.push_back(MakeNode(number, extra));
   }
@@ -57,8 +58,8 @@ void Equip(Enclosure& enclosure, unsigned int nodes, unsigned int psus, unsigned
   enclosure.power = TotalPower(enclosure.nodes);
 }
 
-Enclosure FirstGeneration() {
-  Enclosure enclosure;
+EnclosureState FirstGeneration() {
+  EnclosureState enclosure;
   enclosure.majorRevision = 0x01;
   enclosure.minorRevision = 0x05;
   enclosure.revisionTail = {0xA1, 0xA2, 0xA3};
@@ -66,13 +67,12 @@ Enclosure FirstGeneration() {
   enclosure.machineType = "1QA4";
   enclosure.serialNumber = "SIM10001";
   enclosure.name = "simulated-first";
-  enclosure.caps = {610, 3400, 2950, 2100, 2500};
   Equip(enclosure, 4, 2, 0);
   return enclosure;
 }
 
-Enclosure SecondGeneration253() {
-  Enclosure enclosure;
+EnclosureState SecondGeneration253() {
+  EnclosureState enclosure;
   enclosure.secondGeneration = true;
   enclosure.platformId = 0xFD;
   enclosure.enclosureType = 0x03;  // Nine PSU slots.
@@ -88,8 +88,8 @@ Enclosure SecondGeneration253() {
   return enclosure;
 }
 
-Enclosure SecondGeneration254() {
-  Enclosure enclosure;
+EnclosureState SecondGeneration254() {
+  EnclosureState enclosure;
   enclosure.secondGeneration = true;
   enclosure.platformId = 0xFE;
   enclosure.enclosureType = 0x01;  // Without meaning on this platform: it always has two PSU slots.
@@ -125,7 +125,7 @@ std::optional<EnclosureKind> KindFromName(const std::string& name) {
   return std::nullopt;
 }
 
-Enclosure MakeEnclosure(EnclosureKind kind) {
+EnclosureState MakeEnclosure(EnclosureKind kind) {
   switch (kind) {
     case EnclosureKind::FirstGeneration:
       return FirstGeneration();

@@ -1,0 +1,560 @@
+#include "platform/standalone/ipmi_client/Session.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "platform/standalone/globalconfig/ThreadConfig.h"
+#include "platform/standalone/ipmi_client/ConnectResult.h"
+#include "platform/standalone/ipmi_client/LastExchange.h"
+#include "platform/standalone/ipmi_client/LearnedIntervals.h"
+#include "tests/platform/LogCapture.h"
+#include "tests/platform/ScriptedNetwork.h"
+
+namespace Tavrin::Standalone {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using Bytes = std::vector<std::uint8_t>;
+
+/// The messages to a controller: 0 is one within a session, the others are named by their payload
+/// types but for the first, which still goes in a packet of IPMI 1.5.
+enum Step : std::uint8_t {
+  kInSession = 0x00,
+  kOpenSession = 0x10,
+  kRakp1 = 0x12,
+  kRakp3 = 0x14,
+  kCapabilities = 0xFF
+};
+
+constexpr std::size_t kPayloadTypeAt = 5;
+constexpr std::size_t kPayloadAt = 16;
+constexpr std::size_t kCapabilitiesNumberAt = 18;
+constexpr std::size_t kCommandAt = 21;
+constexpr std::uint8_t kRaisePrivilege = 0x3B;
+constexpr std::uint8_t kClose = 0x3C;
+const Bytes kControllersSession = {0x11, 0x22, 0x33, 0x44};
+
+Bytes Part(const Bytes& bytes, std::size_t at, std::size_t count) {
+  const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+  return {begin, begin + static_cast<std::ptrdiff_t>(count)};
+}
+
+Bytes Joined(const std::vector<Bytes>& parts) {
+  Bytes whole;
+  for (const Bytes& part : parts) {
+    whole.insert(whole.end(), part.begin(), part.end());
+  }
+  return whole;
+}
+
+/// With the byte behind it that makes their sum 0.
+Bytes Summed(Bytes bytes) {
+  bytes.push_back(static_cast<std::uint8_t>(-std::accumulate(bytes.begin(), bytes.end(), 0)));
+  return bytes;
+}
+
+Step StepOf(const Bytes& datagram) {
+  constexpr std::size_t authenticationTypeAt = 4;
+  return datagram.at(authenticationTypeAt) == 0 ? kCapabilities
+                                                : static_cast<Step>(datagram.at(kPayloadTypeAt));
+}
+
+/// The answer to the message that stands there in a request, with `body` from its completion code
+/// on.
+Bytes Message(const Bytes& request, std::size_t at, const Bytes& body) {
+  const auto answering = static_cast<std::uint8_t>(request.at(at + 1) | 0x04U);
+  return Joined({Summed({0x81, answering}),
+                 Summed(Joined({{0x20, request.at(at + 4), request.at(at + 5)}, body}))});
+}
+
+Bytes Packet(std::uint8_t payloadType, const Bytes& session, const Bytes& payload) {
+  return Joined({{0x06, 0, 0xFF, 0x07, 0x06, payloadType},
+                 session,
+                 {0, 0, 0, 0, static_cast<std::uint8_t>(payload.size()), 0},
+                 payload});
+}
+
+/// A controller that allows cipher suite 0, which protects nothing.
+struct Controller {
+  /// What becomes of its answer in a step.
+  using Change = std::function<void(Bytes& answer)>;
+
+  Bytes consolesSession = {};
+  milliseconds delay{0};  ///< Of each answer.
+  std::map<Step, Change> changes;
+
+  Bytes Answer(Step step, const Bytes& request) {
+    const Bytes outside(4);
+    const std::uint8_t tag = request.at(kPayloadAt);
+    switch (step) {
+      case kCapabilities: {
+        const Bytes message =
+            Message(request, 14, {0x00, 0x01, 0x80, 0x04, 0x02, 0x00, 0x00, 0x00, 0x00});
+        return Joined({{0x06, 0, 0xFF, 0x07, 0, 0, 0, 0, 0},
+                       outside,
+                       {static_cast<std::uint8_t>(message.size())},
+                       message});
+      }
+      case kOpenSession:
+        consolesSession = Part(request, kPayloadAt + 4, 4);
+        return Packet(0x11, outside,
+                      Joined({{tag, 0, 4, 0},
+                              consolesSession,
+                              kControllersSession,
+                              {0, 0, 0, 8, 0, 0, 0, 0},
+                              {1, 0, 0, 8, 0, 0, 0, 0},
+                              {2, 0, 0, 8, 0, 0, 0, 0}}));
+      case kRakp1:
+        return Packet(0x13, outside,
+                      Joined({{tag, 0, 0, 0}, consolesSession, Bytes(16, 0xA5), Bytes(16, 0x5A)}));
+      case kRakp3:
+        return Packet(0x15, outside, Joined({{tag, 0, 0, 0}, consolesSession}));
+      default:
+        return Packet(0x00, consolesSession, Message(request, kPayloadAt, Body(request)));
+    }
+  }
+
+  static Bytes Body(const Bytes& request) {
+    switch (request.at(kCommandAt)) {
+      case kRaisePrivilege:
+        return {0x00, request.at(kCommandAt + 1)};
+      case kClose:
+        return {0x00};
+      default:
+        return {0xC3, 0x31, 0x51};
+    }
+  }
+
+  void Receive(const Bytes& request) {
+    const Step step = StepOf(request);
+    Bytes answer = Answer(step, request);
+    if (const auto change = changes.find(step); change != changes.end()) {
+      change->second(answer);
+    }
+    if (!answer.empty()) {
+      network.Deliver(delay, answer);
+    }
+  }
+};
+
+void Lose(Bytes& answer) { answer.clear(); }
+
+/// The completion code of a message within a session.
+Controller::Change Complete(std::uint8_t code) {
+  return [code](Bytes& answer) {
+    constexpr std::size_t codeAt = 22;
+    answer.back() = static_cast<std::uint8_t>(answer.back() + answer.at(codeAt) - code);
+    answer.at(codeAt) = code;
+  };
+}
+
+class SessionTest : public testing::Test {
+ protected:
+  SessionTest() {
+    ScriptedNetwork::Reset();
+    LearnInterval("192.0.2.1", 623, milliseconds(0));
+    network.onSent = [this](const Datagram& datagram) { controller.Receive(datagram); };
+  }
+
+  int Connect() {
+    network.sent.clear();
+    began = network.now;
+    const int result = client->connect();
+    took = static_cast<int>((network.now - began).count());
+    return result;
+  }
+
+  /// A failed connect(), of a client of its own.
+  void ExpectFailure(Trouble trouble) {
+    client.emplace("192.0.2.1", "operator", "swordfish", "623", 0);
+    EXPECT_EQ(Connect(), FailureOf(trouble).result);
+    EXPECT_EQ(GetLastExchange().cause, FailureOf(trouble).cause);
+    EXPECT_EQ(GetLastExchange().words, FailureOf(trouble).words);
+    client->disconnect();
+  }
+
+  int Send(const IPMICOMMAND& request = {0xB0, {0x05, 0x01}, 0x32}) {
+    network.sent.clear();
+    began = network.now;
+    const int result = client->send(request, response, completionCode);
+    took = static_cast<int>((network.now - began).count());
+    return result;
+  }
+
+  /// What was sent since the last call above, by step; and when.
+  std::vector<int> Steps() const {
+    std::vector<int> steps;
+    for (const ScriptedNetwork::Sent& sent : network.sent) {
+      steps.push_back(StepOf(sent.datagram));
+    }
+    return steps;
+  }
+  std::vector<int> Times() const {
+    std::vector<int> times;
+    for (const ScriptedNetwork::Sent& sent : network.sent) {
+      times.push_back(static_cast<int>((sent.at - began).count()));
+    }
+    return times;
+  }
+
+  const LogCapture log{0};
+  ThreadConfig config{{}};
+  Controller controller;
+  std::optional<IpmiClient> client{std::in_place, "192.0.2.1", "operator", "swordfish", "623", 0};
+  milliseconds began{0};
+  int took = 0;
+  Bytes response;
+  std::uint8_t completionCode = 0;
+};
+
+TEST_F(SessionTest, ExchangeTakesSevenRoundTrips) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_THAT(Steps(), ElementsAre(kCapabilities, kOpenSession, kRakp1, kRakp3, kInSession));
+  ASSERT_EQ(Send(), 0);
+  EXPECT_THAT(Steps(), ElementsAre(kInSession));
+  EXPECT_EQ(completionCode, 0xC3);
+  EXPECT_EQ(response, (Bytes{0x31, 0x51}));
+  network.sent.clear();
+  client->disconnect();
+  EXPECT_THAT(Steps(), ElementsAre(kInSession));
+  EXPECT_EQ(network.now, milliseconds(0));
+}
+
+TEST_F(SessionTest, OpeningMessagesAreMadeAsIpmiWantsThem) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(network.sent.at(0).datagram,
+            Joined({{0x06, 0, 0xFF, 0x07, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9},
+                    Summed({0x20, 0x18}),
+                    Summed({0x81, 1 << 2, 0x38, 0x8E, 0x04})}));
+  const Bytes opening = network.sent.at(1).datagram;
+  EXPECT_EQ(opening, Joined({{0x06, 0, 0xFF, 0x07, 0x06, 0x10},
+                             Bytes(8),
+                             {32, 0, 2, 0, 0, 0},
+                             controller.consolesSession,
+                             {0, 0, 0, 8, 0, 0, 0, 0},
+                             {1, 0, 0, 8, 0, 0, 0, 0},
+                             {2, 0, 0, 8, 0, 0, 0, 0}}));
+  const Bytes rakp1 = network.sent.at(2).datagram;
+  EXPECT_EQ(rakp1, Joined({{0x06, 0, 0xFF, 0x07, 0x06, 0x12},
+                           Bytes(8),
+                           {36, 0, 3, 0, 0, 0},
+                           kControllersSession,
+                           Part(rakp1, 24, 16),
+                           {0x14, 0, 0, 8, 'o', 'p', 'e', 'r', 'a', 't', 'o', 'r'}}));
+  EXPECT_EQ(
+      network.sent.at(3).datagram,
+      Joined(
+          {{0x06, 0, 0xFF, 0x07, 0x06, 0x14}, Bytes(8), {8, 0, 4, 0, 0, 0}, kControllersSession}));
+}
+
+/// A request within the session.
+Bytes Request(std::uint8_t sequenceNumber, std::uint8_t number, const Bytes& addressed,
+              std::uint8_t command, const Bytes& data) {
+  const Bytes message =
+      Joined({Summed(addressed),
+              Summed(Joined({{0x81, static_cast<std::uint8_t>(number << 2U), command}, data}))});
+  return Joined({{0x06, 0, 0xFF, 0x07, 0x06, 0x00},
+                 kControllersSession,
+                 {sequenceNumber, 0, 0, 0, static_cast<std::uint8_t>(message.size()), 0},
+                 message});
+}
+
+TEST_F(SessionTest, RequestsAreCountedAndNameTheirSession) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(network.sent.back().datagram, Request(1, 5, {0x20, 0x18}, kRaisePrivilege, {0x04}));
+  ASSERT_EQ(Send(), 0);
+  EXPECT_EQ(network.sent.back().datagram, Request(2, 6, {0x20, 0xC8}, 0xB0, {0x05, 0x01}));
+  client->disconnect();
+  EXPECT_EQ(network.sent.back().datagram, Request(3, 7, {0x20, 0x18}, kClose, kControllersSession));
+}
+
+TEST_F(SessionTest, RepetitionHasTheNumberOfItsRequestAndASequenceNumberOfItsOwn) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  controller.changes[kInSession] = Lose;
+  EXPECT_EQ(Send(), ConnectResult::WorthRetrying);
+  EXPECT_EQ(GetLastExchange().words, FailureOf(Trouble::SilentToRequest).words);
+  EXPECT_THAT(Times(), ElementsAre(0, 1000, 2000, 3000, 4000));
+  EXPECT_EQ(took, 4500);
+  for (std::size_t i = 0; i < network.sent.size(); ++i) {
+    EXPECT_EQ(network.sent[i].datagram,
+              Request(static_cast<std::uint8_t>(2 + i), 6, {0x20, 0xC8}, 0xB0, {0x05, 0x01}));
+  }
+}
+
+TEST_F(SessionTest, PrivilegeLevelOfTheConfigurationIsAskedFor) {
+  config.Set("IPMI_PRIVILEGE_LEVEL", 3);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(network.sent.at(0).datagram.at(21), 0x03);
+  EXPECT_EQ(network.sent.at(1).datagram.at(17), 0x00);
+  EXPECT_EQ(network.sent.at(2).datagram.at(40), 0x13);
+  EXPECT_EQ(network.sent.at(4).datagram.at(22), 0x03);
+}
+
+TEST_F(SessionTest, WorkaroundAsksForThePrivilegeLevelWhenTheSessionOpens) {
+  config.Set("IPMI_WORKAROUND_FLAGS", 16);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(network.sent.at(1).datagram.at(17), 0x04);
+}
+
+TEST_F(SessionTest, SilenceIsTheTroubleOfItsStep) {
+  const std::vector<std::pair<Step, Trouble>> steps = {
+      {kCapabilities, Trouble::NoAnswer},        {kOpenSession, Trouble::SilentWhileOpening},
+      {kRakp1, Trouble::SilentWhileChecking},    {kRakp3, Trouble::SilentWhileChecking},
+      {kInSession, Trouble::SilentWhileOpening},
+  };
+  for (const auto& [step, trouble] : steps) {
+    controller.changes = {{step, Lose}};
+    ExpectFailure(trouble);
+    EXPECT_EQ(took, step == kInSession ? 4500 + 2000 : 4500) << step;
+  }
+}
+
+TEST_F(SessionTest, RefusalsAreTakenInEveryStepThatHasAStatus) {
+  constexpr std::size_t statusAt = kPayloadAt + 1;
+  for (const Step step : {kOpenSession, kRakp1, kRakp3}) {
+    controller.changes = {{step, [](Bytes& answer) {
+                             answer.at(statusAt) = 0x01;
+                             answer.resize(statusAt + 1);
+                             answer.at(14) = 2;
+                           }}};
+    ExpectFailure(Trouble::NoFreeSession);
+    EXPECT_EQ(network.sent.size(), step == kOpenSession ? 2U : step == kRakp1 ? 3U : 4U);
+  }
+}
+
+TEST_F(SessionTest, BegunSessionThatIsGivenUpIsRefusedToTheController) {
+  controller.changes = {{kOpenSession, [](Bytes& answer) { answer.at(kPayloadAt + 2) = 3; }}};
+  ExpectFailure(Trouble::PrivilegeRefused);
+  EXPECT_THAT(Steps(), ElementsAre(kCapabilities, kOpenSession, kRakp3));
+  EXPECT_EQ(network.sent.back().datagram, Joined({{0x06, 0, 0xFF, 0x07, 0x06, 0x14},
+                                                  Bytes(8),
+                                                  {8, 0, 3, 0x0F, 0, 0},
+                                                  kControllersSession}));
+  EXPECT_EQ(took, 0);
+}
+
+TEST_F(SessionTest, HigherPrivilegeThanAskedForIsTaken) {
+  controller.changes = {{kOpenSession, [](Bytes& answer) { answer.at(kPayloadAt + 2) = 5; }}};
+  EXPECT_EQ(Connect(), ConnectResult::Connected);
+}
+
+TEST_F(SessionTest, RefusedPrivilegeIsToldAndItsSessionClosed) {
+  const std::vector<std::pair<std::uint8_t, Trouble>> rows = {
+      {0x80, Trouble::PrivilegeRefused},
+      {0x81, Trouble::PrivilegeRefused},
+      {0xD4, Trouble::PrivilegeInsufficient},
+      {0xC0, Trouble::Busy},
+  };
+  for (const auto& [code, trouble] : rows) {
+    controller.changes = {{kInSession, Complete(code)}};
+    ExpectFailure(trouble);
+    EXPECT_EQ(network.sent.back().datagram.at(kCommandAt), kClose);
+  }
+}
+
+Controller::Change Set(std::size_t at, std::uint8_t value) {
+  return [=](Bytes& answer) { answer.at(at) = value; };
+}
+
+Controller::Change Flip(std::size_t at) {
+  return [=](Bytes& answer) { answer.at(at) ^= 0x80U; };
+}
+
+TEST_F(SessionTest, CapabilitiesThatRuleASessionOutAreTold) {
+  config.Set("IPMI_WORKAROUND_FLAGS", 64);  // Their checksum no longer fits.
+  const std::vector<std::pair<Controller::Change, Trouble>> rows = {
+      {Set(20, 0xC0), Trouble::Busy},
+      {Set(20, 0xCC), Trouble::Ipmi20Missing},
+      {Set(22, 0x00), Trouble::Ipmi20Missing},
+      {Set(24, 0x01), Trouble::Ipmi20Missing},
+      {Set(23, 0x00), Trouble::UserNameRefused},
+      {Set(23, 0x24), Trouble::KeyMissing},
+  };
+  for (const auto& [change, trouble] : rows) {
+    controller.changes = {{kCapabilities, change}};
+    ExpectFailure(trouble);
+  }
+  config.Set("IPMI_WORKAROUND_FLAGS", 64 + 1);
+  for (const std::uint8_t status : Bytes{0x00, 0x24}) {
+    controller.changes = {{kCapabilities, Set(23, status)}};
+    EXPECT_EQ(Connect(), ConnectResult::Connected);
+  }
+}
+
+TEST_F(SessionTest, WrongChecksumIsTakenWithTheWorkaroundAlone) {
+  const auto spoil = [](Bytes& answer) { answer.back() ^= 0x01U; };
+  for (const Step step : {kCapabilities, kInSession}) {
+    controller.changes = {{step, spoil}};
+    ExpectFailure(Trouble::DamagedAnswer);
+  }
+  config.Set("IPMI_WORKAROUND_FLAGS", 64);
+  controller.changes = {{kCapabilities, spoil}, {kInSession, spoil}};
+  EXPECT_EQ(Connect(), ConnectResult::Connected);
+}
+
+TEST_F(SessionTest, AnswerOfAnotherKindTagOrSessionIsNotTaken) {
+  const std::vector<std::pair<Step, std::vector<std::size_t>>> places = {
+      {kCapabilities, {9, kCapabilitiesNumberAt}},
+      {kOpenSession, {kPayloadTypeAt, kPayloadAt, kPayloadAt + 4}},
+      {kRakp1, {kPayloadTypeAt, kPayloadAt, kPayloadAt + 4}},
+      {kRakp3, {kPayloadTypeAt, kPayloadAt, kPayloadAt + 4}},
+  };
+  for (const auto& [step, offsets] : places) {
+    for (const std::size_t at : offsets) {
+      SCOPED_TRACE(std::to_string(step) + " at " + std::to_string(at));
+      const bool isEncryption = step != kCapabilities && at == kPayloadTypeAt;
+      controller.changes = {{step, isEncryption ? Set(at, 0x16) : Flip(at)}};
+      ExpectFailure(Trouble::OtherAnswer);
+    }
+  }
+}
+
+TEST_F(SessionTest, AnswerThatEndsEarlyIsDamaged) {
+  for (const Step step : {kOpenSession, kRakp1, kRakp3}) {
+    controller.changes = {{step, [](Bytes& answer) {
+                             answer.pop_back();
+                             --answer.at(14);
+                           }}};
+    ExpectFailure(Trouble::DamagedAnswer);
+  }
+  controller.changes = {{kCapabilities, [](Bytes& answer) { answer.resize(20); }}};
+  ExpectFailure(Trouble::DamagedAnswer);
+}
+
+TEST_F(SessionTest, CheckValueWithoutAnAlgorithmIsTakenWithTheWorkaroundAlone) {
+  controller.changes = {{kRakp3, [](Bytes& answer) {
+                           answer.insert(answer.end(), 12, 0x5A);
+                           answer.at(14) = static_cast<std::uint8_t>(answer.at(14) + 12);
+                         }}};
+  ExpectFailure(Trouble::DamagedAnswer);
+  config.Set("IPMI_WORKAROUND_FLAGS", 32);
+  EXPECT_EQ(Connect(), ConnectResult::Connected);
+}
+
+TEST_F(SessionTest, LaterAttemptsGiveEachOpeningQuestionMoreTime) {
+  controller.changes = {{kCapabilities, Lose}};
+  Connect();
+  EXPECT_THAT(Times(), ElementsAre(0, 1000, 2000, 3000, 4000));
+  Connect();
+  EXPECT_THAT(Times(), ElementsAre(0, 2000, 4000));
+  Connect();
+  EXPECT_THAT(Times(), ElementsAre(0, 4000));
+  controller.changes.clear();
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  controller.changes = {{kInSession, Lose}};
+  Send();
+  EXPECT_THAT(Times(), ElementsAre(0, 1000, 2000, 3000, 4000));
+}
+
+TEST_F(SessionTest, LateControllerIsKnownForOneInTheNextAttempt) {
+  controller.delay = milliseconds(5000);
+  Connect();
+  EXPECT_EQ(GetLastExchange().words, FailureOf(Trouble::NoAnswer).words);
+  Connect();
+  EXPECT_EQ(GetLastExchange().words, LateFailure(milliseconds(5000)).words);
+}
+
+TEST_F(SessionTest, SlowControllerIsLearntForTheNextClient) {
+  controller.delay = milliseconds(1200);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(LearnedInterval("192.0.2.1", 623), milliseconds(2400));
+  client->disconnect();
+  client.emplace("192.0.2.1", "operator", "swordfish", "623", 0);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(network.sent.size(), 5U);
+  Send();
+  EXPECT_EQ(network.sent.size(), 1U);
+  client->disconnect();
+  controller.delay = milliseconds(1000);
+  EXPECT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(LearnedInterval("192.0.2.1", 623), milliseconds(0));
+}
+
+TEST_F(SessionTest, LearntIntervalLeavesTimeForARepetition) {
+  LearnInterval("192.0.2.1", 623, milliseconds(9000));
+  controller.changes = {{kCapabilities, Lose}};
+  Connect();
+  EXPECT_THAT(Times(), ElementsAre(0, 3375));
+}
+
+TEST_F(SessionTest, LearntIntervalShorterThanTheUsualOneChangesNothing) {
+  LearnInterval("192.0.2.1", 623, milliseconds(500));
+  controller.changes = {{kCapabilities, Lose}};
+  Connect();
+  EXPECT_THAT(Times(), ElementsAre(0, 1000, 2000, 3000, 4000));
+}
+
+TEST_F(SessionTest, ClosingIsAskedTwiceAtMost) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  controller.changes = {{kInSession, Lose}};
+  network.sent.clear();
+  client->disconnect();
+  EXPECT_THAT(Times(), ElementsAre(0, 1000));
+  client->disconnect();
+  EXPECT_THAT(network.sent, SizeIs(2));
+}
+
+TEST_F(SessionTest, AttemptsAtOneAddressShareASocketUntilTheClientDisconnects) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(network.sockets, 1);
+  client->disconnect();
+  EXPECT_EQ(Send(), ConnectResult::Failed);
+  EXPECT_THAT(network.sent, IsEmpty());
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(network.sockets, 2);
+  EXPECT_EQ(network.sent.front().datagram.at(kCapabilitiesNumberAt), 1 << 2);
+}
+
+TEST_F(SessionTest, SocketThatCouldNotBeOpenedIsTriedAnew) {
+  network.connectError = ENETUNREACH;
+  Connect();
+  EXPECT_EQ(GetLastExchange().words, FailureOf(Trouble::NoRoute).words);
+  network.connectError = 0;
+  EXPECT_EQ(Connect(), ConnectResult::Connected);
+}
+
+TEST_F(SessionTest, SessionOfAClientThatIsDroppedIsClosed) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  network.sent.clear();
+  client.reset();
+  ASSERT_THAT(network.sent, SizeIs(1));
+  EXPECT_EQ(network.sent.back().datagram.at(kCommandAt), kClose);
+}
+
+TEST_F(SessionTest, OnlyRequestsThatFitADatagramAreSent) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  controller.changes = {{kInSession, Lose}};
+  EXPECT_EQ(Send({0xB0, Bytes(65000), 0x32}), ConnectResult::WorthRetrying);
+  EXPECT_EQ(Send({0xB0, Bytes(65001), 0x32}), ConnectResult::Failed);
+  EXPECT_EQ(GetLastExchange().words, "the request has 65001 data bytes; expected at most 65000");
+  EXPECT_EQ(GetLastExchange().cause, FailureCause::BadSetting);
+  EXPECT_EQ(took, 0);
+}
+
+TEST_F(SessionTest, OnlyRequestsOfANetworkFunctionForRequestsAreSent) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  for (const std::uint8_t netFn : Bytes{0x01, 0x33, 0x0E, 0x40}) {
+    EXPECT_EQ(Send({0xB0, {}, netFn}), ConnectResult::Failed);
+    EXPECT_THAT(network.sent, IsEmpty());
+    EXPECT_EQ(GetLastExchange().cause, FailureCause::BadSetting);
+  }
+  EXPECT_EQ(GetLastExchange().words,
+            "the network function is 0x40; expected an even one up to 0x0c, or from 0x2c to 0x3e");
+  for (const std::uint8_t netFn : Bytes{0x00, 0x0C, 0x2C, 0x3E}) {
+    EXPECT_EQ(Send({0xB0, {}, netFn}), 0);
+  }
+}
+
+}  // namespace
+}  // namespace Tavrin::Standalone
