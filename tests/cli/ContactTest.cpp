@@ -135,11 +135,9 @@ TEST(RefusedLogin, InTheMiddleOfARunIsTheLast) {
   EXPECT_THAT(finished.output, HasSubstr("  generation   second\n"));
   EXPECT_THAT(
       finished.error,
-      AllOf(HasSubstr("smm-inventory: platform id, PSU slots, nodes, machine type, serial "
-                      "number, firmware version, name, chassis power, power caps, node "
-                      "status (1, 2, 3, 4), node power (1, 2, 3, 4), PSU fans, PSU "
-                      "firmware, PSU status not read: no IPMI connection could be opened ("),
-            HasSubstr(kPasswordStep)));
+      AllOf(
+          HasSubstr("smm-inventory: platform id, PSU slots, nodes, machine type, serial number, "),
+          HasSubstr(" not read: no IPMI connection could be opened ("), HasSubstr(kPasswordStep)));
   EXPECT_EQ(SentenceCount(finished.error), 1);
 }
 
