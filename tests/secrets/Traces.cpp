@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
-#include <regex>
 #include <string_view>
 
 namespace Tavrin {
@@ -41,8 +40,17 @@ bool Holds(const std::string& text, const std::string& part) {
 
 /// The text without anything that programs put between or before bytes when they show them.
 std::string Joined(const std::string& text) {
-  static const std::regex between(R"(0[xX]|\\x|[^0-9A-Za-z+/])");
-  return std::regex_replace(text, between, "");
+  std::string joined;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const std::string prefix = text.substr(at, 2);
+    if (prefix == "0x" || prefix == "0X" || prefix == "\\x") {
+      ++at;
+    } else if (std::isalnum(static_cast<unsigned char>(text[at])) != 0 || text[at] == '+' ||
+               text[at] == '/') {
+      joined += text[at];
+    }
+  }
+  return joined;
 }
 
 std::string Lower(std::string text) {
