@@ -1,6 +1,5 @@
 #include "tests/secrets/Traces.h"
 
-#include <algorithm>
 #include <cctype>
 #include <cstdint>
 #include <string_view>
@@ -23,8 +22,6 @@ std::string Encoded(const std::string& bytes, std::string_view digits, std::size
   return text;
 }
 
-std::string Hexadecimal(const std::string& bytes) { return Encoded(bytes, "0123456789abcdef", 4); }
-
 /// The characters of a base64 text that `bytes` alone decide, when `offset` other bytes come before
 /// them in their group of three.
 std::string Base64Core(const std::string& bytes, std::size_t offset) {
@@ -32,10 +29,6 @@ std::string Base64Core(const std::string& bytes, std::size_t offset) {
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   const std::size_t foreignCharacters = offset == 0 ? 0 : offset + 1;
   return Encoded(std::string(offset, '\0') + bytes, digits, 6).substr(foreignCharacters);
-}
-
-bool Holds(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
 }
 
 /// The text without anything that programs put between or before bytes when they show them.
@@ -53,31 +46,25 @@ std::string Joined(const std::string& text) {
   return joined;
 }
 
-std::string Lower(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return text;
-}
-
 }  // namespace
 
 std::vector<std::string> TracesOf(const std::string& secret, const std::string& text) {
   constexpr std::size_t kPartLength = 8;
   const std::string joined = Joined(text);
-  const std::string lower = Lower(joined);
   std::vector<std::string> traces;
   for (std::size_t begin = 0; begin + kPartLength <= secret.size(); ++begin) {
     const std::string part = secret.substr(begin, kPartLength);
-    if (Holds(text, part) || Holds(joined, part)) {
-      traces.push_back("text of " + part);
-    }
-    if (Holds(lower, Hexadecimal(part))) {
-      traces.push_back("hexadecimal of " + part);
-    }
-    for (std::size_t offset = 0; offset < 3; ++offset) {
-      if (Holds(joined, Base64Core(part, offset))) {
-        traces.push_back("base64 of " + part);
+    const auto look = [&](const std::string& kind, const std::string& rendering) {
+      if (text.find(rendering) != std::string::npos ||
+          joined.find(rendering) != std::string::npos) {
+        traces.push_back(kind + " of " + part);
       }
+    };
+    look("text", part);
+    look("hexadecimal", Encoded(part, "0123456789abcdef", 4));
+    look("hexadecimal", Encoded(part, "0123456789ABCDEF", 4));
+    for (std::size_t offset = 0; offset < 3; ++offset) {
+      look("base64", Base64Core(part, offset));
     }
   }
   return traces;
