@@ -65,7 +65,7 @@ Datagram Pack(const Envelope& envelope, const Protection& protection, const Fiid
       parts.rmcpHeader.Get(), parts.sessionHeader.Get(), parts.requestHeader.Get(), message.Get(),
       parts.sessionTrailer.Get(), datagram.data(), static_cast<unsigned int>(datagram.size()),
       IPMI_INTERFACE_FLAGS_DEFAULT);
-  datagram.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+  datagram.resize(static_cast<std::size_t>(std::max(length, 0)));
   return datagram;
 }
 

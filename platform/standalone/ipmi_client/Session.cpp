@@ -127,7 +127,7 @@ Failure Session::LearnControllersProof() {
 
 Failure Session::ProvePassword() {
   rakpTag_ = conversation_.NextTag();
-  std::uint8_t status = 0;
+  std::uint8_t status{};
   Question question;
   question.silence = Trouble::SilentWhileChecking;
   question.isOpening = true;
@@ -179,7 +179,7 @@ Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Question& que
   if (isProven_) {
     return question.judge(datagram);
   }
-  std::uint8_t status = 0;
+  std::uint8_t status{};
   const Verdict verdict = ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_, false, status);
   if (verdict == Verdict::Answer && status != 0) {
     lateStatus_ = status;
