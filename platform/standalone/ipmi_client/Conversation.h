@@ -26,10 +26,10 @@ struct Question {
   /// The datagram of the first sending and of each repetition; empty when it cannot be made.
   std::function<Datagram()> make;
   std::function<Verdict(const Datagram&)> judge;
+  Trouble silence{};  ///< What it is when nothing at all comes.
   /// Whether it opens a session. A repetition to a controller that is only slow may spoil what
   /// follows, so these questions wait for longer before they are repeated.
   bool isOpening = false;
-  Trouble silence{};  ///< What it is when nothing at all comes.
 };
 
 /// Asks questions of one controller, one at a time, and waits for their answers. Lasts for all

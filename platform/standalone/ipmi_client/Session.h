@@ -50,7 +50,7 @@ class Session {
   Failure LearnControllersProof();  ///< RAKP messages 1 and 2.
   Failure ProvePassword();          ///< RAKP messages 3 and 4.
   Failure RaisePrivilege();
-  void Close();
+  void Close();  ///< Only what is not over yet.
   void AskToClose();
 
   /// A question that goes within the session.
