@@ -24,7 +24,6 @@ _PLATFORM_TESTS = tuple(
 _PLATFORM_ON_THE_WIRE = (
     "tests/wire/wire_tests",
     "tests/wire/address_tests",
-    "tests/secrets/wiping_test",
     "tests/faults/fault_tests OpeningAnswers.*",
     "tests/faults/memory_tests",
 )

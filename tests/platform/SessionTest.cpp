@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <pthread.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -24,7 +27,7 @@ namespace Tavrin::Standalone {
 namespace {
 
 using std::chrono::milliseconds;
-using testing::Each;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -165,6 +168,11 @@ Controller::Change Complete(std::uint8_t code) {
 /// What getentropy() draws next, of which it fails when there is none: any numbers unless a test
 /// says so.
 std::optional<std::vector<std::uint8_t>> entropy;
+
+std::vector<std::string> wiped;
+
+/// Whether another thread holds whatever is only tried for.
+bool areMutexesHeld = false;
 
 class SessionTest : public testing::Test {
  protected:
@@ -761,6 +769,23 @@ TEST_F(SessionTest, FailuresAreWrittenDownFromTheWarningThresholdOn) {
                       "the request has 65001 data bytes; expected at most 65000"));
 }
 
+TEST_F(SessionTest, IntervalsThatAnotherThreadHoldsAreNeitherWaitedForNorLearnt) {
+  LearnInterval("192.0.2.1", 623, milliseconds(3000));
+  areMutexesHeld = true;
+  EXPECT_EQ(LearnedInterval("192.0.2.1", 623), milliseconds(0));
+  LearnInterval("192.0.2.1", 623, milliseconds(2000));
+  areMutexesHeld = false;
+  EXPECT_EQ(LearnedInterval("192.0.2.1", 623), milliseconds(3000));
+}
+
+TEST_F(SessionTest, PasswordIsWipedBehindTheSessionsEnd) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  network.onSent = [](const Datagram& /*datagram*/) { EXPECT_THAT(wiped, IsEmpty()); };
+  wiped.clear();
+  client.reset();
+  EXPECT_THAT(wiped, Contains("swordfish"));
+}
+
 TEST(Seam, RecordsBeginEmpty) {
   const TavrinConnection::ConnectionInfo info;
   EXPECT_EQ(info.address + info.userName + info.password, "");
@@ -779,6 +804,16 @@ TEST(Seam, RecordsBeginEmpty) {
 }  // namespace Tavrin::Standalone
 
 // In the place of the system's.
+
+extern "C" void explicit_bzero(void* memory, std::size_t length) noexcept {
+  Tavrin::Standalone::wiped.emplace_back(static_cast<const char*>(memory), length);
+  std::memset(memory, 0, length);
+}
+
+extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
+  return Tavrin::Standalone::areMutexesHeld ? EBUSY : pthread_mutex_lock(mutex);
+}
+
 extern "C" int getentropy(void* buffer, std::size_t length) {
   auto& entropy = Tavrin::Standalone::entropy;
   if (entropy && entropy->empty()) {

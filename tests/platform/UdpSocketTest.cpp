@@ -1,7 +1,9 @@
 #include "platform/standalone/ipmi_client/UdpSocket.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -94,9 +96,20 @@ TEST(UdpSocket, SilentPortIsNotRememberedAsClosed) {
 }
 
 TEST(UdpSocket, AddressThatCannotBeReachedIsAnError) {
-  EXPECT_NE(UdpSocket("no address", 623).OpenError(), 0);
+  EXPECT_EQ(UdpSocket("no address", 623).OpenError(), EADDRNOTAVAIL);
+  EXPECT_EQ(UdpSocket("localhost", 623).OpenError(), EADDRNOTAVAIL);
   // Broadcasts have to be asked for.
   EXPECT_EQ(UdpSocket("255.255.255.255", 623).OpenError(), EACCES);
+}
+
+TEST(UdpSocket, WithoutADescriptorThatIsTheError) {
+  rlimit limit = {};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlimit none = {0, limit.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  const int error = UdpSocket("127.0.0.1", 623).OpenError();
+  setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_EQ(error, EMFILE);
 }
 
 TEST(UdpSocket, DescriptorZeroIsClosedLikeAnyOther) {
@@ -104,7 +117,9 @@ TEST(UdpSocket, DescriptorZeroIsClosedLikeAnyOther) {
   const int standardInput = dup(STDIN_FILENO);
   close(STDIN_FILENO);
   auto socket = std::make_unique<UdpSocket>("127.0.0.1", port.Number());
+  EXPECT_EQ(socket->OpenError(), 0);
   EXPECT_EQ(access("/proc/self/fd/0", F_OK), 0);
+  EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), FD_CLOEXEC);
   socket.reset();
   EXPECT_NE(access("/proc/self/fd/0", F_OK), 0);
   dup2(standardInput, STDIN_FILENO);

@@ -17,7 +17,7 @@ Failure CapabilitiesFailure(const Capabilities& capabilities, bool checksLogin) 
   if (MayPass(capabilities.completionCode)) {
     return FailureOf(Trouble::Busy);
   }
-  if (capabilities.completionCode != 0 || !capabilities.hasIpmi20) {
+  if (!capabilities.hasIpmi20) {
     return FailureOf(Trouble::Ipmi20Missing);
   }
   if (checksLogin && !capabilities.isUserAllowed) {
