@@ -45,10 +45,13 @@ template <typename Error, typename Parse>
 std::optional<std::string> RefusalOf(Parse parse) {
   try {
     parse();
+    return std::nullopt;
   } catch (const Error& error) {
-    return error.what();
+    const std::string sentence = error.what();
+    Require(IsPrintable(sentence) && sentence.find("expected ") != std::string::npos,
+            "a refusal is one printable line that says what was expected");
+    return sentence;
   }
-  return std::nullopt;
 }
 
 /// A number as it is usually written, when the digits are one.
@@ -56,17 +59,9 @@ std::string WithoutLeadingZeros(std::string digits) {
   return digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
 }
 
-/// Holds for a text that is accepted, too: then there is no refusal to judge.
-void CheckSentence(const std::optional<std::string>& refusal) {
-  Require(!refusal || (IsPrintable(*refusal) && refusal->find("expected ") != std::string::npos),
-          "a refusal is one printable line that says what was expected");
-}
-
 void CheckHost(const std::string& text) {
   HostAndPort parsed;
-  const auto refusal = RefusalOf<UsageError>([&] { parsed = ParseHost(text); });
-  CheckSentence(refusal);
-  if (refusal) {
+  if (RefusalOf<UsageError>([&] { parsed = ParseHost(text); })) {
     return;
   }
   Require(!parsed.host.empty() && IsPrintable(parsed.host), "a host is a printable text");
@@ -80,7 +75,6 @@ void CheckHost(const std::string& text) {
 void CheckPort(const std::string& text) {
   std::uint16_t port = 0;
   const auto refusal = RefusalOf<UsageError>([&] { port = ParsePort(text); });
-  CheckSentence(refusal);
   const std::string digits = WithoutLeadingZeros(text);
   Require(refusal.has_value() == (digits == "0" || !IsNumber(digits, 65535)),
           "a port is a number from 1 to 65535");
@@ -161,7 +155,7 @@ void CheckSettings(const std::string& text) {
                                  {ParseAttempts, 1, std::numeric_limits<int>::max()},
                                  {ParseSessionTimeout, 100, 600000}}) {
     int value = setting.smallest;
-    CheckSentence(RefusalOf<UsageError>([&] { value = setting.parse(text); }));
+    RefusalOf<UsageError>([&] { value = setting.parse(text); });
     Require(value >= setting.smallest && value <= setting.largest, "a setting is in its range");
   }
   const auto kind = Simulator::KindFromName(text);
@@ -218,7 +212,6 @@ void CheckScenario(const std::string& behindBrace) {
     Scenario scenario;
     const auto refusal = RefusalOf<ScenarioError>(
         [&] { scenario = ParseScenario('{' + behindBrace, kSourceName, MakeEnclosure(kind)); });
-    CheckSentence(refusal);
     Require(!refusal || refusal->rfind(std::string(kSourceName) + ": ", 0) == 0,
             "a refusal names its source");
     CheckEnclosure(scenario.enclosure);
