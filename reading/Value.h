@@ -11,7 +11,7 @@ enum class Absence {
   /// It is there.
   None,
 
-  /// The SMM reports none: the library's "N/A", or a text that the library does not give.
+  /// The SMM reports none: the library's "N/A", or what is none of its texts.
   NotReported,
 
   /// A first-generation SMM reports one fan a PSU.

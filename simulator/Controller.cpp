@@ -9,7 +9,7 @@ namespace {
 
 bool Matches(const Override& entry, const Request& request) {
   return entry.netFn == request.netFn && entry.command == request.command &&
-         entry.requestData.value_or(request.data) == request.data && entry.times.value_or(1) > 0;
+         entry.requestData.value_or(request.data) == request.data && entry.times != 0U;
 }
 
 }  // namespace

@@ -6,9 +6,10 @@
 
 namespace Tavrin {
 
-/// A file that only this user can read, in a temporary directory of its own; removed with the
-/// object, also while an exception passes. Programs that are started find it under its path, for a
-/// password, say, which must not be among their arguments.
+/// A file that only this user can read and write, in a temporary directory of its own; removed with
+/// the object, also while an exception passes. Programs that are started find it under its path,
+/// for a password, say, which must not be among their arguments. A process that is killed leaves it
+/// behind.
 class TemporaryFile {
  public:
   /// Writes the content, byte for byte, and closes the file. Throws std::system_error, with the

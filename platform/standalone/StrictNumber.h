@@ -12,7 +12,7 @@ namespace Standalone {
 /// holds anything else or does not fit an int.
 inline std::optional<int> ParseStrictly(std::string_view text) {
   const char* const end = text.data() + text.size();
-  int value = 0;
+  int value{};
   const auto [stop, error] = std::from_chars(text.data(), end, value);
   if (error != std::errc() || stop != end) {
     return std::nullopt;

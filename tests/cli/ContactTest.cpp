@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "tests/cli/Tool.h"
+#include "tests/report/JsonText.h"
 #include "tests/support/Relay.h"
 #include "tests/support/SimulatedSmm.h"
 
@@ -13,7 +14,6 @@
 namespace Tavrin {
 namespace {
 
-using nlohmann::json;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
@@ -106,12 +106,12 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(RefusedLogin, DocumentHoldsTheFailureAlone) {
   const SimulatedSmm simulator({"--generation", "1"});
   const Finished finished = RunTool(CallArguments(simulator.Address(), {"--json"}), {}, "guess\n");
-  const json document = DocumentOf(finished);
-  EXPECT_EQ(document.at("address"), simulator.Address());
-  EXPECT_EQ(document.at("failure").at("statusName"), "NotConnected");
-  EXPECT_THAT(document.at("failure").at("reason"),
-              StartsWith("no IPMI connection could be opened ("));
-  EXPECT_EQ(document.at("queries"), json::object());
+  const std::string& document = DocumentOf(finished);
+  EXPECT_EQ(At(document, "/address"), '"' + simulator.Address() + '"');
+  EXPECT_EQ(At(document, "/failure/statusName"), R"("NotConnected")");
+  EXPECT_THAT(At(document, "/failure/reason"),
+              StartsWith("\"no IPMI connection could be opened ("));
+  EXPECT_EQ(At(document, "/queries"), "{}");
 }
 
 TEST(RefusedLogin, InTheMiddleOfARunIsTheLast) {
@@ -135,11 +135,9 @@ TEST(RefusedLogin, InTheMiddleOfARunIsTheLast) {
   EXPECT_THAT(finished.output, HasSubstr("  generation   second\n"));
   EXPECT_THAT(
       finished.error,
-      AllOf(HasSubstr("smm-inventory: platform id, PSU slots, nodes, machine type, serial "
-                      "number, firmware version, name, chassis power, power caps, node "
-                      "status (1, 2, 3, 4), node power (1, 2, 3, 4), PSU fans, PSU "
-                      "firmware, PSU status not read: no IPMI connection could be opened ("),
-            HasSubstr(kPasswordStep)));
+      AllOf(
+          HasSubstr("smm-inventory: platform id, PSU slots, nodes, machine type, serial number, "),
+          HasSubstr(" not read: no IPMI connection could be opened ("), HasSubstr(kPasswordStep)));
   EXPECT_EQ(SentenceCount(finished.error), 1);
 }
 
@@ -176,10 +174,9 @@ TEST(DeadHost, DocumentHoldsNothingThatWasNotRead) {
       RunTool(CallArguments(kDeadHost, {"--json", "--attempts", "1", "--session-timeout", "0.2"}),
               {}, "sesame\n");
   EXPECT_EQ(finished.exitCode, 1);
-  const json document = DocumentOf(finished);
-  EXPECT_EQ(document.size(), 7U);
-  EXPECT_EQ(document.at("failure").at("status"), 2);
-  EXPECT_EQ(document.at("queries"), json::object());
+  const std::string& document = DocumentOf(finished);
+  EXPECT_EQ(At(document, "/failure/status"), "2");
+  EXPECT_EQ(At(document, "/queries"), "{}");
 }
 
 TEST(DeadHost, RowsHoldTheReasonAlone) {
@@ -224,9 +221,9 @@ TEST(UnknownGeneration, DocumentHoldsTheFailureAlone) {
   const SimulatedSmm simulator({"--generation", "2"},
                                R"({"overrides": [{"command": "0xA8", "completionCode": "0xD4"}]})");
   const Finished finished = RunTool(CallArguments(simulator.Address(), {"--json"}), {}, "sesame\n");
-  const json document = DocumentOf(finished);
-  EXPECT_EQ(document.at("failure").at("statusName"), "NoUsableResult");
-  EXPECT_THAT(document.at("failure").at("reason"), HasSubstr("insufficient privilege"));
+  const std::string& document = DocumentOf(finished);
+  EXPECT_EQ(At(document, "/failure/statusName"), R"("NoUsableResult")");
+  EXPECT_THAT(At(document, "/failure/reason"), HasSubstr("insufficient privilege"));
   EXPECT_THAT(finished.error, HasSubstr("; next: try a higher -L, "));
 }
 

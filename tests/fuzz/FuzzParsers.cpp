@@ -209,22 +209,26 @@ void CheckAnswers(const Simulator::Scenario& scenario) {
   }
 }
 
-void CheckScenario(const std::string& text, Simulator::EnclosureKind kind) {
-  Simulator::Scenario scenario;
-  const auto refusal = RefusalOf<Simulator::ScenarioError>([&] {
-    scenario = Simulator::ParseScenario(text, kSourceName, Simulator::MakeEnclosure(kind));
-  });
-  CheckSentence(refusal);
-  Require(!refusal || refusal->rfind(std::string(kSourceName) + ": ", 0) == 0,
-          "a refusal names its source");
-  if (refusal) {
-    return;
+/// The letter is the brace that every scenario begins with, so that files of scenarios are inputs.
+void CheckScenario(const std::string& behindBrace) {
+  using namespace Simulator;
+  for (const EnclosureKind kind :
+       {EnclosureKind::FirstGeneration, EnclosureKind::SecondGeneration253,
+        EnclosureKind::SecondGeneration254}) {
+    Scenario scenario;
+    const auto refusal = RefusalOf<ScenarioError>(
+        [&] { scenario = ParseScenario('{' + behindBrace, kSourceName, MakeEnclosure(kind)); });
+    CheckSentence(refusal);
+    Require(!refusal || refusal->rfind(std::string(kSourceName) + ": ", 0) == 0,
+            "a refusal names its source");
+    CheckEnclosure(scenario.enclosure);
+    for (const Override& override : scenario.overrides) {
+      CheckOverride(override);
+    }
+    if (!refusal) {
+      CheckAnswers(scenario);
+    }
   }
-  CheckEnclosure(scenario.enclosure);
-  for (const Simulator::Override& override : scenario.overrides) {
-    CheckOverride(override);
-  }
-  CheckAnswers(scenario);
 }
 
 void CheckStrictNumber(const std::string& text) {
@@ -247,29 +251,10 @@ void CheckEscaping(const std::string& text) {
   Require(Standalone::EscapeControlBytes(text) == bytewise, "each byte is escaped on its own");
 }
 
-template <Simulator::EnclosureKind kKind>
-void CheckScenarioOf(const std::string& text) {
-  CheckScenario(text, kKind);
-}
-
-/// A scenario as its file holds it, whose first letter is a brace.
-void CheckScenarioFile(const std::string& behindBrace) {
-  CheckScenario('{' + behindBrace, Simulator::EnclosureKind::SecondGeneration253);
-}
-
 const std::map<char, void (*)(const std::string&)>& Checks() {
-  using Simulator::EnclosureKind;
   static const std::map<char, void (*)(const std::string&)> checks = {
-      {'h', CheckHost},
-      {'p', CheckPort},
-      {'w', CheckPassword},
-      {'s', CheckSettings},
-      {'n', CheckStrictNumber},
-      {'e', CheckEscaping},
-      {'d', CheckDatagram},
-      {'i', CheckScenarioOf<EnclosureKind::FirstGeneration>},
-      {'k', CheckScenarioOf<EnclosureKind::SecondGeneration254>},
-      {'{', CheckScenarioFile},
+      {'h', CheckHost},         {'p', CheckPort},     {'w', CheckPassword}, {'s', CheckSettings},
+      {'n', CheckStrictNumber}, {'e', CheckEscaping}, {'d', CheckDatagram}, {'{', CheckScenario},
   };
   return checks;
 }

@@ -47,17 +47,6 @@ int OutcomeOf(Call call) {
   }
 }
 
-/// All in the table, of both generations.
-std::vector<Bytes> AllSampleAnswers() {
-  std::vector<Bytes> answers;
-  for (const Operation<SMMInventory>& operation : Operations<SMMInventory>()) {
-    for (const SampleAnswer& answer : operation.answers) {
-      answers.push_back(answer.data);
-    }
-  }
-  return answers;
-}
-
 /// How each attempt to connect ends, until one is not worth another.
 std::vector<int> MakeUpConnectResults(FuzzedDataProvider& input) {
   constexpr int kWorthRetrying = 3;
@@ -70,19 +59,18 @@ std::vector<int> MakeUpConnectResults(FuzzedDataProvider& input) {
   return results;
 }
 
-/// What comes once there is a connection: an answer from the table, any other, none, or an
-/// exception, which can come before the connection, too.
+/// What comes once there is a connection: an answer, none, or an exception, which can come before
+/// the connection, too.
 Exchange MakeUpExchange(FuzzedDataProvider& input) {
-  static const std::vector<Bytes> samples = AllSampleAnswers();
-  enum class End { Sample, Answer, Silence, Exception };
+  enum class End { Answer, Silence, Exception };
   Exchange exchange;
   exchange.connectResults = MakeUpConnectResults(input);
-  const End end = input.PickValueInArray({End::Sample, End::Answer, End::Silence, End::Exception});
-  if (end == End::Sample) {
-    exchange.response = samples[input.ConsumeIntegralInRange<std::size_t>(0, samples.size() - 1)];
-  } else if (end == End::Answer) {
+  const End end = input.PickValueInArray({End::Answer, End::Silence, End::Exception});
+  if (end == End::Answer) {
     exchange.completionCode = input.ConsumeIntegral<std::uint8_t>();
-    exchange.response = input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegral<std::uint8_t>());
+    const std::size_t length = input.ConsumeIntegral<std::uint8_t>();
+    exchange.response = input.ConsumeBytes<std::uint8_t>(length);
+    exchange.response.resize(length);
   } else if (end == End::Silence) {
     exchange.completionCode = 0xFF;
     exchange.sendResult = -1;
@@ -148,10 +136,9 @@ void CheckExchanges(const Operation<Inventory>& operation, std::size_t nodes) {
   const std::size_t ofPsus = nodes == 12 ? ofNinePsus : ofTwoPsus;
   Require(platform.exchanges.size() <= (untilAcknowledged ? kAttempts : ofPsus),
           "no more is sent than the table says");
-  Require(platform.exchanges.empty() || AdmitsExchanges(),
-          "nothing is sent over a kind of connection that does not admit it");
-  Require(!platform.exchanges.empty() || !AdmitsExchanges() || operation.argument == Argument::Node,
-          "nothing is sent only where a node does not exist");
+  const bool sends = !platform.exchanges.empty();
+  Require(AdmitsExchanges() ? sends || operation.argument == Argument::Node : !sends,
+          "something is sent when the kind of connection admits it and the node exists");
   Require(platform.openConnections == 0, "no connection stays open");
   const std::size_t pauses = platform.pauses.size();
   Require(platform.pauses == std::vector<unsigned int>(pauses, kSeconds) &&
@@ -288,7 +275,8 @@ std::string Converse(const std::uint8_t* bytes, std::size_t size) {
   const auto& operations = Operations<Inventory>();
   for (int i = 0; inventory && i < kMostQueries && input.remaining_bytes() > 0; ++i) {
     const auto place = input.ConsumeIntegralInRange<std::size_t>(0, operations.size() - 1);
-    account += Ask(*inventory, operations[place], input.ConsumeIntegralInRange(-1, 300));
+    const int argument = static_cast<std::int16_t>(1 + input.ConsumeIntegral<std::uint16_t>());
+    account += Ask(*inventory, operations[place], argument);
   }
   return account;
 }

@@ -287,7 +287,8 @@ class Finder:
         returned = text[len("return") :].strip()
         names = [child.referenced for child in _descendants(statement) if child.kind == Kind.DECL_REF_EXPR]
         named_value = _value(names[0]) if len(names) == 1 and names[0] else []
-        is_zero = returned in ("0", "false", "nullptr", "{}", '""') or named_value == ["0"]
+        is_first = bool(names) and names[-1].kind == Kind.ENUM_CONSTANT_DECL and names[-1].enum_value == 0
+        is_zero = returned in ("0", "false", "nullptr", "{}", '""', "std::nullopt") or named_value == ["0"] or is_first
         return is_zero if value == "{}" else returned == value
 
     def _other_order(self, first: Cursor, second: Cursor) -> Iterator[Change]:

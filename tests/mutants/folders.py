@@ -7,8 +7,8 @@ from dataclasses import dataclass
 
 @dataclass(frozen=True)
 class Folder:
-    """Programs stand below the build folder, and are built as the targets that their names end with. What survives the
-    quick ones meets the slow ones. Without a sample, every mutant is tried."""
+    """Programs stand below the build folder, and are built as the targets that their names end with; behind a blank may
+    stand which of their tests are run. What survives the quick ones meets the slow ones. Without a sample, every mutant is tried."""
 
     sources: str
     quick: tuple[str, ...]
@@ -21,12 +21,18 @@ _PLATFORM_TESTS = tuple(
     f"tests/platform/{name}"
     for name in ("client_time_tests", "ipmi_client_tests", "platform_tests", "smminfo_tests", "host_address_tests")
 )
+_PLATFORM_ON_THE_WIRE = (
+    "tests/wire/wire_tests",
+    "tests/wire/address_tests",
+    "tests/faults/fault_tests OpeningAnswers.*",
+    "tests/faults/memory_tests",
+)
 
 FOLDERS = {
     "module": Folder(
         "module", ("tests/unit/unit_tests",), sample=None, settings=("-DPOVEIXME_BUILD_TOOLS=OFF",)
     ),
-    "platform": Folder("platform", _PLATFORM_TESTS, ("tests/wire/wire_tests",)),
+    "platform": Folder("platform", _PLATFORM_TESTS, _PLATFORM_ON_THE_WIRE),
     "reading": Folder("reading", ("tests/reading/reading_test",)),
     "report": Folder("report", ("tests/report/report_test",)),
     "simulator": Folder(

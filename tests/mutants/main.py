@@ -62,7 +62,7 @@ class Copy:
 
     def build_tests(self, jobs: int) -> None:
         programs = [*self.folder.quick, *self.folder.slow]
-        targets = [program.rsplit("/", 1)[1] for program in programs]
+        targets = [program.split()[0].rsplit("/", 1)[1] for program in programs]
         self._run(["cmake", "--build", str(self.build), "--parallel", str(jobs), "--target", *targets])
 
     def sources(self) -> list[str]:

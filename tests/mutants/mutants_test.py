@@ -15,7 +15,7 @@ from pathlib import Path
 from equivalents import read_equivalents, unmatched
 from mutant import Mutant
 from switching import Switching
-from testing import timeout_for
+from testing import names_of_tests, parts_for, timeout_for
 
 HERE = Path(__file__).resolve().parent
 SAMPLE = HERE / "sample"
@@ -73,6 +73,14 @@ class SampleTest(unittest.TestCase):
             with self.subTest(str(mutant)):
                 self.assertNotEqual(self.outcome(number), unchanged)
 
+    def test_program_tells_which_mutants_it_reaches(self) -> None:
+        with tempfile.NamedTemporaryFile() as reached:
+            reached.truncate(max(self.mutants) + 1)
+            variables = {"MUTANT": "0", "MUTANTS_REACHED": reached.name}
+            subprocess.run([self.program], env={**os.environ, **variables}, capture_output=True, check=True)
+            bytes_of_numbers = reached.read()
+        self.assertEqual([number for number in self.mutants if not bytes_of_numbers[number]], [])
+
     def test_statements_stay_on_their_lines(self) -> None:
         lines = (SAMPLE / "Sample.cpp").read_text().splitlines()
         switched = self.switched.splitlines()
@@ -95,6 +103,25 @@ class DroppingTest(unittest.TestCase):
         self.assertIn("arithmetic", found)
         self.assertNotIn("arithmetic", kept)
         self.assertLessEqual({"comparison", "boundary", "sibling", "constant", "return"}, kept)
+
+
+class UnnoticeableTest(unittest.TestCase):
+    def operators(self, text: str) -> set[str]:
+        with tempfile.TemporaryDirectory() as name:
+            (Path(name) / "a.cpp").write_text(text)
+            switching = switching_of(Path(name), "a.cpp")
+            switching.find()
+        return {mutant.operator for mutant in switching.mutants.values()}
+
+    def test_lower_of_two_numbers_is_not_taken_the_other_way_round(self) -> None:
+        code = "#include <algorithm>\nint g(int, int); int f(int a, int b) { return %s(a, b); }\n"
+        self.assertIn("arguments", self.operators(code % "g"))
+        self.assertNotIn("arguments", self.operators(code % "std::min"))
+
+    def test_value_that_is_returned_anyway_is_not_returned_early(self) -> None:
+        code = "enum class E { First, Second }; E f() { return E::%s; }\n"
+        self.assertIn("return", self.operators(code % "Second"))
+        self.assertNotIn("return", self.operators(code % "First"))
 
 
 class IncludedTest(unittest.TestCase):
@@ -145,7 +172,16 @@ class EquivalentsTest(unittest.TestCase):
         read_equivalents(HERE / "equivalents")
 
 
+class ListingTest(unittest.TestCase):
+    def test_tests_are_named_with_their_suites(self) -> None:
+        listing = "Running main() from here\nOne.\n  First\nAll/Two/Typed.  # TypeParam = int\n  Second/0  # GetParam() = 1\n"
+        self.assertEqual(names_of_tests(listing), ["One.First", "All/Two/Typed.Second/0"])
+
+
 class TimeoutTest(unittest.TestCase):
+    def test_what_takes_seconds_runs_in_parts(self) -> None:
+        self.assertEqual([parts_for(0.1), parts_for(3.5), parts_for(100.0)], [1, 3, 8])
+
     def test_quick_programs_get_some_seconds_and_slow_ones_ten_times_what_they_take(self) -> None:
         self.assertEqual([timeout_for(0.1), timeout_for(3.0)], [10.0, 30.0])
 

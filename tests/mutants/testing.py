@@ -26,8 +26,8 @@ _ALONE = ["unshare", "--pid", "--fork", "--kill-child", "--mount-proc"]
 
 @dataclass
 class Plan:
-    """Programs of GoogleTest in the order in which they are tried, which mutants are switched on in them, up to which
-    number there are any, and how many are tried at once."""
+    """Programs of GoogleTest in the order in which they are tried, each with a filter of its tests behind a blank unless
+    it is all of them; which mutants are switched on, up to which number there are any, how many are tried at once."""
 
     programs: list[str]
     numbers: list[int]
@@ -98,9 +98,13 @@ def _trace(program: str, name: str, highest: int) -> Test:
         return Test(program, name, seconds, frozenset(at for at, byte in enumerate(reached.read()) if byte))
 
 
+def _list(program: str, chosen: str = "*") -> str:
+    return subprocess.check_output([program, "--gtest_list_tests", f"--gtest_filter={chosen}"], text=True)
+
+
 def trace(plan: Plan) -> list[Test]:
     """Every test of the plan, run alone."""
-    listings = [(program, subprocess.check_output([program, "--gtest_list_tests"], text=True)) for program in plan.programs]
+    listings = [(program.split()[0], _list(*program.split())) for program in plan.programs]
     with ThreadPoolExecutor(_MOST_AT_ONCE) as pool:
         runs = [
             pool.submit(_trace, program, name, plan.highest)
@@ -129,8 +133,8 @@ def _passes(program: str, tests: list[Test], number: int) -> bool:
 
 def survives(programs: list[str], tests: list[Test], number: int) -> bool:
     chosen = [test for test in tests if number in test.reached or number == _NO_MUTANT]
-    mine = {program: [test for test in chosen if test.program == program] for program in programs}
-    return all(_passes(program, tests, number) for program, tests in mine.items() if tests)
+    mine = {program: [test for test in chosen if test.program == program.split()[0]] for program in programs}
+    return all(_passes(program.split()[0], tests, number) for program, tests in mine.items() if tests)
 
 
 def survivors(plan: Plan) -> Iterator[int]:

@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "tests/platform/ScopedEnvironment.h"
 
@@ -53,6 +58,49 @@ TEST(RepetitionInterval, ConfiguredOneHoldsForEveryAttempt) {
   const ScopedEnvironment retransmission("IPMI_RETRANSMISSION_TIMEOUT_MS", "4499");
   EXPECT_EQ(RepetitionInterval(Read(), 0), milliseconds(4499));
   EXPECT_EQ(RepetitionInterval(Read(), 2), milliseconds(4499));
+}
+
+TEST(ConnectSettings, EveryPortIsTaken) {
+  for (const int port : {1, 65535}) {
+    ConnectSettings settings;
+    EXPECT_EQ(ReadConnectSettings(std::to_string(port), 3, settings).result, 0);
+    EXPECT_EQ(settings.port, port);
+  }
+}
+
+TEST(ConnectSettings, EveryKnownCipherSuiteIsTakenAndNoOther) {
+  const std::set<unsigned long> known = {0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17};
+  for (unsigned long suite = 0; suite < 600; ++suite) {
+    ConnectSettings settings;
+    const bool isTaken = !ReadConnectSettings("623", suite, settings);
+    EXPECT_EQ(isTaken, known.count(suite) == 1) << suite;
+    const ScopedEnvironment configured("IPMI_CIPHER_SUITE", std::to_string(suite));
+    EXPECT_EQ(!ReadConnectSettings("623", 3, settings), isTaken) << suite;
+  }
+}
+
+TEST(ConnectSettings, GivenCipherSuiteIsNotLookedAtBehindAConfiguredOne) {
+  const ScopedEnvironment suite("IPMI_CIPHER_SUITE", "17");
+  ConnectSettings settings;
+  EXPECT_FALSE(ReadConnectSettings("623", 99, settings));
+}
+
+TEST(ConnectSettings, FirstValueOutOfRangeIsTheOneThatIsTold) {
+  const std::vector<std::string> keys = {"IPMI_CIPHER_SUITE", "IPMI_PRIVILEGE_LEVEL",
+                                         "IPMI_SESSION_TIMEOUT_MS",
+                                         "IPMI_RETRANSMISSION_TIMEOUT_MS", "IPMI_WORKAROUND_FLAGS"};
+  std::vector<std::unique_ptr<ScopedEnvironment>> wrong;
+  for (const std::string& key : keys) {
+    wrong.push_back(std::make_unique<ScopedEnvironment>(key, "-7"));
+  }
+  ConnectSettings settings;
+  EXPECT_EQ(ReadConnectSettings("0", 3, settings).words.rfind("the port is", 0), 0U);
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    const Failure failure = ReadConnectSettings("623", 3, settings);
+    EXPECT_EQ(failure.words.rfind(keys[i] + " is", 0), 0U) << failure.words;
+    EXPECT_EQ(failure.advice, "");
+    wrong[i].reset();
+  }
 }
 
 TEST(ConnectSettings, ConfiguredCipherSuiteWinsOverTheGivenOne) {

@@ -219,6 +219,13 @@ TEST_F(ConversationTest, DamagedAnswersOutweighForeignOnes) {
   ExpectTrouble(Ask({}), Trouble::NoAnswer);
 }
 
+TEST_F(ConversationTest, DamagedAnswerIsNotAskedForItsTag) {
+  Ask({});
+  Question question = Plain();
+  question.judge = [](const Datagram& /*datagram*/) { return Verdict::Damaged; };
+  ExpectTrouble(Ask({{100, Tagged(1)}}, question), Trouble::DamagedAnswer);
+}
+
 TEST_F(ConversationTest, AnswerToAnEarlierQuestionShowsThatTheControllerIsLate) {
   Ask({});
   ExpectLate(Ask({{100, Tagged(1)}}), 1100);

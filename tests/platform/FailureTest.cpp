@@ -127,6 +127,11 @@ TEST(Failure, EachTroubleHasItsResultCauseWordsAndAdvice) {
   }
 }
 
+TEST(Failure, IsNoneUntilSomethingFails) {
+  EXPECT_FALSE(Failure{});
+  ExpectSame({}, {ConnectResult::Connected, FailureCause::None, "", ""});
+}
+
 TEST(Failure, LatenessIsToldInSeconds) {
   const std::map<int, std::string> latenesses = {
       {4500, "4.5"}, {4549, "4.5"}, {4550, "4.6"}, {12000, "12.0"}, {60, "0.1"}};
@@ -156,6 +161,7 @@ TEST(Failure, EachStatusOfAnOpeningSessionHasItsTrouble) {
     } else {
       EXPECT_EQ(failure.result, ConnectResult::Failed) << status;
       EXPECT_EQ(failure.cause, FailureCause::Other) << status;
+      EXPECT_EQ(failure.advice, "") << status;
     }
   }
   EXPECT_EQ(StatusFailure(0x12).words,
@@ -179,6 +185,7 @@ TEST(Failure, EachCompletionCodeOfAnOpeningSessionHasItsTrouble) {
     } else {
       EXPECT_EQ(failure.result, ConnectResult::Failed) << code;
       EXPECT_EQ(failure.cause, FailureCause::Other) << code;
+      EXPECT_EQ(failure.advice, "") << code;
     }
   }
   EXPECT_EQ(CompletionCodeFailure("Close Session", 0xCC).words,

@@ -58,6 +58,7 @@ TEST(GlobalConfig, MalformedTextLeavesTheDefaultAndIsReported) {
                   "\"; expected a whole number from -2147483648 to 2147483647; the default 42 "
                   "holds");
     EXPECT_EQ(capture.lines[0].level, 1U);
+    EXPECT_EQ(capture.lines[0].source, "platform/standalone/globalconfig/GlobalConfig");
   }
 }
 
@@ -94,6 +95,30 @@ TEST(GlobalConfig, LastValueSetAtRunTimeHolds) {
   SetGlobalConfigValue("PLATFORM_TEST_LAST", 1);
   SetGlobalConfigValue("PLATFORM_TEST_LAST", 2);
   EXPECT_EQ(GetGlobalConfigValue("PLATFORM_TEST_LAST", 42), 2);
+}
+
+TEST(GlobalConfig, KeysThatThreadsAddAtTheSameTimeAreAllKept) {
+  constexpr int threadCount = 4;
+  constexpr int keysEach = 400;
+  const auto keyOf = [](int thread, int number) {
+    return "PLATFORM_TEST_ADDED_" + std::to_string(thread) + "_" + std::to_string(number);
+  };
+  std::vector<std::thread> threads;
+  for (int index = 0; index < threadCount; ++index) {
+    threads.emplace_back([&, index] {
+      for (int number = 0; number < keysEach; ++number) {
+        SetGlobalConfigValue(keyOf(index, number), number);
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  for (int index = 0; index < threadCount; ++index) {
+    for (int number = 0; number < keysEach; ++number) {
+      EXPECT_EQ(GetGlobalConfigValue(keyOf(index, number), -1), number) << index;
+    }
+  }
 }
 
 TEST(GlobalConfig, ThreadsSetAndReadAtTheSameTime) {

@@ -55,6 +55,13 @@ TEST_F(HostAddress, Ipv4AddressesComeFirstAndOtherwiseInTheSystemsOrder) {
   EXPECT_THAT(addresses, ElementsAre("192.0.2.2", "192.0.2.1", "::1", "2001:db8::1"));
 }
 
+TEST_F(HostAddress, TextThatIsNoHostNameIsToldWithoutAskingTheSystem) {
+  EXPECT_EQ(ResolveHost("", addresses).words, "the host name does not resolve (it is empty)");
+  EXPECT_EQ(ResolveHost(std::string("smm\0", 4), addresses).words,
+            "the host name does not resolve (it holds a zero byte)");
+  EXPECT_THAT(resolver.flags, ElementsAre());
+}
+
 TEST_F(HostAddress, AddressIsTakenWithoutRegardToTheMachinesOwn) {
   resolver.numericError = 0;
   resolver.addresses = {"::1"};

@@ -37,6 +37,8 @@ TEST(LearnedIntervals, MoreThanFourThousandPushEarlierOnesOut) {
     known += LearnedInterval("192.0.2.5", port).count() > 0 ? 1 : 0;
   }
   EXPECT_EQ(known, 4096);
+  LearnInterval("192.0.2.6", 1, milliseconds(0));
+  EXPECT_EQ(LearnedInterval("192.0.2.5", kLearned - 4095), milliseconds(1200));
   EXPECT_EQ(LearnedInterval("192.0.2.5", kLearned), milliseconds(1200));
 }
 

@@ -1,88 +1,122 @@
 #include <gmock/gmock.h>
+#include <unistd.h>
 
-#include <array>
-#include <cstdio>
-#include <memory>
+#include <cstdlib>
+#include <iostream>
 #include <string>
 
+#include "platform/Log.h"
+#include "platform/standalone/logger/LogControl.h"
+#include "platform/standalone/logger/ThreadLog.h"
+
+// The threshold is read off the environment once, so each of these has processes of its own.
+
+namespace Tavrin {
 namespace {
 
 using testing::AllOf;
+using testing::ContainsRegex;
+using testing::ExitedWithCode;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
 
-/// What a shell command prints on its standard output.
-std::string RunShell(const std::string& command) {
-  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-  std::string output;
-  std::array<char, 256> chunk{};
-  while (std::fgets(chunk.data(), chunk.size(), pipe.get()) != nullptr) {
-    output += chunk.data();
-  }
-  return output;
-}
+class LoggerEnvironment : public testing::Test {
+ protected:
+  LoggerEnvironment() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 
-/// What the probe prints on both its outputs with `assignments` before it on the command line.
-std::string RunProbe(const std::string& assignments) {
-  return RunShell(assignments + " " LOGGER_PROBE " 2>&1");
-}
+  /// A null pointer stands for none. What hangs is killed.
+  static void SetThreshold(const char* text) {
+    constexpr unsigned int kPatience = 10;
+    alarm(kPatience);
+    text == nullptr ? unsetenv("TAVRIN_LOG_LEVEL") : setenv("TAVRIN_LOG_LEVEL", text, 1);
+  }
+
+  /// Prints the threshold that the environment gives, asked for twice, and writes one line.
+  [[noreturn]] static void Probe(const char* threshold) {
+    SetThreshold(threshold);
+    const unsigned int first = Log::GetMinLogLevel();
+    std::cerr << "threshold " << first << "\nagain " << Log::GetMinLogLevel() << '\n';
+    Log(2, "somewhere/Source", 12).Stream() << "red \x1b[31mtext\nforged";
+    std::_Exit(EXIT_SUCCESS);
+  }
+
+  [[noreturn]] static void WriteHandledLine() {
+    Log(2, "somewhere/Source", 12).Stream() << "handled";
+    std::_Exit(EXIT_SUCCESS);
+  }
+
+  static void Print(const Standalone::LogLine& line) {
+    std::cerr << Log::GetMinLogLevel() << ": " << line.text << '\n';
+  }
+};
+using LoggerThreshold = LoggerEnvironment;
+using LoggerSink = LoggerEnvironment;
 
 struct Row {
-  const char* assignment;
+  const char* threshold;
   const char* expected;
 };
 
-TEST(LoggerThreshold, EnvironmentSetsIt) {
-  const Row rows[] = {
-      {"env -u TAVRIN_LOG_LEVEL", "threshold 1\n"}, {"TAVRIN_LOG_LEVEL=0", "threshold 0\n"},
-      {"TAVRIN_LOG_LEVEL=1", "threshold 1\n"},      {"TAVRIN_LOG_LEVEL=2", "threshold 2\n"},
-      {"TAVRIN_LOG_LEVEL=3", "threshold 3\n"},      {"TAVRIN_LOG_LEVEL=4", "threshold 4\n"},
-  };
+TEST_F(LoggerThreshold, EnvironmentSetsIt) {
+  const Row rows[] = {{nullptr, "threshold 1\n"}, {"0", "threshold 0\n"}, {"1", "threshold 1\n"},
+                      {"2", "threshold 2\n"},     {"3", "threshold 3\n"}, {"4", "threshold 4\n"}};
   for (const Row& row : rows) {
-    EXPECT_THAT(RunProbe(row.assignment),
-                AllOf(HasSubstr(row.expected), Not(HasSubstr("expected 0 (off)"))))
-        << row.assignment;
+    EXPECT_EXIT(Probe(row.threshold), ExitedWithCode(EXIT_SUCCESS),
+                AllOf(HasSubstr(row.expected), Not(HasSubstr("expected 0 (off)"))));
   }
 }
 
-TEST(LoggerThreshold, MalformedValueLeavesOneAndIsReported) {
+TEST_F(LoggerThreshold, MalformedValueLeavesOneAndIsReported) {
   for (const char* value : {"", "5", "-1", "2 ", " 2", "+2", "0x2", "2x", "debug", "4294967297"}) {
-    EXPECT_THAT(
-        RunProbe(std::string("TAVRIN_LOG_LEVEL='") + value + "'"),
+    EXPECT_EXIT(
+        Probe(value), ExitedWithCode(EXIT_SUCCESS),
         AllOf(HasSubstr("threshold 1\n"), HasSubstr("again 1\n"),
               HasSubstr(std::string("TAVRIN_LOG_LEVEL is \"") + value +
                         "\"; expected 0 (off), 1 (error), 2 (warning), 3 (info) or 4 (debug); "
-                        "1 holds\n")))
-        << value;
+                        "1 holds\n")));
   }
 }
 
-TEST(LoggerThreshold, MalformedValueIsReportedOnlyOnce) {
-  const std::string output = RunProbe("TAVRIN_LOG_LEVEL=loud");
-  const std::size_t first = output.find("expected 0 (off)");
-  ASSERT_NE(first, std::string::npos);
-  EXPECT_EQ(output.find("expected 0 (off)", first + 1), std::string::npos);
+TEST_F(LoggerThreshold, MalformedValueIsReportedOnlyOnce) {
+  EXPECT_EXIT(Probe("loud"), ExitedWithCode(EXIT_SUCCESS),
+              AllOf(HasSubstr("expected 0 "), Not(ContainsRegex("expected 0 .*expected 0 "))));
 }
 
-TEST(LoggerThreshold, HandlerMayAskForItBeforeAMalformedValueWasReported) {
-  EXPECT_THAT(RunShell("TAVRIN_LOG_LEVEL=loud timeout 10 " LOGGER_PROBE " handler"),
+TEST_F(LoggerThreshold, HandlerMayAskForItBeforeAMalformedValueWasReported) {
+  const auto write = [] {
+    SetThreshold("loud");
+    Standalone::SetLogLineHandler(Print);
+    WriteHandledLine();
+  };
+  EXPECT_EXIT(write(), ExitedWithCode(EXIT_SUCCESS),
               MatchesRegex("1: TAVRIN_LOG_LEVEL is \"loud\"; [^\n]*\n1: handled\n"));
 }
 
-TEST(LoggerThreshold, MalformedValueIsNotLookedAtWhereAThreadHasItsOwn) {
-  EXPECT_EQ(RunShell("TAVRIN_LOG_LEVEL=loud " LOGGER_PROBE " thread 2>&1"), "3: handled\n");
+TEST_F(LoggerThreshold, MalformedValueIsNotLookedAtWhereAThreadHasItsOwn) {
+  const auto write = [] {
+    SetThreshold("loud");
+    const Standalone::ThreadLog own(3, Print);
+    WriteHandledLine();
+  };
+  EXPECT_EXIT(write(), ExitedWithCode(EXIT_SUCCESS), testing::Eq("3: handled\n"));
 }
 
-TEST(LoggerSink, LineShowsTimeLevelSourceAndEscapedTextWithoutColours) {
-  EXPECT_THAT(RunProbe("TAVRIN_LOG_LEVEL=0"),
+TEST_F(LoggerSink, LineShowsTimeLevelSourceAndEscapedTextWithoutColours) {
+  EXPECT_EXIT(Probe("0"), ExitedWithCode(EXIT_SUCCESS),
               MatchesRegex("threshold 0\nagain 0\n"
                            "[0-9]+-[0-9]+-[0-9]+ [0-9]+:[0-9]+:[0-9]+.[0-9]+ warning "
                            "somewhere/Source:12: red \\\\x1b\\[31mtext\\\\nforged\n"));
 }
 
-TEST(LoggerSink, ClosedStandardErrorDoesNoHarm) {
-  EXPECT_THAT(RunShell(LOGGER_PROBE " 2>&-"), HasSubstr("again 1\n"));
+TEST_F(LoggerSink, ClosedStandardErrorDoesNoHarm) {
+  const auto write = [] {
+    SetThreshold("1");
+    close(STDERR_FILENO);
+    WriteHandledLine();
+  };
+  EXPECT_EXIT(write(), ExitedWithCode(EXIT_SUCCESS), "");
 }
 
 }  // namespace
+}  // namespace Tavrin

@@ -75,6 +75,8 @@ TEST_P(SessionMessages, RefusalWithoutDataIsRead) {
 TEST_P(SessionMessages, AnswerWithoutACompletionCodeIsDamaged) {
   answer.data = {};
   EXPECT_EQ(Read(Answer(answer)), Verdict::Damaged);
+  expected.checksChecksums = false;
+  EXPECT_EQ(Read(Answer(answer)), Verdict::Damaged);
 }
 
 TEST_P(SessionMessages, PacketWithoutAMessageHeaderHasNoneOfThePacketBefore) {
@@ -148,6 +150,47 @@ TEST_P(SessionMessages, AnswerThatEndsEarlyIsNotTaken) {
               Verdict::Answer)
         << length;
   }
+}
+
+TEST_P(SessionMessages, AnswerThatOnlySaysItIsProtectedOtherwiseIsDamaged) {
+  constexpr std::size_t payloadTypeAt = 5;
+  for (const std::uint8_t bits : Bytes{0x40, 0x80, 0xC0}) {
+    Datagram changed = Answer(answer);
+    changed[payloadTypeAt] ^= bits;
+    EXPECT_EQ(Read(changed), Verdict::Damaged) << int{bits};
+  }
+}
+
+TEST_P(SessionMessages, WhatIsNoAnswerLeavesTheLastOneAsItWas) {
+  ASSERT_EQ(Read(Answer(answer)), Verdict::Answer);
+  answer.data = {0xC1, 0x77};
+  expected.command = 0xB1;
+  EXPECT_EQ(Read(Answer(answer)), Verdict::Foreign);
+  EXPECT_EQ(Read({0x01}), Verdict::Damaged);
+  EXPECT_EQ(read.sequenceNumber, 5U);
+  EXPECT_EQ(read.completionCode, 0);
+  EXPECT_EQ(read.data, (Bytes{0x31, 0x51}));
+}
+
+TEST_P(SessionMessages, MessageOfIpmi15IsForeign) {
+  EXPECT_EQ(Read({0x06, 0x00, 0xFF, 0x07, 0x00, 0x01, 0x00, 0x00, 0x00, 0x44, 0x33, 0x22, 0x11,
+                  0x05, 0x81, 0x1C, 0x63, 0x20, 0x24}),
+            Verdict::Foreign);
+}
+
+TEST_P(SessionMessages, OtherPayloadWithinTheSessionIsForeign) {
+  constexpr std::size_t payloadTypeAt = 5;
+  Datagram changed = Answer(answer);
+  changed[payloadTypeAt] ^= 0x01U;
+  EXPECT_EQ(Read(changed), Verdict::Foreign);
+}
+
+TEST_P(SessionMessages, RequestIsProtectedWhateverItsSequenceNumber) {
+  const Datagram request = MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, kSessionId, 0, 0x32, 9},
+                                       Protect(login.algorithms), answer);
+  ASSERT_TRUE(ReadHeader(request));
+  EXPECT_EQ(ReadHeader(request)->isAuthenticated, IsProtected());
+  EXPECT_EQ(ReadHeader(request)->isEncrypted, login.algorithms.confidentiality != 0);
 }
 
 TEST_P(SessionMessages, ChangedByteIsNotTaken) {

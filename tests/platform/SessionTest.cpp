@@ -3,12 +3,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <pthread.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <numeric>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "platform/ConnectionInfo.h"
 #include "platform/standalone/globalconfig/ThreadConfig.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
@@ -20,7 +27,7 @@ namespace Tavrin::Standalone {
 namespace {
 
 using std::chrono::milliseconds;
-using testing::Each;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -158,10 +165,20 @@ Controller::Change Complete(std::uint8_t code) {
   };
 }
 
+/// What getentropy() draws next, of which it fails when there is none: any numbers unless a test
+/// says so.
+std::optional<std::vector<std::uint8_t>> entropy;
+
+std::vector<std::string> wiped;
+
+/// Whether another thread holds whatever is only tried for.
+bool areMutexesHeld = false;
+
 class SessionTest : public testing::Test {
  protected:
   SessionTest() {
     ScriptedNetwork::Reset();
+    entropy.reset();
     LearnInterval("192.0.2.1", 623, milliseconds(0));
     network.onSent = [this](const Datagram& datagram) { controller.Receive(datagram); };
   }
@@ -556,5 +573,256 @@ TEST_F(SessionTest, OnlyRequestsOfANetworkFunctionForRequestsAreSent) {
   }
 }
 
+TEST_F(SessionTest, NumberOfTheSessionIsDrawnAgainWhenItStandsForNone) {
+  entropy = {0, 7, 9};
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(controller.consolesSession, Bytes(4, 7));
+  EXPECT_EQ(Part(network.sent.at(2).datagram, 24, 16), Bytes(16, 9));
+}
+
+TEST_F(SessionTest, WithoutRandomNumbersNoSessionIsOpened) {
+  for (const Bytes& drawn : {Bytes{}, Bytes{7}}) {
+    entropy = drawn;
+    ExpectFailure(Trouble::ResourcesShort);
+    EXPECT_THAT(Steps(), ElementsAre(kCapabilities));
+  }
+}
+
+TEST_F(SessionTest, EveryOpeningQuestionHasTheLongerIntervalOfALaterAttempt) {
+  for (const Step step : {kCapabilities, kOpenSession, kRakp1, kRakp3}) {
+    client.emplace("192.0.2.1", "operator", "swordfish", "623", 0);
+    controller.changes = {{kCapabilities, Lose}};
+    Connect();
+    controller.changes = {{step, Lose}};
+    Connect();
+    const std::vector<int> steps = Steps();
+    EXPECT_EQ(std::count(steps.begin(), steps.end(), step), 3) << int{step};
+    client->disconnect();
+  }
+}
+
+/// The answer cut to so many bytes, with the length of its message as it is then.
+Controller::Change Cut(Step step, std::size_t length) {
+  return [=](Bytes& answer) {
+    answer.resize(length);
+    if (step == kCapabilities) {
+      answer.at(13) = static_cast<std::uint8_t>(length - 14);
+    } else {
+      answer.at(14) = static_cast<std::uint8_t>(length - kPayloadAt);
+    }
+  };
+}
+
+TEST_F(SessionTest, AnswerOfAnyLengthShortOfItsOwnIsDamaged) {
+  config.Set("IPMI_WORKAROUND_FLAGS", 64);
+  const std::vector<std::pair<Step, std::pair<std::size_t, std::size_t>>> lengths = {
+      {kCapabilities, {19, 28}},
+      {kOpenSession, {17, 51}},
+      {kRakp1, {17, 55}},
+      {kRakp3, {17, 23}},
+  };
+  for (const auto& [step, range] : lengths) {
+    for (std::size_t length = range.first; length <= range.second; ++length) {
+      SCOPED_TRACE(std::to_string(step) + " of " + std::to_string(length));
+      controller.changes = {{step, Cut(step, length)}};
+      ExpectFailure(Trouble::DamagedAnswer);
+    }
+  }
+}
+
+TEST_F(SessionTest, GarbageInTheMiddleOfOpeningIsDamage) {
+  for (const Step step : {kCapabilities, kOpenSession, kRakp1, kRakp3, kInSession}) {
+    controller.changes = {{step, [](Bytes& answer) { answer = {0x01, 0x02, 0x03}; }}};
+    ExpectFailure(Trouble::DamagedAnswer);
+  }
+}
+
+/// Another message in the place of the one that stands there.
+Controller::Change Instead(const Bytes& head, const Bytes& body) {
+  return [=](Bytes& answer) {
+    const std::uint8_t number = answer.at(kCapabilitiesNumberAt);
+    const Bytes message = Joined({Summed(head), Summed(Joined({{0x20, number}, body}))});
+    answer.resize(14);
+    answer.at(13) = static_cast<std::uint8_t>(message.size());
+    answer.insert(answer.end(), message.begin(), message.end());
+  };
+}
+
+TEST_F(SessionTest, OtherMessageInThePlaceOfCapabilitiesIsForeign) {
+  const Bytes rest = {0x00, 0x01, 0x80, 0x04, 0x02, 0x00, 0x00, 0x00, 0x00};
+  controller.changes = {{kCapabilities, Instead({0x81, 0x1C}, Joined({{0x38}, rest}))}};
+  EXPECT_EQ(Connect(), ConnectResult::Connected);
+  controller.changes = {{kCapabilities, Instead({0x81, 0x1C}, Joined({{0x39}, rest}))}};
+  ExpectFailure(Trouble::OtherAnswer);
+  controller.changes = {{kCapabilities, Instead({0x81, 0x14}, Joined({{0x38}, rest}))}};
+  ExpectFailure(Trouble::OtherAnswer);
+  controller.changes = {{kCapabilities, [](Bytes& answer) {
+                           answer = Packet(0x11, Bytes(4), {1, 0, 0, 0, 0, 0, 0, 0, 0});
+                         }}};
+  ExpectFailure(Trouble::OtherAnswer);
+}
+
+TEST_F(SessionTest, RefusalOfCapabilitiesNeedsNoData) {
+  controller.changes = {{kCapabilities, Instead({0x81, 0x1C}, {0x38, 0xC0})}};
+  ExpectFailure(Trouble::Busy);
+  controller.changes = {{kCapabilities, Instead({0x81, 0x1C}, {0x38, 0x00})}};
+  ExpectFailure(Trouble::DamagedAnswer);
+}
+
+TEST_F(SessionTest, LoginIsAllowedAsTheControllerSaysOfItsKind) {
+  config.Set("IPMI_WORKAROUND_FLAGS", 64);
+  struct Row {
+    const char* userName;
+    const char* password;
+    std::uint8_t allowed;  ///< Anonymous login 1, without a user name 2, with one 4.
+  };
+  for (const Row& row : {Row{"operator", "swordfish", 4}, Row{"operator", "", 4},
+                         Row{"", "swordfish", 2}, Row{"", "", 1}}) {
+    for (const std::uint8_t status : Bytes{1, 2, 4}) {
+      SCOPED_TRACE(std::string(row.userName) + " " + row.password + " " + std::to_string(status));
+      controller.changes = {{kCapabilities, Set(23, status)}};
+      client.emplace("192.0.2.1", row.userName, row.password, "623", 0);
+      EXPECT_EQ(Connect(),
+                status == row.allowed ? ConnectResult::Connected : ConnectResult::UserNameRefused);
+    }
+  }
+}
+
+TEST_F(SessionTest, LongestNamesAreTaken) {
+  client.emplace("192.0.2.1", std::string(16, 'u'), std::string(20, 'p'), "623", 0);
+  EXPECT_EQ(Connect(), ConnectResult::Connected);
+}
+
+TEST_F(SessionTest, LastExchangeIsTold) {
+  const LastExchange& last = GetLastExchange();
+  client.emplace("192.0.2.1", "operator", "swordfish", "6230", 0);
+  EXPECT_EQ(last.host, "192.0.2.1");
+  EXPECT_EQ(last.port, "6230");
+  EXPECT_EQ(last.connectionAttempts, 0);
+  EXPECT_EQ(last.cause, FailureCause::NoAttempt);
+  EXPECT_EQ(last.result, FailureOf(Trouble::NoAttempt).result);
+  controller.changes = {{kCapabilities, Lose}};
+  Connect();
+  EXPECT_EQ(last.cause, FailureCause::Silence);
+  controller.changes.clear();
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(last.connectionAttempts, 2);
+  EXPECT_EQ(last.cause, FailureCause::None);
+  EXPECT_EQ(last.words, "");
+  EXPECT_FALSE(last.isAnswered);
+  Send();
+  EXPECT_TRUE(last.isAnswered);
+  EXPECT_EQ(last.completionCode, 0xC3);
+  EXPECT_EQ(last.answerLength, 2U);
+  controller.changes = {{kInSession, Lose}};
+  Send();
+  EXPECT_FALSE(last.isAnswered);
+  EXPECT_EQ(last.completionCode, 0xFF);
+  EXPECT_EQ(last.answerLength, 0U);
+  EXPECT_EQ(last.cause, FailureCause::FellSilent);
+}
+
+TEST(LastExchange, IsAsNewOnAThreadThatMadeNone) {
+  std::thread([] {
+    const LastExchange& last = GetLastExchange();
+    EXPECT_EQ(last.connectionAttempts, 0);
+    EXPECT_EQ(last.result, ConnectResult::Connected);
+    EXPECT_EQ(last.cause, FailureCause::None);
+    EXPECT_FALSE(last.isAnswered);
+    EXPECT_EQ(last.completionCode, 0);
+    EXPECT_EQ(last.answerLength, 0U);
+  }).join();
+}
+
+TEST_F(SessionTest, FailuresAreWrittenDownFromTheWarningThresholdOn) {
+  const auto connectAndSend = [this] {
+    controller.changes = {{kCapabilities, Lose}};
+    Connect();
+    controller.changes.clear();
+    Connect();
+    Send();
+    Send({0xB0, {}, 0x33});
+    Send({0xB0, Bytes(65001), 0x32});
+  };
+  {
+    const LogCapture quiet(1);
+    connectAndSend();
+    EXPECT_THAT(quiet.lines, IsEmpty());
+  }
+  const LogCapture capture(2);
+  connectAndSend();
+  std::vector<std::string> texts;
+  for (const LogLine& line : capture.lines) {
+    texts.push_back(line.text);
+    EXPECT_EQ(line.level, 2U);
+    EXPECT_EQ(line.source, "platform/standalone/ipmi_client/IpmiClient");
+  }
+  const std::string whom = " failed: host 192.0.2.1, port 623, user \"operator\": ";
+  EXPECT_THAT(
+      texts,
+      ElementsAre("connect" + whom + FailureOf(Trouble::NoAnswer).words + "; " +
+                      FailureOf(Trouble::NoAnswer).advice,
+                  "send of network function 0x33 command 0xb0" + whom +
+                      "the network function is 0x33; expected an even one up to 0x0c, or from "
+                      "0x2c to 0x3e",
+                  "send of network function 0x32 command 0xb0" + whom +
+                      "the request has 65001 data bytes; expected at most 65000"));
+}
+
+TEST_F(SessionTest, IntervalsThatAnotherThreadHoldsAreNeitherWaitedForNorLearnt) {
+  LearnInterval("192.0.2.1", 623, milliseconds(3000));
+  areMutexesHeld = true;
+  EXPECT_EQ(LearnedInterval("192.0.2.1", 623), milliseconds(0));
+  LearnInterval("192.0.2.1", 623, milliseconds(2000));
+  areMutexesHeld = false;
+  EXPECT_EQ(LearnedInterval("192.0.2.1", 623), milliseconds(3000));
+}
+
+TEST_F(SessionTest, PasswordIsWipedBehindTheSessionsEnd) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  network.onSent = [](const Datagram& /*datagram*/) { EXPECT_THAT(wiped, IsEmpty()); };
+  wiped.clear();
+  client.reset();
+  EXPECT_THAT(wiped, Contains("swordfish"));
+}
+
+TEST(Seam, RecordsBeginEmpty) {
+  const TavrinConnection::ConnectionInfo info;
+  EXPECT_EQ(info.address + info.userName + info.password, "");
+  EXPECT_EQ(info.port, 0);
+  EXPECT_EQ(info.aux16A, 0);
+  EXPECT_EQ(info.aux16B, 0);
+  EXPECT_EQ(info.aux32A, 0);
+  EXPECT_EQ(info.connectionKind, 0);
+  EXPECT_EQ(info.aux32B, 0);
+  const IPMICOMMAND request;
+  EXPECT_EQ(request.cmd, 0);
+  EXPECT_EQ(request.netFn, 0);
+}
+
 }  // namespace
 }  // namespace Tavrin::Standalone
+
+// In the place of the system's.
+
+extern "C" void explicit_bzero(void* memory, std::size_t length) noexcept {
+  Tavrin::Standalone::wiped.emplace_back(static_cast<const char*>(memory), length);
+  std::memset(memory, 0, length);
+}
+
+extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
+  return Tavrin::Standalone::areMutexesHeld ? EBUSY : pthread_mutex_lock(mutex);
+}
+
+extern "C" int getentropy(void* buffer, std::size_t length) {
+  auto& entropy = Tavrin::Standalone::entropy;
+  if (entropy && entropy->empty()) {
+    return -1;
+  }
+  const std::uint8_t drawn = entropy ? entropy->front() : 0x77;
+  std::memset(buffer, drawn, length);
+  if (entropy) {
+    entropy->erase(entropy->begin());
+  }
+  return 0;
+}

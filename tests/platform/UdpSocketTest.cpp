@@ -1,8 +1,10 @@
 #include "platform/standalone/ipmi_client/UdpSocket.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -107,9 +109,20 @@ TEST(UdpSocket, SilentPortIsNotRememberedAsClosed) {
 }
 
 TEST(UdpSocket, AddressThatCannotBeReachedIsAnError) {
-  EXPECT_NE(UdpSocket("no address", 623).OpenError(), 0);
+  EXPECT_EQ(UdpSocket("no address", 623).OpenError(), EADDRNOTAVAIL);
+  EXPECT_EQ(UdpSocket("localhost", 623).OpenError(), EADDRNOTAVAIL);
   // Broadcasts have to be asked for.
   EXPECT_EQ(UdpSocket("255.255.255.255", 623).OpenError(), EACCES);
+}
+
+TEST(UdpSocket, WithoutADescriptorThatIsTheError) {
+  rlimit limit = {};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlimit none = {0, limit.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  const int error = UdpSocket("127.0.0.1", 623).OpenError();
+  setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_EQ(error, EMFILE);
 }
 
 TEST(UdpSocket, DescriptorZeroIsClosedLikeAnyOther) {
@@ -117,7 +130,9 @@ TEST(UdpSocket, DescriptorZeroIsClosedLikeAnyOther) {
   const int standardInput = dup(STDIN_FILENO);
   close(STDIN_FILENO);
   auto socket = std::make_unique<UdpSocket>("127.0.0.1", port.Number());
+  EXPECT_EQ(socket->OpenError(), 0);
   EXPECT_EQ(access("/proc/self/fd/0", F_OK), 0);
+  EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), FD_CLOEXEC);
   socket.reset();
   EXPECT_NE(access("/proc/self/fd/0", F_OK), 0);
   dup2(standardInput, STDIN_FILENO);

@@ -13,10 +13,6 @@ using testing::HasSubstr;
 
 std::string Rows(const Reading& reading, Part part) { return CsvFormat().part(reading, part); }
 
-TEST(CsvFormat, HeaderComesBeforeAnythingIsRead) {
-  EXPECT_EQ(CsvFormat().begin("smm1:623"), "enclosure,query,number,field,value,text,reason\r\n");
-}
-
 TEST(CsvFormat, EachValueIsARow) {
   EXPECT_EQ(Rows(ExampleReading(), Part::Detection),
             "smm1:623,generation,,generation,second,second,\r\n"
@@ -89,12 +85,6 @@ TEST(CsvFormat, FailedQuerySaysWhyForEachOfItsValues) {
 TEST(CsvFormat, FailedQueryOfUncountedSlotsIsOneRow) {
   EXPECT_EQ(Rows(LostReading(), Part::PsuFans),
             "smm1:623,psuFans,,,,,no IPMI connection could be opened (no answer)\r\n");
-}
-
-TEST(CsvFormat, FailureOfTheWholePassIsOneRow) {
-  EXPECT_EQ(CsvFormat().end(FailedReading(), {"0.1.0"}),
-            "smm1:623,,,,,,no IPMI connection could be opened (no answer)\r\n");
-  EXPECT_EQ(CsvFormat().end(ExampleReading(), {"0.1.0"}), "");
 }
 
 }  // namespace

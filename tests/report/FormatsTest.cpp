@@ -30,6 +30,28 @@ TEST(Formats, NameIsTakenInItsSpellingOnly) {
   }
 }
 
+struct Frame {
+  std::string name;
+  std::string begin;
+  std::string end;  ///< After a pass that came to no query.
+};
+
+TEST(Formats, PartsStandBetweenABeginningAndAnEndThatTellsOfAFailedPass) {
+  const std::vector<Frame> table = {
+      {"text", "[::1]:623\n", "\nnothing read\n"},
+      {"csv", "enclosure,query,number,field,value,text,reason\r\n",
+       "smm1:623,,,,,,no IPMI connection could be opened (no answer)\r\n"},
+  };
+  for (const Frame& row : table) {
+    const Format& format = *FindFormat(row.name);
+    EXPECT_EQ(format.begin("[::1]:623"), row.begin);
+    EXPECT_EQ(format.end(FailedReading(), {"0.1.0"}), row.end);
+    EXPECT_EQ(format.end(ExampleReading(), {"0.1.0"}), "") << row.name;
+    EXPECT_EQ(format.end(LostReading(), {"0.1.0"}), "") << row.name;
+  }
+  EXPECT_EQ(FindFormat("json")->begin("[::1]:623"), "");
+}
+
 std::string Whole(const Format& format, const Reading& reading) {
   std::string pieces = format.begin(reading.address);
   for (const Part part : kEveryPart) {

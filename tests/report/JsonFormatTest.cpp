@@ -76,7 +76,6 @@ TEST_F(JsonFormatTest, MembersComeInTheOrderOfReading) {
 }
 
 TEST_F(JsonFormatTest, DocumentIsWrittenAtTheEndAlone) {
-  EXPECT_EQ(JsonFormat().begin("smm1:623"), "");
   EXPECT_EQ(JsonFormat().part(ExampleReading(), Part::Detection), "");
   EXPECT_THAT(Document(ExampleReading()), testing::EndsWith("\n}\n"));
 }

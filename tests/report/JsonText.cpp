@@ -14,6 +14,15 @@ std::string At(const std::string& document, const std::string& pointer) {
   return whole.contains(place) ? whole.at(place).dump() : "";
 }
 
+std::vector<std::string> MembersAt(const std::string& document, const std::string& pointer) {
+  const json place = json::parse(At(document, pointer));
+  std::vector<std::string> names;
+  for (const auto& member : place.items()) {
+    names.push_back(member.key());
+  }
+  return names;
+}
+
 std::string Changed(const std::string& document, const std::string& pointer,
                     const std::string& value) {
   json whole = json::parse(document);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace Tavrin {
 
@@ -12,6 +13,9 @@ std::string Normal(const std::string& json);
 /// What stands at `pointer` in the document ("" is the whole), as Normal() has it; empty when
 /// nothing stands there.
 std::string At(const std::string& document, const std::string& pointer);
+
+/// The names of the members of what stands at `pointer`, in order; of a list, the indices.
+std::vector<std::string> MembersAt(const std::string& document, const std::string& pointer);
 
 /// The document with `json` at `pointer`, in place of what stood there.
 std::string Changed(const std::string& document, const std::string& pointer,

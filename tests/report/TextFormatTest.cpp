@@ -16,10 +16,6 @@ using testing::Not;
 
 std::string Printed(const Reading& reading, Part part) { return TextFormat().part(reading, part); }
 
-TEST(TextFormat, AddressComesBeforeAnythingIsRead) {
-  EXPECT_EQ(TextFormat().begin("[::1]:623"), "[::1]:623\n");
-}
-
 TEST(TextFormat, DetectionIsShownLineByLine) {
   EXPECT_EQ(Printed(ExampleReading(), Part::Detection),
             "\n"
@@ -205,12 +201,6 @@ TEST(TextFormat, SelectionWithoutNumberAndAcknowledgementSaysSo) {
 TEST(TextFormat, SelectionThatWasNotSentHasADash) {
   EXPECT_THAT(Selection({7, false, {}, "nothing"}, RefusedOutcome()),
               HasSubstr("  sent             -\n"));
-}
-
-TEST(TextFormat, EndSaysWhereNothingWasRead) {
-  EXPECT_EQ(TextFormat().end(FailedReading(), {"0.1.0"}), "\nnothing read\n");
-  EXPECT_EQ(TextFormat().end(ExampleReading(), {"0.1.0"}), "");
-  EXPECT_EQ(TextFormat().end(LostReading(), {"0.1.0"}), "");
 }
 
 }  // namespace

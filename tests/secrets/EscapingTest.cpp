@@ -2,7 +2,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -45,8 +44,17 @@ std::string ControlBytes(const std::string& text) {
   return bytes;
 }
 
-std::string Without(const std::string& text, const char* pattern) {
-  return std::regex_replace(text, std::regex(pattern), "");
+/// The text without any of these, and with line ends as a file has them.
+std::string Without(const Texts& parts, std::string text) {
+  for (const std::string& part : parts) {
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos;) {
+      text.erase(at, part.size());
+    }
+  }
+  for (std::size_t at = 0; (at = text.find("\r\n", at)) != std::string::npos;) {
+    text.erase(at, 1);
+  }
+  return text;
 }
 
 auto IsEscaped() {
@@ -61,6 +69,8 @@ std::string ContentOf(const TemporaryFile& file) {
 
 const Texts kEnvironment = {"TAVRIN_LOG_LEVEL=4", "IPMI_PASSWORD=sesame", "TERM=xterm",
                             "IPMI_WORKAROUND_FLAGS=16", "SMM_TYPE=0"};
+
+const Texts kColours = {"\x1b[m", "\x1b[1m", "\x1b[31m", "\x1b[32m", "\x1b[33m", "\x1b[36m"};
 
 class Escaping : public testing::Test {
  protected:
@@ -82,7 +92,7 @@ TEST_F(Escaping, HostileAnswersReachATerminalFromTheToolOnlyEscaped) {
   terminal.ReadToEnd();
   tool.Wait();
   // The tool itself rewrites the line of its progress, and the terminal ends lines with two bytes.
-  EXPECT_THAT(Without(terminal.Seen(), "\r\x1b\\[K|\r(?=\n)"), IsEscaped());
+  EXPECT_THAT(Without({"\r\x1b[K"}, terminal.Seen()), IsEscaped());
   EXPECT_THAT(terminal.Seen(), HasSubstr("machine type "));
 }
 
@@ -99,7 +109,7 @@ TEST_F(Escaping, HostileAnswersReachATerminalFromTheLibraryOnlyEscaped) {
   terminal.ReadToEnd();
   program.Wait();
   // The logger itself colours the names of the levels.
-  EXPECT_THAT(Without(terminal.Seen(), "\x1b\\[[0-9]*m|\r(?=\n)"), IsEscaped());
+  EXPECT_THAT(Without(kColours, terminal.Seen()), IsEscaped());
 }
 
 TEST_F(Escaping, HostileAnswersReachALogFileFromTheLibraryOnlyEscaped) {

@@ -1,9 +1,7 @@
 #include "tests/secrets/Traces.h"
 
-#include <algorithm>
 #include <cctype>
 #include <cstdint>
-#include <regex>
 #include <string_view>
 
 namespace Tavrin {
@@ -24,8 +22,6 @@ std::string Encoded(const std::string& bytes, std::string_view digits, std::size
   return text;
 }
 
-std::string Hexadecimal(const std::string& bytes) { return Encoded(bytes, "0123456789abcdef", 4); }
-
 /// The characters of a base64 text that `bytes` alone decide, when `offset` other bytes come before
 /// them in their group of three.
 std::string Base64Core(const std::string& bytes, std::size_t offset) {
@@ -35,20 +31,19 @@ std::string Base64Core(const std::string& bytes, std::size_t offset) {
   return Encoded(std::string(offset, '\0') + bytes, digits, 6).substr(foreignCharacters);
 }
 
-bool Holds(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 /// The text without anything that programs put between or before bytes when they show them.
 std::string Joined(const std::string& text) {
-  static const std::regex between(R"(0[xX]|\\x|[^0-9A-Za-z+/])");
-  return std::regex_replace(text, between, "");
-}
-
-std::string Lower(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return text;
+  std::string joined;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const std::string prefix = text.substr(at, 2);
+    if (prefix == "0x" || prefix == "0X" || prefix == "\\x") {
+      ++at;
+    } else if (std::isalnum(static_cast<unsigned char>(text[at])) != 0 || text[at] == '+' ||
+               text[at] == '/') {
+      joined += text[at];
+    }
+  }
+  return joined;
 }
 
 }  // namespace
@@ -56,20 +51,20 @@ std::string Lower(std::string text) {
 std::vector<std::string> TracesOf(const std::string& secret, const std::string& text) {
   constexpr std::size_t kPartLength = 8;
   const std::string joined = Joined(text);
-  const std::string lower = Lower(joined);
   std::vector<std::string> traces;
   for (std::size_t begin = 0; begin + kPartLength <= secret.size(); ++begin) {
     const std::string part = secret.substr(begin, kPartLength);
-    if (Holds(text, part) || Holds(joined, part)) {
-      traces.push_back("text of " + part);
-    }
-    if (Holds(lower, Hexadecimal(part))) {
-      traces.push_back("hexadecimal of " + part);
-    }
-    for (std::size_t offset = 0; offset < 3; ++offset) {
-      if (Holds(joined, Base64Core(part, offset))) {
-        traces.push_back("base64 of " + part);
+    const auto look = [&](const std::string& kind, const std::string& rendering) {
+      if (text.find(rendering) != std::string::npos ||
+          joined.find(rendering) != std::string::npos) {
+        traces.push_back(kind + " of " + part);
       }
+    };
+    look("text", part);
+    look("hexadecimal", Encoded(part, "0123456789abcdef", 4));
+    look("hexadecimal", Encoded(part, "0123456789ABCDEF", 4));
+    for (std::size_t offset = 0; offset < 3; ++offset) {
+      look("base64", Base64Core(part, offset));
     }
   }
   return traces;

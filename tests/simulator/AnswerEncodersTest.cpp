@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -96,13 +97,6 @@ INSTANTIATE_TEST_SUITE_P(OfSmmType, SampleAnswer,
                          testing::Values(SMM_FIRST_GENERATION, SMM_SECOND_GENERATION),
                          testing::PrintToStringParamName());
 
-TEST(StatusAnswer, Platform254HasPlatformIdInFront) {
-  const Answer answer = Ask(kSecond254, 0xA8, {});
-  EXPECT_EQ(answer.completionCode, 0x00);
-  EXPECT_EQ(answer.data,
-            (Bytes{0xFE, 0x10, 0x0F, 0xC1, 0xC2, 0xC3, 'S', 'G', 'E', 'N', '4', 0, 0, 0x01, 0, 0}));
-}
-
 TEST(StatusAnswer, RequestDataGetsInvalidLength) {
   const Answer answer = Ask(kFirst, 0xA8, {0x00});
   EXPECT_EQ(answer.completionCode, 0xC7);
@@ -127,10 +121,8 @@ TEST_P(IdentityAnswer, HoldsTheItemPadded) {
 INSTANTIATE_TEST_SUITE_P(
     All, IdentityAnswer,
     testing::Values(
-        IdentityCase{"FirstMachineType", kFirst, 0x00, "1QA4~~~~"},
         IdentityCase{"FirstSerialNumber", kFirst, 0x01, "  SIM10001  ~~~~"},
         IdentityCase{"FirstName", kFirst, 0x0B, "simulated-first~~~~~~~~~"},
-        IdentityCase{"Second253MachineType", kSecond253, 0x00, "\x05~2QC9~~~~"},
         IdentityCase{"Second253SerialNumber", kSecond253, 0x01, "\x05\x01  SIM25301  ~~~~"},
         IdentityCase{"Second253Name", kSecond253, 0x0B, "\x05\x0Bsimulated-second-253~~~~"},
         IdentityCase{"Second254MachineType", kSecond254, 0x00, "\x05~2qB2~~~~"},
@@ -138,177 +130,79 @@ INSTANTIATE_TEST_SUITE_P(
         IdentityCase{"Second254Name", kSecond254, 0x0B, "\x05\x0Bsimulated-second-254~~~~"}),
     [](const auto& instance) { return instance.param.name; });
 
+/// The bytes of the text, two digits each.
+Bytes Hex(const std::string& text) {
+  std::istringstream stream(text);
+  stream >> std::hex;
+  Bytes bytes;
+  for (unsigned int byte = 0; stream >> byte;) {
+    bytes.push_back(static_cast<std::uint8_t>(byte));
+  }
+  return bytes;
+}
+
 struct ReadingCase {
-  std::string name;
+  const char* name;
   EnclosureKind kind;
-  Request request;
-  Bytes answer;
+  const char* request;  ///< Network function, command, data.
+  const char* answer;
 };
 
 class ReadingAnswer : public testing::TestWithParam<ReadingCase> {};
 
 TEST_P(ReadingAnswer, HasItsLayout) {
-  const Answer answer = EncodeAnswer(MakeEnclosure(GetParam().kind), GetParam().request);
+  const Bytes request = Hex(GetParam().request);
+  const Answer answer =
+      EncodeAnswer(MakeEnclosure(GetParam().kind),
+                   {request[0], request[1], {request.begin() + 2, request.end()}});
   EXPECT_EQ(answer.completionCode, 0x00);
-  EXPECT_EQ(answer.data, GetParam().answer);
+  EXPECT_EQ(answer.data, Hex(GetParam().answer));
 }
 
-std::string NameOf(const testing::TestParamInfo<ReadingCase>& instance) {
-  return instance.param.name;
-}
+/// What sets the kinds, their nodes and their PSUs apart from those of the sample answers.
+const ReadingCase kReadings[] = {
+    {"StatusFirst", kFirst, "32 A8", "01 05 A1 A2 A3 46 47 45 4E 37 00 00 00 00 00 00"},
+    {"StatusSecond253", kSecond253, "32 A8", "FD 02 1A B1 B2 B3 53 47 45 4E 33 00 00 03 00 00"},
+    {"StatusSecond254", kSecond254, "32 A8", "FE 10 0F C1 C2 C3 53 47 45 4E 34 00 00 01 00 00"},
+    // 633, 1618, 2798.
+    {"ChassisPowerSecond254", kSecond254, "32 98 05", "05 79 02 52 06 EE 0A"},
+    // 640, 3450, 3010, 2150, 2560.
+    {"ChassisCapsSecond254", kSecond254, "32 9D 05", "05 80 02 7A 0D C2 0B 66 08 00 0A"},
+    // 146, 374, 652.
+    {"NodePowerFirstsLast", kFirst, "32 98 04", "92 00 76 01 8C 02"},
+    // 156, 386, 666: 05 is a node where the enclosure has another selector.
+    {"NodePowerSecond253sFifth", kSecond253, "32 98 05", "05 9C 00 82 01 9A 02"},
+    // 219, 463, 757.
+    {"NodePowerSecond253sLast", kSecond253, "32 98 0C", "0C DB 00 CF 01 F5 02"},
+    // 130, 354, 628.
+    {"NodePowerSecond254sSecond", kSecond254, "32 98 02", "02 82 00 62 01 74 02"},
+    {"NodeStatusSecond253", kSecond253, "32 A7 0C", "0C 80 02 01 1C"},
+    {"NodeStatusSecond254", kSecond254, "32 A7 04", "04 80 02 01 14"},
+    // 5780, 62.
+    {"PsuFansFirstsSecond", kFirst, "32 A5 02", "94 16 3E 02"},
+    // 7850, 69, 11255, 89.
+    {"PsuFansSecond253sLast", kSecond253, "32 A5 09", "09 AA 1E 45 F7 2B 59 02"},
+    // 5570, 61, 8615, 81.
+    {"PsuFansSecond254sFirst", kSecond254, "32 A5 01", "01 C2 15 3D A7 21 51 02"},
+    {"FirstsVersionOfSlot2", kFirst, "06 52 0D D0 02 FC", "09 02"},
+    {"FirstsPosition", kFirst, "06 52 0D D0 20 F0",
+     "0B 02 C2 C3 C4 C5 C6 C7 C8 C9 CA CB CC CD CE CF D0 D1 D2 D3 D4 D5 D6 D7 D8 D9 DA DB DC DD DE "
+     "DF"},
+    {"FirstsShorterRead", kFirst, "06 52 0F D0 03 99", "04 50 41"},
+    {"Second253sVersion", kSecond253, "32 92 09 02 FC", "11 09"},
+    {"Second253sManufacturer", kSecond253, "32 92 03 05 99", "50 42 53 33 00"},
+    {"Second253sPosition", kSecond253, "32 92 07 20 F0",
+     "10 07 C2 C3 C4 C5 C6 C7 C8 C9 CA CB CC CD CE CF D0 D1 D2 D3 D4 D5 D6 D7 D8 D9 DA DB DC DD DE "
+     "DF"},
+    {"Second254sVersion", kSecond254, "32 92 02 02 FC", "0B 02"},
+    {"Second254sManufacturer", kSecond254, "32 92 02 05 99", "50 43 53 32 00"},
+    {"FlagsSecond254", kSecond254, "32 91", "00 00 A5 5A 00 00 03 00 03 00"},
+    {"SelectionFirstsNegative", kFirst, "32 F4 00 FF", "FF"},
+    {"SelectionWithoutPsu", kSecond254, "32 F4 00", "00"},
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    ChassisPower, ReadingAnswer,
-    testing::Values(
-        // 625, 1610, 2790.
-        ReadingCase{"First", kFirst, {0x32, 0x98, {0x05}}, {0x71, 0x02, 0x4A, 0x06, 0xE6, 0x0A}},
-        // 2129, 5010, 8486, and the selector in front.
-        ReadingCase{"Second253",
-                    kSecond253,
-                    {0x32, 0x98, {0x0D}},
-                    {0x0D, 0x51, 0x08, 0x92, 0x13, 0x26, 0x21}},
-        // 633, 1618, 2798.
-        ReadingCase{"Second254",
-                    kSecond254,
-                    {0x32, 0x98, {0x05}},
-                    {0x05, 0x79, 0x02, 0x52, 0x06, 0xEE, 0x0A}}),
-    NameOf);
-
-INSTANTIATE_TEST_SUITE_P(
-    ChassisCaps, ReadingAnswer,
-    testing::Values(
-        // 610, 3400, 2950, 2100, 2500.
-        ReadingCase{"First",
-                    kFirst,
-                    {0x32, 0x9D, {0x05}},
-                    {0x62, 0x02, 0x48, 0x0D, 0x86, 0x0B, 0x34, 0x08, 0xC4, 0x09}},
-        // 2210, 9700, 9100, 7600, 8300.
-        ReadingCase{"Second253",
-                    kSecond253,
-                    {0x32, 0x9D, {0x0D}},
-                    {0x0D, 0xA2, 0x08, 0xE4, 0x25, 0x8C, 0x23, 0xB0, 0x1D, 0x6C, 0x20}},
-        // 640, 3450, 3010, 2150, 2560.
-        ReadingCase{"Second254",
-                    kSecond254,
-                    {0x32, 0x9D, {0x05}},
-                    {0x05, 0x80, 0x02, 0x7A, 0x0D, 0xC2, 0x0B, 0x66, 0x08, 0x00, 0x0A}}),
-    NameOf);
-
-INSTANTIATE_TEST_SUITE_P(
-    NodePower, ReadingAnswer,
-    testing::Values(
-        // 119, 341, 613.
-        ReadingCase{
-            "FirstsFirst", kFirst, {0x32, 0x98, {0x01}}, {0x77, 0x00, 0x55, 0x01, 0x65, 0x02}},
-        // 146, 374, 652.
-        ReadingCase{
-            "FirstsLast", kFirst, {0x32, 0x98, {0x04}}, {0x92, 0x00, 0x76, 0x01, 0x8C, 0x02}},
-        // 156, 386, 666: 05 is a node where the enclosure has another selector.
-        ReadingCase{"Second253sFifth",
-                    kSecond253,
-                    {0x32, 0x98, {0x05}},
-                    {0x05, 0x9C, 0x00, 0x82, 0x01, 0x9A, 0x02}},
-        // 219, 463, 757.
-        ReadingCase{"Second253sLast",
-                    kSecond253,
-                    {0x32, 0x98, {0x0C}},
-                    {0x0C, 0xDB, 0x00, 0xCF, 0x01, 0xF5, 0x02}},
-        // 130, 354, 628.
-        ReadingCase{"Second254sSecond",
-                    kSecond254,
-                    {0x32, 0x98, {0x02}},
-                    {0x02, 0x82, 0x00, 0x62, 0x01, 0x74, 0x02}}),
-    NameOf);
-
-INSTANTIATE_TEST_SUITE_P(
-    NodeStatus, ReadingAnswer,
-    testing::Values(
-        ReadingCase{"First", kFirst, {0x32, 0xA7, {0x01}}, {0x80, 0x01, 0x02, 0x11}},
-        ReadingCase{"Second253", kSecond253, {0x32, 0xA7, {0x0C}}, {0x0C, 0x80, 0x02, 0x01, 0x1C}},
-        ReadingCase{"Second254", kSecond254, {0x32, 0xA7, {0x04}}, {0x04, 0x80, 0x02, 0x01, 0x14}}),
-    NameOf);
-
-INSTANTIATE_TEST_SUITE_P(
-    PsuFans, ReadingAnswer,
-    testing::Values(
-        // 5490, 61.
-        ReadingCase{"FirstsFirst", kFirst, {0x32, 0xA5, {0x01}}, {0x72, 0x15, 0x3D, 0x02}},
-        // 5780, 62.
-        ReadingCase{"FirstsSecond", kFirst, {0x32, 0xA5, {0x02}}, {0x94, 0x16, 0x3E, 0x02}},
-        // 7850, 69, 11255, 89.
-        ReadingCase{"Second253sLast",
-                    kSecond253,
-                    {0x32, 0xA5, {0x09}},
-                    {0x09, 0xAA, 0x1E, 0x45, 0xF7, 0x2B, 0x59, 0x02}},
-        // 5570, 61, 8615, 81.
-        ReadingCase{"Second254sFirst",
-                    kSecond254,
-                    {0x32, 0xA5, {0x01}},
-                    {0x01, 0xC2, 0x15, 0x3D, 0xA7, 0x21, 0x51, 0x02}}),
-    NameOf);
-
-/// A position register: two bytes, then filling that counts up.
-Bytes Position(std::uint8_t first, std::uint8_t second) {
-  Bytes bytes = {first, second};
-  for (std::uint8_t filling = 0xC2; filling <= 0xDF; ++filling) {
-    bytes.push_back(filling);
-  }
-  return bytes;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    PsuRegisters, ReadingAnswer,
-    testing::Values(
-        ReadingCase{"FirstsVersion", kFirst, {0x06, 0x52, {0x0F, 0xD0, 0x02, 0xFC}}, {0x08, 0x01}},
-        ReadingCase{
-            "FirstsVersionOfSlot2", kFirst, {0x06, 0x52, {0x0D, 0xD0, 0x02, 0xFC}}, {0x09, 0x02}},
-        ReadingCase{"FirstsManufacturerWithBlockLength",
-                    kFirst,
-                    {0x06, 0x52, {0x0F, 0xD0, 0x05, 0x99}},
-                    {0x04, 'P', 'A', 'S', '1'}},
-        ReadingCase{
-            "FirstsPosition", kFirst, {0x06, 0x52, {0x0D, 0xD0, 0x20, 0xF0}}, Position(0x0B, 0x02)},
-        ReadingCase{
-            "FirstsShorterRead", kFirst, {0x06, 0x52, {0x0F, 0xD0, 0x03, 0x99}}, {0x04, 'P', 'A'}},
-        ReadingCase{
-            "Second253sVersion", kSecond253, {0x32, 0x92, {0x09, 0x02, 0xFC}}, {0x11, 0x09}},
-        ReadingCase{"Second253sManufacturer",
-                    kSecond253,
-                    {0x32, 0x92, {0x03, 0x05, 0x99}},
-                    {'P', 'B', 'S', '3', 0x00}},
-        ReadingCase{"Second253sPosition",
-                    kSecond253,
-                    {0x32, 0x92, {0x07, 0x20, 0xF0}},
-                    Position(0x10, 0x07)},
-        ReadingCase{
-            "Second254sVersion", kSecond254, {0x32, 0x92, {0x02, 0x02, 0xFC}}, {0x0B, 0x02}},
-        ReadingCase{"Second254sManufacturer",
-                    kSecond254,
-                    {0x32, 0x92, {0x02, 0x05, 0x99}},
-                    {'P', 'C', 'S', '2', 0x00}}),
-    NameOf);
-
-INSTANTIATE_TEST_SUITE_P(
-    PsuFlags, ReadingAnswer,
-    testing::Values(
-        ReadingCase{"First", kFirst, {0x32, 0x91, {}}, {0x00, 0x00, 0x03, 0x03, 0xA5, 0x5A}},
-        ReadingCase{"Second253",
-                    kSecond253,
-                    {0x32, 0x91, {}},
-                    {0x00, 0x00, 0xA5, 0x5A, 0x00, 0x00, 0xFF, 0x01, 0xFF, 0x01}},
-        ReadingCase{"Second254",
-                    kSecond254,
-                    {0x32, 0x91, {}},
-                    {0x00, 0x00, 0xA5, 0x5A, 0x00, 0x00, 0x03, 0x00, 0x03, 0x00}}),
-    NameOf);
-
-INSTANTIATE_TEST_SUITE_P(
-    PsuSelection, ReadingAnswer,
-    testing::Values(ReadingCase{"First", kFirst, {0x32, 0xF4, {0x00, 0x03}}, {0x03}},
-                    ReadingCase{"FirstsNegative", kFirst, {0x32, 0xF4, {0x00, 0xFF}}, {0xFF}},
-                    ReadingCase{"Second253", kSecond253, {0x32, 0xF4, {0x00, 0x09}}, {0x09}},
-                    ReadingCase{"WithoutPsu", kSecond254, {0x32, 0xF4, {0x00}}, {0x00}}),
-    NameOf);
+INSTANTIATE_TEST_SUITE_P(All, ReadingAnswer, testing::ValuesIn(kReadings),
+                         [](const auto& instance) { return instance.param.name; });
 
 /// Every PSU has other flags than the rest; no two flags have the same bits.
 EnclosureState WithFlags(EnclosureKind kind) {

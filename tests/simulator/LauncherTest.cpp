@@ -3,7 +3,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <thread>
 
 #include "simulator/LoopbackPort.h"
@@ -36,9 +35,8 @@ class LauncherProcess : private TemporaryDirectory, public Child {
 
 TEST(Launcher, PrintsItsAddressInOneLineWhenReady) {
   const LauncherProcess launcher({"--generation", "1"});
-  const std::string line = launcher.ReadLine();
-  EXPECT_TRUE(std::regex_match(line, std::regex(R"(smm-simulator ready at 127\.0\.0\.1:[0-9]+)")))
-      << line;
+  EXPECT_THAT(launcher.ReadLine(),
+              testing::MatchesRegex(R"(smm-simulator ready at 127\.0\.0\.1:[0-9]+)"));
   launcher.Signal(SIGTERM);
   EXPECT_EQ(launcher.ReadLine(), "");
 }
@@ -47,9 +45,8 @@ using LauncherOnIpv6 = Ipv6Test<>;
 
 TEST_F(LauncherOnIpv6, AddressStandsInBrackets) {
   const LauncherProcess launcher({"--generation", "1", "--address", "::1"});
-  const std::string line = launcher.ReadLine();
-  EXPECT_TRUE(std::regex_match(line, std::regex(R"(smm-simulator ready at \[::1\]:[0-9]+)")))
-      << line;
+  EXPECT_THAT(launcher.ReadLine(),
+              testing::MatchesRegex(R"(smm-simulator ready at \[::1\]:[0-9]+)"));
 }
 
 TEST(Launcher, KeepsItsFilesToItsUser) {

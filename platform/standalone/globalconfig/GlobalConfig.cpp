@@ -22,7 +22,7 @@ struct Entry {
   explicit Entry(std::string name) : key(std::move(name)) {}
 
   const std::string key;
-  std::atomic<int> value{0};
+  std::atomic<int> value{};
   std::atomic<bool> isSet{false};  ///< At run time; only then does the value hold.
   std::atomic<bool> isReported{false};
   Entry* next = nullptr;
@@ -42,13 +42,18 @@ Entry* Find(Entry* first, const std::string& key) {
 Entry& FindOrAdd(const std::string& key) {
   Entry* first = firstEntry;
   Entry* found = Find(first, key);
-  auto added = found == nullptr ? std::make_unique<Entry>(key) : nullptr;
-  while (found == nullptr) {
-    added->next = first;
-    // Another thread may have added one meanwhile, this key's too.
-    const bool isAdded = firstEntry.compare_exchange_weak(first, added.get());
-    found = isAdded ? added.release() : Find(first, key);
+  if (found != nullptr) {
+    return *found;
   }
+  auto added = std::make_unique<Entry>(key);
+  do {
+    added->next = first;
+    if (firstEntry.compare_exchange_weak(first, added.get())) {
+      return *added.release();
+    }
+    // Another thread has added one meanwhile, maybe this key's.
+    found = Find(first, key);
+  } while (found == nullptr);
   return *found;
 }
 
@@ -74,7 +79,7 @@ std::optional<int> ValueOfTheThread(const std::string& key) {
       return found->second;
     }
   }
-  return std::nullopt;
+  return {};
 }
 
 /// Says once a key that the environment's value does not hold. On the error level, so that it is

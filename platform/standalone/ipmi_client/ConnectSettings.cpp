@@ -17,7 +17,6 @@ namespace {
 
 constexpr int kHighestPort = 65535;
 constexpr int kSuiteNotSet = -1;
-constexpr unsigned long kHighestSuite = 17;
 constexpr int kDefaultSessionTimeoutMs = 4500;
 constexpr int kIntervalOfEachAttempt = 0;
 constexpr int kShortestTimeoutMs = 10;
@@ -72,16 +71,14 @@ int ReadPort(const std::string& text, Complaint& complaint) {
   return port;
 }
 
-bool IsKnownSuite(unsigned long suite) {
-  return suite <= kHighestSuite && IPMI_CIPHER_SUITE_ID_SUPPORTED(suite) != 0;
-}
+bool IsKnownSuite(unsigned long suite) { return IPMI_CIPHER_SUITE_ID_SUPPORTED(suite) != 0; }
 
 std::uint8_t ReadCipherSuite(unsigned long givenInCode, Complaint& complaint) {
   constexpr const char* key = "IPMI_CIPHER_SUITE";
   constexpr const char* expected = "one of 0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16 and 17";
   const int configured = GetGlobalConfigValue(key, kSuiteNotSet);
   if (configured != kSuiteNotSet) {
-    if (configured < 0 || !IsKnownSuite(static_cast<unsigned long>(configured))) {
+    if (!IsKnownSuite(static_cast<unsigned long>(configured))) {
       complaint.Add(key, std::to_string(configured), expected);
     }
     return static_cast<std::uint8_t>(configured);

@@ -12,15 +12,15 @@ namespace Standalone {
 
 /// The numbers of one connection, each within its range.
 struct ConnectSettings {
-  int port = 0;
-  std::uint8_t cipherSuite = 0;
-  std::uint8_t privilegeLevel = 0;
+  int port{};
+  std::uint8_t cipherSuite{};
+  std::uint8_t privilegeLevel{};
   /// How long one step of a conversation may go without a usable answer. Opening has five steps, a
   /// request is one, and so is closing.
-  unsigned int sessionTimeoutMs = 0;
+  unsigned int sessionTimeoutMs{};
   /// After how long a question is asked again; 0 when each attempt has its own interval.
-  unsigned int retransmissionTimeoutMs = 0;
-  unsigned int workaroundFlags = 0;
+  unsigned int retransmissionTimeoutMs{};
+  unsigned int workaroundFlags{};
 };
 
 /// Reads `settings` from the port text, the cipher suite given in code, and the configuration.

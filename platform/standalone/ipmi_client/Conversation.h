@@ -26,10 +26,10 @@ struct Question {
   /// The datagram of the first sending and of each repetition; empty when it cannot be made.
   std::function<Datagram()> make;
   std::function<Verdict(const Datagram&)> judge;
+  Trouble silence{};  ///< What it is when nothing at all comes.
   /// Whether it opens a session. A repetition to a controller that is only slow may spoil what
   /// follows, so these questions wait for longer before they are repeated.
   bool isOpening = false;
-  Trouble silence{};  ///< What it is when nothing at all comes.
 };
 
 /// Asks questions of one controller, one at a time, and waits for their answers. Lasts for all
@@ -37,7 +37,10 @@ struct Question {
 /// controller is late rather than silent.
 class Conversation {
  public:
-  Conversation(const std::string& numericAddress, int port) : socket_(numericAddress, port) {}
+  Conversation(const std::string& numericAddress, int port)
+      : address_(numericAddress), socket_(numericAddress, port) {}
+
+  [[nodiscard]] const std::string& Address() const { return address_; }
 
   /// Whether there is a socket to hold it over.
   [[nodiscard]] bool IsOpen() const { return socket_.OpenError() == 0; }
@@ -86,6 +89,7 @@ class Conversation {
 
   static constexpr std::size_t kTags = 64;
 
+  std::string address_;
   UdpSocket socket_;
   Attempt attempt_{};
   /// Of an answer that nobody waited for any more.

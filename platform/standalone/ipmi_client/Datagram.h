@@ -24,10 +24,10 @@ struct DatagramHeader {
   std::uint8_t payloadType = 0;  ///< Of IPMI 2.0; 0 is an IPMI message.
   bool isEncrypted = false;
   bool isAuthenticated = false;
-  std::uint32_t sessionId = 0;  ///< 0 outside of a session.
+  std::uint32_t sessionId{};  ///< 0 outside of a session.
   /// Of a message outside of a session what ties it to its request: message tag or requester
   /// sequence number.
-  std::uint8_t number = 0;
+  std::uint8_t number{};
 };
 
 /// Nothing when the datagram is no IPMI message or ends before its message does.

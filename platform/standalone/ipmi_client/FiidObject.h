@@ -2,6 +2,7 @@
 
 #include <freeipmi/freeipmi.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -21,15 +22,21 @@ class FiidObject {
 
   /// The number in a field; nothing when the message ends before it.
   [[nodiscard]] std::optional<std::uint64_t> Number(const char* field) const {
-    std::uint64_t value = 0;
+    std::uint64_t value{};
     const bool isThere = fiid_obj_get(Get(), field, &value) == 1;
     return isThere ? std::optional<std::uint64_t>(value) : std::nullopt;
+  }
+
+  /// The number in a field of a message that is whole.
+  template <typename Integer>
+  [[nodiscard]] Integer NumberAs(const char* field) const {
+    return static_cast<Integer>(Number(field).value_or(0));
   }
 
   /// The bytes in a field, as many as there are.
   [[nodiscard]] std::vector<std::uint8_t> Bytes(const char* field) const {
     const int length = fiid_obj_field_len_bytes(Get(), field);
-    std::vector<std::uint8_t> bytes(length > 0 ? static_cast<std::size_t>(length) : 0);
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::max(length, 0)));
     if (!bytes.empty()) {
       fiid_obj_get_data(Get(), field, bytes.data(), static_cast<unsigned int>(bytes.size()));
     }

@@ -38,7 +38,6 @@ Failure ResolverFailure(int error) {
 
 int Find(const std::string& host, int flags, AddressList& found) {
   addrinfo hints{};
-  hints.ai_family = AF_UNSPEC;
   hints.ai_socktype = SOCK_DGRAM;
   hints.ai_flags = flags;
   addrinfo* list = nullptr;

@@ -118,10 +118,9 @@ struct IpmiClient::State {
   std::string userName;
   std::string password;
   std::string port;
-  unsigned long cipherSuite = 0;
+  unsigned long cipherSuite{};
   std::size_t failedAttempts = 0;
-  std::string numericAddress;       ///< The one of this attempt, once it is known.
-  std::string conversationAddress;  ///< Where the conversation goes.
+  std::string numericAddress;  ///< The one of this attempt, once it is known.
   std::optional<Standalone::Conversation> conversation;
   std::unique_ptr<Standalone::Session> session;  ///< Refers to the conversation and the texts.
 };
@@ -155,9 +154,8 @@ Failure IpmiClient::State::ChooseAddress(const ConnectSettings& settings) {
     return failure;
   }
   numericAddress = addresses[failedAttempts % addresses.size()];
-  if (!conversation || !conversation->IsOpen() || conversationAddress != numericAddress) {
+  if (!conversation || !conversation->IsOpen() || conversation->Address() != numericAddress) {
     conversation.emplace(numericAddress, settings.port);
-    conversationAddress = numericAddress;
   }
   return {};
 }

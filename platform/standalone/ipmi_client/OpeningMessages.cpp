@@ -20,10 +20,10 @@ const SessionKeys& NoKeys() {
   return keys;
 }
 
-Protection Unprotected() { return {{}, NoKeys(), nullptr, 0}; }
+Protection Unprotected() { return {{}, NoKeys()}; }
 
 Datagram PackOpening(std::uint8_t payloadType, const FiidObject& message) {
-  return Pack({payloadType, 0, 0, IPMI_NET_FN_APP_RQ, 0}, Unprotected(), message);
+  return Pack({payloadType}, Unprotected(), message);
 }
 
 /// Takes a message apart that has come in the place of an answer of that type and tag. A refusal
@@ -34,7 +34,7 @@ Verdict UnpackOpening(const Datagram& datagram, std::uint8_t payloadType, std::u
   if (!header) {
     return Verdict::Damaged;
   }
-  if (!header->isRmcpPlus || header->payloadType != payloadType || header->number != tag) {
+  if (header->payloadType != payloadType || header->number != tag) {
     return Verdict::Foreign;
   }
   const bool isWhole = packet.Unpack(datagram, Unprotected());
@@ -52,14 +52,9 @@ bool IsForUs(const FiidObject& message, const Handshake& handshake) {
   return message.Number("remote_console_session_id") == handshake.remoteConsoleSessionId;
 }
 
-/// Copies a field as long as the array; returns whether it was.
-bool Copy(const FiidObject& message, const char* field, std::array<std::uint8_t, 16>& target) {
+void Copy(const FiidObject& message, const char* field, std::array<std::uint8_t, 16>& target) {
   const std::vector<std::uint8_t> bytes = message.Bytes(field);
-  if (bytes.size() != target.size()) {
-    return false;
-  }
-  std::copy(bytes.begin(), bytes.end(), target.begin());
-  return true;
+  std::copy_n(bytes.begin(), std::min(bytes.size(), target.size()), target.begin());
 }
 
 /// How many bytes prove the password in RAKP message 2.
@@ -160,7 +155,7 @@ Datagram MakeCapabilitiesRequest(std::uint8_t tag, std::uint8_t privilegeLevel) 
   const int length = assemble_ipmi_lan_pkt(
       rmcpHeader.Get(), sessionHeader.Get(), messageHeader.Get(), message.Get(), nullptr, 0,
       datagram.data(), static_cast<unsigned int>(datagram.size()), IPMI_INTERFACE_FLAGS_DEFAULT);
-  datagram.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+  datagram.resize(static_cast<std::size_t>(std::max(length, 0)));
   return datagram;
 }
 
@@ -206,22 +201,17 @@ Datagram MakeOpenSessionRequest(std::uint8_t tag, std::uint8_t privilegeLevel,
 Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t tag, const Handshake& handshake,
                           OpenedSession& opened) {
   UnpackedPacket packet(tmpl_rmcpplus_open_session_response);
-  OpenedSession read;
+  std::uint8_t status{};
   const Verdict verdict = UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RMCPPLUS_OPEN_SESSION_RESPONSE,
-                                        tag, packet, read.status);
+                                        tag, packet, status);
   if (verdict != Verdict::Answer) {
     return verdict;
   }
-  if (read.status == RMCPPLUS_STATUS_NO_ERRORS) {
-    if (!IsForUs(packet.message, handshake)) {
-      return Verdict::Foreign;
-    }
-    read.maximumPrivilegeLevel =
-        static_cast<std::uint8_t>(packet.message.Number("maximum_privilege_level").value_or(0));
-    read.managedSystemSessionId =
-        static_cast<std::uint32_t>(packet.message.Number("managed_system_session_id").value_or(0));
+  if (status == RMCPPLUS_STATUS_NO_ERRORS && !IsForUs(packet.message, handshake)) {
+    return Verdict::Foreign;
   }
-  opened = read;
+  opened = {status, packet.message.NumberAs<std::uint8_t>("maximum_privilege_level"),
+            packet.message.NumberAs<std::uint32_t>("managed_system_session_id")};
   return Verdict::Answer;
 }
 
@@ -250,12 +240,12 @@ Verdict ReadRakp2(const Datagram& datagram, std::uint8_t tag, const Login& login
       return Verdict::Foreign;
     }
     // A proof that was cut short would look like one of another password.
-    if (!Copy(packet.message, "managed_system_random_number", read.managedSystemRandomNumber) ||
-        !Copy(packet.message, "managed_system_guid", read.managedSystemGuid) ||
-        packet.message.Bytes("key_exchange_authentication_code").size() !=
-            ProofLength(login.algorithms.authentication)) {
+    if (packet.message.Bytes("key_exchange_authentication_code").size() !=
+        ProofLength(login.algorithms.authentication)) {
       return Verdict::Damaged;
     }
+    Copy(packet.message, "managed_system_random_number", read.managedSystemRandomNumber);
+    Copy(packet.message, "managed_system_guid", read.managedSystemGuid);
     read.provesPassword = ProvesPassword(packet.message, login, handshake, read);
   }
   rakp2 = read;
@@ -283,7 +273,7 @@ Verdict ReadRakp4(const Datagram& datagram, std::uint8_t tag, const Login& login
                   const Handshake& handshake, const SessionKeys& keys, bool takesAnyCheckValue,
                   std::uint8_t& status) {
   UnpackedPacket packet(tmpl_rmcpplus_rakp_message_4);
-  std::uint8_t readStatus = 0;
+  std::uint8_t readStatus{};
   const Verdict verdict =
       UnpackOpening(datagram, IPMI_PAYLOAD_TYPE_RAKP_MESSAGE_4, tag, packet, readStatus);
   if (verdict != Verdict::Answer) {

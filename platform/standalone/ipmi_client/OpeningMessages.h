@@ -17,10 +17,10 @@ namespace Standalone {
 Datagram MakeCapabilitiesRequest(std::uint8_t tag, std::uint8_t privilegeLevel);
 
 struct Capabilities {
-  std::uint8_t completionCode = 0;  ///< The others hold when it is 0.
-  bool hasIpmi20 = false;
-  bool isUserAllowed = false;  ///< A login with or without name and password, as it is made.
-  bool needsKg = false;        ///< A key besides the password.
+  std::uint8_t completionCode{};  ///< The others hold when it is 0.
+  bool hasIpmi20{};
+  bool isUserAllowed{};  ///< A login with or without name and password, as it is made.
+  bool needsKg{};        ///< A key besides the password.
 };
 
 Verdict ReadCapabilities(const Datagram& datagram, std::uint8_t tag, const Login& login,
@@ -31,9 +31,9 @@ Datagram MakeOpenSessionRequest(std::uint8_t tag, std::uint8_t privilegeLevel,
                                 const Algorithms& algorithms, const Handshake& handshake);
 
 struct OpenedSession {
-  std::uint8_t status = 0;  ///< The others hold when it is 0.
-  std::uint8_t maximumPrivilegeLevel = 0;
-  std::uint32_t managedSystemSessionId = 0;
+  std::uint8_t status{};  ///< The others hold when it is 0.
+  std::uint8_t maximumPrivilegeLevel{};
+  std::uint32_t managedSystemSessionId{};
 };
 
 Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t tag, const Handshake& handshake,
@@ -42,10 +42,10 @@ Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t tag, const Hand
 Datagram MakeRakp1(std::uint8_t tag, const Login& login, const Handshake& handshake);
 
 struct Rakp2 {
-  std::uint8_t status = 0;  ///< The others hold when it is 0.
+  std::uint8_t status{};  ///< The others hold when it is 0.
   std::array<std::uint8_t, 16> managedSystemRandomNumber{};
   std::array<std::uint8_t, 16> managedSystemGuid{};
-  bool provesPassword = false;  ///< The controller knows the same one, as far as the suite asks.
+  bool provesPassword{};  ///< The controller knows the same one, as far as the suite asks.
 };
 
 Verdict ReadRakp2(const Datagram& datagram, std::uint8_t tag, const Login& login,

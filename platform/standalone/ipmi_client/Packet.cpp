@@ -11,10 +11,8 @@ namespace {
 constexpr std::size_t kMostAround = 128;
 
 bool IsFilled(const Envelope& envelope, const Algorithms& algorithms, const PacketParts& parts) {
-  const bool isOfSession = envelope.sessionId != 0;
-  const auto isAuthenticated = static_cast<std::uint8_t>(isOfSession && algorithms.integrity != 0);
-  const auto isEncrypted =
-      static_cast<std::uint8_t>(isOfSession && algorithms.confidentiality != 0);
+  const auto isAuthenticated = static_cast<std::uint8_t>(algorithms.integrity != 0);
+  const auto isEncrypted = static_cast<std::uint8_t>(algorithms.confidentiality != 0);
   return fill_rmcp_hdr_ipmi(parts.rmcpHeader.Get()) == 0 &&
          fill_rmcpplus_session_hdr(envelope.payloadType, isAuthenticated, isEncrypted, 0, 0,
                                    envelope.sessionId, envelope.sequenceNumber,
@@ -65,7 +63,7 @@ Datagram Pack(const Envelope& envelope, const Protection& protection, const Fiid
       parts.rmcpHeader.Get(), parts.sessionHeader.Get(), parts.requestHeader.Get(), message.Get(),
       parts.sessionTrailer.Get(), datagram.data(), static_cast<unsigned int>(datagram.size()),
       IPMI_INTERFACE_FLAGS_DEFAULT);
-  datagram.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+  datagram.resize(static_cast<std::size_t>(std::max(length, 0)));
   return datagram;
 }
 
@@ -83,8 +81,7 @@ bool UnpackedPacket::Unpack(const Datagram& datagram, const Protection& protecti
           parts_.sessionTrailer.Get(), IPMI_INTERFACE_FLAGS_DEFAULT) != 1) {
     return false;
   }
-  return protection.algorithms.integrity == IPMI_INTEGRITY_ALGORITHM_NONE ||
-         ipmi_rmcpplus_check_packet_session_authentication_code(
+  return ipmi_rmcpplus_check_packet_session_authentication_code(
              protection.algorithms.integrity, datagram.data(), length, integrity.Data(),
              integrity.length, protection.password, protection.passwordLength,
              parts_.sessionTrailer.Get()) == 1;

@@ -14,17 +14,17 @@ namespace Standalone {
 struct Protection {
   Algorithms algorithms;
   const SessionKeys& keys;
-  const void* password;  ///< One integrity algorithm takes the password itself as its key.
-  unsigned int passwordLength;
+  const void* password{};  ///< One integrity algorithm takes the password itself as its key.
+  unsigned int passwordLength{};
 };
 
 /// What stands around a message of IPMI 2.0.
 struct Envelope {
-  std::uint8_t payloadType = 0;
-  std::uint32_t sessionId = 0;
-  std::uint32_t sequenceNumber = 0;
-  std::uint8_t networkFunction = 0;  ///< Of an IPMI message; without meaning for the others.
-  std::uint8_t number = 0;           ///< Requester sequence number of an IPMI message, 0 to 63.
+  std::uint8_t payloadType{};
+  std::uint32_t sessionId{};
+  std::uint32_t sequenceNumber{};
+  std::uint8_t networkFunction{};  ///< Of an IPMI message; without meaning for the others.
+  std::uint8_t number{};           ///< Requester sequence number of an IPMI message, 0 to 63.
 };
 
 /// The message as a datagram; empty when memory or file descriptors are short.

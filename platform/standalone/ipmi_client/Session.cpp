@@ -17,7 +17,7 @@ Failure CapabilitiesFailure(const Capabilities& capabilities, bool checksLogin) 
   if (MayPass(capabilities.completionCode)) {
     return FailureOf(Trouble::Busy);
   }
-  if (capabilities.completionCode != 0 || !capabilities.hasIpmi20) {
+  if (!capabilities.hasIpmi20) {
     return FailureOf(Trouble::Ipmi20Missing);
   }
   if (checksLogin && !capabilities.isUserAllowed) {
@@ -54,14 +54,12 @@ Failure Session::AskCapabilities() {
   const std::uint8_t tag = conversation_.NextTag();
   const bool checksChecksums = !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK);
   Capabilities capabilities;
-  Question question;
-  question.silence = Trouble::NoAnswer;
-  question.isOpening = true;
-  question.make = [&] { return MakeCapabilitiesRequest(tag, login_.privilegeLevel); };
-  question.judge = [&](const Datagram& datagram) {
-    return ReadCapabilities(datagram, tag, login_, checksChecksums, capabilities);
-  };
-  Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(
+      {[&] { return MakeCapabilitiesRequest(tag, login_.privilegeLevel); },
+       [&](const Datagram& datagram) {
+         return ReadCapabilities(datagram, tag, login_, checksChecksums, capabilities);
+       },
+       Trouble::NoAnswer, true});
   if (failure) {
     return failure;
   }
@@ -79,14 +77,12 @@ Failure Session::OpenSession() {
                                  ? login_.privilegeLevel
                                  : IPMI_PRIVILEGE_LEVEL_HIGHEST_LEVEL;
   OpenedSession opened;
-  Question question;
-  question.silence = Trouble::SilentWhileOpening;
-  question.isOpening = true;
-  question.make = [&] { return MakeOpenSessionRequest(tag, level, login_.algorithms, handshake_); };
-  question.judge = [&](const Datagram& datagram) {
-    return ReadOpenedSession(datagram, tag, handshake_, opened);
-  };
-  Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask(
+      {[&] { return MakeOpenSessionRequest(tag, level, login_.algorithms, handshake_); },
+       [&](const Datagram& datagram) {
+         return ReadOpenedSession(datagram, tag, handshake_, opened);
+       },
+       Trouble::SilentWhileOpening, true});
   if (failure) {
     return failure;
   }
@@ -102,14 +98,11 @@ Failure Session::OpenSession() {
 Failure Session::LearnControllersProof() {
   const std::uint8_t tag = conversation_.NextTag();
   Rakp2 rakp2;
-  Question question;
-  question.silence = Trouble::SilentWhileChecking;
-  question.isOpening = true;
-  question.make = [&] { return MakeRakp1(tag, login_, handshake_); };
-  question.judge = [&](const Datagram& datagram) {
-    return ReadRakp2(datagram, tag, login_, handshake_, rakp2);
-  };
-  Failure failure = conversation_.Ask(question);
+  Failure failure = conversation_.Ask({[&] { return MakeRakp1(tag, login_, handshake_); },
+                                       [&](const Datagram& datagram) {
+                                         return ReadRakp2(datagram, tag, login_, handshake_, rakp2);
+                                       },
+                                       Trouble::SilentWhileChecking, true});
   if (failure) {
     return failure;
   }
@@ -127,21 +120,19 @@ Failure Session::LearnControllersProof() {
 
 Failure Session::ProvePassword() {
   rakpTag_ = conversation_.NextTag();
-  std::uint8_t status = 0;
-  Question question;
-  question.silence = Trouble::SilentWhileChecking;
-  question.isOpening = true;
-  question.make = [&] {
-    Datagram rakp3 = MakeRakp3(rakpTag_, login_, handshake_);
-    stage_ = Stage::MayBeOpen;
-    return rakp3;
-  };
-  question.judge = [&](const Datagram& datagram) {
-    return ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_,
-                     Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
-                     status);
-  };
-  Failure failure = conversation_.Ask(question);
+  std::uint8_t status{};
+  Failure failure = conversation_.Ask(
+      {[&] {
+         Datagram rakp3 = MakeRakp3(rakpTag_, login_, handshake_);
+         stage_ = Stage::MayBeOpen;
+         return rakp3;
+       },
+       [&](const Datagram& datagram) {
+         return ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_,
+                          Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
+                          status);
+       },
+       Trouble::SilentWhileChecking, true});
   if (!failure && status != 0) {
     stage_ = Stage::Over;
     return StatusFailure(status);
@@ -179,7 +170,7 @@ Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Question& que
   if (isProven_) {
     return question.judge(datagram);
   }
-  std::uint8_t status = 0;
+  std::uint8_t status{};
   const Verdict verdict = ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_, false, status);
   if (verdict == Verdict::Answer && status != 0) {
     lateStatus_ = status;
@@ -200,16 +191,11 @@ Failure Session::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>&
 }
 
 void Session::Close() {
-  switch (stage_) {
-    case Stage::Over:
-      break;
-    case Stage::Begun:
-      // The controller, which cannot know it otherwise, has the session back at once.
-      conversation_.Tell(MakeRakp3Refusal(conversation_.NextTag(), handshake_));
-      break;
-    case Stage::MayBeOpen:
-      AskToClose();
-      break;
+  if (stage_ == Stage::Begun) {
+    // The controller, which cannot know it otherwise, has the session back at once.
+    conversation_.Tell(MakeRakp3Refusal(conversation_.NextTag(), handshake_));
+  } else {
+    AskToClose();
   }
   stage_ = Stage::Over;
 }
@@ -223,7 +209,7 @@ void Session::AskToClose() {
     request.data.push_back(static_cast<std::uint8_t>(id >> shift & 0xFFU));
   }
   SessionAnswer answer;
-  conversation_.AskInPassing(MakeQuestion(request, Trouble::SilentToRequest, answer));
+  conversation_.AskInPassing(MakeQuestion(request, {}, answer));
 }
 
 /// A repetition has the requester sequence number of its request, so that a controller can tell it
@@ -231,28 +217,27 @@ void Session::AskToClose() {
 /// and to `request`.
 Question Session::MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer) {
   const std::uint8_t number = conversation_.NextTag();
-  Question question;
-  question.silence = silence;
-  question.make = [this, &request, number] {
-    ++sequenceNumber_;
-    return MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, handshake_.managedSystemSessionId, sequenceNumber_,
-                        request.netFn, number},
-                       Protect(), request);
-  };
-  question.judge = [this, &request, number, &answer](const Datagram& datagram) {
-    const ExpectedAnswer expected{handshake_.remoteConsoleSessionId,
-                                  number,
-                                  request.netFn,
-                                  request.cmd,
-                                  lastAnswer_,
-                                  !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK)};
-    const Verdict verdict = ReadAnswer(datagram, Protect(), expected, answer);
-    if (verdict == Verdict::Answer) {
-      lastAnswer_ = answer.sequenceNumber;
-    }
-    return verdict;
-  };
-  return question;
+  return {[this, &request, number] {
+            ++sequenceNumber_;
+            return MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, handshake_.managedSystemSessionId,
+                                sequenceNumber_, request.netFn, number},
+                               Protect(), request);
+          },
+          [this, &request, number, &answer](const Datagram& datagram) {
+            const ExpectedAnswer expected{
+                handshake_.remoteConsoleSessionId,
+                number,
+                request.netFn,
+                request.cmd,
+                lastAnswer_,
+                !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK)};
+            const Verdict verdict = ReadAnswer(datagram, Protect(), expected, answer);
+            if (verdict == Verdict::Answer) {
+              lastAnswer_ = answer.sequenceNumber;
+            }
+            return verdict;
+          },
+          silence};
 }
 
 Protection Session::Protect() const {

@@ -50,7 +50,7 @@ class Session {
   Failure LearnControllersProof();  ///< RAKP messages 1 and 2.
   Failure ProvePassword();          ///< RAKP messages 3 and 4.
   Failure RaisePrivilege();
-  void Close();
+  void Close();  ///< Only what is not over yet.
   void AskToClose();
 
   /// A question that goes within the session.
@@ -66,7 +66,7 @@ class Session {
   SessionKeys keys_;
   std::uint32_t sequenceNumber_ = 0;  ///< Of the last request sent.
   std::optional<std::uint32_t> lastAnswer_;
-  std::uint8_t rakpTag_ = 0;     ///< Of RAKP messages 3 and 4.
+  std::uint8_t rakpTag_{};       ///< Of RAKP messages 3 and 4.
   std::uint8_t lateStatus_ = 0;  ///< Of a RAKP message 4 that came after its step.
   bool isProven_ = false;        ///< A RAKP message 4 came whose check value is right.
   Stage stage_ = Stage::Over;

@@ -11,9 +11,9 @@ namespace Standalone {
 /// What a cipher suite stands for, in FreeIPMI's numbers. All 0 is no protection, as outside of a
 /// session.
 struct Algorithms {
-  std::uint8_t authentication = 0;
-  std::uint8_t integrity = 0;
-  std::uint8_t confidentiality = 0;
+  std::uint8_t authentication{};
+  std::uint8_t integrity{};
+  std::uint8_t confidentiality{};
 };
 
 /// Who logs in, at which privilege level and with which algorithms. The texts are the client's own
@@ -25,14 +25,14 @@ struct Login {
   unsigned int userNameLength;
   const char* password;
   unsigned int passwordLength;
-  std::uint8_t privilegeLevel = 0;
+  std::uint8_t privilegeLevel{};
   Algorithms algorithms;
 };
 
 /// What both ends of a session tell each other while it opens, in IPMI's names.
 struct Handshake {
-  std::uint32_t remoteConsoleSessionId = 0;
-  std::uint32_t managedSystemSessionId = 0;
+  std::uint32_t remoteConsoleSessionId{};
+  std::uint32_t managedSystemSessionId{};
   std::array<std::uint8_t, 16> remoteConsoleRandomNumber{};
   std::array<std::uint8_t, 16> managedSystemRandomNumber{};
   std::array<std::uint8_t, 16> managedSystemGuid{};
@@ -51,9 +51,9 @@ class SessionKeys {
 
   struct Key {
     std::array<std::uint8_t, 64> bytes{};
-    unsigned int length = 0;
+    unsigned int length{};
 
-    [[nodiscard]] const void* Data() const { return length > 0 ? bytes.data() : nullptr; }
+    [[nodiscard]] const void* Data() const { return length != 0 ? bytes.data() : nullptr; }
   };
 
   /// Returns false when this machine cannot.

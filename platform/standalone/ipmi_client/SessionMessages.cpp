@@ -43,10 +43,9 @@ bool IsLater(std::uint32_t number, std::uint32_t last) {
 /// Only where answers are authenticated; controllers that need not count do not always.
 bool IsSecondCopy(const UnpackedPacket& packet, const Protection& protection,
                   const ExpectedAnswer& expected) {
-  const auto number = packet.SessionHeader().Number("session_sequence_number").value_or(0);
+  const auto number = packet.SessionHeader().NumberAs<std::uint32_t>("session_sequence_number");
   return protection.algorithms.integrity != IPMI_INTEGRITY_ALGORITHM_NONE &&
-         expected.lastSequenceNumber &&
-         !IsLater(static_cast<std::uint32_t>(number), *expected.lastSequenceNumber);
+         expected.lastSequenceNumber && !IsLater(number, *expected.lastSequenceNumber);
 }
 
 bool AnswersRequest(const UnpackedPacket& packet, const ExpectedAnswer& expected) {
@@ -92,10 +91,8 @@ Verdict ReadAnswer(const Datagram& datagram, const Protection& protection,
   if (IsSecondCopy(packet, protection, expected) || !AnswersRequest(packet, expected)) {
     return Verdict::Foreign;
   }
-  answer.sequenceNumber = static_cast<std::uint32_t>(
-      packet.SessionHeader().Number("session_sequence_number").value_or(0));
-  answer.completionCode = static_cast<std::uint8_t>(packet.message.Number("comp_code").value_or(0));
-  answer.data = packet.message.Bytes("data");
+  answer = {packet.SessionHeader().NumberAs<std::uint32_t>("session_sequence_number"),
+            packet.message.NumberAs<std::uint8_t>("comp_code"), packet.message.Bytes("data")};
   return Verdict::Answer;
 }
 

@@ -23,18 +23,18 @@ Datagram MakeRequest(const Envelope& envelope, const Protection& protection,
 
 /// What an answer has to fit.
 struct ExpectedAnswer {
-  std::uint32_t remoteConsoleSessionId = 0;
-  std::uint8_t number = 0;  ///< Requester sequence number of the request.
-  std::uint8_t networkFunction = 0;
-  std::uint8_t command = 0;
+  std::uint32_t remoteConsoleSessionId{};
+  std::uint8_t number{};  ///< Requester sequence number of the request.
+  std::uint8_t networkFunction{};
+  std::uint8_t command{};
   /// Session sequence number of the last answer that was taken.
   std::optional<std::uint32_t> lastSequenceNumber;
-  bool checksChecksums = true;
+  bool checksChecksums{};
 };
 
 struct SessionAnswer {
-  std::uint32_t sequenceNumber = 0;
-  std::uint8_t completionCode = 0;
+  std::uint32_t sequenceNumber{};
+  std::uint8_t completionCode{};
   std::vector<std::uint8_t> data;
 };
 

@@ -19,7 +19,6 @@ using AddressList = std::unique_ptr<addrinfo, void (*)(addrinfo*)>;
 
 AddressList FindAddress(const std::string& numericAddress, int port) {
   addrinfo hints{};
-  hints.ai_socktype = SOCK_DGRAM;
   hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
   addrinfo* list = nullptr;
   const int error =
