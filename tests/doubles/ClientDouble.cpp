@@ -129,7 +129,7 @@ Platform& ThePlatform() {
   return ofThisThread != nullptr ? *ofThisThread : ofAllThreads;
 }
 
-Platform* UseOnThisThread(Platform* own) { return std::exchange(ofThisThread, own); }
+void UseOnThisThread(Platform* own) { ofThisThread = own; }
 
 void OnComplaint(void (*complain)(const std::string& text)) { theComplaint = complain; }
 

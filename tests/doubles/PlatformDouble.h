@@ -131,9 +131,9 @@ struct Platform : Happenings {
 /// The one that the platform's functions work on: of all threads but those that use their own.
 Platform& ThePlatform();
 
-/// The one for the calling thread from now on; with null, that of all. Returns what it was before.
-/// Threads with their own stand for different SMMs.
-Platform* UseOnThisThread(Platform* own);
+/// The one for the calling thread from now on; with null, that of all. Threads with their own stand
+/// for different SMMs.
+void UseOnThisThread(Platform* own);
 
 /// Gets every complaint about the code under test. Until one is set, a complaint ends the program.
 void OnComplaint(void (*complain)(const std::string& text));

@@ -174,8 +174,10 @@ TEST_F(PassesTest, ExceptionOfTheConstructionLeavesNoObject) {
 }
 
 TEST_F(PassesTest, LibraryGetsTheSettingsOfTheEnclosure) {
+  settings_.userName = "operator-7";
   settings_.password = "sesame";
-  smm_.platform.expectedSettings.password = "sesame";
+  smm_.platform.expectedSettings.userName = settings_.userName;
+  smm_.platform.expectedSettings.password = settings_.password;
   settings_.cipherSuite = 17;
   settings_.privilegeLevel = 2;
   settings_.workaroundFlags = 16;

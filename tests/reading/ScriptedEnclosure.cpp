@@ -31,14 +31,14 @@ Answering FallsSilent(FailureCause cause, const std::string& words) {
   };
 }
 
-ScriptedSmm::ScriptedSmm(SMMIype ofGeneration)
-    : generation(ofGeneration), before_(Double::UseOnThisThread(&platform)) {
+ScriptedSmm::ScriptedSmm(SMMIype ofGeneration) : generation(ofGeneration) {
   platform.expectedSettings = {};
   platform.expectedSettings.port = EnclosureSettings().port;
   platform.expectedSettings.connectionKind = 7;
   // Whoever configures a generation is connected to without a request.
   platform.areConversationsWhole = false;
   platform.improvise = [this] { return NextExchange(); };
+  Double::UseOnThisThread(&platform);
 }
 
 void ScriptedSmm::ChangeDetection(const Answering& answering) {

@@ -68,7 +68,7 @@ Answering Throws(const Exception& exception) {
 class ScriptedSmm {
  public:
   explicit ScriptedSmm(SMMIype ofGeneration = SMM_FIRST_GENERATION);
-  ~ScriptedSmm() { Double::UseOnThisThread(before_); }
+  ~ScriptedSmm() { Double::UseOnThisThread(nullptr); }
   ScriptedSmm(const ScriptedSmm&) = delete;
   ScriptedSmm& operator=(const ScriptedSmm&) = delete;
 
@@ -97,7 +97,6 @@ class ScriptedSmm {
   [[nodiscard]] Double::Exchange NextExchange() const;
   void Answer(Double::Exchange& exchange) const;
 
-  Double::Platform* before_;
   std::vector<std::pair<std::string, Answering>> changes_;
   std::size_t lossBegin_ = 0;
   std::size_t lossCount_ = 0;
