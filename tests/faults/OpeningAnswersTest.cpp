@@ -335,7 +335,8 @@ TEST_F(OpeningAnswers, SessionIsClosedWhenThePrivilegeLevelStaysUnanswered) {
 TEST_F(OpeningAnswers, SessionIsClosedWhenThePrivilegeLevelIsAnsweredWithoutEncryption) {
   // What is answered to the closing is encrypted again.
   const Change unencrypted = [repetitions = 5](Bytes& bytes) mutable {
-    bytes.at(kPayloadTypeAt) &= repetitions-- > 0 ? 0x7FU : 0xFFU;
+    const unsigned int kept = repetitions-- > 0 ? 0x7F : 0xFF;
+    bytes.at(kPayloadTypeAt) = static_cast<std::uint8_t>(bytes.at(kPayloadTypeAt) & kept);
   };
   ExpectFailure(Changed(Answer::WithinSession, unencrypted), ConnectResult::WorthRetrying,
                 FailureCause::DamagedAnswer,
