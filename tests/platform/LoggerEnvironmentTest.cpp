@@ -51,6 +51,7 @@ TEST(LoggerThreshold, MalformedValueLeavesOneAndIsReported) {
     EXPECT_THAT(
         RunProbe(std::string("TAVRIN_LOG_LEVEL='") + value + "'"),
         AllOf(HasSubstr("threshold 1\n"), HasSubstr("again 1\n"),
+              HasSubstr(" error platform/standalone/logger/Log:"),
               HasSubstr(std::string("TAVRIN_LOG_LEVEL is \"") + value +
                         "\"; expected 0 (off), 1 (error), 2 (warning), 3 (info) or 4 (debug); "
                         "1 holds\n")))
@@ -72,6 +73,11 @@ TEST(LoggerThreshold, HandlerMayAskForItBeforeAMalformedValueWasReported) {
 
 TEST(LoggerThreshold, MalformedValueIsNotLookedAtWhereAThreadHasItsOwn) {
   EXPECT_EQ(RunShell("TAVRIN_LOG_LEVEL=loud " LOGGER_PROBE " thread 2>&1"), "3: handled\n");
+}
+
+TEST(LoggerThreshold, MalformedValueIsReportedAlsoWhereAnotherOneIsSet) {
+  EXPECT_THAT(RunShell("TAVRIN_LOG_LEVEL=loud " LOGGER_PROBE " set 2>&1"),
+              AllOf(HasSubstr("TAVRIN_LOG_LEVEL is \"loud\""), HasSubstr("threshold 3\n")));
 }
 
 TEST(LoggerSink, LineShowsTimeLevelSourceAndEscapedTextWithoutColours) {

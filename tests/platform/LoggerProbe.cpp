@@ -1,6 +1,6 @@
 // Prints the threshold that the environment gives, asked for twice, and writes one line. With the
 // argument "handler", a handler that asks for the threshold takes that line, and nothing was asked
-// before; with "thread", one of the thread's own does.
+// before; with "thread", one of the thread's own does; with "set", the threshold is set to 3 first.
 #include <iostream>
 #include <string>
 
@@ -29,6 +29,9 @@ int main(int argc, char** argv) {
     const Tavrin::Standalone::ThreadLog own(3, Print);
     WriteHandledLine();
     return 0;
+  }
+  if (taker == "set") {
+    Tavrin::Standalone::SetMinLogLevel(3);
   }
   std::cout << "threshold " << Tavrin::Log::GetMinLogLevel() << '\n'
             << "again " << Tavrin::Log::GetMinLogLevel() << '\n'
