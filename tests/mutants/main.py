@@ -42,7 +42,9 @@ class Copy:
         self._copy_what_differs()
         # Tests that read sources read them as they are.
         flags = f"-DCMAKE_CXX_FLAGS={FLAGS} -include {self.switch} -DSOURCE_DIRECTORY='\"{ROOT}\"'"
+        # Compiled headers would come with the unit tests, whatever is built.
         options = ["-G", "Ninja", "-DCMAKE_CXX_COMPILER=clang++", "-DCMAKE_BUILD_TYPE=", flags, *self.folder.settings]
+        options.append("-DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON")
         self._run(["cmake", "-S", str(self.tree), "-B", str(self.build), *options])
 
     def _copy_what_differs(self) -> None:

@@ -297,6 +297,33 @@ TEST_F(ConversationTest, WithoutASocketNothingIsAsked) {
   EXPECT_THAT(Sendings(), ElementsAre());
 }
 
+TEST_F(ConversationTest, MachineThatPausesBetweenTwoLooksAtTheClockDoesNotWaitForEver) {
+  network.perLook = milliseconds(7);
+  ExpectTrouble(Ask({}), Trouble::NoAnswer);
+  EXPECT_LT(took, 1100);
+}
+
+TEST_F(ConversationTest, RefusedDatagramIsSentOnceMore) {
+  network.sendError = ECONNREFUSED;
+  UdpSocket socket("192.0.2.1", 623);
+  EXPECT_EQ(socket.Send(kAsked), ECONNREFUSED);
+  EXPECT_EQ(socket.PeerError(), ECONNREFUSED);
+  EXPECT_EQ(network.sent.size(), 2U);
+}
+
+TEST_F(ConversationTest, DatagramWithoutRoomToSendItCountsAsLost) {
+  network.sendError = EAGAIN;
+  UdpSocket socket("192.0.2.1", 623);
+  EXPECT_EQ(socket.Send(kAsked), 0);
+  EXPECT_EQ(network.sent.size(), 1U);
+}
+
+TEST_F(ConversationTest, EmptyDatagramIsSentLikeAnyOther) {
+  UdpSocket socket("192.0.2.1", 623);
+  errno = ENOMEM;
+  EXPECT_EQ(socket.Send({}), 0);
+}
+
 TEST_F(ConversationTest, WhatIsToldIsSentOnce) {
   conversation->Tell(kAsked);
   EXPECT_THAT(Sendings(), ElementsAre(0));

@@ -72,6 +72,7 @@ TEST_F(LoggerThreshold, MalformedValueLeavesOneAndIsReported) {
     EXPECT_EXIT(
         Probe(value), ExitedWithCode(EXIT_SUCCESS),
         AllOf(HasSubstr("threshold 1\n"), HasSubstr("again 1\n"),
+              HasSubstr(" error platform/standalone/logger/Log:"),
               HasSubstr(std::string("TAVRIN_LOG_LEVEL is \"") + value +
                         "\"; expected 0 (off), 1 (error), 2 (warning), 3 (info) or 4 (debug); "
                         "1 holds\n")));
@@ -100,6 +101,15 @@ TEST_F(LoggerThreshold, MalformedValueIsNotLookedAtWhereAThreadHasItsOwn) {
     WriteHandledLine();
   };
   EXPECT_EXIT(write(), ExitedWithCode(EXIT_SUCCESS), testing::Eq("3: handled\n"));
+}
+
+TEST_F(LoggerThreshold, MalformedValueIsReportedAlsoWhereAnotherOneIsSet) {
+  const auto probe = [] {
+    Standalone::SetMinLogLevel(3);
+    Probe("loud");
+  };
+  EXPECT_EXIT(probe(), ExitedWithCode(EXIT_SUCCESS),
+              AllOf(HasSubstr("TAVRIN_LOG_LEVEL is \"loud\""), HasSubstr("threshold 3\n")));
 }
 
 TEST_F(LoggerSink, LineShowsTimeLevelSourceAndEscapedTextWithoutColours) {

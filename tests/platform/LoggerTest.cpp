@@ -56,6 +56,24 @@ TEST(Log, EmptyHandlerRestoresStandardError) {
               testing::EndsWith("error some/Source:9: plain\n"));
 }
 
+TEST(Log, LevelsAreNamedOnStandardError) {
+  const std::vector<std::string> names = {"error", "error", "warning", "info",
+                                          "debug", "debug", "debug"};
+  for (unsigned int level = 0; level < names.size(); ++level) {
+    testing::internal::CaptureStderr();
+    Log(level, "some/Source", 9).Stream() << "plain";
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::EndsWith(names[level] + " some/Source:9: plain\n"));
+  }
+}
+
+TEST(Log, LineThatAHandlerTakesIsNotWrittenAsWell) {
+  const LogCapture capture;
+  testing::internal::CaptureStderr();
+  Log(1, "some/Source", 9).Stream() << "handled";
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST(Log, ThresholdSetAtRunTimeIsCappedAtDebug) {
   const LogCapture capture(2);
   EXPECT_EQ(Log::GetMinLogLevel(), 2U);

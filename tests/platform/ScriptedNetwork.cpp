@@ -57,6 +57,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
   if (++Tavrin::looksSinceTimeWentOn > Tavrin::kMostLooks) {
     std::abort();
   }
+  network.now += network.perLook;
   const std::chrono::nanoseconds now = Tavrin::kStart + network.now;
   *time = {now.count() / 1000000000, now.count() % 1000000000};
   return 0;
@@ -83,7 +84,10 @@ extern "C" ssize_t send(int /*descriptor*/, const void* data, std::size_t length
   return static_cast<ssize_t>(length);
 }
 
-extern "C" int poll(pollfd* /*sources*/, nfds_t /*count*/, int timeout) {
+extern "C" int poll(pollfd* sources, nfds_t count, int timeout) {
+  if (count != 1 || sources->events != POLLIN || sources->revents != 0 || timeout < 0) {
+    std::abort();
+  }
   const auto end = network.now + std::chrono::milliseconds(timeout);
   const auto next = network.arrivals.begin();
   const bool comes = next != network.arrivals.end() && next->first <= end;
@@ -92,6 +96,9 @@ extern "C" int poll(pollfd* /*sources*/, nfds_t /*count*/, int timeout) {
 }
 
 extern "C" ssize_t recv(int /*descriptor*/, void* target, std::size_t length, int flags) {
+  if (flags != 0 && flags != (MSG_PEEK | MSG_TRUNC)) {
+    std::abort();
+  }
   const auto next = network.arrivals.begin();
   if (next == network.arrivals.end() || next->first > network.now) {
     return Fail(EAGAIN);

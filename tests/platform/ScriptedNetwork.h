@@ -26,6 +26,7 @@ struct ScriptedNetwork {
   };
 
   Time now{0};
+  Time perLook{0};       ///< So much goes by whenever somebody looks at the clock.
   int connectError = 0;  ///< Those of errno; 0 is none.
   int sendError = 0;
   int sockets = 0;         ///< So many were made.

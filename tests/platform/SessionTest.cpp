@@ -533,6 +533,13 @@ TEST_F(SessionTest, AttemptsAtOneAddressShareASocketUntilTheClientDisconnects) {
   EXPECT_EQ(network.sent.front().datagram.at(kCapabilitiesNumberAt), 1 << 2);
 }
 
+TEST_F(SessionTest, OpenSessionIsClosedBeforeTheNextIsOpened) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_THAT(Steps(),
+              ElementsAre(kInSession, kCapabilities, kOpenSession, kRakp1, kRakp3, kInSession));
+}
+
 TEST_F(SessionTest, SocketThatCouldNotBeOpenedIsTriedAnew) {
   network.connectError = ENETUNREACH;
   Connect();

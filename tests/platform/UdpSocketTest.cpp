@@ -80,7 +80,9 @@ TEST(UdpSocket, EmptyAndLongDatagramsComeWhole) {
     const Datagram datagram(length, 0xEE);
     EXPECT_EQ(socket.Send(datagram), 0);
     SendBack(port, datagram);
-    EXPECT_THAT(socket.Receive(Clock::now() + kGrace).datagram, Pointee(datagram)) << length;
+    const UdpSocket::Received received = socket.Receive(Clock::now() + kGrace);
+    EXPECT_THAT(received.datagram, Pointee(datagram)) << length;
+    EXPECT_EQ(received.error, 0);
   }
   EXPECT_EQ(socket.Send(Datagram(65508)), EMSGSIZE);
 }
@@ -113,6 +115,16 @@ TEST(UdpSocket, AddressThatCannotBeReachedIsAnError) {
   EXPECT_EQ(UdpSocket("localhost", 623).OpenError(), EADDRNOTAVAIL);
   // Broadcasts have to be asked for.
   EXPECT_EQ(UdpSocket("255.255.255.255", 623).OpenError(), EACCES);
+}
+
+TEST(UdpSocket, LeavesNoDescriptorOpen) {
+  const int before = dup(STDERR_FILENO);
+  { const UdpSocket socket("127.0.0.1", 623); }
+  const int after = dup(STDERR_FILENO);
+  EXPECT_EQ(after, before + 1);
+  EXPECT_EQ(access("/proc/self/fd/0", F_OK), 0);
+  close(before);
+  close(after);
 }
 
 TEST(UdpSocket, WithoutADescriptorThatIsTheError) {

@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 
@@ -77,21 +78,19 @@ int UdpSocket::TakePeerError(int error) {
   }
 }
 
-/// Returns whether something came.
-bool UdpSocket::Wait(Clock::time_point deadline) const {
+/// Returns when something came, or for another reason: that shows when it is taken.
+void UdpSocket::Wait(Clock::time_point deadline) const {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
   pollfd source{descriptor_, POLLIN, 0};
-  return left.count() > 0 && poll(&source, 1, static_cast<int>(left.count())) > 0;
+  poll(&source, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
 }
 
 UdpSocket::Received UdpSocket::Receive(Clock::time_point deadline) {
   while (Clock::now() < deadline) {
-    if (!Wait(deadline)) {
-      continue;
-    }
+    Wait(deadline);
     // How long it is comes first, so that a datagram of any length is taken whole.
     ssize_t length = recv(descriptor_, nullptr, 0, MSG_PEEK | MSG_TRUNC);
-    buffer_.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+    buffer_.resize(static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
     length = length < 0 ? length : recv(descriptor_, buffer_.data(), buffer_.size(), 0);
     if (length >= 0) {
       buffer_.resize(static_cast<std::size_t>(length));

@@ -45,11 +45,11 @@ class UdpSocket {
   void ForgetPeerError() { peerError_ = 0; }
 
  private:
-  [[nodiscard]] bool Wait(Clock::time_point deadline) const;
+  void Wait(Clock::time_point deadline) const;
   int TakePeerError(int error);
 
   int descriptor_ = -1;
-  int openError_ = 0;
+  int openError_{};
   int peerError_ = 0;
   Datagram buffer_;
 };

@@ -82,7 +82,7 @@ Attempt Ask(const ConnectionInfo& info, SMMIype& type) {
     return {"no connection could be opened", false};
   }
   std::vector<std::uint8_t> response;
-  std::uint8_t completionCode = 0;
+  std::uint8_t completionCode{};
   const int sent = client.send({kStatusCommand, {}, kOemNetFn}, response, completionCode);
   client.disconnect();
   if (sent != 0) {
