@@ -105,6 +105,7 @@ TEST_F(LoggerThreshold, MalformedValueIsNotLookedAtWhereAThreadHasItsOwn) {
 
 TEST_F(LoggerThreshold, MalformedValueIsReportedAlsoWhereAnotherOneIsSet) {
   const auto probe = [] {
+    SetThreshold("loud");
     Standalone::SetMinLogLevel(3);
     Probe("loud");
   };
