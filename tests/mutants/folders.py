@@ -25,7 +25,7 @@ _PLATFORM_ON_THE_WIRE = (
     "tests/wire/wire_tests",
     "tests/wire/address_tests",
     "tests/faults/fault_tests OpeningAnswers.*",
-    "tests/faults/memory_tests",
+    "tests/platform/fork_tests",
 )
 
 FOLDERS = {

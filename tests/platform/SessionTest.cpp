@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+#include <freeipmi/freeipmi.h>
 #include <pthread.h>
 
 #include <algorithm>
@@ -170,6 +172,9 @@ Controller::Change Complete(std::uint8_t code) {
 std::optional<std::vector<std::uint8_t>> entropy;
 
 std::vector<std::string> wiped;
+
+/// Whether FreeIPMI has no memory for another object.
+bool isMemoryShort = false;
 
 /// Whether another thread holds whatever is only tried for.
 bool areMutexesHeld = false;
@@ -793,6 +798,24 @@ TEST_F(SessionTest, PasswordIsWipedBehindTheSessionsEnd) {
   EXPECT_THAT(wiped, Contains("swordfish"));
 }
 
+TEST_F(SessionTest, IntervalIsLearntForTheAddressThatANameStandsFor) {
+  LearnInterval("127.0.0.1", 623, milliseconds(3000));
+  client.emplace("localhost", "operator", "swordfish", "623", 0);
+  controller.changes = {{kCapabilities, Lose}};
+  Connect();
+  EXPECT_THAT(Times(), ElementsAre(0, 3000));
+  LearnInterval("127.0.0.1", 623, milliseconds(0));
+}
+
+TEST_F(SessionTest, MemoryThatIsThereAgainIsOfUse) {
+  std::thread([this] {
+    isMemoryShort = true;
+    EXPECT_EQ(Connect(), FailureOf(Trouble::ResourcesShort).result);
+    isMemoryShort = false;
+    EXPECT_EQ(Connect(), ConnectResult::Connected);
+  }).join();
+}
+
 TEST(Seam, RecordsBeginEmpty) {
   const TavrinConnection::ConnectionInfo info;
   EXPECT_EQ(info.address + info.userName + info.password, "");
@@ -815,6 +838,12 @@ TEST(Seam, RecordsBeginEmpty) {
 extern "C" void explicit_bzero(void* memory, std::size_t length) noexcept {
   Tavrin::Standalone::wiped.emplace_back(static_cast<const char*>(memory), length);
   std::memset(memory, 0, length);
+}
+
+extern "C" fiid_obj_t fiid_obj_create(fiid_field_t* fields) {
+  static auto* const create =
+      reinterpret_cast<fiid_obj_t (*)(fiid_field_t*)>(dlsym(RTLD_NEXT, "fiid_obj_create"));
+  return Tavrin::Standalone::isMemoryShort ? nullptr : create(fields);
 }
 
 extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
