@@ -2,12 +2,22 @@
 
 #include <array>
 #include <cstddef>
-#include <numeric>
 #include <string>
 #include <vector>
 
+#include "simulator/PsuRegisters.h"
+
 namespace Tavrin::Simulator {
 namespace {
+
+// The OEM commands. Those that other sources know, too, are in Message.h.
+constexpr std::uint8_t kReadPsuRegister = 0x92;
+constexpr std::uint8_t kGetPower = 0x98;
+constexpr std::uint8_t kGetCaps = 0x9D;
+constexpr std::uint8_t kGetPsuFans = 0xA5;
+constexpr std::uint8_t kGetNodeStatus = 0xA7;
+constexpr std::uint8_t kGetStatus = 0xA8;
+constexpr std::uint8_t kGetIdentity = 0xB0;
 
 constexpr std::size_t kStatusLength = 16;
 constexpr std::size_t kEnclosureTypePosition = 13;
@@ -26,11 +36,6 @@ constexpr std::uint8_t kWholeEnclosureOf253 = 0x0D;
 constexpr std::uint8_t kBusOfSlot1 = 0x0F;
 constexpr std::uint8_t kBusOfOtherSlots = 0x0D;
 constexpr std::uint8_t kPsuAddress = 0xD0;
-constexpr std::uint8_t kVersionRegister = 0xFC;
-constexpr std::uint8_t kManufacturerRegister = 0x99;
-constexpr std::uint8_t kPositionRegister = 0xF0;
-constexpr std::size_t kPositionLength = 32;
-constexpr std::uint8_t kPositionFiller = 0xC0;
 
 /// In the answer with the PSUs' flags; no reader uses it.
 constexpr std::uint8_t kReservedLow = 0xA5;
@@ -69,37 +74,6 @@ std::uint8_t WholeEnclosure(const EnclosureState& enclosure) {
 template <typename Element>
 const Element* Find(const std::vector<Element>& elements, std::uint8_t number) {
   return number >= 1 && number <= elements.size() ? &elements[number - 1U] : nullptr;
-}
-
-Bytes PositionBytes(const PsuPosition& position) {
-  Bytes bytes(kPositionLength);
-  std::iota(bytes.begin(), bytes.end(), kPositionFiller);
-  bytes[0] = position.first;
-  bytes[1] = position.second;
-  return bytes;
-}
-
-/// What the PSU keeps in the register; nothing for a register that it does not have.
-Bytes RegisterBytes(const EnclosureState& enclosure, const Psu& psu, std::uint8_t number) {
-  Bytes bytes;
-  switch (number) {
-    case kVersionRegister:
-      return {psu.version.minor, psu.version.major};
-    case kManufacturerRegister:
-      bytes.assign(psu.manufacturer.begin(), psu.manufacturer.end());
-      // A block read brings its length along; a second-generation controller takes it off and ends
-      // the text with 0x00.
-      if (enclosure.secondGeneration) {
-        bytes.push_back(0);
-      } else {
-        bytes.insert(bytes.begin(), static_cast<std::uint8_t>(bytes.size()));
-      }
-      return bytes;
-    case kPositionRegister:
-      return PositionBytes(psu.position);
-    default:
-      return {};
-  }
 }
 
 Answer FirstBytes(Bytes bytes, std::uint8_t count) {
@@ -305,18 +279,18 @@ struct Command {
   Answer (*encode)(const EnclosureState& enclosure, const Bytes& requestData);
 };
 
-constexpr std::array<Command, 10> kCommands = {{
-    {kNetFnOem, kGetStatus, Generations::Both, 0, 0, EncodeStatus},
-    {kNetFnOem, kGetIdentity, Generations::Both, 2, 2, EncodeIdentity},
-    {kNetFnOem, kGetPower, Generations::Both, 1, 1, EncodePower},
-    {kNetFnOem, kGetCaps, Generations::Both, 1, 1, EncodeCaps},
-    {kNetFnOem, kGetNodeStatus, Generations::Both, 1, 1, EncodeNodeStatus},
-    {kNetFnOem, kGetPsuFans, Generations::Both, 1, 1, EncodePsuFans},
-    {kNetFnOem, kGetPsuFlags, Generations::Both, 0, 0, EncodePsuFlags},
-    {kNetFnOem, kReadPsuRegister, Generations::Second, 3, 3, EncodePsuRegister},
-    {kNetFnOem, kSelectPsu, Generations::Both, 1, 2, EncodePsuSelection},
-    {kNetFnApplication, kMasterWriteRead, Generations::First, 4, 4, EncodeMasterWriteRead},
-}};
+constexpr std::array kCommands = {
+    Command{kNetFnOem, kGetStatus, Generations::Both, 0, 0, EncodeStatus},
+    Command{kNetFnOem, kGetIdentity, Generations::Both, 2, 2, EncodeIdentity},
+    Command{kNetFnOem, kGetPower, Generations::Both, 1, 1, EncodePower},
+    Command{kNetFnOem, kGetCaps, Generations::Both, 1, 1, EncodeCaps},
+    Command{kNetFnOem, kGetNodeStatus, Generations::Both, 1, 1, EncodeNodeStatus},
+    Command{kNetFnOem, kGetPsuFans, Generations::Both, 1, 1, EncodePsuFans},
+    Command{kNetFnOem, kGetPsuFlags, Generations::Both, 0, 0, EncodePsuFlags},
+    Command{kNetFnOem, kReadPsuRegister, Generations::Second, 3, 3, EncodePsuRegister},
+    Command{kNetFnOem, kSelectPsu, Generations::Both, 1, 2, EncodePsuSelection},
+    Command{kNetFnApplication, kMasterWriteRead, Generations::First, 4, 4, EncodeMasterWriteRead},
+};
 
 bool Serves(const EnclosureState& enclosure, const Command& command) {
   return command.servedBy == Generations::Both ||

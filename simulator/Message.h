@@ -36,13 +36,6 @@ constexpr std::uint8_t kMasterWriteRead = 0x52;  ///< The only one under kNetFnA
 
 constexpr std::uint8_t kNetFnOem = 0x32;
 constexpr std::uint8_t kGetPsuFlags = 0x91;
-constexpr std::uint8_t kReadPsuRegister = 0x92;
-constexpr std::uint8_t kGetPower = 0x98;
-constexpr std::uint8_t kGetCaps = 0x9D;
-constexpr std::uint8_t kGetPsuFans = 0xA5;
-constexpr std::uint8_t kGetNodeStatus = 0xA7;
-constexpr std::uint8_t kGetStatus = 0xA8;
-constexpr std::uint8_t kGetIdentity = 0xB0;
 constexpr std::uint8_t kSelectPsu = 0xF4;
 
 }  // namespace Tavrin::Simulator
