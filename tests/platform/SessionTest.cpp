@@ -502,6 +502,14 @@ TEST_F(SessionTest, SlowControllerIsLearntForTheNextClient) {
   EXPECT_EQ(LearnedInterval("192.0.2.1", 623), milliseconds(0));
 }
 
+TEST_F(SessionTest, LearntIntervalHoldsForRequestsToo) {
+  LearnInterval("192.0.2.1", 623, milliseconds(2400));
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  controller.changes = {{kInSession, Lose}};
+  Send();
+  EXPECT_THAT(Times(), ElementsAre(0, 2400));
+}
+
 TEST_F(SessionTest, LearntIntervalLeavesTimeForARepetition) {
   LearnInterval("192.0.2.1", 623, milliseconds(9000));
   controller.changes = {{kCapabilities, Lose}};
