@@ -354,9 +354,8 @@ TEST_P(BadChange, GetsOneSentenceWithPlaceValueAndExpectation) {
 INSTANTIATE_TEST_SUITE_P(
     All, BadChange,
     testing::Values(
-        BadCase{"UnknownKey", R"("voltage": 1)",
-                R"(enclosure has the key "voltage"; expected one of machineType, serialNumber, )"
-                "name, buildName, majorRevision, minorRevision, power, caps, nodes, psus"},
+        BadCase{"UnknownKey", R"("power": {"voltage": 1})",
+                R"(enclosure.power has the key "voltage"; expected one of min, avg, max)"},
         BadCase{"NodeOfAnotherPlatform", R"("nodes": {"5": {}})",
                 R"(enclosure.nodes has the key "5"; expected one of all, 1, 2, 3, 4)"},
         BadCase{"PsuZero", R"("psus": {"0": {}})",
