@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/report/Schema.h"
+#include "tests/report/JsonText.h"
 #include "tests/support/Child.h"
 
 namespace Tavrin {
@@ -27,7 +27,7 @@ inline std::vector<std::string> CallArguments(const std::string& address,
 
 /// The document that a run with --json printed, after it was found to keep to the schema.
 inline const std::string& DocumentOf(const Finished& finished) {
-  EXPECT_EQ(SchemaErrors(finished.output), "") << finished.error;
+  EXPECT_EQ(SchemaErrors({finished.output}).front(), "") << finished.error;
   return finished.output;
 }
 

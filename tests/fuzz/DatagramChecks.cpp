@@ -1,5 +1,3 @@
-#include "tests/fuzz/DatagramChecks.h"
-
 #include <freeipmi/freeipmi.h>
 
 #include <array>
@@ -8,7 +6,7 @@
 
 #include "platform/standalone/ipmi_client/OpeningMessages.h"
 #include "platform/standalone/ipmi_client/SessionMessages.h"
-#include "tests/fuzz/Require.h"
+#include "tests/fuzz/Checks.h"
 
 namespace Tavrin::Fuzz {
 namespace {

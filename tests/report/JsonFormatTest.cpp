@@ -8,7 +8,6 @@
 
 #include "tests/report/ExampleReading.h"
 #include "tests/report/JsonText.h"
-#include "tests/report/Schema.h"
 
 namespace Tavrin {
 namespace {

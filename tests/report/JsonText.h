@@ -24,4 +24,8 @@ std::string Changed(const std::string& document, const std::string& pointer,
 /// The document without that member of the whole.
 std::string Without(const std::string& document, const std::string& member);
 
+/// In which ways each of the documents departs from the tool's JSON schema; empty where it does in
+/// none. All in one run of the validator, which takes long to start.
+std::vector<std::string> SchemaErrors(const std::vector<std::string>& documents);
+
 }  // namespace Tavrin
