@@ -92,6 +92,15 @@ TEST(CsvFormat, FailedQueryOfUncountedSlotsIsOneRow) {
             "smm1:623,psuFans,,,,,no IPMI connection could be opened (no answer)\r\n");
 }
 
+TEST(CsvFormat, SelectionIsOfNoNodeAndNoSlot) {
+  EXPECT_EQ(Rows(SelectionReading({7, true, NumberOf(3), "highest"}, SucceededOutcome()),
+                 Part::PsuSelection),
+            "smm1:623,psuSelection,,asked,7,7,\r\n"
+            "smm1:623,psuSelection,,sent,3,3,\r\n"
+            "smm1:623,psuSelection,,remark,highest,highest,\r\n"
+            "smm1:623,psuSelection,,acknowledgement,received,received,\r\n");
+}
+
 TEST(CsvFormat, QueryThatFoundNoSlotsHasNoRow) {
   Reading reading = ExampleReading();
   reading.psuFans = Good(std::vector<PsuFans>());
