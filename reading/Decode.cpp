@@ -105,30 +105,20 @@ PsuFlags DecodeSlot(std::size_t slot, const PSUStatus& record) {
           DecodeFlag("power good", "not power good", record.powerGood)};
 }
 
-template <typename... Values>
-void SetAbsence(Absence absence, Values&... values) {
-  ((values.absence = absence), ...);
-}
-
 PsuFans UntoldFans(std::size_t slot, Absence absence) {
-  PsuFans fans;
-  fans.slot = slot;
-  SetAbsence(absence, fans.name, fans.speedA, fans.patA, fans.speedB, fans.patB, fans.status);
-  return fans;
+  const Text text = Absent<std::string>("", absence);
+  const Number number = Absent<std::int64_t>("", absence);
+  return {slot, text, number, number, number, number, Absent<PsuFanState>("", absence)};
 }
 
 PsuFirmware UntoldFirmware(std::size_t slot, Absence absence) {
-  PsuFirmware firmware;
-  firmware.slot = slot;
-  SetAbsence(absence, firmware.name, firmware.identifier, firmware.version, firmware.description);
-  return firmware;
+  const Text text = Absent<std::string>("", absence);
+  return {slot, text, text, text, text};
 }
 
 PsuFlags UntoldFlags(std::size_t slot, Absence absence) {
-  PsuFlags flags;
-  flags.slot = slot;
-  SetAbsence(absence, flags.epow, flags.throttle, flags.present, flags.powerGood);
-  return flags;
+  const Flag flag = Absent<bool>("", absence);
+  return {slot, flag, flag, flag, flag};
 }
 
 template <typename Slot, typename Record>

@@ -117,8 +117,9 @@ std::unique_ptr<LibraryObject> Enclosure::State::TakeObject(SMMIype generation,
                                                             const LoginGuard& guard,
                                                             Observer& observer) {
   const std::optional<Layout> layout = LastLayout();
-  // It goes by the platform and the slots of its construction, so it has to be known to fit still.
-  if (object && object->generation == generation && layout && object->layout == layout) {
+  // It goes by the generation, the platform and the slots of its construction, so it has to be
+  // known to fit still. The platform's byte tells the generation, too.
+  if (object && layout && object->layout == layout) {
     return std::move(object);
   }
   object.reset();

@@ -133,7 +133,7 @@ bool FailedAlike(const QueryOutcome& one, const QueryOutcome& other) {
 /// is found out before the queries that go by it.
 std::optional<QueryOutcome> SharedFailure(const Reading& reading,
                                           const std::vector<Answer>& answers) {
-  if (reading.failure || answers.empty()) {
+  if (answers.empty()) {
     return reading.failure;
   }
   const QueryOutcome& last = answers.back().outcome;

@@ -38,7 +38,7 @@ struct Field {
 /// The fields of one record.
 struct Row {
   /// Of the node or the PSU slot, counted from 1; 0 where the record is of neither.
-  std::size_t number = 0;
+  std::size_t number;
 
   /// The same keys in the same order for every row of one query.
   std::vector<Field> fields;
@@ -67,7 +67,7 @@ struct Answer {
   std::string name;
 
   /// How many rows there are, and what their numbers count.
-  Shape shape = Shape::OneField;
+  Shape shape;
 
   /// Status, cause and times of the query.
   QueryOutcome outcome;

@@ -77,6 +77,7 @@ class Finder:
         self.locals: list[Cursor] = []
         self.function: Cursor | None = None
         self.name = ""
+        self.idle_breaks: set[int] = set()  # where one ends its switch, which ends there anyway
         self.goes_on = False  # whether something follows the statement, before the function ends
         self.constants: dict[str, Cursor] = {}
         for cursor in here:
@@ -124,6 +125,8 @@ class Finder:
         if cursor.kind == Kind.COMPOUND_STMT:
             self._visit_block(cursor)
             return
+        if cursor.kind == Kind.SWITCH_STMT:
+            self._note_idle_break(cursor)
         self._add(self._changes(cursor))
         for child in self._switchable_children(cursor):
             self._visit(child)
@@ -232,6 +235,16 @@ class Finder:
 
     # Statements: deleted, in another order, or behind a return.
 
+    def _note_idle_break(self, switch: Cursor) -> None:
+        last = switch
+        while last.kind in _LABELS | {Kind.SWITCH_STMT, Kind.COMPOUND_STMT}:
+            children = list(last.get_children())
+            if not children:
+                return
+            last = children[-1]
+        if last.kind == Kind.BREAK_STMT:
+            self.idle_breaks.add(last.extent.start.offset)
+
     def _visit_block(self, block: Cursor) -> None:
         statements = list(block.get_children())
         outer = self.goes_on
@@ -262,7 +275,7 @@ class Finder:
     def _deletion(self, statement: Cursor) -> Iterator[Change]:
         """Not where a function that returns something would end without a return: that has no meaning to test."""
         place = self._statement_place(statement)
-        if place is None or statement.kind in _WHOLE or self.function is None:
+        if place is None or statement.kind in _WHOLE or self.function is None or place[0] in self.idle_breaks:
             return
         ends = statement.kind in _EXITS or any(child.kind in _EXITS for child in _descendants(statement))
         if not ends or self.goes_on or self._returns_nothing():

@@ -28,13 +28,16 @@ _PLATFORM_ON_THE_WIRE = (
     "tests/platform/fork_tests",
 )
 
+_REPORT_TEST = "tests/report/report_test"
+_WITH_SCHEMA = "JsonFormatTest.*:JsonSchema.*"  # each process of these starts a validator, which takes most of the time
+
 FOLDERS = {
     "module": Folder(
         "module", ("tests/unit/unit_tests",), sample=None, settings=("-DPOVEIXME_BUILD_TOOLS=OFF",)
     ),
     "platform": Folder("platform", _PLATFORM_TESTS, _PLATFORM_ON_THE_WIRE),
     "reading": Folder("reading", ("tests/reading/reading_test",)),
-    "report": Folder("report", ("tests/report/report_test",)),
+    "report": Folder("report", (f"{_REPORT_TEST} *-{_WITH_SCHEMA}",), (f"{_REPORT_TEST} {_WITH_SCHEMA}",)),
     "simulator": Folder(
         "simulator",
         ("tests/simulator/simulator_test", "tests/simulator/simulator_module_test"),

@@ -106,12 +106,15 @@ class DroppingTest(unittest.TestCase):
 
 
 class UnnoticeableTest(unittest.TestCase):
-    def operators(self, text: str) -> set[str]:
+    def mutants(self, text: str) -> list[Mutant]:
         with tempfile.TemporaryDirectory() as name:
             (Path(name) / "a.cpp").write_text(text)
             switching = switching_of(Path(name), "a.cpp")
             switching.find()
-        return {mutant.operator for mutant in switching.mutants.values()}
+        return list(switching.mutants.values())
+
+    def operators(self, text: str) -> set[str]:
+        return {mutant.operator for mutant in self.mutants(text)}
 
     def test_lower_of_two_numbers_is_not_taken_the_other_way_round(self) -> None:
         code = "#include <algorithm>\nint g(int, int); int f(int a, int b) { return %s(a, b); }\n"
@@ -122,6 +125,14 @@ class UnnoticeableTest(unittest.TestCase):
         code = "enum class E { First, Second }; E f() { return E::%s; }\n"
         self.assertIn("return", self.operators(code % "Second"))
         self.assertNotIn("return", self.operators(code % "First"))
+
+    def test_break_at_the_end_of_a_switch_is_not_deleted(self) -> None:
+        code = "void f(int& a) { switch (a) { case 1: ++a; break; case 2: --a; break; case 3: case 4: break; } }"
+        places = {mutant.edits[0].start for mutant in self.mutants(code)}
+        last = code.rfind("break")
+        self.assertIn(code.find("break"), places)
+        self.assertIn(code.rfind("break", 0, last), places)
+        self.assertNotIn(last, places)
 
 
 class IncludedTest(unittest.TestCase):

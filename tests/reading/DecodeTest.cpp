@@ -5,6 +5,7 @@
 namespace Tavrin {
 namespace {
 
+using testing::Each;
 using testing::SizeIs;
 
 TEST(Decode, NumberKeepsTheTextOfTheLibrary) {
@@ -27,6 +28,13 @@ TEST(Decode, TextThatIsNoNumberIsNotReported) {
   }
 }
 
+TEST(Decode, NumbersAndGenerationsOfOursHaveNoText) {
+  EXPECT_EQ(NumberOf(7).value, 7);
+  EXPECT_EQ(NumberOf(7).text, "");
+  EXPECT_EQ(GenerationOf(SMM_SECOND_GENERATION).value, SMM_SECOND_GENERATION);
+  EXPECT_EQ(GenerationOf(SMM_SECOND_GENERATION).text, "");
+}
+
 TEST(Decode, CapsKeepTheirPlaces) {
   const PowerCaps caps = DecodeCaps({"1", "2", "3", "4", "5"});
   EXPECT_EQ(caps.rangeMinimum.value, 1);
@@ -34,6 +42,13 @@ TEST(Decode, CapsKeepTheirPlaces) {
   EXPECT_EQ(caps.protectiveCap.value, 3);
   EXPECT_EQ(caps.userCap.value, 4);
   EXPECT_EQ(caps.thermalCap.value, 5);
+}
+
+TEST(Decode, TextThatIsNoStateIsNotReported) {
+  const NodeState node = DecodeNode({"Power", "", "", 0});
+  EXPECT_EQ(node.powerState.value, std::nullopt);
+  EXPECT_EQ(node.powerState.text, "Power");
+  EXPECT_EQ(node.powerState.absence, Absence::NotReported);
 }
 
 struct PowerStateRow {
@@ -98,9 +113,15 @@ TEST(Decode, SecondFanOfAFirstGenerationSmmIsNone) {
 }
 
 TEST(Decode, SecondFanOfASecondGenerationSmmHasReadings) {
-  const auto fans = DecodeFans({{"PSU1", "1", "2", "N/A", "4", "Normal"}}, 1, Absence::QueryFailed);
-  EXPECT_EQ(fans.front().speedB.absence, Absence::NotReported);
-  EXPECT_EQ(fans.front().patB.value, 4);
+  const auto fans = DecodeFans(
+      {{"PSU1", "1", "2", "N/A", "4", "Normal"}, {"PSU2", "5", "6", "7", "N/A", "Normal"}}, 2,
+      Absence::QueryFailed);
+  EXPECT_EQ(fans[0].speedA.value, 1);
+  EXPECT_EQ(fans[0].patA.value, 2);
+  EXPECT_EQ(fans[0].speedB.absence, Absence::NotReported);
+  EXPECT_EQ(fans[0].patB.value, 4);
+  EXPECT_EQ(fans[1].speedB.value, 7);
+  EXPECT_EQ(fans[1].patB.absence, Absence::NotReported);
 }
 
 TEST(Decode, SlotsAreThoseThatTheRecordsName) {
@@ -117,12 +138,39 @@ TEST(Decode, SlotsAreThoseThatTheRecordsName) {
   EXPECT_EQ(fans[11].speedA.value, 20);
 }
 
+TEST(Decode, RecordThatNamesNoPsuIsOfNoSlot) {
+  const auto fans = DecodeFans({{"FAN1", "10", "", "", "", ""}, {"", "", "", "", "", ""}}, 1,
+                               Absence::QueryFailed);
+  ASSERT_THAT(fans, SizeIs(1));
+  EXPECT_EQ(fans[0].name.value, std::nullopt);
+}
+
+template <typename... Values>
+void ExpectUntold(const Values&... values) {
+  EXPECT_THAT((std::vector<Absence>{values.absence...}), Each(Absence::SlotUnanswered));
+  EXPECT_THAT((std::vector<bool>{values.value.has_value()...}), Each(false));
+  EXPECT_THAT((std::vector<std::string>{values.text...}), Each(""));
+}
+
 TEST(Decode, WithoutRecordsEverySlotIsUntold) {
-  const auto firmware = DecodeFirmware({}, 2, Absence::QueryFailed);
+  const auto fans = DecodeFans({}, 2, Absence::SlotUnanswered);
+  ASSERT_THAT(fans, SizeIs(2));
+  EXPECT_EQ(fans[1].slot, 2U);
+  ExpectUntold(fans[1].name, fans[1].speedA, fans[1].patA, fans[1].speedB, fans[1].patB,
+               fans[1].status);
+  const auto firmware = DecodeFirmware({}, 2, Absence::SlotUnanswered);
   ASSERT_THAT(firmware, SizeIs(2));
   EXPECT_EQ(firmware[1].slot, 2U);
-  EXPECT_EQ(firmware[1].identifier.absence, Absence::QueryFailed);
-  EXPECT_EQ(firmware[1].description.value, std::nullopt);
+  ExpectUntold(firmware[1].name, firmware[1].identifier, firmware[1].version,
+               firmware[1].description);
+}
+
+TEST(Decode, UnreadFlagsOfEverySlotHaveTheirNumber) {
+  const auto flags = UnreadFlags(2);
+  ASSERT_THAT(flags, SizeIs(2));
+  EXPECT_EQ(flags[0].slot, 1U);
+  EXPECT_EQ(flags[1].slot, 2U);
+  EXPECT_EQ(flags[1].present.absence, Absence::QueryFailed);
 }
 
 TEST(Decode, FirmwareKeepsEveryByte) {
@@ -130,6 +178,8 @@ TEST(Decode, FirmwareKeepsEveryByte) {
   const std::string identifier = "PSU\xff\0\x1b"s + "Da.01";
   const auto firmware = DecodeFirmware({{"PSU1", identifier, "1.0a", "1", "Power Supply 1"}}, 1,
                                        Absence::SlotUnanswered);
+  EXPECT_EQ(firmware.front().slot, 1U);
+  EXPECT_EQ(firmware.front().name.value, "PSU1");
   EXPECT_EQ(firmware.front().identifier.value, identifier);
   EXPECT_EQ(firmware.front().version.value, "1.0a");
   EXPECT_EQ(firmware.front().description.text, "Power Supply 1");
@@ -159,6 +209,7 @@ TEST(Decode, FlagsBehindTheEighthSlotAreNotTold) {
   EXPECT_EQ(flags[8].slot, 9U);
   EXPECT_EQ(flags[8].present.absence, Absence::FlagsNotTold);
   EXPECT_EQ(flags[8].present.value, std::nullopt);
+  EXPECT_EQ(flags[8].present.text, "");
   EXPECT_EQ(flags[8].epow.absence, Absence::FlagsNotTold);
   EXPECT_EQ(flags[8].throttle.absence, Absence::FlagsNotTold);
   EXPECT_EQ(flags[8].powerGood.absence, Absence::FlagsNotTold);

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <new>
+#include <string_view>
+
 #include "reading/Wiping.h"
 
 namespace Tavrin {
@@ -21,6 +25,32 @@ TEST(EnclosureSettings, WipedTextIsEmptyAndItsRoomIsZero) {
   WipeText(text);
   EXPECT_EQ(text, "");
   EXPECT_EQ(std::string(bytes, room), std::string(room, '\0'));
+}
+
+TEST(EnclosureSettings, TextIsWipedAtTheEndOfTheScope) {
+  std::string text = "sesame";
+  {
+    const WipedAtEnd wiped(text);
+    EXPECT_EQ(text, "sesame");
+  }
+  EXPECT_EQ(text, "");
+}
+
+TEST(EnclosureSettings, PasswordIsWipedWithThem) {
+  // Short enough to stand within the text itself, whose room is still there afterwards.
+  constexpr std::string_view kPassword = "sesame";
+  alignas(EnclosureSettings) std::array<char, sizeof(EnclosureSettings)> room{};
+  auto* const settings = new (room.data()) EnclosureSettings();
+  settings->password = kPassword;
+  EXPECT_NE(std::string_view(room.data(), room.size()).find(kPassword), std::string_view::npos);
+  settings->~EnclosureSettings();
+  EXPECT_EQ(std::string_view(room.data(), room.size()).find(kPassword), std::string_view::npos);
+}
+
+TEST(EnclosureSettings, PortIsThatOfIpmiAndNothingElseIsSet) {
+  const EnclosureSettings settings;
+  EXPECT_EQ(settings.port, 623);
+  EXPECT_EQ(settings.cipherSuite, std::nullopt);
 }
 
 }  // namespace

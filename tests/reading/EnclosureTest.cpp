@@ -6,6 +6,7 @@
 
 #include "platform/GlobalConfig.h"
 #include "platform/standalone/globalconfig/ThreadConfig.h"
+#include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "tests/reading/ScriptedEnclosure.h"
 
 namespace Tavrin {
@@ -92,6 +93,14 @@ TEST_F(EnclosureTest, StatusThatTellsNoPlatformLeavesWhatTheLibraryAssumesUnread
   }
 }
 
+TEST_F(EnclosureTest, StatusWithoutAnAnswerTellsNothingWhateverStandsInItsPlace) {
+  smm_.ChangeConstruction([](Exchange& exchange) {
+    exchange.sendResult = Standalone::ConnectResult::Failed;
+    exchange.cause = FailureCause::FellSilent;
+  });
+  EXPECT_EQ(Read().detection->platformId.status, StatusCode::NoUsableResult);
+}
+
 TEST_F(EnclosureTest, SmmThatWasLostBeforeItsStatusWasReadIsAskedOnlyOnce) {
   smm_.generation = SMM_SECOND_GENERATION;
   smm_.Lose(kAfterDetection, FailureCause::Silence, "no answer from it");
@@ -114,6 +123,7 @@ TEST_F(EnclosureTest, SelectionOnALostSmmIsNotSent) {
   EXPECT_EQ(selection.value.asked, 1);
   EXPECT_FALSE(selection.value.isSent);
   EXPECT_EQ(selection.value.sent.value, std::nullopt);
+  EXPECT_EQ(selection.duration.count(), 0);
   EXPECT_EQ(selection.value.sent.absence, Absence::QueryFailed);
   EXPECT_EQ(selection.value.remark, "nothing was sent");
   EXPECT_EQ(smm_.Asked(), Steps{kStatus} + Steps(kStatusReads + 1, kInVain));

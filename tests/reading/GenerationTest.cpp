@@ -15,7 +15,10 @@ using testing::ElementsAre;
 class GenerationTest : public ScriptedEnclosure {
  protected:
   GenerationTest() {
+    info_.address = "192.0.2.17";
     info_.port = 6230;
+    info_.userName = "operator-7";
+    info_.password = "sesame";
     info_.connectionKind = 7;
     smm_.platform.expectedSettings = info_;
   }
@@ -35,6 +38,12 @@ TEST_F(GenerationTest, DetectedGenerationNeedsNoFurtherExchange) {
   EXPECT_EQ(generation.status, StatusCode::Success);
   EXPECT_EQ(generation.value, SMM_SECOND_GENERATION);
   EXPECT_EQ(smm_.Asked(), Steps{kStatus});
+}
+
+TEST_F(GenerationTest, LayoutIsThePlatformsByteAndThatOfTheSlots) {
+  smm_.Change(kStatus, Gives(Double::StatusAnswer(0xFD, 0x03)));
+  FindGeneration(info_);
+  EXPECT_EQ(LastLayout(), Layout(0xFD, 0x03));
 }
 
 TEST_F(ConfiguredGeneration, IsTakenOnceAConnectionWasOpen) {
@@ -82,6 +91,7 @@ TEST_F(GenerationTest, FailureBeforeAConnectionWasOpenMissesNothing) {
     const Query<SMMIype> generation = FindGeneration(info_);
     EXPECT_EQ(generation.status, StatusCode::NotConnected);
     EXPECT_EQ(generation.cause.kind, cause);
+    EXPECT_EQ(generation.cause.completionCode, 0);
     EXPECT_EQ(generation.cause.missing, "");
   }
 }

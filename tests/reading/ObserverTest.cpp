@@ -13,13 +13,17 @@ namespace Tavrin {
 namespace {
 
 using Double::Exchange;
+using testing::Contains;
 using testing::ElementsAre;
+using testing::Not;
+using testing::StartsWith;
 
 using ObserverTest = ScriptedEnclosure;
 
-void WriteLine(unsigned int level, const std::string& text) {
+void WriteLine(unsigned int level, const std::string& text,
+               const char* source = "module/smm/smm_inventory/impl/SMMInventoryImpl") {
   if (level <= Log::GetMinLogLevel()) {
-    Log(level, "module/smm/smm_inventory/impl/SMMInventoryImpl", 7).Stream() << text;
+    Log(level, source, 7).Stream() << text;
   }
 }
 
@@ -58,6 +62,38 @@ TEST_F(ObserverTest, FailureOutsideAWaitIsToldToo) {
   EXPECT_EQ(observer_.events.back(), "failed: no answer");
 }
 
+TEST_F(ObserverTest, FailuresAreWarningsAndErrorsOfTheClientAlone) {
+  const std::string client = "platform/standalone/ipmi_client/UdpSocket";
+  smm_.Change("GetSmmName", [&client](Exchange&) {
+    WriteLine(2, "a warning of the library");
+    WriteLine(3, "what the client does", client.c_str());
+  });
+  Read({Part::Identity});
+  EXPECT_THAT(observer_.events, Not(Contains(StartsWith("failed"))));
+  smm_.Change("GetSmmName", [&client](Exchange&) { WriteLine(2, "a failure", client.c_str()); });
+  Read({Part::Identity});
+  EXPECT_THAT(observer_.events, Contains(StartsWith("failed")).Times(1));
+}
+
+/// Keeps lines and failures in one list.
+class LineRecorder : public Recorder {
+ public:
+  void LineWritten(const Standalone::LogLine& line) override {
+    events.push_back("line " + line.text);
+  }
+};
+
+TEST_F(ObserverTest, FailureIsToldAfterTheLineOfTheClient) {
+  LineRecorder observer;
+  observer.logLevel = 2;
+  settings_.attempts = 1;
+  smm_.Lose(0, FailureCause::Silence, "no answer");
+  Enclosure(settings_).Read({}, observer);
+  ASSERT_GE(observer.events.size(), 2U);
+  EXPECT_EQ(observer.events[0], "line failed: no answer");
+  EXPECT_EQ(observer.events[1], "failed: no answer");
+}
+
 TEST_F(ObserverTest, LinesAreToldUpToTheLevelAskedFor) {
   observer_.logLevel = 2;
   smm_.Change("GetSmmName", [](Exchange&) {
@@ -93,6 +129,7 @@ TEST_F(ObserverTest, LinesOfAPassDoNotReachTheHandlerOfTheProcess) {
 TEST_F(ObserverTest, ObserverThatOverridesNothingIsToldNothing) {
   smm_.Lose(kAfterDetection, FailureCause::Silence, "no answer", 1);
   Observer nobody;
+  EXPECT_EQ(nobody.LogLevel(), 0U);
   EXPECT_TRUE(Enclosure(settings_).Read({}, nobody).detection);
 }
 

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <map>
 #include <set>
 #include <thread>
+#include <utility>
 
 #include "tests/doubles/Operations.h"
 #include "tests/reading/ScriptedEnclosure.h"
@@ -19,6 +21,7 @@ using testing::ElementsAre;
 using testing::Ge;
 using testing::Le;
 using testing::Lt;
+using testing::Pair;
 
 using PartsTest = ScriptedEnclosure;
 
@@ -55,6 +58,28 @@ TEST_F(PartsTest, OrderIsThatOfTheListOfAllParts) {
   Read({Part::PsuStatus, Part::Identity, Part::Detection, Part::ChassisPower});
   EXPECT_THAT(observer_.parts,
               ElementsAre(Part::Detection, Part::Identity, Part::ChassisPower, Part::PsuStatus));
+}
+
+/// Whether the part stood in the reading when it was told.
+class Reader : public Observer {
+ public:
+  void PartRead(const Reading& soFar, Part part) override {
+    const std::map<Part, bool> isThere = {{Part::Detection, soFar.detection.has_value()},
+                                          {Part::PowerCaps, soFar.powerCaps.has_value()},
+                                          {Part::PsuSelection, soFar.psuSelection.has_value()}};
+    told.emplace_back(part, isThere.at(part));
+  }
+
+  std::vector<std::pair<Part, bool>> told;
+};
+
+TEST_F(PartsTest, PartIsThereWhenItIsTold) {
+  Reader reader;
+  Enclosure(settings_).Read({Part::PowerCaps}, reader);
+  Enclosure(settings_).SelectPsu(1, reader);
+  EXPECT_THAT(reader.told,
+              ElementsAre(Pair(Part::Detection, true), Pair(Part::PowerCaps, true),
+                          Pair(Part::Detection, true), Pair(Part::PsuSelection, true)));
 }
 
 TEST_F(PartsTest, WhatWasNotAskedForIsEmpty) {
@@ -125,6 +150,18 @@ TEST_F(PartsTest, EachQueryTellsWhenItWasAskedAndHowLongItTook) {
   EXPECT_THAT(serialNumber.duration, Ge(kShort));
   EXPECT_THAT(reading.identity->name.askedAt, Ge(serialNumber.askedAt + kShort));
   EXPECT_THAT(reading.duration, Ge(serialNumber.duration));
+}
+
+TEST_F(PartsTest, ReadingAsNewSaysNothing) {
+  EXPECT_EQ(Reading().duration, milliseconds(0));
+  EXPECT_EQ(QueryOutcome().duration, milliseconds(0));
+  EXPECT_EQ(QueryOutcome().status, StatusCode::Success);
+  EXPECT_EQ(Number().absence, Absence::QueryFailed);
+  EXPECT_EQ(PsuFans().slot, 0U);
+  EXPECT_EQ(PsuFirmware().slot, 0U);
+  EXPECT_EQ(PsuFlags().slot, 0U);
+  EXPECT_EQ(PsuSelection().asked, 0);
+  EXPECT_FALSE(PsuSelection().isSent);
 }
 
 TEST_F(PartsTest, WhatTheConstructionReadIsAsOldAsThat) {

@@ -132,6 +132,13 @@ TEST_F(PassesTest, ObjectIsConstructedAnewWhereTheGenerationIsConfigured) {
   EXPECT_THAT(smm_.platform.exchanges, SizeIs(kAfterBeginning));
 }
 
+TEST_F(PassesTest, ObjectOfAConfiguredGenerationIsNotTakenForTheNext) {
+  const Standalone::ThreadConfig configured({{"SMM_TYPE", SMM_FIRST_GENERATION}});
+  ReadAgain();
+  ReadAgain();
+  EXPECT_THAT(smm_.platform.exchanges, SizeIs(kAfterBeginning));
+}
+
 TEST_F(PassesTest, OtherBytesOfTheStatusLeaveTheObject) {
   ReadAgain();
   smm_.ChangeDetection([](Exchange& exchange) {
@@ -173,9 +180,30 @@ TEST_F(PassesTest, ExceptionOfTheConstructionLeavesNoObject) {
   EXPECT_EQ(smm_.Asked(), kBeginning);
 }
 
+TEST_F(PassesTest, ObjectThatDidNotFitIsGoneAlsoWhereNoOtherTakesItsPlace) {
+  ReadAgain();
+  smm_.ChangeDetection(Gives(Double::StatusAnswer(0x02, 0x09)));
+  smm_.ChangeConstruction(Throws(std::runtime_error("out of order")));
+  EXPECT_THROW(ReadAgain(), std::runtime_error);
+  smm_.Heal();
+  ReadAgain();
+  EXPECT_EQ(smm_.Asked(), kBeginning);
+}
+
+TEST_F(PassesTest, RefusalInTheMiddleOfASelectionLeavesNoObject) {
+  smm_.Lose(kAfterBeginning, FailureCause::PasswordRefused, "wrong password");
+  const Reading reading = enclosure_.SelectPsu(1, observer_);
+  EXPECT_EQ(reading.psuSelection->status, StatusCode::NoUsableResult);
+  smm_.Heal();
+  ReadAgain();
+  EXPECT_EQ(smm_.Asked(), kBeginning);
+}
+
 TEST_F(PassesTest, LibraryGetsTheSettingsOfTheEnclosure) {
+  settings_.host = "192.0.2.17";
   settings_.userName = "operator-7";
   settings_.password = "sesame";
+  smm_.platform.expectedSettings.address = settings_.host;
   smm_.platform.expectedSettings.userName = settings_.userName;
   smm_.platform.expectedSettings.password = settings_.password;
   settings_.cipherSuite = 17;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <string>
+#include <vector>
 
 #include "tests/report/ExampleReading.h"
 
@@ -12,6 +13,10 @@ namespace {
 using testing::HasSubstr;
 
 std::string Rows(const Reading& reading, Part part) { return CsvFormat().part(reading, part); }
+
+TEST(CsvFormat, SummarySaysWhatARowIsAndWhoReadsThem) {
+  EXPECT_EQ(CsvFormat().summary, "One row a value, for spreadsheets");
+}
 
 TEST(CsvFormat, EachValueIsARow) {
   EXPECT_EQ(Rows(ExampleReading(), Part::Detection),
@@ -85,6 +90,21 @@ TEST(CsvFormat, FailedQuerySaysWhyForEachOfItsValues) {
 TEST(CsvFormat, FailedQueryOfUncountedSlotsIsOneRow) {
   EXPECT_EQ(Rows(LostReading(), Part::PsuFans),
             "smm1:623,psuFans,,,,,no IPMI connection could be opened (no answer)\r\n");
+}
+
+TEST(CsvFormat, SelectionIsOfNoNodeAndNoSlot) {
+  EXPECT_EQ(Rows(SelectionReading({7, true, NumberOf(3), "highest"}, SucceededOutcome()),
+                 Part::PsuSelection),
+            "smm1:623,psuSelection,,asked,7,7,\r\n"
+            "smm1:623,psuSelection,,sent,3,3,\r\n"
+            "smm1:623,psuSelection,,remark,highest,highest,\r\n"
+            "smm1:623,psuSelection,,acknowledgement,received,received,\r\n");
+}
+
+TEST(CsvFormat, QueryThatFoundNoSlotsHasNoRow) {
+  Reading reading = ExampleReading();
+  reading.psuFans = Good(std::vector<PsuFans>());
+  EXPECT_EQ(Rows(reading, Part::PsuFans), "");
 }
 
 }  // namespace

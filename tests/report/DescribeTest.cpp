@@ -33,6 +33,20 @@ TEST(Describe, AnswersComeInTheOrderOfReading) {
   EXPECT_EQ(KeysOf(SelectionReading({}, {})).back(), "psuSelection");
 }
 
+TEST(Describe, AnswersHaveANameForPeople) {
+  std::vector<std::string> names;
+  for (const Answer& answer : AllAnswers(ExampleReading())) {
+    names.push_back(answer.name);
+  }
+  EXPECT_THAT(names, ElementsAre("generation", "platform id", "PSU slots", "nodes", "machine type",
+                                 "serial number", "firmware version", "name", "chassis power",
+                                 "power caps", "node status", "node status", "node status",
+                                 "node status", "node power", "node power", "node power",
+                                 "node power", "PSU fans", "PSU firmware", "PSU status"));
+  EXPECT_EQ(AllAnswers(SelectionReading({}, {})).back().name,
+            "acknowledgement of the PSU selection");
+}
+
 TEST(Describe, PassWithoutQueriesHasNoAnswers) {
   EXPECT_THAT(AllAnswers(FailedReading()), IsEmpty());
 }

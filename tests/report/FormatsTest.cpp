@@ -12,6 +12,11 @@ namespace {
 
 TEST(Formats, TextIsTheDefault) { EXPECT_EQ(Formats().front().name, "text"); }
 
+TEST(Formats, ThoseThatCameFirstStandFirst) {
+  EXPECT_EQ(Formats().at(1).name, "json");
+  EXPECT_EQ(Formats().at(2).name, "csv");
+}
+
 TEST(Formats, EachHasANameOfItsOwnAndASummaryOfOneLine) {
   std::set<std::string> names;
   for (const Format& format : Formats()) {

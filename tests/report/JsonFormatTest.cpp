@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <cstddef>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,11 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 std::string Document(const Reading& reading) { return JsonFormat().end(reading, {"0.1.0"}); }
+
+/// The document without what breaks its lines.
+std::string OneLine(const Reading& reading) {
+  return std::regex_replace(Document(reading), std::regex("\n *"), "");
+}
 
 /// Holds every document that a test looked into against the schema, all at once at the end.
 class JsonFormatTest : public testing::Test {
@@ -38,6 +44,10 @@ class JsonFormatTest : public testing::Test {
     return documents;
   }
 };
+
+TEST_F(JsonFormatTest, SummarySaysThatItIsForPrograms) {
+  EXPECT_EQ(JsonFormat().summary, "One JSON document, for programs");
+}
 
 TEST_F(JsonFormatTest, DocumentHasVersionsAddressTimesAndDetection) {
   Reading reading;
@@ -72,6 +82,34 @@ TEST_F(JsonFormatTest, MembersComeInTheOrderOfReading) {
                          "  \"durationMs\": 21034,\n  \"queries\": {\n    \"generation\": {\n"
                          "      \"status\": 0,\n      \"statusName\": \"Success\",\n"
                          "      \"durationMs\": 5,\n"));
+}
+
+TEST_F(JsonFormatTest, MembersOfAFailedPassComeInThatOrderToo) {
+  EXPECT_THAT(
+      OneLine(FailedReading()),
+      HasSubstr(R"json("durationMs": 21034,"failure": {"status": 2,)json"
+                R"json("statusName": "NotConnected","reason": "no IPMI connection could )json"
+                R"json(be opened (no answer)"},"queries": {})json"));
+}
+
+TEST_F(JsonFormatTest, MembersOfAQueryComeInOneOrderInAllShapes) {
+  Reading reading = ExampleReading();
+  reading.nodeStatus->at(1) = Refused<NodeState>();
+  reading.psuStatus = ExampleFlags(9);
+  const std::string document = OneLine(reading);
+  EXPECT_THAT(document,
+              HasSubstr(R"({"node": 2,"status": 3,"statusName": "UnusableAnswer",)"
+                        R"("reason": ")" +
+                        std::string(kRefusal) + R"(","durationMs": 6,"fields": {"powerState": {)"));
+  EXPECT_THAT(document, HasSubstr(R"("durationMs": 5,"note": "The SMM's answer )"));
+  EXPECT_THAT(document, HasSubstr(R"(not told.","slots": [{"slot": 1,"fields": {"epow": {)"));
+}
+
+TEST_F(JsonFormatTest, MembersOfAFieldComeInOneOrder) {
+  const std::string document = OneLine(ExampleReading());
+  EXPECT_THAT(document, HasSubstr(R"("value": "PSU\\xff\\x00\\x1bDa.01",)"
+                                  R"("text": "PSU\\xff\\x00\\x1bDa.01","bytes": [80,83,)"));
+  EXPECT_THAT(document, HasSubstr(R"({"value": null,"text": "N/A","reason": "not reported )"));
 }
 
 TEST_F(JsonFormatTest, DocumentIsWrittenAtTheEndAlone) {
@@ -233,6 +271,14 @@ TEST_F(JsonFormatTest, PrintableTextIsGivenAsItIs) {
   EXPECT_EQ(ValidAt(reading, "/queries/serialNumber/bytes"), "");
 }
 
+TEST_F(JsonFormatTest, BytesNextToThePrintableOnesAreNotPrintable) {
+  Reading reading = ExampleReading();
+  reading.identity->serialNumber = Good(TextOf("\x1f"));
+  reading.identity->name = Good(TextOf("\x7f"));
+  EXPECT_EQ(ValidAt(reading, "/queries/serialNumber/bytes"), "[31]");
+  EXPECT_EQ(ValidAt(reading, "/queries/name/bytes"), "[127]");
+}
+
 TEST_F(JsonFormatTest, PsuFlagsAreBooleansWithTheControllersWords) {
   EXPECT_EQ(ValidAt(ExampleReading(), "/queries/psuStatus"),
             Normal(R"({"status": 0, "statusName": "Success", "durationMs": 5, "slots": [
@@ -337,6 +383,28 @@ TEST_F(JsonFormatTest, FailuresThatDifferAreToldWhereTheyHappened) {
     EXPECT_EQ(At(document, "/queries/serialNumber/reason"),
               "\"no IPMI connection could be opened (no answer)\"");
   }
+}
+
+TEST_F(JsonFormatTest, FailuresOfOneReasonDifferByTheirStatus) {
+  Reading reading = LostReading();
+  const Cause refusal{"", Standalone::FailureCause::None, 0xC0, ""};
+  for (Query<Number>* const query :
+       {&reading.detection->platformId, &reading.detection->psuSlotCount,
+        &reading.detection->nodeCount}) {
+    query->status = StatusCode::UnusableAnswer;
+    query->cause = refusal;
+  }
+  reading.identity.reset();
+  reading.nodePower.reset();
+  reading.psuFans.reset();
+  EXPECT_EQ(ValidAt(reading, "/failure/status"), "3");
+  reading.detection->platformId.status = StatusCode::NoUsableResult;
+  EXPECT_EQ(ValidAt(reading, "/failure"), "");
+}
+
+TEST_F(JsonFormatTest, ReadingWithoutQueriesNeedsNoFailure) {
+  EXPECT_EQ(At(Document(Reading()), "/failure"), "");
+  EXPECT_EQ(At(Document(Reading()), "/queries"), "{}");
 }
 
 TEST_F(JsonFormatTest, WhatIsKnownOfASelectionStaysBesideTheFailureOfAll) {

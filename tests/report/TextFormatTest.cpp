@@ -16,6 +16,10 @@ using testing::Not;
 
 std::string Printed(const Reading& reading, Part part) { return TextFormat().part(reading, part); }
 
+TEST(TextFormat, SummarySaysThatItIsForPeople) {
+  EXPECT_EQ(TextFormat().summary, "Tables for people");
+}
+
 TEST(TextFormat, DetectionIsShownLineByLine) {
   EXPECT_EQ(Printed(ExampleReading(), Part::Detection),
             "\n"
@@ -170,6 +174,15 @@ TEST(TextFormat, TableWithoutRowsIsNotRead) {
   EXPECT_EQ(Printed(reading, Part::PsuStatus),
             "\n"
             "PSU status\n"
+            "  not read\n");
+}
+
+TEST(TextFormat, NodesOfAnEnclosureWithoutAnyAreNotRead) {
+  Reading reading = ExampleReading();
+  reading.nodeStatus->clear();
+  EXPECT_EQ(Printed(reading, Part::NodeStatus),
+            "\n"
+            "node status\n"
             "  not read\n");
 }
 

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
@@ -35,6 +36,25 @@ TEST(UtcTime, MomentIsWrittenToTheMillisecond) {
   };
   for (const auto& [milliseconds, text] : table) {
     EXPECT_EQ(TimeOf(milliseconds), text);
+  }
+}
+
+std::string TextByTheCLibrary(std::time_t seconds) {
+  std::tm parts{};
+  gmtime_r(&seconds, &parts);
+  std::array<char, 32> text{};
+  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S.000Z", &parts);
+  return text.data();
+}
+
+TEST(UtcTime, DaysAndMinutesAreThoseOfTheCLibrary) {
+  constexpr std::time_t kDay = 86'400;
+  constexpr std::time_t kLastDay = 106'000 * kDay;  // the clock ends two years later
+  for (std::time_t seconds = 0; seconds < kLastDay; seconds += kDay) {
+    ASSERT_EQ(TimeOf(seconds * 1000), TextByTheCLibrary(seconds));
+  }
+  for (std::time_t seconds = 0; seconds < kDay; seconds += 60) {
+    ASSERT_EQ(TimeOf(seconds * 1000), TextByTheCLibrary(seconds));
   }
 }
 
