@@ -10,7 +10,7 @@ namespace Tavrin::Simulator {
 /// What becomes of one request.
 struct Reply {
   Answer answer;
-  std::chrono::milliseconds delay{0};
+  std::chrono::milliseconds delay{};
   bool silent = false;
 };
 

@@ -32,9 +32,9 @@ constexpr std::uint8_t kOn = 0x80;
 struct Node {
   PowerReadings power;
   std::uint8_t powerState = PowerState::kOn;
-  std::uint8_t width = 0;   ///< 1 half, 2 full, 255 unknown.
-  std::uint8_t height = 0;  ///< 255 unknown.
-  std::uint8_t permission = 0;
+  std::uint8_t width{};   ///< 1 half, 2 full, 255 unknown.
+  std::uint8_t height{};  ///< 255 unknown.
+  std::uint8_t permission{};
 };
 
 namespace FanStatus {
@@ -49,13 +49,13 @@ struct Fan {
 };
 
 struct PsuVersion {
-  std::uint8_t major = 0;
-  std::uint8_t minor = 0;
+  std::uint8_t major{};
+  std::uint8_t minor{};
 };
 
 struct PsuPosition {
-  std::uint8_t first = 0;
-  std::uint8_t second = 0;
+  std::uint8_t first{};
+  std::uint8_t second{};
 };
 
 struct Psu {
@@ -82,10 +82,10 @@ constexpr std::size_t kMaxBuildName = 6;  ///< The enclosure type follows in the
 /// record begins with is what a healthy enclosure has; MakeEnclosure() sets the kinds apart.
 struct EnclosureState {
   bool secondGeneration = false;
-  std::uint8_t platformId = 0;     ///< Second generation only.
-  std::uint8_t enclosureType = 0;  ///< Second generation only: decides the number of PSU slots.
-  std::uint8_t majorRevision = 0;
-  std::uint8_t minorRevision = 0;
+  std::uint8_t platformId{};     ///< Second generation only.
+  std::uint8_t enclosureType{};  ///< Second generation only: decides the number of PSU slots.
+  std::uint8_t majorRevision{};
+  std::uint8_t minorRevision{};
   std::array<std::uint8_t, 3> revisionTail{};  ///< Follows the revision; no reader uses it.
   std::string buildName;
   std::string machineType;  ///< Four letters or digits.

@@ -10,9 +10,9 @@ namespace Tavrin::Simulator {
 
 /// What the command line asks for, checked.
 struct LauncherOptions {
-  EnclosureKind kind = EnclosureKind::FirstGeneration;
-  std::string address;     ///< A loopback address in numbers, IPv4 or IPv6.
-  std::uint16_t port = 0;  ///< 0: a free one.
+  EnclosureKind kind{};
+  std::string address;   ///< A loopback address in numbers, IPv4 or IPv6.
+  std::uint16_t port{};  ///< 0: a free one.
   std::string userName;
   std::string password;
   std::string scenario;  ///< Content of the scenario file, already found valid; empty for none.

@@ -9,15 +9,15 @@ using Bytes = std::vector<std::uint8_t>;
 
 /// One IPMI request as it reaches the controller.
 struct Request {
-  std::uint8_t netFn = 0;
-  std::uint8_t command = 0;
+  std::uint8_t netFn{};
+  std::uint8_t command{};
   Bytes data;
 };
 
 /// What the controller answers to one request.
 struct Answer {
-  std::uint8_t completionCode = 0;
-  Bytes data;  ///< Without the completion code.
+  std::uint8_t completionCode{};  ///< Normal unless it is set.
+  Bytes data;                     ///< Without the completion code.
 };
 
 namespace CompletionCode {

@@ -9,7 +9,7 @@ namespace Tavrin::Simulator {
 /// What the launcher tells the module through a private file. User name and password travel here
 /// because ipmi_sim's own configuration cannot express every value of the full length.
 struct ModuleSettings {
-  EnclosureKind kind = EnclosureKind::FirstGeneration;
+  EnclosureKind kind{};
   std::string userName;  ///< 1 to 16 bytes, none of them 0x00.
   std::string password;  ///< Up to 20 bytes, none of them 0x00.
   std::string scenario;  ///< JSON text of the scenario file; empty for none.

@@ -13,11 +13,11 @@ namespace Tavrin::Simulator {
 /// One entry of a scenario file: which requests it holds for, and what happens to them.
 struct Override {
   std::uint8_t netFn = kNetFnOem;
-  std::uint8_t command = 0;
+  std::uint8_t command{};
   std::optional<Bytes> requestData;   ///< Nothing: any request data.
   std::optional<unsigned int> times;  ///< Nothing: without end.
   std::optional<Answer> answer;       ///< Nothing: the enclosure's own answer.
-  std::chrono::milliseconds delay{0};
+  std::chrono::milliseconds delay{};
   bool silent = false;
 };
 

@@ -22,6 +22,9 @@ std::string ShownJson(const Json& value) {
   return text.size() <= kMaxShown ? text : text.substr(0, kMaxShown) + "...";
 }
 
+/// Null when the value is no text.
+const std::string* TextIn(const Json& value) { return value.get_ptr<const std::string*>(); }
+
 bool IsHexDigit(char character) {
   return std::string("0123456789abcdefABCDEF").find(character) != std::string::npos;
 }
@@ -186,21 +189,23 @@ bool ScenarioValue::Truth() const {
 }
 
 std::string ScenarioValue::Text(std::size_t longest) const {
-  std::string text = content_->json.is_string() ? content_->json.get<std::string>() : "\n";
-  if (text.size() > longest || !std::all_of(text.begin(), text.end(), IsPrintable)) {
+  const std::string* const text = TextIn(content_->json);
+  if (text == nullptr || text->size() > longest ||
+      !std::all_of(text->begin(), text->end(), IsPrintable)) {
     Fail(Shown(), "a text of at most " + std::to_string(longest) + " printable ASCII characters");
   }
-  return text;
+  return *text;
 }
 
 std::uint8_t ScenarioValue::Byte(const std::string& alternative) const {
-  const std::string text = content_->json.is_string() ? content_->json.get<std::string>() : "";
-  const bool wellFormed = (text.size() == 3 || text.size() == 4) && text.rfind("0x", 0) == 0 &&
-                          std::all_of(text.begin() + 2, text.end(), IsHexDigit);
+  const std::string* const text = TextIn(content_->json);
+  const bool wellFormed = text != nullptr && (text->size() == 3 || text->size() == 4) &&
+                          text->rfind("0x", 0) == 0 &&
+                          std::all_of(text->begin() + 2, text->end(), IsHexDigit);
   if (!wellFormed) {
     Fail(Shown(), alternative.empty() ? kByteExpected : alternative + ", or " + kByteExpected);
   }
-  return HexValue(text.substr(2));
+  return HexValue(text->substr(2));
 }
 
 std::uint8_t ScenarioValue::RequiredByte(const std::string& key) const {
@@ -222,8 +227,8 @@ Bytes ScenarioValue::ByteList() const {
   Bytes bytes;
   for (std::size_t at = 0; at < text.size(); at += 3) {
     const bool last = at + 2 == text.size();
-    const bool wellFormed = at + 1 < text.size() && IsHexDigit(text[at]) &&
-                            IsHexDigit(text[at + 1]) &&
+    // Behind its end the text has a 0x00, which is no digit.
+    const bool wellFormed = IsHexDigit(text[at]) && IsHexDigit(text[at + 1]) &&
                             (last || (text[at + 2] == ' ' && at + 3 < text.size()));
     if (!wellFormed) {
       Fail(Shown(), expected);

@@ -132,8 +132,10 @@ void SimulatedEnclosure::WaitUntilItAnswers() {
   const auto giveUp = std::chrono::steady_clock::now() + kStartPatience;
   while (!AnswersPing(endpoint, kPingMilliseconds)) {
     if (const auto reason = Ended()) {
-      const bool taken = reason->find(kWordsForTakenPort) != std::string::npos;
-      throw taken ? PortTaken(*reason) : StartError(*reason);
+      if (reason->find(kWordsForTakenPort) != std::string::npos) {
+        throw PortTaken(*reason);
+      }
+      throw StartError(*reason);
     }
     if (std::chrono::steady_clock::now() > giveUp) {
       throw StartError("ipmi_sim did not answer at " + Endpoint() + " within " +

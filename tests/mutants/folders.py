@@ -26,6 +26,7 @@ _PLATFORM_ON_THE_WIRE = (
     "tests/wire/address_tests",
     "tests/faults/fault_tests OpeningAnswers.*",
     "tests/platform/fork_tests",
+    "tests/faults/memory_tests",
 )
 
 _REPORT_TEST = "tests/report/report_test"

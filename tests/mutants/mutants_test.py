@@ -81,6 +81,18 @@ class SampleTest(unittest.TestCase):
             bytes_of_numbers = reached.read()
         self.assertEqual([number for number in self.mutants if not bytes_of_numbers[number]], [])
 
+    def test_programs_that_a_test_starts_without_its_environment_have_the_mutant_too(self) -> None:
+        number = next(number for number in self.mutants if self.outcome(number) not in (None, self.outcome(0)))
+        alone = ["unshare", "--user", "--map-root-user", "--pid", "--fork", "--mount-proc"]
+        script = 'env -i "$0"; exit $?'
+        started = subprocess.run(
+            [*alone, "sh", "-c", script, self.program],
+            env={**os.environ, "MUTANT": str(number)},
+            capture_output=True,
+            check=False,
+        )
+        self.assertEqual((started.returncode, started.stdout), self.outcome(number))
+
     def test_statements_stay_on_their_lines(self) -> None:
         lines = (SAMPLE / "Sample.cpp").read_text().splitlines()
         switched = self.switched.splitlines()

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <new>
 #include <numeric>
 #include <string>
 #include <thread>
@@ -22,6 +23,7 @@
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
 #include "platform/standalone/ipmi_client/LearnedIntervals.h"
+#include "platform/standalone/ipmi_client/Packet.h"
 #include "tests/platform/LogCapture.h"
 #include "tests/platform/ScriptedNetwork.h"
 
@@ -173,8 +175,9 @@ std::optional<std::vector<std::uint8_t>> entropy;
 
 std::vector<std::string> wiped;
 
-/// Whether FreeIPMI has no memory for another object.
-bool isMemoryShort = false;
+/// For how many more objects FreeIPMI has memory.
+constexpr int kAnyNumber = -1;
+int objectsLeft = kAnyNumber;
 
 /// Whether another thread holds whatever is only tried for.
 bool areMutexesHeld = false;
@@ -815,13 +818,56 @@ TEST_F(SessionTest, IntervalIsLearntForTheAddressThatANameStandsFor) {
   LearnInterval("127.0.0.1", 623, milliseconds(0));
 }
 
-TEST_F(SessionTest, MemoryThatIsThereAgainIsOfUse) {
-  std::thread([this] {
-    isMemoryShort = true;
-    EXPECT_EQ(Connect(), FailureOf(Trouble::ResourcesShort).result);
-    isMemoryShort = false;
-    EXPECT_EQ(Connect(), ConnectResult::Connected);
-  }).join();
+TEST_F(SessionTest, MemoryThatIsThereAgainIsOfUseWhereverItWasShort) {
+  int enough = 0;
+  for (int result = ConnectResult::Failed; result != ConnectResult::Connected; ++enough) {
+    SCOPED_TRACE(enough);
+    std::thread([&] {
+      objectsLeft = enough;
+      result = Connect();
+      objectsLeft = kAnyNumber;
+      EXPECT_EQ(Connect(), ConnectResult::Connected);
+      client->disconnect();
+    }).join();
+  }
+  EXPECT_GT(enough, 20);
+}
+
+TEST_F(SessionTest, WithoutMemoryForAnyObjectNothingIsSent) {
+  objectsLeft = 0;
+  ExpectFailure(Trouble::ResourcesShort);
+  objectsLeft = kAnyNumber;
+  EXPECT_THAT(network.sent, IsEmpty());
+}
+
+TEST(PacketParts, AreAllMissedWhereMemoryWasShortAndMadeAgain) {
+  for (int made = 0; made < 7; ++made) {
+    SCOPED_TRACE(made);
+    std::thread([made] {
+      objectsLeft = made;
+      EXPECT_FALSE(PacketParts().AreThere());
+      objectsLeft = made;
+      PacketParts::OfThisThread();
+      objectsLeft = kAnyNumber;
+      EXPECT_TRUE(PacketParts::OfThisThread().AreThere());
+    }).join();
+  }
+}
+
+TEST_F(SessionTest, ClosingIsTriedOnceMoreWhereMemoryIsShort) {
+  for (const int failures : {1, 2}) {
+    ASSERT_EQ(Connect(), ConnectResult::Connected);
+    int attempts = 0;
+    network.onSent = [&](const Datagram& datagram) {
+      if (++attempts <= failures) {
+        throw std::bad_alloc();
+      }
+      controller.Receive(datagram);
+    };
+    client->disconnect();
+    EXPECT_EQ(attempts, 2);
+    network.onSent = [this](const Datagram& datagram) { controller.Receive(datagram); };
+  }
 }
 
 TEST(Seam, RecordsBeginEmpty) {
@@ -851,7 +897,12 @@ extern "C" void explicit_bzero(void* memory, std::size_t length) noexcept {
 extern "C" fiid_obj_t fiid_obj_create(fiid_field_t* fields) {
   static auto* const create =
       reinterpret_cast<fiid_obj_t (*)(fiid_field_t*)>(dlsym(RTLD_NEXT, "fiid_obj_create"));
-  return Tavrin::Standalone::isMemoryShort ? nullptr : create(fields);
+  int& left = Tavrin::Standalone::objectsLeft;
+  if (left == 0) {
+    return nullptr;
+  }
+  left = std::max(left - 1, Tavrin::Standalone::kAnyNumber);
+  return create(fields);
 }
 
 extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {

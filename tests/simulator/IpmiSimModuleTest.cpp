@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +19,7 @@ extern "C" {
 #include "support/TemporaryFile.h"
 
 // What ipmi_sim finds in the module.
+extern "C" int ipmi_sim_module_print_version(sys_data_t* system, char* options);
 extern "C" int ipmi_sim_module_init(sys_data_t* system, const char* options);
 extern "C" int ipmi_sim_module_post_init(sys_data_t* system);
 
@@ -42,6 +44,7 @@ struct IpmiSim {
   std::vector<void*> freed;
   bool hasTimers = true;
   std::vector<ipmi_timer_t*> timers;  ///< Not yet given back.
+  int takesHandlers = -1;             ///< This many, where it is not negative.
 };
 IpmiSim ipmiSim;
 
@@ -76,12 +79,17 @@ std::array<user_t, kUserNumber + 1> users;
 
 user_t* Users(lmc_data_t* /*controller*/) { return users.data(); }
 
+/// A scenario of one override, of none, or, without a list of them, no scenario at all.
+std::string ScenarioOf(const std::optional<std::string>& overrides) {
+  return overrides ? R"({"overrides": [)" + *overrides + "]}" : "";
+}
+
 /// The module, loaded for a first-generation enclosure, with an override where one is given.
 class IpmiSimModule : public testing::Test {
  protected:
-  explicit IpmiSimModule(const std::string& override = {})
-      : settings_(WriteModuleSettings({EnclosureKind::FirstGeneration, "admin", "sesame",
-                                       R"({"overrides": [)" + override + "]}"})) {
+  explicit IpmiSimModule(const std::optional<std::string>& overrides = "")
+      : settings_(WriteModuleSettings(
+            {EnclosureKind::FirstGeneration, "admin", "sesame", ScenarioOf(overrides)})) {
     ipmiSim = IpmiSim{};
     channel_.return_rsp = ReturnResponse;
     channel_.free = FreeMessage;
@@ -91,9 +99,11 @@ class IpmiSimModule : public testing::Test {
     system_.start_timer = StartTimer;
     system_.free_timer = FreeTimer;
     system_.mc_get_users = Users;
-    EXPECT_EQ(ipmi_sim_module_init(&system_, settings_.Path().c_str()), 0);
+    EXPECT_EQ(Load(), 0);
     EXPECT_EQ(ipmi_sim_module_post_init(&system_), 0);
   }
+
+  int Load() { return ipmi_sim_module_init(&system_, settings_.Path().c_str()); }
 
   /// Handles a request for the PSUs' flags as ipmi_sim does: by the handler of its command, and
   /// then, unless the module takes the message over, by sending the response and giving the message
@@ -106,6 +116,8 @@ class IpmiSimModule : public testing::Test {
     unsigned int length = 0;
     ipmiSim.handlers.at({kNetFnOem, kGetPsuFlags})(nullptr, &message_, data.data(), &length,
                                                    nullptr);
+    EXPECT_EQ(data.front(), 0x00);
+    EXPECT_EQ(length, 1U);
     rsp_msg_t response{kNetFnOem + 1, kGetPsuFlags, static_cast<unsigned short>(length),
                        data.data()};
     if (channel_.oem.oem_handle_rsp(&channel_, &message_, &response) == 0) {
@@ -115,11 +127,11 @@ class IpmiSimModule : public testing::Test {
   }
 
   msg_t message_{};
+  sys_data_t system_{};
+  channel_t channel_{};
 
  private:
   TemporaryFile settings_;
-  sys_data_t system_{};
-  channel_t channel_{};
   std::array<channel_t*, kLanChannel + 1> channels_{};
 };
 
@@ -130,6 +142,62 @@ TEST_F(IpmiSimModule, AnswerIsLeftToIpmiSim) {
   EXPECT_THAT(ipmiSim.sent, ElementsAre(kPsuFlags));
   EXPECT_THAT(ipmiSim.freed, ElementsAre(&message_));
   EXPECT_THAT(ipmiSim.timers, IsEmpty());
+}
+
+TEST_F(IpmiSimModule, ServesTheOemFunctionAndMasterWriteRead) {
+  EXPECT_EQ(ipmiSim.handlers.size(), 257U);
+  for (int command = 0; command <= 0xFF; ++command) {
+    EXPECT_EQ(ipmiSim.handlers.count({0x32, static_cast<unsigned char>(command)}), 1U) << command;
+  }
+  EXPECT_EQ(ipmiSim.handlers.count({0x06, 0x52}), 1U);
+}
+
+TEST_F(IpmiSimModule, NameAndPasswordAreTheUsers) {
+  const user_t& user = users.at(2);
+  EXPECT_EQ(std::string(user.username, user.username + sizeof user.username),
+            "admin" + std::string(sizeof user.username - 5, '\0'));
+  EXPECT_EQ(std::string(user.pw, user.pw + sizeof user.pw),
+            "sesame" + std::string(sizeof user.pw - 6, '\0'));
+}
+
+TEST_F(IpmiSimModule, ResponseThatIpmiSimMadeStaysAsItIs) {
+  std::array<unsigned char, 2> data = {0xD4, 0x17};
+  message_.oem_data = 0;
+  rsp_msg_t response{kNetFnOem + 1, kGetPsuFlags, 2, data.data()};
+  EXPECT_EQ(channel_.oem.oem_handle_rsp(&channel_, &message_, &response), 0);
+  EXPECT_EQ(response.data, data.data());
+  EXPECT_EQ(response.data_len, 2);
+}
+
+TEST_F(IpmiSimModule, IsNotLoadedWhereIpmiSimRefusesAHandler) {
+  for (const int taken : {0, 255, 256}) {
+    ipmiSim.handlers.clear();
+    ipmiSim.takesHandlers = taken;
+    EXPECT_EQ(Load(), EBUSY) << taken;
+  }
+}
+
+TEST_F(IpmiSimModule, IsNotLoadedWithSettingsOfNoKnownEnclosure) {
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(ipmi_sim_module_init(&system_, "/none"), 1);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "simulated enclosure: /none names no known kind of enclosure\n");
+}
+
+TEST_F(IpmiSimModule, TellsWhatItIsWhenItsVersionIsAskedFor) {
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(ipmi_sim_module_print_version(&system_, nullptr), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "simulated enclosure\n");
+}
+
+class ModuleWithoutScenario : public IpmiSimModule {
+ protected:
+  ModuleWithoutScenario() : IpmiSimModule(std::nullopt) {}
+};
+
+TEST_F(ModuleWithoutScenario, AnswersAsAHealthyEnclosure) {
+  HandlePsuFlags();
+  EXPECT_THAT(ipmiSim.sent, ElementsAre(kPsuFlags));
 }
 
 class SilentModule : public IpmiSimModule {
@@ -176,6 +244,10 @@ TEST_F(LateModule, RequestIsAnsweredAtOnceWhereThereIsNoTimer) {
 
 extern "C" int ipmi_emu_register_cmd_handler(unsigned char netFn, unsigned char command,
                                              cmd_handler_f handler, void* /*data*/) {
-  Tavrin::Simulator::ipmiSim.handlers[{netFn, command}] = handler;
+  Tavrin::Simulator::IpmiSim& ipmiSim = Tavrin::Simulator::ipmiSim;
+  if (static_cast<int>(ipmiSim.handlers.size()) == ipmiSim.takesHandlers) {
+    return EBUSY;
+  }
+  ipmiSim.handlers[{netFn, command}] = handler;
   return 0;
 }

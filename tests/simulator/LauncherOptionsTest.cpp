@@ -2,11 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <sstream>
+#include <stdexcept>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 #include "simulator/LoopbackPort.h"
 #include "simulator/ScenarioValue.h"
 #include "support/TemporaryFile.h"
+#include "tests/support/UdpPort.h"
 
 namespace Tavrin::Simulator {
 namespace {
@@ -117,7 +123,30 @@ TEST(LauncherOptions, FileOfOneMebibyteIsReadAndAGreaterOneRefused) {
             "--scenario is \"" + tooGreat.Path() + "\"; expected a file of at most 1048576 bytes");
 }
 
-TEST(LauncherOptions, HelpIsToldApartFromAnError) { EXPECT_THROW(Parse({"--help"}), HelpWanted); }
+TEST(LauncherOptions, HelpNamesEveryOptionWithItsDefault) {
+  try {
+    Parse({"--help"});
+    FAIL() << "no help";
+  } catch (const HelpWanted& help) {
+    std::string words;
+    std::istringstream text(help.what());
+    for (std::string word; text >> word;) {
+      words += word + " ";
+    }
+    EXPECT_EQ(words,
+              "Simulates the SMM of an enclosure over IPMI 2.0 on loopback. "
+              "Usage: smm-simulator [OPTIONS] Options: "
+              "-h,--help Print this help message and exit "
+              "--generation TEXT Generation of the SMM: 1 or 2 (required) "
+              "--platform TEXT Platform id: 253 (default) or 254; with --generation 1 only 254 "
+              "--address TEXT Loopback address to listen on (default 127.0.0.1) "
+              "--port TEXT UDP port to listen on (default 0: a free one) "
+              "--user TEXT IPMI user name (default admin) "
+              "--password-file TEXT File whose first line is the password (default password: "
+              "simulated) "
+              "--scenario TEXT JSON file that changes the enclosure or its answers ");
+  }
+}
 
 struct BadCase {
   std::string name;
@@ -198,6 +227,74 @@ TEST(LoopbackAddress, WholeLoopbackNetIsOne) {
   EXPECT_FALSE(IsLoopbackAddress("128.0.0.1"));
   EXPECT_FALSE(IsLoopbackAddress("::2"));
   EXPECT_FALSE(IsLoopbackAddress(""));
+}
+
+TEST(LoopbackEndpoint, IsMadeOfAnAddressInNumbersAlone) {
+  try {
+    MakeEndpoint("localhost", 623);
+    FAIL() << "accepted";
+  } catch (const std::invalid_argument& error) {
+    EXPECT_STREQ(error.what(), "no address in numbers: localhost");
+  }
+}
+
+TEST(LoopbackEndpoint, IsWrittenWithBracketsWhereTheAddressHasColons) {
+  EXPECT_EQ(EndpointText("127.0.0.1", 623), "127.0.0.1:623");
+  EXPECT_EQ(EndpointText("::1", 623), "[::1]:623");
+}
+
+/// Whether the bytes, sent as the answer to a ping, count as one.
+bool CountsAsPong(const std::string& answer) {
+  const UdpPort port;
+  const LoopbackEndpoint endpoint = MakeEndpoint("127.0.0.1", port.Number());
+  std::string ping(64, '\0');
+  std::thread controller([&] {
+    LoopbackEndpoint asker;
+    asker.length = sizeof asker.storage;
+    const ssize_t length = recvfrom(port.Descriptor(), ping.data(), ping.size(), 0,
+                                    reinterpret_cast<sockaddr*>(&asker.storage), &asker.length);
+    ping.resize(static_cast<std::size_t>(length));
+    sendto(port.Descriptor(), answer.data(), answer.size(), 0, asker.Address(), asker.length);
+  });
+  const bool answers = AnswersPing(endpoint, 10000);
+  controller.join();
+  EXPECT_EQ(ping, std::string("\x06\0\xFF\x06\0\0\x11\xBE\x80\0\0\0", 12));
+  return answers;
+}
+
+TEST(PresencePing, IsAnsweredByAMessageOfThePongsTypeAlone) {
+  EXPECT_TRUE(CountsAsPong(std::string(8, '\x11') + '\x40'));
+  EXPECT_TRUE(CountsAsPong(std::string(8, '\x11') + '\x40' + std::string(19, '\x11')));
+  EXPECT_FALSE(CountsAsPong(std::string(8, '\x40')));
+  EXPECT_FALSE(CountsAsPong(std::string(8, '\x40') + '\x41'));
+  EXPECT_FALSE(CountsAsPong(""));
+}
+
+TEST(PresencePing, WaitsNoLongerThanItsTime) {
+  UdpPort port;
+  const LoopbackEndpoint endpoint = MakeEndpoint("127.0.0.1", port.Number());
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(AnswersPing(endpoint, 200));
+  const auto took = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(took, std::chrono::milliseconds(200));
+  EXPECT_LT(took, std::chrono::seconds(5));
+  port.Refuse();
+  EXPECT_FALSE(AnswersPing(endpoint, 60000));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+}
+
+TEST(PortReservation, IsRefusedAlsoWhereAnotherProgramHasThePort) {
+  const UdpPort port;
+  EXPECT_FALSE(PortReservation::Take("127.0.0.1", port.Number()));
+}
+
+TEST(PresencePing, WithoutASocketItsReasonIsTold) {
+  try {
+    AnswersPing(LoopbackEndpoint(), 0);
+    FAIL() << "a socket of no address family";
+  } catch (const std::system_error& error) {
+    EXPECT_STREQ(error.what(), "no socket: Address family not supported by protocol");
+  }
 }
 
 TEST(PortReservation, ReservedPortCannotBeReservedAgainUntilItIsGivenBack) {

@@ -1,8 +1,12 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <thread>
 
 #include "simulator/LoopbackPort.h"
@@ -58,6 +62,41 @@ TEST(Launcher, KeepsItsFilesToItsUser) {
   const fs::perms onlyOwner = fs::perms::owner_read | fs::perms::owner_write;
   EXPECT_EQ(fs::status(directory.path() / "lan.conf").permissions(), onlyOwner);
   EXPECT_EQ(fs::status(directory.path() / "settings").permissions(), onlyOwner);
+  EXPECT_EQ(fs::status(directory.path() / "ipmi_sim.log").permissions(), onlyOwner);
+}
+
+TEST(Launcher, TellsIpmiSimWhoMayLogInWhere) {
+  LauncherProcess launcher({"--generation", "1"});
+  const std::string address = ReadReadyAddress(launcher);
+  const fs::path files = fs::directory_iterator(launcher.Directory())->path();
+  std::ostringstream configuration;
+  configuration << std::ifstream(files / "lan.conf").rdbuf();
+  EXPECT_EQ(configuration.str(),
+            "name \"enclosure\"\n"
+            "set_working_mc 0x20\n"
+            "loadlib \"./smm_simulator_module.so\" \"settings\"\n"
+            "startlan 1\n"
+            "addr 127.0.0.1 " +
+                address.substr(address.find(':') + 1) +
+                "\n"
+                "priv_limit admin\n"
+                "allowed_auths_callback md5\n"
+                "allowed_auths_user md5\n"
+                "allowed_auths_operator md5\n"
+                "allowed_auths_admin md5\n"
+                "guid 51a0e1c05e000000000000000000f00d\n"
+                "endlan\n"
+                "user 2 true \"unset\" \"unset\" admin 63\n");
+}
+
+TEST(Launcher, IpmiSimKeepsItsStateAmongTheLaunchersFiles) {
+  const LauncherProcess launcher({"--generation", "1"});
+  launcher.ReadLine();
+  ASSERT_EQ(launcher.Children().size(), 1U);
+  std::string call = ReadProcessFile(launcher.Children().front(), "cmdline");
+  std::replace(call.begin(), call.end(), '\0', ' ');
+  EXPECT_EQ(call, "/usr/bin/ipmi_sim -c lan.conf -f commands -s state -n ");
+  EXPECT_TRUE(fs::is_directory(fs::directory_iterator(launcher.Directory())->path() / "state"));
 }
 
 class EndingSignal : public testing::TestWithParam<int> {};
@@ -139,6 +178,93 @@ TEST(Launcher, MissingIpmiSimIsNamedWithItsPackage) {
             "smm-simulator: the program ipmi_sim is in no directory of PATH; install the Debian "
             "package openipmi\n");
   EXPECT_EQ(launcher.FilesLeft(), 0);
+}
+
+TEST(Launcher, MissingPathLeadsToNoIpmiSim) {
+  EXPECT_EQ(Child({SMM_SIMULATOR, "--generation", "1"}, {}).Wait().error,
+            "smm-simulator: the program ipmi_sim is in no directory of PATH; install the Debian "
+            "package openipmi\n");
+}
+
+/// A script that stands for ipmi_sim.
+class Script {
+ public:
+  explicit Script(const std::string& commands) {
+    directory_.Write("ipmi_sim", "#!/bin/sh\necho >>" + Starts() + "\n" + commands);
+    fs::permissions(directory_.Path() + "/ipmi_sim", fs::perms::owner_all);
+  }
+
+  /// The value of PATH with which a launcher finds it.
+  std::string SearchPath() const { return directory_.Path() + ":/usr/bin:/bin"; }
+
+  /// How often it was started.
+  std::ptrdiff_t Count() const {
+    std::ifstream starts(Starts());
+    return std::count(std::istreambuf_iterator<char>(starts), {}, '\n');
+  }
+
+ private:
+  std::string Starts() const { return directory_.Path() + "/starts"; }
+
+  TemporaryDirectory directory_{"launcher-test-"};
+};
+
+TEST(Launcher, IpmiSimThatEndsIsToldWithItsLastWords) {
+  const Script script("echo first; echo 'last words' >&2; exit 3");
+  LauncherProcess launcher({"--generation", "1"}, script.SearchPath());
+  const Finished finished = launcher.Wait();
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_EQ(finished.error,
+            "smm-simulator: ipmi_sim ended with exit status 3; its last line was \"last words\"\n");
+  EXPECT_EQ(script.Count(), 1);
+  EXPECT_EQ(launcher.FilesLeft(), 0);
+}
+
+const std::string kTaken = "echo 'Unable to bind to LAN port: Address already in use'; exit 1";
+
+TEST(Launcher, PortThatIpmiSimFindsTakenIsExchangedFor20TimesUnlessItWasGiven) {
+  const Script script(kTaken);
+  LauncherProcess launcher({"--generation", "1"}, script.SearchPath());
+  EXPECT_EQ(launcher.Wait().error, "smm-simulator: no free port of 127.0.0.1 was found\n");
+  EXPECT_EQ(script.Count(), 20);
+  const std::string port = std::to_string(PortReservation::Take("127.0.0.1", 0).value().Port());
+  LauncherProcess givenOne({"--generation", "1", "--port", port}, script.SearchPath());
+  EXPECT_EQ(givenOne.Wait().error, "smm-simulator: port " + port +
+                                       " of 127.0.0.1 is taken; expected a free port, or 0 for "
+                                       "any free one\n");
+  EXPECT_EQ(script.Count(), 21);
+}
+
+TEST(Launcher, IpmiSimThatStaysSilentIsGivenUpAfter10SecondsAndEndedSoon) {
+  const Script script("trap '' TERM; while :; do sleep 1; done");
+  LauncherProcess launcher({"--generation", "1"}, script.SearchPath());
+  const auto start = std::chrono::steady_clock::now();
+  const Finished finished = launcher.Wait();
+  const auto took = std::chrono::steady_clock::now() - start;
+  EXPECT_THAT(finished.error,
+              testing::MatchesRegex("smm-simulator: ipmi_sim did not answer at 127\\.0\\.0\\.1:"
+                                    "[0-9]+ within 10 seconds\n"));
+  EXPECT_GE(took, std::chrono::seconds(10));
+  EXPECT_LT(took, std::chrono::seconds(18));
+  EXPECT_LT(finished.processorSeconds, 3);
+}
+
+/// The launcher in a folder of its own, started with the option that makes it work.
+Finished RunCopyIn(const fs::path& folder) {
+  fs::create_directories(folder);
+  fs::copy_file(SMM_SIMULATOR, folder / "smm-simulator");
+  return Child({folder / "smm-simulator", "--generation", "1"}, {"PATH=/usr/bin:/bin"}).Wait();
+}
+
+TEST(Launcher, MissingModuleIsNamedWithWhereItWasLookedFor) {
+  const TemporaryDirectory directory("launcher-test-");
+  const std::string beside = directory.Path() + "/usr/local/bin";
+  EXPECT_THAT(
+      RunCopyIn(beside).error,
+      testing::AllOf(testing::StartsWith("smm-simulator: smm_simulator_module.so is neither "
+                                         "in " +
+                                         beside + " nor in " + directory.Path() + "/"),
+                     testing::EndsWith("/poveixme\n"), testing::Not(testing::HasSubstr(".."))));
 }
 
 TEST(Launcher, IpmiSimIsNoFileThatCannotBeExecuted) {

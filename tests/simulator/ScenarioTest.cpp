@@ -124,6 +124,9 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{"DeepestNesting", Nested(16),
                 "overrides[0] is [[[[[[[[[[[[[[]]]]]]]]]]]]]]; expected an object with the keys "
                 "netFn, command, data, times, completionCode, response, delayMs, silent"},
+        BadCase{"ValueInTheDeepestNesting", R"({"overrides": [[[[[[[[[[[[[[[1]]]]]]]]]]]]]]]})",
+                "overrides[0] is [[[[[[[[[[[[[[1]]]]]]]]]]]]]]; expected an object with the keys "
+                "netFn, command, data, times, completionCode, response, delayMs, silent"},
         BadCase{"NestedTooDeep", Nested(17),
                 "line 1, column 30 opens level 17 of nesting; expected at most 16 levels"},
         BadCase{"NestedWithoutMeasure", Nested(20000),
@@ -354,8 +357,27 @@ TEST_P(BadChange, GetsOneSentenceWithPlaceValueAndExpectation) {
 INSTANTIATE_TEST_SUITE_P(
     All, BadChange,
     testing::Values(
-        BadCase{"UnknownKey", R"("power": {"voltage": 1})",
-                R"(enclosure.power has the key "voltage"; expected one of min, avg, max)"},
+        BadCase{"UnknownPower", R"("power": {"mean": 1})",
+                R"(enclosure.power has the key "mean"; expected one of min, avg, max)"},
+        BadCase{"UnknownCap", R"("caps": {"soft": 1})",
+                R"(enclosure.caps has the key "soft"; expected one of min, max, protective, user, )"
+                "thermal"},
+        BadCase{"UnknownReadingOfANode", R"("nodes": {"4": {"depth": 1}})",
+                R"(enclosure.nodes.4 has the key "depth"; expected one of powerState, power, )"
+                "width, height, permission"},
+        BadCase{"UnknownReadingOfAPsu", R"("psus": {"all": {"fanC": 1}})",
+                R"(enclosure.psus.all has the key "fanC"; expected one of present, powerGood, )"
+                "earlyPowerOffWarning, throttle, fanStatus, fanA, fanB, version, manufacturer, "
+                "position"},
+        BadCase{"UnknownReadingOfAFan", R"("psus": {"1": {"fanA": {"rpm": 1}}})",
+                R"(enclosure.psus.1.fanA has the key "rpm"; expected one of speed, pat)"},
+        BadCase{"UnknownPartOfAVersion", R"("psus": {"1": {"version": {"patch": 1}}})",
+                R"(enclosure.psus.1.version has the key "patch"; expected one of major, minor)"},
+        BadCase{"UnknownPartOfAPosition", R"("psus": {"1": {"position": {"third": 1}}})",
+                R"(enclosure.psus.1.position has the key "third"; expected one of first, second)"},
+        BadCase{"UnknownFanStatus", R"("psus": {"1": {"fanStatus": "loud"}})",
+                R"(enclosure.psus.1.fanStatus is "loud"; expected one of not-present, abnormal, )"
+                R"(normal, or a byte as text, "0x00" to "0xFF")"},
         BadCase{"NodeOfAnotherPlatform", R"("nodes": {"5": {}})",
                 R"(enclosure.nodes has the key "5"; expected one of all, 1, 2, 3, 4)"},
         BadCase{"PsuZero", R"("psus": {"0": {}})",
