@@ -102,7 +102,7 @@ Json ToJson(const Answer& answer, bool isToldAtTop) {
   if (answer.shape == Answer::Shape::RecordOfNode) {
     json["node"] = answer.rows.front().number;
   }
-  if (isToldAtTop && !answer.outcome.Succeeded() && !HasValue(answer)) {
+  if (isToldAtTop && !HasValue(answer)) {
     json["status"] = answer.outcome.status;
     return json;
   }

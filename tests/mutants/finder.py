@@ -77,7 +77,7 @@ class Finder:
         self.locals: list[Cursor] = []
         self.function: Cursor | None = None
         self.name = ""
-        self.idle_breaks: set[int] = set()  # where one ends its switch, which ends there anyway
+        self.idle_breaks: set[int] = set()  # behind which nothing but others follows in a switch
         self.goes_on = False  # whether something follows the statement, before the function ends
         self.constants: dict[str, Cursor] = {}
         for cursor in here:
@@ -126,7 +126,7 @@ class Finder:
             self._visit_block(cursor)
             return
         if cursor.kind == Kind.SWITCH_STMT:
-            self._note_idle_break(cursor)
+            self._note_idle_breaks(cursor)
         self._add(self._changes(cursor))
         for child in self._switchable_children(cursor):
             self._visit(child)
@@ -235,15 +235,14 @@ class Finder:
 
     # Statements: deleted, in another order, or behind a return.
 
-    def _note_idle_break(self, switch: Cursor) -> None:
-        last = switch
-        while last.kind in _LABELS | {Kind.SWITCH_STMT, Kind.COMPOUND_STMT}:
-            children = list(last.get_children())
-            if not children:
-                return
-            last = children[-1]
-        if last.kind == Kind.BREAK_STMT:
-            self.idle_breaks.add(last.extent.start.offset)
+    def _note_idle_breaks(self, switch: Cursor) -> None:
+        body = list(switch.get_children())[-1]
+        for statement in reversed(list(body.get_children())):
+            while statement.kind in _LABELS:
+                statement = list(statement.get_children())[-1]
+            if statement.kind != Kind.BREAK_STMT:
+                break
+            self.idle_breaks.add(statement.extent.start.offset)
 
     def _visit_block(self, block: Cursor) -> None:
         statements = list(block.get_children())

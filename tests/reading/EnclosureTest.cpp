@@ -263,6 +263,7 @@ TEST_F(EnclosureTest, FailedQueryDoesNotHideTheOthers) {
   const Identity identity = *Read({Part::Identity}).identity;
   EXPECT_EQ(identity.machineType.status, StatusCode::UnusableAnswer);
   EXPECT_EQ(identity.machineType.cause.completionCode, 0xC1);
+  EXPECT_EQ(identity.machineType.cause.missing, "");
   EXPECT_EQ(identity.machineType.value.absence, Absence::QueryFailed);
   EXPECT_EQ(identity.serialNumber.value.value, "SIM100010001");
   EXPECT_EQ(identity.serialNumber.cause.completionCode, 0);

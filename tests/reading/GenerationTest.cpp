@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <thread>
+
 #include "platform/standalone/globalconfig/ThreadConfig.h"
 #include "platform/standalone/logger/ThreadLog.h"
 #include "tests/reading/ScriptedEnclosure.h"
@@ -52,6 +55,12 @@ TEST_F(ConfiguredGeneration, IsTakenOnceAConnectionWasOpen) {
   EXPECT_EQ(generation.value, SMM_SECOND_GENERATION);
   EXPECT_THAT(smm_.platform.events,
               ElementsAre("client constructed", "connect", "disconnect", "client destroyed"));
+}
+
+TEST_F(ConfiguredGeneration, TakesAsLongAsItsConnection) {
+  constexpr std::chrono::milliseconds kShort{5};
+  smm_.platform.onEvent = [&](const std::string&) { std::this_thread::sleep_for(kShort); };
+  EXPECT_GE(FindGeneration(info_).duration, kShort);
 }
 
 TEST_F(ConfiguredGeneration, IsConnectedForAsOftenAsAllowed) {

@@ -97,6 +97,21 @@ TEST_F(PartsTest, WhatWasNotAskedForIsEmpty) {
   EXPECT_FALSE(reading.psuSelection);
 }
 
+std::vector<bool> PartsIn(const Reading& reading) {
+  return {reading.identity.has_value(),    reading.chassisPower.has_value(),
+          reading.powerCaps.has_value(),   reading.nodeStatus.has_value(),
+          reading.nodePower.has_value(),   reading.psuFans.has_value(),
+          reading.psuFirmware.has_value(), reading.psuStatus.has_value()};
+}
+
+TEST_F(PartsTest, EachPartComesAlone) {
+  for (std::size_t index = 0; index < kPartsToAskFor.size(); ++index) {
+    std::vector<bool> expected(kPartsToAskFor.size());
+    expected[index] = true;
+    EXPECT_EQ(PartsIn(Read({kPartsToAskFor[index]})), expected);
+  }
+}
+
 TEST_F(PartsTest, SelectionIsOfAPassOfItsOwn) {
   SelectPsu(3);
   EXPECT_THAT(observer_.parts, ElementsAre(Part::Detection, Part::PsuSelection));

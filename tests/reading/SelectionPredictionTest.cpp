@@ -38,6 +38,7 @@ TEST(SelectionPrediction, SentIsWhatTheGenerationAndThePlatformMakeOfTheNumber) 
     EXPECT_EQ(selection.asked, row.asked);
     EXPECT_TRUE(selection.isSent);
     EXPECT_EQ(selection.sent.value, row.sent);
+    EXPECT_EQ(selection.sent.text, "");
     EXPECT_EQ(selection.sent.absence, row.sent ? Absence::None : Absence::NotReported);
     EXPECT_EQ(selection.remark, row.remark);
   }

@@ -106,10 +106,13 @@ TEST_F(JsonFormatTest, MembersOfAQueryComeInOneOrderInAllShapes) {
 }
 
 TEST_F(JsonFormatTest, MembersOfAFieldComeInOneOrder) {
-  const std::string document = OneLine(ExampleReading());
+  Reading reading = ExampleReading();
+  reading.chassisPower = Good(DecodePower({"\x1b", "", ""}));
+  const std::string document = OneLine(reading);
   EXPECT_THAT(document, HasSubstr(R"("value": "PSU\\xff\\x00\\x1bDa.01",)"
                                   R"("text": "PSU\\xff\\x00\\x1bDa.01","bytes": [80,83,)"));
-  EXPECT_THAT(document, HasSubstr(R"({"value": null,"text": "N/A","reason": "not reported )"));
+  EXPECT_THAT(document, HasSubstr(R"("minPower": {"value": null,"text": "\\x1b","bytes": [27],)"
+                                  R"("reason": "not reported by the SMM"})"));
 }
 
 TEST_F(JsonFormatTest, DocumentIsWrittenAtTheEndAlone) {
