@@ -9,9 +9,14 @@ namespace Tavrin {
 
 /// One IPMI request.
 struct IPMICOMMAND {
-  std::uint8_t cmd = 0;            ///< Command code.
-  std::vector<std::uint8_t> data;  ///< Request data bytes in sending order; may be empty.
-  std::uint8_t netFn = 0;          ///< Network function.
+  /// Command code, within the network function.
+  std::uint8_t cmd = 0;
+
+  /// Request data bytes in sending order; may be empty.
+  std::vector<std::uint8_t> data;
+
+  /// Network function of the request; that of its answer is greater by one.
+  std::uint8_t netFn = 0;
 };
 
 /// A connection to one management controller. One client serves one conversation and is used from
@@ -22,6 +27,8 @@ class IpmiClient {
   /// `cipherSuite` an IPMI 2.0 cipher suite id.
   IpmiClient(const std::string& address, const std::string& userName, const std::string& password,
              const std::string& port, unsigned long cipherSuite);
+
+  /// Disconnects, if that was not done.
   ~IpmiClient();
 
   /// Opens the connection, after closing one that is open. Returns 0 when connected, 3 for a

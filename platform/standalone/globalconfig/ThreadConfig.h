@@ -17,6 +17,8 @@ namespace Standalone {
 /// opposite order. A child of fork() keeps those of the thread that forked.
 class ThreadConfig {
  public:
+  /// Keys and ranges are those of the README's table of configuration keys. What reads a value
+  /// checks its range, and says so in words when it does not hold.
   explicit ThreadConfig(std::map<std::string, int> values);
   ~ThreadConfig();
   ThreadConfig(const ThreadConfig&) = delete;

@@ -7,14 +7,19 @@
 namespace Tavrin {
 namespace Standalone {
 
-/// The cipher suite and the attempts with which the library connects, for those who connect beside
-/// it.
+// For those who connect beside the library and should meet what it meets.
+
+/// The IPMI 2.0 cipher suite that the library asks for, unless IPMI_CIPHER_SUITE tells another: 3
+/// is RAKP-HMAC-SHA1, HMAC-SHA1-96 and AES-CBC-128.
 constexpr unsigned long kLibraryCipherSuite = 3;
+
+/// How often the library tries to connect, unless IPMI_CONNECT_RETRY_TIMES tells another number.
 constexpr int kLibraryConnectAttempts = 3;
 
 /// Connects as the library does for each of its exchanges: with as many attempts as
 /// IPMI_CONNECT_RETRY_TIMES allows, without a pause between them, as long as the failures are worth
-/// retrying. Returns whether the connection is open.
+/// retrying. Returns whether the connection is open; why it is not, GetLastExchange() tells
+/// (LastExchange.h). Blocks for as long as all attempts together.
 inline bool ConnectAsTheLibrary(IpmiClient& client) {
   const int attempts = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", kLibraryConnectAttempts);
   int result = ConnectResult::WorthRetrying;

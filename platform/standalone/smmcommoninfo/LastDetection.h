@@ -8,10 +8,14 @@ namespace Standalone {
 
 /// How the last SMMInfo::GetSmmType() of a thread came to its generation.
 enum class DetectionOutcome {
-  NotTried,    ///< The thread has not asked yet.
-  Configured,  ///< SMM_TYPE told the generation.
-  Detected,    ///< The SMM told it.
-  Unknown,     ///< Neither did: whoever asked goes on with what it assumed before.
+  /// The thread has not asked yet.
+  NotTried,
+  /// SMM_TYPE told the generation.
+  Configured,
+  /// The SMM told it.
+  Detected,
+  /// Neither did: whoever asked goes on with what it assumed before.
+  Unknown,
 };
 
 /// The outcome on the calling thread. After a construction of SMMInventory it tells whether the
