@@ -26,10 +26,10 @@ void ConfigureForSimulator() {
 }
 
 void WaitForPauses() {
-  Double::OnPause([](unsigned int seconds) {
+  Double::onPause = [](unsigned int seconds) {
     std::this_thread::sleep_for(std::chrono::seconds(seconds));
     return 0U;
-  });
+  };
 }
 
 }  // namespace Tavrin

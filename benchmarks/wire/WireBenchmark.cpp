@@ -195,10 +195,10 @@ std::vector<IPMICOMMAND> CommandsOfInventory(Relay& relay,
 
 Json CountInventory(Relay& relay, const TavrinConnection::ConnectionInfo& throughRelay) {
   const std::size_t sessionsBefore = relay.SessionsAskedFor();
-  const std::uint64_t pausedBefore = Double::PausedSeconds();
+  const std::uint64_t pausedBefore = Double::pausedSeconds;
   ReadWholeInventory(throughRelay);
   return {{"exchanges", relay.SessionsAskedFor() - sessionsBefore},
-          {"paused_s", Double::PausedSeconds() - pausedBefore}};
+          {"paused_s", Double::pausedSeconds - pausedBefore}};
 }
 
 /// The processes that read a whole inventory in one way, one after the other.

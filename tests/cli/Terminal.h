@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/ioctl.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <array>
@@ -44,24 +43,9 @@ class Terminal {
   /// The person is gone; nothing can be read or typed any more.
   void HangUp() { person_.Close(); }
 
-  termios Settings() const {
-    termios settings{};
-    EXPECT_EQ(tcgetattr(Descriptor(), &settings), 0);
-    return settings;
-  }
-  bool Echoes() const { return (Settings().c_lflag & ECHO) != 0; }
-  void SwitchEchoOn() const {
-    termios settings = Settings();
-    settings.c_lflag |= ECHO;
-    EXPECT_EQ(tcsetattr(Descriptor(), TCSANOW, &settings), 0);
-  }
   void Resize(unsigned short columns) const {
     const winsize size{24, columns, 0, 0};
     EXPECT_EQ(ioctl(Descriptor(), TIOCSWINSZ, &size), 0);
-  }
-  bool HasInput() const {
-    pollfd source{Descriptor(), POLLIN, 0};
-    return poll(&source, 1, 0) == 1;
   }
 
  private:

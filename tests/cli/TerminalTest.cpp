@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <poll.h>
 #include <termios.h>
 
 #include <chrono>
@@ -49,18 +50,34 @@ class TerminalTest : public testing::Test {
     terminal_.ReadUntil(
         "\r\nsmm-inventory: the password from the terminal is longer than 20 bytes");
     EXPECT_THAT(terminal_.Seen(), Not(HasSubstr("sesame")));
-    EXPECT_TRUE(terminal_.Echoes());
+    EXPECT_TRUE(Echoes());
   }
 
   /// The call was stopped at the prompt; it is continued, and asks again.
   void ExpectTheTerminalBackUntilItContinues(Child& shell) {
     terminal_.ReadUntil("at the shell");
-    EXPECT_TRUE(terminal_.Echoes());
+    EXPECT_TRUE(Echoes());
     terminal_.Type("\n");
     terminal_.ReadUntil("Password");
-    EXPECT_FALSE(terminal_.Echoes());
+    EXPECT_FALSE(Echoes());
     TypeUnfitPassword();
     ExpectRefusalOfTheTypedPassword(shell);
+  }
+
+  termios Settings() const {
+    termios settings{};
+    EXPECT_EQ(tcgetattr(terminal_.Descriptor(), &settings), 0);
+    return settings;
+  }
+  bool Echoes() const { return (Settings().c_lflag & ECHO) != 0; }
+  void SwitchEchoOn() const {
+    termios settings = Settings();
+    settings.c_lflag |= ECHO;
+    EXPECT_EQ(tcsetattr(terminal_.Descriptor(), TCSANOW, &settings), 0);
+  }
+  bool HasInput() const {
+    pollfd source{terminal_.Descriptor(), POLLIN, 0};
+    return poll(&source, 1, 0) == 1;
   }
 
   Terminal terminal_;
@@ -82,7 +99,7 @@ bool StopsSoon(pid_t process) {
 TEST_F(TerminalTest, TypedPasswordIsNotShown) {
   Child tool(call_, {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password of admin at a:623: ");
-  EXPECT_FALSE(terminal_.Echoes());
+  EXPECT_FALSE(Echoes());
   TypeUnfitPassword();
   ExpectRefusalOfTheTypedPassword(tool);
 }
@@ -91,7 +108,7 @@ TEST_F(TerminalTest, PasswordTypedAsStandardInputIsNotShown) {
   call_.insert(call_.end(), {"--password-file", "-"});
   Child tool(call_, {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password of admin at a:623: ");
-  EXPECT_FALSE(terminal_.Echoes());
+  EXPECT_FALSE(Echoes());
   TypeUnfitPassword();
   ExpectRefusalOfTheTypedPassword(tool);
 }
@@ -110,7 +127,7 @@ TEST_F(TerminalTest, WhatIsTypedBeyondThePasswordIsDropped) {
   terminal_.Type("sesame-sesame-sesame-and much more\nrm -r precious\n");
   EndOf(tool);
   // Nothing is left for whoever reads the terminal next.
-  EXPECT_FALSE(terminal_.HasInput());
+  EXPECT_FALSE(HasInput());
 }
 
 TEST_F(TerminalTest, EndOfInputAtThePromptIsAnEmptyPassword) {
@@ -119,7 +136,7 @@ TEST_F(TerminalTest, EndOfInputAtThePromptIsAnEmptyPassword) {
   terminal_.Type("\x04");
   EXPECT_EQ(EndOf(tool).exitCode, 2);
   terminal_.ReadUntil("the password from the terminal is empty");
-  EXPECT_TRUE(terminal_.Echoes());
+  EXPECT_TRUE(Echoes());
 }
 
 TEST_F(TerminalTest, EndOfInputWithinAPasswordDoesNotEndIt) {
@@ -142,15 +159,15 @@ void PrintTo(const Interruption& interruption, std::ostream* out) { *out << inte
 class PromptInterruption : public TerminalTest, public testing::WithParamInterface<Interruption> {};
 
 TEST_P(PromptInterruption, RestoresTheTerminalAndEndsByTheSignal) {
-  const termios before = terminal_.Settings();
+  const termios before = Settings();
   Child tool(call_, {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password");
   terminal_.Type(GetParam().typed);
   LetItBeTaken();
   tool.Signal(GetParam().signal);
   EXPECT_EQ(EndOf(tool).signal, GetParam().signal);
-  EXPECT_EQ(terminal_.Settings().c_lflag, before.c_lflag);
-  EXPECT_FALSE(terminal_.HasInput());
+  EXPECT_EQ(Settings().c_lflag, before.c_lflag);
+  EXPECT_FALSE(HasInput());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -173,14 +190,14 @@ void PrintTo(const Key& key, std::ostream* out) { *out << key.name; }
 class PromptKey : public TerminalTest, public testing::WithParamInterface<Key> {};
 
 TEST_P(PromptKey, EndsTheProgramAlsoAfterEndOfInputWithinALine) {
-  const termios before = terminal_.Settings();
+  const termios before = Settings();
   Child tool(call_, {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password");
   terminal_.Type("abc\x04");
   LetItBeTaken();
   terminal_.Type(GetParam().typed);
   EXPECT_EQ(EndOf(tool).signal, GetParam().signal);
-  EXPECT_EQ(terminal_.Settings().c_lflag, before.c_lflag);
+  EXPECT_EQ(Settings().c_lflag, before.c_lflag);
 }
 
 INSTANTIATE_TEST_SUITE_P(Keys, PromptKey,
@@ -237,10 +254,10 @@ TEST_F(TerminalTest, ProgramThatWasStoppedUnawaresAsksAgainWithoutEcho) {
   ASSERT_EQ(shell.Children().size(), 1U);
   kill(shell.Children().front(), SIGSTOP);
   terminal_.ReadUntil("at the shell");
-  terminal_.SwitchEchoOn();  // As shells with line editing do.
+  SwitchEchoOn();  // As shells with line editing do.
   terminal_.Type("\n");
   terminal_.ReadUntil("Password");
-  EXPECT_FALSE(terminal_.Echoes());
+  EXPECT_FALSE(Echoes());
   TypeUnfitPassword();
   ExpectRefusalOfTheTypedPassword(shell);
 }
@@ -252,7 +269,7 @@ TEST_F(TerminalTest, ProgramInTheBackgroundLeavesTheTerminalAloneAndCanBeEnded) 
   ASSERT_EQ(shell.Children().size(), 1U);
   const pid_t tool = shell.Children().front();
   EXPECT_TRUE(StopsSoon(tool));
-  EXPECT_TRUE(terminal_.Echoes());
+  EXPECT_TRUE(Echoes());
   EXPECT_THAT(terminal_.Seen(), Not(HasSubstr("Password")));
   kill(tool, SIGTERM);
   kill(tool, SIGCONT);
@@ -275,12 +292,12 @@ class WaitOnTerminal : public TerminalTest {
 };
 
 TEST_F(WaitOnTerminal, InterruptLeavesTheTerminalAsItWas) {
-  const termios before = terminal_.Settings();
+  const termios before = Settings();
   Child tool = Start("vt100");
   terminal_.ReadUntil("attempt 1 of 6");
   terminal_.Type("\x03");
   EXPECT_EQ(EndOf(tool).signal, SIGINT);
-  EXPECT_EQ(terminal_.Settings().c_lflag, before.c_lflag);
+  EXPECT_EQ(Settings().c_lflag, before.c_lflag);
 }
 
 TEST_F(TerminalTest, InterruptEndsTheWaitForADeadHostAtOnce) {

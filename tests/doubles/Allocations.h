@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 namespace Tavrin {
 
@@ -16,40 +15,12 @@ struct AllocationCount {
 };
 AllocationCount AllocationsSoFar();
 
-/// While it lives, one allocation of the thread that made it fails: the one of that number, counted
-/// from 1.
-class FailingAllocation {
- public:
-  explicit FailingAllocation(std::size_t number);
-  ~FailingAllocation();
-  FailingAllocation(const FailingAllocation&) = delete;
-  FailingAllocation& operator=(const FailingAllocation&) = delete;
+/// How many allocations of the calling thread there are until one fails, that one included; none
+/// fails when it is 0.
+inline thread_local std::size_t allocationsUntilFailure = 0;
 
-  /// Whether there were as many allocations.
-  bool HasFailed() const;
-};
-
-/// Looks into every block of memory that the program and its libraries give back through operator
-/// delete, for as long as it lives and before the block is gone. One at a time, in programs of one
-/// thread.
-class FreedMemory {
- public:
-  /// `secret` stays where it is meanwhile; its parts of eight bytes are what is looked for.
-  explicit FreedMemory(std::string_view secret);
-  ~FreedMemory();
-  FreedMemory(const FreedMemory&) = delete;
-  FreedMemory& operator=(const FreedMemory&) = delete;
-
-  void LookInto(const void* block, std::size_t size);
-
-  /// How many blocks were looked into, and how many of them held a part of the secret.
-  std::size_t BlockCount() const { return blockCount_; }
-  std::size_t TraceCount() const { return traceCount_; }
-
- private:
-  std::string_view secret_;
-  std::size_t blockCount_ = 0;
-  std::size_t traceCount_ = 0;
-};
+/// Where set, gets every block of memory that the program and its libraries give back through
+/// operator delete, before the block is gone. For programs of one thread.
+inline void (*onFree)(const void* block, std::size_t size) = nullptr;
 
 }  // namespace Tavrin

@@ -11,12 +11,10 @@
 namespace Tavrin::Double {
 namespace {
 
-void EndWith(const std::string& text) {
+void (*theComplaint)(const std::string&) = [](const std::string& text) {
   std::cerr << "Broken promise: " << text << '\n';
   std::abort();
-}
-
-void (*theComplaint)(const std::string&) = EndWith;
+};
 
 thread_local Platform* ofThisThread = nullptr;
 
@@ -53,12 +51,6 @@ void Fill(const Exchange& exchange, Bytes& response, std::uint8_t& completionCod
   response.insert(response.end(), exchange.response.begin(), exchange.response.end());
   if (exchange.filling != Filling::ReplacesAllButTheCode) {
     completionCode = exchange.completionCode;
-  }
-}
-
-void ThrowIfAny(const std::exception_ptr& exception) {
-  if (exception != nullptr) {
-    std::rethrow_exception(exception);
   }
 }
 
@@ -206,8 +198,8 @@ int IpmiClient::connect() {
   platform.Happened("connect");
   const Exchange& exchange = platform.exchanges.back();
   const std::size_t index = state_->connectsDone++;
-  if (!exchange.Connects()) {
-    Double::ThrowIfAny(exchange.exception);
+  if (exchange.exception && !exchange.Connects()) {
+    std::rethrow_exception(exchange.exception);
   }
   const std::vector<int>& results = exchange.connectResults;
   const int result = results.empty() ? -1 : results[std::min(index, results.size() - 1)];
@@ -230,7 +222,9 @@ int IpmiClient::send(const IPMICOMMAND& request, std::vector<std::uint8_t>& resp
   Require(!std::exchange(state_->sent, true), "one request is sent over a connection");
   Exchange& exchange = platform.exchanges.back();
   Double::TakeRequest(exchange, request, !platform.improvise);
-  Double::ThrowIfAny(exchange.exception);
+  if (exchange.exception) {
+    std::rethrow_exception(exchange.exception);
+  }
   exchange.onRequest(exchange);
   Double::Fill(exchange, response, completionCode);
   Double::lastExchange.isAnswered = exchange.sendResult == 0;

@@ -10,7 +10,6 @@ class Implementation : public SMMInventoryImpl {
   using SMMInventoryImpl::SMMInventoryImpl;
   int SelectPSU(int psu) { return SelectPSUImpl(psu); }
   int GetSMMStatus(SMMStatus& status) { return GetSMMStatusImp(status); }
-  [[nodiscard]] unsigned long GetNodeNub() const { return nodeCount; }
 };
 
 }  // namespace Tavrin::Double

@@ -26,7 +26,7 @@ using Output = std::variant<std::monostate, std::string, ChassisPowerCon, Chassi
 /// See RecordText.h.
 std::string Text(const Output& output);
 
-/// The same with every text "before" and every number -1, in the records of a list, too.
+/// The same with every text "before" and every number -1, but for those in lists.
 Output Marked(Output output);
 
 /// What the number means that an operation is called with.

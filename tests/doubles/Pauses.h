@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <ctime>
 #include <functional>
@@ -7,17 +8,16 @@
 namespace Tavrin::Double {
 
 // What stands for sleep() and clock_nanosleep() in every program that links this: pauses and waits
-// are counted and take no time, in any number of threads. The functions given here are to be set
-// while nothing pauses.
+// are counted and take no time, in any number of threads. The functions are set while nothing
+// pauses; without one, each returns 0.
 
 /// How many seconds all pauses have added up to.
-std::uint64_t PausedSeconds();
+inline std::atomic<std::uint64_t> pausedSeconds{0};
 
-/// Runs in place of every sleep() from now on, and gives what it returns; without a function it
-/// returns 0.
-void OnPause(std::function<unsigned int(unsigned int seconds)> pause);
+/// Runs in place of every sleep(), and gives what it returns.
+inline std::function<unsigned int(unsigned int seconds)> onPause;
 
 /// The same for clock_nanosleep().
-void OnWait(std::function<int(clockid_t clock, int flags, const timespec& until)> wait);
+inline std::function<int(clockid_t clock, int flags, const timespec& until)> onWait;
 
 }  // namespace Tavrin::Double

@@ -32,7 +32,7 @@ bool WritesALineAt(unsigned int number) {
 }
 
 [[maybe_unused]] const bool playsPauses = []() noexcept {
-  OnPause(PlayPause);
+  onPause = PlayPause;
   return true;
 }();
 

@@ -10,57 +10,46 @@
 
 namespace Tavrin::Double {
 
-/// A member by its name and its type, which callers were compiled with.
-template <typename Record>
-using TextIn = std::pair<const char*, std::string Record::*>;
-template <typename Record>
-using NumberIn = std::pair<const char*, std::int32_t Record::*>;
+// A member by its name and its type, which callers were compiled with.
+#define TEXT_IN(RECORD, MEMBER) \
+  std::pair<const char*, std::string RECORD::*> { #MEMBER, &RECORD::MEMBER }
+#define NUMBER_IN(RECORD, MEMBER) \
+  std::pair<const char*, std::int32_t RECORD::*> { #MEMBER, &RECORD::MEMBER }
 
 /// The members of each record, in the order that they are declared in.
 template <typename Record>
 inline constexpr std::tuple<> kMembers;
 template <>
-inline constexpr std::tuple kMembers<ChassisPowerCon> = {
-    TextIn<ChassisPowerCon>{"minPower", &ChassisPowerCon::minPower},
-    TextIn<ChassisPowerCon>{"avgPower", &ChassisPowerCon::avgPower},
-    TextIn<ChassisPowerCon>{"maxPower", &ChassisPowerCon::maxPower}};
+inline constexpr std::tuple kMembers<ChassisPowerCon> = {TEXT_IN(ChassisPowerCon, minPower),
+                                                         TEXT_IN(ChassisPowerCon, avgPower),
+                                                         TEXT_IN(ChassisPowerCon, maxPower)};
 template <>
 inline constexpr std::tuple kMembers<ChassisPowerCap> = {
-    TextIn<ChassisPowerCap>{"minCap", &ChassisPowerCap::minCap},
-    TextIn<ChassisPowerCap>{"maxCap", &ChassisPowerCap::maxCap},
-    TextIn<ChassisPowerCap>{"protectiveCap", &ChassisPowerCap::protectiveCap},
-    TextIn<ChassisPowerCap>{"userCap", &ChassisPowerCap::userCap},
-    TextIn<ChassisPowerCap>{"thermalCap", &ChassisPowerCap::thermalCap}};
+    TEXT_IN(ChassisPowerCap, minCap), TEXT_IN(ChassisPowerCap, maxCap),
+    TEXT_IN(ChassisPowerCap, protectiveCap), TEXT_IN(ChassisPowerCap, userCap),
+    TEXT_IN(ChassisPowerCap, thermalCap)};
 template <>
 inline constexpr std::tuple kMembers<PSUFanSpeed> = {
-    TextIn<PSUFanSpeed>{"name", &PSUFanSpeed::name},
-    TextIn<PSUFanSpeed>{"speedA", &PSUFanSpeed::speedA},
-    TextIn<PSUFanSpeed>{"patA", &PSUFanSpeed::patA},
-    TextIn<PSUFanSpeed>{"speedB", &PSUFanSpeed::speedB},
-    TextIn<PSUFanSpeed>{"patB", &PSUFanSpeed::patB},
-    TextIn<PSUFanSpeed>{"status", &PSUFanSpeed::status}};
+    TEXT_IN(PSUFanSpeed, name),   TEXT_IN(PSUFanSpeed, speedA), TEXT_IN(PSUFanSpeed, patA),
+    TEXT_IN(PSUFanSpeed, speedB), TEXT_IN(PSUFanSpeed, patB),   TEXT_IN(PSUFanSpeed, status)};
 template <>
 inline constexpr std::tuple kMembers<PSUFwInfo> = {
-    TextIn<PSUFwInfo>{"name", &PSUFwInfo::name},
-    TextIn<PSUFwInfo>{"identifier", &PSUFwInfo::identifier},
-    TextIn<PSUFwInfo>{"version", &PSUFwInfo::version}, TextIn<PSUFwInfo>{"slot", &PSUFwInfo::slot},
-    TextIn<PSUFwInfo>{"description", &PSUFwInfo::description}};
+    TEXT_IN(PSUFwInfo, name), TEXT_IN(PSUFwInfo, identifier), TEXT_IN(PSUFwInfo, version),
+    TEXT_IN(PSUFwInfo, slot), TEXT_IN(PSUFwInfo, description)};
 template <>
 inline constexpr std::tuple kMembers<PSUStatus> = {
-    TextIn<PSUStatus>{"epow", &PSUStatus::epow},
-    TextIn<PSUStatus>{"throttle", &PSUStatus::throttle},
-    TextIn<PSUStatus>{"present", &PSUStatus::present},
-    TextIn<PSUStatus>{"powerGood", &PSUStatus::powerGood}};
+    TEXT_IN(PSUStatus, epow), TEXT_IN(PSUStatus, throttle), TEXT_IN(PSUStatus, present),
+    TEXT_IN(PSUStatus, powerGood)};
 template <>
 inline constexpr std::tuple kMembers<NodeStatus> = {
-    TextIn<NodeStatus>{"powerState", &NodeStatus::powerState},
-    TextIn<NodeStatus>{"width", &NodeStatus::width},
-    TextIn<NodeStatus>{"height", &NodeStatus::height},
-    NumberIn<NodeStatus>{"permissionState", &NodeStatus::permissionState}};
+    TEXT_IN(NodeStatus, powerState), TEXT_IN(NodeStatus, width), TEXT_IN(NodeStatus, height),
+    NUMBER_IN(NodeStatus, permissionState)};
 template <>
-inline constexpr std::tuple kMembers<SMMStatus> = {
-    NumberIn<SMMStatus>{"platformId", &SMMStatus::platformId},
-    NumberIn<SMMStatus>{"psuSlotCount", &SMMStatus::psuSlotCount}};
+inline constexpr std::tuple kMembers<SMMStatus> = {NUMBER_IN(SMMStatus, platformId),
+                                                   NUMBER_IN(SMMStatus, psuSlotCount)};
+
+#undef TEXT_IN
+#undef NUMBER_IN
 
 /// Calls `visit` with the name and the value of each member.
 template <typename Record, typename Visit>
@@ -70,11 +59,25 @@ void ForEachMember(Record& record, Visit visit) {
 }
 
 /// A value as text. Bytes that are not printable ASCII are shown as \xNN.
-std::string ValueText(const std::string& value);
+inline std::string ValueText(const std::string& value) {
+  constexpr const char* digits = "0123456789abcdef";
+  std::string text;
+  for (const char character : value) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte >= ' ' && byte <= '~') {
+      text += character;
+    } else {
+      text += {'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
+    }
+  }
+  return text;
+}
 inline std::string ValueText(std::int32_t value) { return std::to_string(value); }
 
 /// The name, and the text of the value unless that is empty.
-std::string TextLine(const std::string& name, const std::string& value);
+inline std::string TextLine(const std::string& name, const std::string& value) {
+  return name + (value.empty() ? "" : " ") + value + '\n';
+}
 
 /// A record as one line a member.
 template <typename Record>

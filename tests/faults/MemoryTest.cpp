@@ -5,6 +5,7 @@
 #include <iostream>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "module/smm/smm_inventory/SMMInventory.h"
@@ -34,13 +35,15 @@ struct Outcome {
 };
 
 Outcome OutcomeAt(std::size_t number, const std::function<int()>& operation) {
-  const FailingAllocation failing(number);
+  Outcome outcome;
+  allocationsUntilFailure = number;
   try {
-    const int status = operation();
-    return {status, failing.HasFailed()};
+    outcome.status = operation();
   } catch (const std::bad_alloc&) {
-    return {kRaisesBadAlloc, failing.HasFailed()};
+    outcome.status = kRaisesBadAlloc;
   }
+  outcome.hasFailed = std::exchange(allocationsUntilFailure, 0) == 0;
+  return outcome;
 }
 
 /// The parameter is the log level. Lines go to standard error, as in a program that sets nothing.

@@ -60,9 +60,7 @@ void ScriptedSmm::ChangeConstruction(const Answering& answering) {
 
 void ScriptedSmm::Lose(std::size_t first, FailureCause cause, const std::string& words,
                        std::size_t count) {
-  const bool isRefused = cause == FailureCause::UserNameRefused ||
-                         cause == FailureCause::PasswordRefused ||
-                         cause == FailureCause::PrivilegeRefused;
+  const bool isRefused = IsLoginRefused(cause) || cause == FailureCause::PrivilegeRefused;
   lossBegin_ = first;
   lossCount_ = count;
   lost_.connectResults = {isRefused ? Standalone::ConnectResult::Failed

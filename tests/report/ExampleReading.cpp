@@ -6,6 +6,7 @@
 namespace Tavrin {
 namespace {
 
+using Standalone::FailureCause;
 using std::chrono::milliseconds;
 
 Reading EmptyReading() {
@@ -18,27 +19,16 @@ Reading EmptyReading() {
 
 }  // namespace
 
-QueryOutcome SucceededOutcome() {
-  QueryOutcome outcome;
-  outcome.duration = milliseconds(5);
-  return outcome;
-}
+QueryOutcome SucceededOutcome() { return {StatusCode::Success, {}, {}, milliseconds(5)}; }
 
 QueryOutcome RefusedOutcome() {
-  QueryOutcome outcome;
-  outcome.status = StatusCode::UnusableAnswer;
-  outcome.cause.words = "its answer is empty";
-  outcome.duration = milliseconds(6);
-  return outcome;
+  const Cause cause = {"its answer is empty", FailureCause::None, 0, {}};
+  return {StatusCode::UnusableAnswer, cause, {}, milliseconds(6)};
 }
 
 QueryOutcome DisconnectedOutcome() {
-  QueryOutcome outcome;
-  outcome.status = StatusCode::NotConnected;
-  outcome.cause.words = "no answer";
-  outcome.cause.kind = Standalone::FailureCause::Silence;
-  outcome.duration = milliseconds(7);
-  return outcome;
+  const Cause cause = {"no answer", FailureCause::Silence, 0, {}};
+  return {StatusCode::NotConnected, cause, {}, milliseconds(7)};
 }
 
 SlotQuery<PsuFlags> ExampleFlags(std::size_t slotCount) {

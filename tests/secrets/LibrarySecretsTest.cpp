@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/secrets/Passwords.h"
 #include "tests/secrets/ProcessWatch.h"
+#include "tests/secrets/Traces.h"
 #include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin {

@@ -8,8 +8,8 @@
 
 #include "support/TemporaryFile.h"
 #include "tests/cli/Terminal.h"
-#include "tests/secrets/Passwords.h"
 #include "tests/secrets/ProcessWatch.h"
+#include "tests/secrets/Traces.h"
 #include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin {

@@ -1,7 +1,7 @@
 #include "tests/secrets/Traces.h"
 
-#include <cctype>
 #include <cstdint>
+#include <regex>
 #include <string_view>
 
 namespace Tavrin {
@@ -33,17 +33,8 @@ std::string Base64Core(const std::string& bytes, std::size_t offset) {
 
 /// The text without anything that programs put between or before bytes when they show them.
 std::string Joined(const std::string& text) {
-  std::string joined;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const std::string prefix = text.substr(at, 2);
-    if (prefix == "0x" || prefix == "0X" || prefix == "\\x") {
-      ++at;
-    } else if (std::isalnum(static_cast<unsigned char>(text[at])) != 0 || text[at] == '+' ||
-               text[at] == '/') {
-      joined += text[at];
-    }
-  }
-  return joined;
+  static const std::regex between(R"(0[xX]|\\x|[^0-9A-Za-z+/])");
+  return std::regex_replace(text, between, "");
 }
 
 }  // namespace

@@ -2,9 +2,11 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/IpmiClient.h"
@@ -23,6 +25,39 @@ namespace {
 // One that a text keeps within itself, one that it keeps elsewhere, and one that is refused.
 const std::vector<std::string> kSecrets = {"Zq7kT2mW9xVb", "Zq7kT2mW9xVb4Hn6pR3s",
                                            "Zq7kT2mW9xVb4Hn6pR3sXe9hM4rS"};
+
+/// Looks into all memory that is given back while it lives. One at a time.
+class FreedMemory {
+ public:
+  /// `secret` stays where it is meanwhile; its parts of eight bytes are what is looked for.
+  explicit FreedMemory(std::string_view secret) : secret_(secret) {
+    onlooker = this;
+    onFree = [](const void* block, std::size_t size) { onlooker->LookInto(block, size); };
+  }
+  ~FreedMemory() { onFree = nullptr; }
+  FreedMemory(const FreedMemory&) = delete;
+  FreedMemory& operator=(const FreedMemory&) = delete;
+
+  /// How many blocks were looked into, and how many of them held a part of the secret.
+  std::size_t BlockCount() const { return blockCount_; }
+  std::size_t TraceCount() const { return traceCount_; }
+
+ private:
+  void LookInto(const void* block, std::size_t size) {
+    constexpr std::size_t kPartLength = 8;
+    ++blockCount_;
+    bool isTrace = false;
+    for (std::size_t begin = 0; begin + kPartLength <= secret_.size(); ++begin) {
+      isTrace = isTrace || memmem(block, size, &secret_[begin], kPartLength) != nullptr;
+    }
+    traceCount_ += isTrace ? 1 : 0;
+  }
+
+  inline static FreedMemory* onlooker = nullptr;
+  std::string_view secret_;
+  std::size_t blockCount_ = 0;
+  std::size_t traceCount_ = 0;
+};
 
 /// Lines are composed at the highest log level, and dropped.
 class Wiping : public testing::TestWithParam<std::string> {

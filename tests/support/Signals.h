@@ -13,9 +13,9 @@ namespace Tavrin {
 class Signals {
  public:
   explicit Signals(std::chrono::microseconds period) {
-    Count() = 0;
+    caught = 0;
     struct sigaction action {};
-    action.sa_handler = [](int /*number*/) { ++Count(); };
+    action.sa_handler = [](int /*number*/) { ++caught; };
     sigaction(SIGALRM, &action, &before_);
     Ring(period);
   }
@@ -29,20 +29,16 @@ class Signals {
   Signals& operator=(const Signals&) = delete;
 
   /// How many were caught.
-  int Caught() const { return Count(); }
+  int Caught() const { return caught; }
 
  private:
-  static std::atomic<int>& Count() {
-    static std::atomic<int> count{0};
-    return count;
-  }
-
   static void Ring(std::chrono::microseconds period) {
     const timeval time = {period.count() / 1'000'000, period.count() % 1'000'000};
     const itimerval timer = {time, time};
     setitimer(ITIMER_REAL, &timer, nullptr);
   }
 
+  inline static std::atomic<int> caught{0};
   struct sigaction before_ {};
 };
 

@@ -31,14 +31,10 @@ std::uint16_t SimulatedSmm::Port() const {
   return static_cast<std::uint16_t>(std::stoul(address_.substr(address_.rfind(':') + 1)));
 }
 
-TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator) {
-  return SettingsOf(simulator, simulator.Port());
-}
-
 TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator, std::uint16_t port) {
   TavrinConnection::ConnectionInfo settings;
   settings.address = simulator.Host();
-  settings.port = port;
+  settings.port = port == 0 ? simulator.Port() : port;
   settings.userName = "admin";
   settings.password = "sesame";
   settings.connectionKind = 7;

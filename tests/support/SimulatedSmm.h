@@ -36,7 +36,6 @@ class SimulatedSmm {
 };
 
 /// The settings that open a session on the simulator; with a port, through a relay in front of it.
-TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator);
-TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator, std::uint16_t port);
+TavrinConnection::ConnectionInfo SettingsOf(const SimulatedSmm& simulator, std::uint16_t port = 0);
 
 }  // namespace Tavrin

@@ -35,19 +35,19 @@ struct Wait {
 class Pause : public Double::InventoryTest {
  protected:
   Pause() {
-    Double::OnPause([this](unsigned int seconds) {
+    Double::onPause = [this](unsigned int seconds) {
       Double::PlayPause(seconds);
       errno = sleepEnd.error != 0 ? sleepEnd.error : errno;
       return std::exchange(sleepEnd, {}).result;
-    });
-    Double::OnWait([this](clockid_t clock, int flags, const timespec& until) {
+    };
+    Double::onWait = [this](clockid_t clock, int flags, const timespec& until) {
       waits.push_back({clock, flags, until});
       return waits.size() <= waitResults.size() ? waitResults[waits.size() - 1] : 0;
-    });
+    };
   }
   ~Pause() override {
-    Double::OnPause(Double::PlayPause);
-    Double::OnWait({});
+    Double::onPause = Double::PlayPause;
+    Double::onWait = nullptr;
   }
 
   void SelectWithOnePause() {

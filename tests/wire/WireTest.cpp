@@ -6,10 +6,10 @@
 namespace Tavrin {
 
 WireTest::WireTest() {
-  Double::OnPause([this](unsigned int seconds) {
+  Double::onPause = [this](unsigned int seconds) {
     pauses.push_back(seconds);
     return 0U;
-  });
+  };
   Standalone::SetGlobalConfigValue("IPMI_WORKAROUND_FLAGS", 16);
   Standalone::SetGlobalConfigValue("IPMI_SESSION_TIMEOUT_MS", 1000);
   Standalone::SetMinLogLevel(2);
@@ -18,7 +18,7 @@ WireTest::WireTest() {
 
 WireTest::~WireTest() {
   Standalone::SetLogLineHandler({});
-  Double::OnPause({});
+  Double::onPause = nullptr;
 }
 
 std::string WireTest::LogText() const {
