@@ -11,7 +11,7 @@ namespace Tavrin::Simulator {
 struct Reply {
   Answer answer;
   std::chrono::milliseconds delay{};
-  bool silent = false;
+  bool silent{};
 };
 
 /// The simulated management controller: an enclosure, and a scenario that may override its answers.

@@ -26,7 +26,6 @@ using Fields = std::vector<Field>;
 /// The fields are read in the order of the list, not of the text.
 void ReadObject(const ScenarioValue& object, const Fields& fields) {
   std::vector<std::string> keys;
-  keys.reserve(fields.size());
   for (const Field& field : fields) {
     keys.push_back(field.key);
   }

@@ -61,7 +61,7 @@ EnclosureKind ReadKind(const Texts& texts) {
 }
 
 std::uint16_t ReadPort(const std::string& text) {
-  std::uint16_t port = 0;
+  std::uint16_t port{};
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, port);
   if (error != std::errc() || stop != end) {

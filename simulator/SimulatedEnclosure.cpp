@@ -26,7 +26,7 @@ constexpr const char* kSettingsName = "settings";
 constexpr int kMaxSessions = 63;  // As many as ipmi_sim has room for.
 constexpr const char* kModuleName = "smm_simulator_module.so";
 constexpr const char* kOutputName = "ipmi_sim.log";
-constexpr const char* kStateName = "state";
+constexpr const char* kStateName = "state";  // Which ipmi_sim makes.
 constexpr std::chrono::seconds kStartPatience{10};
 constexpr std::chrono::seconds kStopPatience{2};
 constexpr int kPingMilliseconds = 100;
@@ -118,7 +118,6 @@ SimulatedEnclosure::SimulatedEnclosure(LauncherOptions options, PortReservation 
 
 void SimulatedEnclosure::WriteFiles() const {
   const fs::path directory = directory_.Path();
-  fs::create_directory(directory / kStateName);
   // Through a link of a fixed name, since ipmi_sim's configuration cannot quote every path.
   fs::create_symlink(FindModule(), directory / kModuleName);
   directory_.Write("lan.conf", LanConfiguration(options_.address, port_.Port()));

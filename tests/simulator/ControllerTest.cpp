@@ -82,6 +82,8 @@ TEST(PsuSelection, StaysUntilAnotherPsuIsSelected) {
   EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00}}).answer.data, Bytes{0x00});
   EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00, 0x02}}).answer.data, Bytes{0x02});
   EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x01, 0x03}}).answer.completionCode, 0xCC);
+  EXPECT_EQ(controller.Handle(kMachineType).answer.data, kOwnMachineType);
+  EXPECT_EQ(controller.Handle({0x06, 0x52, {0x0F, 0xD0, 0x02, 0xFC}}).answer.completionCode, 0);
   EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00}}).answer.data, Bytes{0x02});
   EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00, 0x01}}).answer.data, Bytes{0x01});
   EXPECT_EQ(controller.Handle({0x32, 0xF4, {0x00}}).answer.data, Bytes{0x01});

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <map>
 #include <optional>
 #include <string>
@@ -69,7 +70,8 @@ void FreeTimer(ipmi_timer_t* timer) {
   delete timer;
 }
 
-void ReturnResponse(channel_t* /*channel*/, msg_t* /*message*/, rsp_msg_t* response) {
+void ReturnResponse(channel_t* /*channel*/, msg_t* message, rsp_msg_t* response) {
+  EXPECT_THAT(ipmiSim.freed, testing::Not(testing::Contains(message)));
   ipmiSim.sent.emplace_back(response->data, response->data + response->data_len);
 }
 
@@ -91,6 +93,7 @@ class IpmiSimModule : public testing::Test {
       : settings_(WriteModuleSettings(
             {EnclosureKind::FirstGeneration, "admin", "sesame", ScenarioOf(overrides)})) {
     ipmiSim = IpmiSim{};
+    std::memset(users.data(), 0xEE, sizeof users);
     channel_.return_rsp = ReturnResponse;
     channel_.free = FreeMessage;
     channels_[kLanChannel] = &channel_;
@@ -113,6 +116,7 @@ class IpmiSimModule : public testing::Test {
     message_.cmd = kGetPsuFlags;
     message_.oem_data = 0;
     std::array<unsigned char, 36> data{};
+    data.fill(0xEE);
     unsigned int length = 0;
     ipmiSim.handlers.at({kNetFnOem, kGetPsuFlags})(nullptr, &message_, data.data(), &length,
                                                    nullptr);
@@ -232,6 +236,24 @@ TEST_F(LateModule, RequestIsAnsweredAndGivenBackWhenItsTimeHasCome) {
   EXPECT_THAT(ipmiSim.timers, IsEmpty());
 }
 
+class OnceLateModule : public IpmiSimModule {
+ protected:
+  OnceLateModule()
+      : IpmiSimModule(R"({"command": "0x91", "delayMs": 60000, "times": 1},
+                         {"command": "0x91", "response": "07"})") {}
+};
+
+TEST_F(OnceLateModule, LateAnswerStaysWhatItWasWhenOthersAreGivenMeanwhile) {
+  HandlePsuFlags();
+  HandlePsuFlags();
+  EXPECT_THAT(ipmiSim.sent, ElementsAre(Bytes{0x00, 0x07}));
+  ASSERT_EQ(ipmiSim.timers.size(), 1U);
+  const ipmi_timer_t& timer = *ipmiSim.timers.front();
+  ipmiSim.freed.clear();
+  timer.callback(timer.data);
+  EXPECT_THAT(ipmiSim.sent, ElementsAre(Bytes{0x00, 0x07}, kPsuFlags));
+}
+
 TEST_F(LateModule, RequestIsAnsweredAtOnceWhereThereIsNoTimer) {
   ipmiSim.hasTimers = false;
   HandlePsuFlags();
@@ -248,6 +270,6 @@ extern "C" int ipmi_emu_register_cmd_handler(unsigned char netFn, unsigned char 
   if (static_cast<int>(ipmiSim.handlers.size()) == ipmiSim.takesHandlers) {
     return EBUSY;
   }
-  ipmiSim.handlers[{netFn, command}] = handler;
+  EXPECT_TRUE(ipmiSim.handlers.insert({{netFn, command}, handler}).second);
   return 0;
 }

@@ -1,8 +1,13 @@
 #include "simulator/LauncherOptions.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/un.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
@@ -11,6 +16,7 @@
 
 #include "simulator/LoopbackPort.h"
 #include "simulator/ScenarioValue.h"
+#include "support/FileDescriptor.h"
 #include "support/TemporaryFile.h"
 #include "tests/support/UdpPort.h"
 
@@ -99,6 +105,31 @@ TEST(LauncherOptions, PasswordWithAZeroByteIsRefused) {
   const TemporaryFile file(std::string("ab\0c", 4));
   EXPECT_EQ(Complaint({"--generation", "1", "--password-file", file.Path()}),
             "--password-file is \"" + file.Path() + "\"; expected a first line without 0x00 bytes");
+}
+
+TEST(LauncherOptions, PasswordThatIsTooLongIsToldAsThatWhateverIsInIt) {
+  const TemporaryFile file(std::string("0123456789\0abcdefghij", 21));
+  EXPECT_EQ(Complaint({"--generation", "1", "--password-file", file.Path()}),
+            "--password-file is \"" + file.Path() + "\"; expected a first line of 1 to 20 bytes");
+}
+
+/// Descriptor 0 is free as long as it lives.
+class ClosedInput {
+ public:
+  ClosedInput() : input_(fcntl(0, F_DUPFD_CLOEXEC, 3)) { close(0); }
+  ~ClosedInput() { dup2(input_.Get(), 0); }
+  ClosedInput(const ClosedInput&) = delete;
+  ClosedInput& operator=(const ClosedInput&) = delete;
+
+ private:
+  FileDescriptor input_;
+};
+
+TEST(LauncherOptions, FilesAndPortsAreToBeHadWithoutStandardInput) {
+  EXPECT_EQ(PasswordOf("sesame"), "sesame");
+  const ClosedInput closed;
+  EXPECT_EQ(PasswordOf("sesame"), "sesame");
+  EXPECT_TRUE(PortReservation::Take("127.0.0.1", 0));
 }
 
 TEST(LauncherOptions, BadScenarioFileIsNamed) {
@@ -280,7 +311,23 @@ TEST(PresencePing, WaitsNoLongerThanItsTime) {
   EXPECT_LT(took, std::chrono::seconds(5));
   port.Refuse();
   EXPECT_FALSE(AnswersPing(endpoint, 60000));
+  LoopbackEndpoint cutOff = endpoint;
+  cutOff.length = 1;
+  EXPECT_FALSE(AnswersPing(cutOff, 60000));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+}
+
+TEST(PortReservation, IsRefusedWhereAnotherSimulatorHasItsName) {
+  const std::uint16_t port = PortReservation::Take("127.0.0.1", 0).value().Port();
+  const std::string name = "poveixme-smm-simulator 127.0.0.1:" + std::to_string(port);
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  std::copy(name.begin(), name.end(), &address.sun_path[1]);
+  const FileDescriptor other(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  ASSERT_EQ(bind(other.Get(), reinterpret_cast<const sockaddr*>(&address),
+                 static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size())),
+            0);
+  EXPECT_FALSE(PortReservation::Take("127.0.0.1", port));
 }
 
 TEST(PortReservation, IsRefusedAlsoWhereAnotherProgramHasThePort) {

@@ -7,7 +7,9 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "simulator/LoopbackPort.h"
 #include "support/TemporaryDirectory.h"
@@ -58,6 +60,7 @@ TEST(Launcher, KeepsItsFilesToItsUser) {
   launcher.ReadLine();
   ASSERT_EQ(launcher.FilesLeft(), 1);
   const fs::directory_entry directory = *fs::directory_iterator(launcher.Directory());
+  EXPECT_THAT(directory.path().filename(), testing::StartsWith("smm-simulator-"));
   EXPECT_EQ(directory.status().permissions(), fs::perms::owner_all);
   const fs::perms onlyOwner = fs::perms::owner_read | fs::perms::owner_write;
   EXPECT_EQ(fs::status(directory.path() / "lan.conf").permissions(), onlyOwner);
@@ -249,22 +252,22 @@ TEST(Launcher, IpmiSimThatStaysSilentIsGivenUpAfter10SecondsAndEndedSoon) {
   EXPECT_LT(finished.processorSeconds, 3);
 }
 
-/// The launcher in a folder of its own, started with the option that makes it work.
-Finished RunCopyIn(const fs::path& folder) {
-  fs::create_directories(folder);
-  fs::copy_file(SMM_SIMULATOR, folder / "smm-simulator");
-  return Child({folder / "smm-simulator", "--generation", "1"}, {"PATH=/usr/bin:/bin"}).Wait();
-}
-
-TEST(Launcher, MissingModuleIsNamedWithWhereItWasLookedFor) {
+TEST(Launcher, ModuleIsLookedForBesideItAndAmongTheLibraries) {
   const TemporaryDirectory directory("launcher-test-");
-  const std::string beside = directory.Path() + "/usr/local/bin";
-  EXPECT_THAT(
-      RunCopyIn(beside).error,
-      testing::AllOf(testing::StartsWith("smm-simulator: smm_simulator_module.so is neither "
-                                         "in " +
-                                         beside + " nor in " + directory.Path() + "/"),
-                     testing::EndsWith("/poveixme\n"), testing::Not(testing::HasSubstr(".."))));
+  const fs::path here = directory.Path() + "/usr/local/bin";
+  fs::create_directories(here);
+  fs::copy_file(SMM_SIMULATOR, here / "smm-simulator");
+  const std::vector<std::string> call = {here / "smm-simulator", "--generation", "1"};
+  const std::vector<std::string> environment = {"PATH=/usr/bin:/bin", "TMPDIR=" + directory.Path()};
+  const std::string error = Child(call, environment).Wait().error;
+  const std::string before =
+      "smm-simulator: smm_simulator_module.so is neither in " + here.string() + " nor in ";
+  ASSERT_THAT(error, testing::StartsWith(before + directory.Path() + "/"));
+  const fs::path libraries = error.substr(before.size(), error.size() - before.size() - 1);
+  EXPECT_EQ(libraries, libraries.lexically_normal());
+  fs::create_directories(libraries);
+  fs::copy(fs::path(SMM_SIMULATOR).parent_path() / "smm_simulator_module.so", libraries);
+  EXPECT_THAT(Child(call, environment).ReadLine(), testing::StartsWith("smm-simulator ready at "));
 }
 
 TEST(Launcher, IpmiSimIsNoFileThatCannotBeExecuted) {
@@ -289,6 +292,30 @@ TEST(Launcher, IpmiSimReadsNothingAndPrintsIntoAFile) {
   EXPECT_EQ(fs::read_symlink(open / "0"), "/dev/null");
   EXPECT_EQ(fs::read_symlink(open / "1").filename(), "ipmi_sim.log");
   EXPECT_EQ(fs::read_symlink(open / "2").filename(), "ipmi_sim.log");
+}
+
+/// The name under which the system shows the socket that holds the simulator's port.
+std::string LockOf(const std::string& address) {
+  std::ifstream sockets("/proc/self/net/unix");
+  for (std::string line; std::getline(sockets, line);) {
+    std::istringstream stream(line);
+    const std::vector<std::string> columns{std::istream_iterator<std::string>(stream), {}};
+    if (columns.back() == address && columns.size() > 6) {
+      return "socket:[" + columns.at(6) + "]";
+    }
+  }
+  return {};
+}
+
+TEST(Launcher, IpmiSimDoesNotInheritWhatHoldsThePort) {
+  LauncherProcess launcher({"--generation", "1"});
+  const std::string lock = LockOf(ReadReadyAddress(launcher));
+  EXPECT_NE(lock, "");
+  ASSERT_EQ(launcher.Children().size(), 1U);
+  const fs::path open = "/proc/" + std::to_string(launcher.Children().front()) + "/fd";
+  for (const fs::directory_entry& descriptor : fs::directory_iterator(open)) {
+    EXPECT_NE(fs::read_symlink(descriptor), lock);
+  }
 }
 
 TEST(Launcher, BadOptionGivesOneLineAndExitCode2) {

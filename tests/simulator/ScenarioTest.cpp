@@ -111,6 +111,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{"Empty", "", "line 1, column 1 is where the text stops being valid; expected JSON"},
         BadCase{"CutOff", "{\n  \"overrides\":",
                 "line 2, column 15 is where the text stops being valid; expected JSON"},
+        BadCase{"SpoilsALineThatIsNotTheLast", "{\n  x\n}\n",
+                "line 2, column 3 is where the text stops being valid; expected JSON"},
         BadCase{"List", "[]",
                 "the document is []; expected an object with the keys enclosure, overrides"},
         BadCase{"UnknownKey", R"({"override": []})",
@@ -135,6 +137,9 @@ INSTANTIATE_TEST_SUITE_P(
                 "line 1, column 62 opens level 17 of nesting; expected at most 16 levels"},
         BadCase{"NumberOutOfRange", "{\n  \"overrides\": 1e999}",
                 "line 2, column 20 ends a number that is out of range; expected one that fits into "
+                "a double"},
+        BadCase{"NumberOutOfRangeWithA0AtItsEnd", "{\n  \"overrides\": 1e1000}",
+                "line 2, column 21 ends a number that is out of range; expected one that fits into "
                 "a double"},
         BadCase{
             "NumberOutOfRangeAtTheEnd", "-1e999",
@@ -163,6 +168,15 @@ INSTANTIATE_TEST_SUITE_P(
                 R"(overrides[0].completionCode is "C1")" + kByte},
         BadCase{"CompletionCodeWithoutDigits", Entry(R"("completionCode": "0x")"),
                 R"(overrides[0].completionCode is "0x")" + kByte},
+        BadCase{"CompletionCodeNoDigit", Entry(R"("completionCode": "0x1g")"),
+                R"(overrides[0].completionCode is "0x1g")" + kByte},
+        BadCase{"ResponseOtherSeparator", Entry(R"("response": "01x02")"),
+                R"(overrides[0].response is "01x02")" + kBytes},
+        BadCase{"FirstOfTwoInTheOrderOfTheKeys", Entry(R"("completionCode": 1, "times": 0)"),
+                "overrides[0].times is 0; expected a whole number from 1 to 1000000"},
+        BadCase{"CommandBeforeItsData", Entry(R"("netFn": "0x06", "data": "x", "silent": true)"),
+                R"(overrides[0] is for netFn "0x06" and command "0xA8"; expected netFn "0x32", )"
+                R"(or netFn "0x06" with command "0x52")"},
         BadCase{"ResponseNoText", Entry(R"("response": [1])"),
                 "overrides[0].response is [1]" + kBytes},
         BadCase{"ResponseOneDigit", Entry(R"("response": "1")"),
@@ -210,9 +224,9 @@ EnclosureState Changed(EnclosureKind kind, const std::string& members) {
 TEST(EnclosureChange, TextsAndRevisionAreSet) {
   const EnclosureState enclosure =
       Changed(EnclosureKind::FirstGeneration,
-              R"("machineType": "ABCDEFGH", "serialNumber": "123456789012", "name": "",
+              R"("machineType": " BCDEFG~", "serialNumber": "123456789012", "name": "",
                  "buildName": "BUILD6", "majorRevision": 252, "minorRevision": 255)");
-  EXPECT_EQ(enclosure.machineType, "ABCDEFGH");
+  EXPECT_EQ(enclosure.machineType, " BCDEFG~");
   EXPECT_EQ(enclosure.serialNumber, "123456789012");
   EXPECT_EQ(enclosure.name, "");
   EXPECT_EQ(enclosure.buildName, "BUILD6");
@@ -400,6 +414,12 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{"TextNotAscii", R"("name": "Gehäuse")",
                 R"(enclosure.name is "Geh\u00e4use"; expected a text of at most 24 printable )"
                 "ASCII characters"},
+        BadCase{"TextWithDelete", R"("name": "a\u007f")",
+                R"(enclosure.name is "a\u007f"; expected a text of at most 24 printable ASCII )"
+                "characters"},
+        BadCase{"TextWithControlByte", R"("name": "a\u001f")",
+                R"(enclosure.name is "a\u001f"; expected a text of at most 24 printable ASCII )"
+                "characters"},
         BadCase{"TextNoText", R"("machineType": 1234)",
                 "enclosure.machineType is 1234; expected a text of at most 8 printable ASCII "
                 "characters"},
