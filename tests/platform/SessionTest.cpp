@@ -448,6 +448,15 @@ TEST_F(SessionTest, AnswerOfAnotherKindTagOrSessionIsNotTaken) {
   }
 }
 
+TEST_F(SessionTest, ProofOfAnotherSessionIsForeignAlsoWhereItsLengthIsWrong) {
+  controller.changes = {{kRakp1, [](Bytes& answer) {
+                           answer.at(kPayloadAt + 4) ^= 0x80U;
+                           answer.insert(answer.end(), 20, 0x5A);
+                           answer.at(14) = static_cast<std::uint8_t>(answer.at(14) + 20);
+                         }}};
+  ExpectFailure(Trouble::OtherAnswer);
+}
+
 TEST_F(SessionTest, AnswerThatEndsEarlyIsDamaged) {
   for (const Step step : {kOpenSession, kRakp1, kRakp3}) {
     controller.changes = {{step, [](Bytes& answer) {

@@ -337,6 +337,8 @@ TEST(EnclosureChange, NodeThatIsOffTakesNoPowerUnlessReadingsAreGiven) {
       EnclosureKind::FirstGeneration,
       R"("nodes": {"1": {"powerState": "off"}, "2": {"power": {"avg": 8}, "powerState": "off"}})");
   EXPECT_EQ(enclosure.nodes.at(0).powerState, PowerState::kOff);
+  EXPECT_EQ(enclosure.nodes.at(0).power.minimum, 0);
+  EXPECT_EQ(enclosure.nodes.at(0).power.average, 0);
   EXPECT_EQ(enclosure.nodes.at(0).power.maximum, 0);
   EXPECT_EQ(enclosure.nodes.at(1).power.minimum, 0);
   EXPECT_EQ(enclosure.nodes.at(1).power.average, 8);
