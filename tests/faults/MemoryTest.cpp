@@ -58,6 +58,7 @@ class Memory : public WireTest, public ::testing::WithParamInterface<unsigned in
     testing::internal::CaptureStderr();
   }
   ~Memory() override {
+    Standalone::SetGlobalConfigValue("IPMI_RETRANSMISSION_TIMEOUT_MS", 0);
     std::cout << testing::internal::GetCapturedStderr().size() << " bytes of log lines\n";
   }
 

@@ -23,6 +23,7 @@
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
 #include "platform/standalone/ipmi_client/LearnedIntervals.h"
+#include "platform/standalone/ipmi_client/OpeningMessages.h"
 #include "platform/standalone/ipmi_client/Packet.h"
 #include "tests/platform/LogCapture.h"
 #include "tests/platform/ScriptedNetwork.h"
@@ -178,6 +179,9 @@ std::vector<std::string> wiped;
 /// For how many more objects FreeIPMI has memory.
 constexpr int kAnyNumber = -1;
 int objectsLeft = kAnyNumber;
+
+/// Whether FreeIPMI computes a session's keys.
+bool canComputeKeys = true;
 
 /// Whether another thread holds whatever is only tried for.
 bool areMutexesHeld = false;
@@ -442,6 +446,15 @@ TEST_F(SessionTest, AnswerOfAnotherKindTagOrSessionIsNotTaken) {
       ExpectFailure(Trouble::OtherAnswer);
     }
   }
+}
+
+TEST_F(SessionTest, ProofOfAnotherSessionIsForeignAlsoWhereItsLengthIsWrong) {
+  controller.changes = {{kRakp1, [](Bytes& answer) {
+                           answer.at(kPayloadAt + 4) ^= 0x80U;
+                           answer.insert(answer.end(), 20, 0x5A);
+                           answer.at(14) = static_cast<std::uint8_t>(answer.at(14) + 20);
+                         }}};
+  ExpectFailure(Trouble::OtherAnswer);
 }
 
 TEST_F(SessionTest, AnswerThatEndsEarlyIsDamaged) {
@@ -854,6 +867,34 @@ TEST(PacketParts, AreAllMissedWhereMemoryWasShortAndMadeAgain) {
   }
 }
 
+TEST_F(SessionTest, SessionWithoutKeysIsNotOpened) {
+  canComputeKeys = false;
+  ExpectFailure(Trouble::ResourcesShort);
+  canComputeKeys = true;
+  EXPECT_THAT(Steps(), ElementsAre(kCapabilities, kOpenSession, kRakp1, kRakp3));
+}
+
+TEST(Rakp4, AnyCheckValueIsTakenWithoutAuthenticationAlone) {
+  const Bytes session = {0x78, 0x56, 0x34, 0x12};
+  const Bytes rakp4 = Packet(0x15, Bytes(4), Joined({{7, 0, 0, 0}, session, Bytes(12, 0x5A)}));
+  Handshake handshake;
+  handshake.remoteConsoleSessionId = 0x12345678;
+  Login login("operator", "swordfish");
+  std::uint8_t status = 0xFF;
+  login.algorithms = {IPMI_AUTHENTICATION_ALGORITHM_RAKP_HMAC_SHA1, IPMI_INTEGRITY_ALGORITHM_NONE,
+                      IPMI_CONFIDENTIALITY_ALGORITHM_NONE};
+  login.privilegeLevel = IPMI_PRIVILEGE_LEVEL_ADMIN;
+  ASSERT_EQ(ipmi_rmcpplus_init(), 0);
+  SessionKeys keys;
+  ASSERT_TRUE(keys.Compute(login, handshake));
+  EXPECT_EQ(ReadRakp4(rakp4, 7, login, handshake, keys, true, status), Verdict::Damaged);
+  EXPECT_EQ(status, 0xFF);
+  login.algorithms = {IPMI_AUTHENTICATION_ALGORITHM_RAKP_NONE,
+                      IPMI_INTEGRITY_ALGORITHM_HMAC_SHA1_96, IPMI_CONFIDENTIALITY_ALGORITHM_NONE};
+  EXPECT_EQ(ReadRakp4(rakp4, 7, login, handshake, keys, true, status), Verdict::Answer);
+  EXPECT_EQ(status, 0);
+}
+
 TEST_F(SessionTest, ClosingIsTriedOnceMoreWhereMemoryIsShort) {
   for (const int failures : {1, 2}) {
     ASSERT_EQ(Connect(), ConnectResult::Connected);
@@ -903,6 +944,25 @@ extern "C" fiid_obj_t fiid_obj_create(fiid_field_t* fields) {
   }
   left = std::max(left - 1, Tavrin::Standalone::kAnyNumber);
   return create(fields);
+}
+
+extern "C" int ipmi_calculate_rmcpplus_session_keys(
+    std::uint8_t authentication, std::uint8_t integrity, std::uint8_t confidentiality,
+    const void* password, unsigned int passwordLength, const void* kg, unsigned int kgLength,
+    const void* consolesNumber, unsigned int consolesNumberLength, const void* systemsNumber,
+    unsigned int systemsNumberLength, std::uint8_t nameOnlyLookup, std::uint8_t privilegeLevel,
+    const char* userName, unsigned int userNameLength, void** sik, unsigned int* sikLength,
+    void** integrityKey, unsigned int* integrityKeyLength, void** confidentialityKey,
+    unsigned int* confidentialityKeyLength) {
+  static auto* const compute = reinterpret_cast<decltype(&ipmi_calculate_rmcpplus_session_keys)>(
+      dlsym(RTLD_NEXT, "ipmi_calculate_rmcpplus_session_keys"));
+  return Tavrin::Standalone::canComputeKeys
+             ? compute(authentication, integrity, confidentiality, password, passwordLength, kg,
+                       kgLength, consolesNumber, consolesNumberLength, systemsNumber,
+                       systemsNumberLength, nameOnlyLookup, privilegeLevel, userName,
+                       userNameLength, sik, sikLength, integrityKey, integrityKeyLength,
+                       confidentialityKey, confidentialityKeyLength)
+             : -1;
 }
 
 extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {

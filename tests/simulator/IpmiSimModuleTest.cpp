@@ -236,6 +236,20 @@ TEST_F(LateModule, RequestIsAnsweredAndGivenBackWhenItsTimeHasCome) {
   EXPECT_THAT(ipmiSim.timers, IsEmpty());
 }
 
+class SlightlyLateModule : public IpmiSimModule {
+ protected:
+  SlightlyLateModule() : IpmiSimModule(R"({"command": "0x91", "delayMs": 1})") {}
+};
+
+TEST_F(SlightlyLateModule, RequestWaitsForItsMillisecond) {
+  HandlePsuFlags();
+  EXPECT_THAT(ipmiSim.sent, IsEmpty());
+  ASSERT_EQ(ipmiSim.timers.size(), 1U);
+  EXPECT_EQ(ipmiSim.timers.front()->timeout.tv_sec, 0);
+  EXPECT_EQ(ipmiSim.timers.front()->timeout.tv_usec, 1000);
+  ipmiSim.timers.front()->callback(ipmiSim.timers.front()->data);
+}
+
 class OnceLateModule : public IpmiSimModule {
  protected:
   OnceLateModule()

@@ -66,11 +66,17 @@ TEST(ScenarioText, SilenceIsRead) {
   EXPECT_TRUE(Parse(R"({"overrides": [{"command": "0xA8", "silent": true}]})").at(0).silent);
 }
 
-TEST(ScenarioText, ResponseOfTheGreatestLengthIsRead) {
-  std::string bytes = "00";
-  for (int count = 1; count < 200; ++count) {
-    bytes += " 11";
+/// So many bytes as a scenario has them.
+std::string Ff(std::size_t count) {
+  std::string bytes = "FF";
+  for (; count > 1; --count) {
+    bytes += " FF";
   }
+  return bytes;
+}
+
+TEST(ScenarioText, ResponseOfTheGreatestLengthIsRead) {
+  const std::string bytes = Ff(200);
   const std::vector<Override> scenario =
       Parse(R"({"overrides": [{"command": "0x01", "response": ")" + bytes + R"("}]})");
   EXPECT_EQ(scenario.at(0).answer.value().data.size(), 200U);
@@ -94,6 +100,10 @@ const std::string kBytes =
     "; expected bytes as text, each of two hexadecimal digits, with one blank between them";
 const std::string kKeys =
     "; expected one of netFn, command, data, times, completionCode, response, delayMs, silent";
+
+std::string Objects(std::size_t depth) {
+  return depth == 1 ? "{}" : R"({"a":)" + Objects(depth - 1) + "}";
+}
 
 std::string Nested(std::size_t depth) {
   return R"({"overrides": )" + std::string(depth - 1, '[') + std::string(depth - 1, ']') + "}";
@@ -135,6 +145,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "line 1, column 30 opens level 17 of nesting; expected at most 16 levels"},
         BadCase{"ObjectsNestedTooDeep", R"({"a":{"a":{"a":{"a":{"a":{"a":{"a":{"a":)" + Nested(9),
                 "line 1, column 62 opens level 17 of nesting; expected at most 16 levels"},
+        BadCase{"ObjectsAloneNestedTooDeep", Objects(17),
+                "line 1, column 81 opens level 17 of nesting; expected at most 16 levels"},
         BadCase{"NumberOutOfRange", "{\n  \"overrides\": 1e999}",
                 "line 2, column 20 ends a number that is out of range; expected one that fits into "
                 "a double"},
@@ -201,6 +213,12 @@ INSTANTIATE_TEST_SUITE_P(
                 "overrides[0].delayMs is 60001; expected a whole number from 1 to 60000"},
         BadCase{"SilentAsNumber", Entry(R"("silent": 1)"),
                 "overrides[0].silent is 1; expected true or false"},
+        BadCase{
+            "ValueThatIsShownWhole", Entry(R"("silent": ")" + std::string(58, 'a') + R"(")"),
+            R"(overrides[0].silent is ")" + std::string(58, 'a') + R"("; expected true or false)"},
+        BadCase{
+            "ValueThatIsShownCut", Entry(R"("silent": ")" + std::string(59, 'a') + R"(")"),
+            R"(overrides[0].silent is ")" + std::string(59, 'a') + "...; expected true or false"},
         BadCase{"SilentWithResponse", Entry(R"("silent": true, "response": "")"),
                 "overrides[0] is silent and has an answer or a delay; expected silent alone, or "
                 "completionCode, response and delayMs without it"},
@@ -319,6 +337,8 @@ TEST(EnclosureChange, NodeThatIsOffTakesNoPowerUnlessReadingsAreGiven) {
       EnclosureKind::FirstGeneration,
       R"("nodes": {"1": {"powerState": "off"}, "2": {"power": {"avg": 8}, "powerState": "off"}})");
   EXPECT_EQ(enclosure.nodes.at(0).powerState, PowerState::kOff);
+  EXPECT_EQ(enclosure.nodes.at(0).power.minimum, 0);
+  EXPECT_EQ(enclosure.nodes.at(0).power.average, 0);
   EXPECT_EQ(enclosure.nodes.at(0).power.maximum, 0);
   EXPECT_EQ(enclosure.nodes.at(1).power.minimum, 0);
   EXPECT_EQ(enclosure.nodes.at(1).power.average, 8);
@@ -430,6 +450,9 @@ INSTANTIATE_TEST_SUITE_P(
                 "enclosure.psus.1.present is 0; expected true or false"},
         BadCase{"ManufacturerTooShort", R"("psus": {"1": {"manufacturer": "41 42 43"}})",
                 "enclosure.psus.1.manufacturer is 3 bytes long; expected 4"},
+        BadCase{"ManufacturerFarTooLong",
+                R"("psus": {"1": {"manufacturer": ")" + Ff(100000) + R"("}})",
+                "enclosure.psus.1.manufacturer is 100000 bytes long; expected 4"},
         BadCase{"ManufacturerNoBytes", R"("psus": {"1": {"manufacturer": "ABCD"}})",
                 R"(enclosure.psus.1.manufacturer is "ABCD")" + kBytes}),
     [](const auto& instance) { return instance.param.name; });
