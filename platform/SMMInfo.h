@@ -8,12 +8,12 @@
 namespace Tavrin {
 
 /// The generation of an SMM. Values other than these may occur; such an SMM is read as one of the
-/// first, but for the manufacturers of its PSUs, which are then not read.
+/// first, but for GetPSUFwInfo(), which fails where a PSU answers.
 enum SMMIype : std::int32_t {
   /// Its answers begin with what was asked for.
   SMM_FIRST_GENERATION = 0,
 
-  /// It puts bytes in front of most answers: the platform id, or what the request said.
+  /// It puts bytes in front of some answers: the platform id, or what the request said.
   SMM_SECOND_GENERATION = 1,
 };
 

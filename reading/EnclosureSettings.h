@@ -25,14 +25,15 @@ struct EnclosureSettings {
   /// Name or address; an IPv6 address without brackets.
   std::string host;
 
-  /// UDP.
+  /// UDP port, 1 to 65535.
   std::uint16_t port = 623;
 
   /// At most kMaxUserNameLength and kMaxPasswordLength bytes, without a zero byte.
   std::string userName;
   std::string password;
 
-  /// IPMI_CIPHER_SUITE: an id of IPMI 2.0; -1 leaves the choice to the library, which takes 3.
+  /// IPMI_CIPHER_SUITE: one of 0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16 and 17; -1 leaves the choice to
+  /// the library, which takes 3.
   std::optional<int> cipherSuite;
 
   /// IPMI_PRIVILEGE_LEVEL: 2 user, 3 operator, 4 administrator; by default 4.

@@ -29,15 +29,15 @@ using Operation = int (SMMInventory::*)(Record&);
 template <typename Record>
 using NodeOperation = int (SMMInventory::*)(unsigned long node, Record&);
 
-template <typename Value>
-Query<Value> With(const QueryOutcome& outcome, const Value& value) {
+template <typename Type>
+Query<Type> QueryOf(const QueryOutcome& outcome, const Type& value) {
   return {outcome, value};
 }
 
 template <typename Record, typename Decode>
 auto Decoded(const QueryOutcome& outcome, const Record& record, Decode decode) {
-  using Value = decltype(decode(record));
-  return With(outcome, outcome.Succeeded() ? decode(record) : Value{});
+  using Type = decltype(decode(record));
+  return QueryOf(outcome, outcome.Succeeded() ? decode(record) : Type{});
 }
 
 template <typename Record, typename Decode>
@@ -49,7 +49,7 @@ auto AskOne(Asker& asker, Operation<Record> operation, Decode decode) {
 }
 
 template <typename Record, typename Decode>
-auto AskByPlatform(Asker& asker, Operation<Record> operation, Decode decode) {
+auto AskOneByPlatform(Asker& asker, Operation<Record> operation, Decode decode) {
   Record record{};
   const QueryOutcome outcome =
       asker.AskByPlatform([&](SMMInventory& inventory) { return (inventory.*operation)(record); });
@@ -78,7 +78,7 @@ auto AskEachSlot(Asker& asker, std::size_t slotCount, Operation<std::vector<Reco
   const QueryOutcome outcome =
       asker.Ask([&](SMMInventory& inventory) { return (inventory.*operation)(records); });
   const Absence untold = outcome.Succeeded() ? Absence::SlotUnanswered : Absence::QueryFailed;
-  return With(outcome, decode(records, slotCount, untold));
+  return QueryOf(outcome, decode(records, slotCount, untold));
 }
 
 Identity AskIdentity(Asker& asker) {
@@ -89,14 +89,15 @@ Identity AskIdentity(Asker& asker) {
 }
 
 SlotQuery<PsuFlags> DecodeStatus(const Query<std::vector<PSUStatus>>& status) {
-  return With(status,
-              status.Succeeded() ? DecodeFlags(status.value) : UnreadFlags(status.value.size()));
+  return QueryOf(status,
+                 status.Succeeded() ? DecodeFlags(status.value) : UnreadFlags(status.value.size()));
 }
 
 }  // namespace
 
 void Inquiry::Read(Part part, Reading& reading) {
   const unsigned long nodes = object_.inventory.GetNodeNub();
+  // The detection, which comes before every part, has asked for the status of the PSUs already.
   const std::size_t slots = PsuStatusRecords().value.size();
   switch (part) {
     case Part::Identity:
@@ -104,10 +105,10 @@ void Inquiry::Read(Part part, Reading& reading) {
       break;
     case Part::ChassisPower:
       reading.chassisPower =
-          AskByPlatform(asker_, &SMMInventory::GetChassisPowerConsumption, DecodePower);
+          AskOneByPlatform(asker_, &SMMInventory::GetChassisPowerConsumption, DecodePower);
       break;
     case Part::PowerCaps:
-      reading.powerCaps = AskByPlatform(asker_, &SMMInventory::GetChassisPowerCap, DecodeCaps);
+      reading.powerCaps = AskOneByPlatform(asker_, &SMMInventory::GetChassisPowerCap, DecodeCaps);
       break;
     case Part::NodeStatus:
       reading.nodeStatus = AskEachNode(asker_, nodes, &SMMInventory::GetNodeStatus, DecodeNode);
@@ -135,16 +136,17 @@ void Inquiry::Read(Part part, Reading& reading) {
 /// to report as read.
 Query<Number> Inquiry::Detected(std::int64_t number) const {
   if (object_.statusRead.Succeeded()) {
-    return With(object_.statusRead, NumberOf(number));
+    return QueryOf(object_.statusRead, NumberOf(number));
   }
   QueryOutcome outcome = object_.statusRead;
   if (const Cause* const obstacle = asker_.Obstacle()) {
     outcome.status = StatusCode::NotConnected;
     outcome.cause = *obstacle;
   }
-  return With(outcome, Number{});
+  return QueryOf(outcome, Number{});
 }
 
+/// The library keeps the id to itself, but one platform alone has 12 nodes.
 std::int64_t Inquiry::PlatformId() const {
   return object_.inventory.GetNodeNub() == kNodesOfPlatform253 ? kPlatform253 : kPlatform254;
 }
@@ -161,7 +163,7 @@ const Query<std::vector<PSUStatus>>& Inquiry::PsuStatusRecords() {
 Query<Number> Inquiry::PsuSlotCount() {
   const Query<std::vector<PSUStatus>>& psuStatus = PsuStatusRecords();
   if (psuStatus.value.empty()) {
-    return With(psuStatus, Number{});
+    return QueryOf(psuStatus, Number{});
   }
   return Detected(static_cast<std::int64_t>(psuStatus.value.size()));
 }
@@ -169,7 +171,7 @@ Query<Number> Inquiry::PsuSlotCount() {
 Detection Inquiry::ReadDetection(const Query<SMMIype>& generation) {
   Detection detection;
   detection.psuSlotCount = PsuSlotCount();
-  detection.generation = With(generation, GenerationOf(generation.value));
+  detection.generation = QueryOf(generation, GenerationOf(generation.value));
   detection.platformId = Detected(PlatformId());
   detection.nodeCount = Detected(static_cast<std::int64_t>(object_.inventory.GetNodeNub()));
   return detection;

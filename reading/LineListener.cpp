@@ -12,6 +12,7 @@ namespace {
 constexpr unsigned int kWarning = 2;
 constexpr unsigned int kInfo = 3;
 
+// The library tells of its attempts in its log alone, whose words are part of its interface.
 constexpr int kAttempts = 6;
 // What begins an attempt of the status read and one of the PSU selection; its number follows.
 constexpr std::array<std::string_view, 2> kAttemptTexts = {"Try to get SMM status, retry ",

@@ -22,9 +22,10 @@ namespace Tavrin {
 
 /// The SMM's generation and what follows from its status.
 ///
-/// The generation is asked for in every pass. The other three come from the status that the library
-/// read when its object was constructed: `askedAt` and `duration` are those of the construction,
-/// which an earlier pass may have made. Where no status was read they are absent, and say why.
+/// The generation is asked for in every pass. Status, cause and times of the other three are those
+/// of the construction of the library's object, which read the SMM's status and which an earlier
+/// pass may have made; `psuSlotCount` says when they are not. Where no status was read the three
+/// are absent, and say why.
 struct Detection {
   /// Command 0xA8, before the library is asked anything; or the configuration (SMM_TYPE). A type
   /// that is neither generation may occur.

@@ -146,8 +146,12 @@ TEST(Options, JsonBesideAnotherFormatIsRefused) {
 }
 
 TEST(Options, UnknownFormatIsRefusedWithThoseThereAre) {
+  std::string names;
+  for (const Format& format : Formats()) {
+    names += (names.empty() ? "" : ", ") + std::string(format.name);
+  }
   EXPECT_EQ(Refusal({"-H", "a", "-U", "u", "--format", "xm\x1b"}),
-            "format is \"xm\\x1b\"; expected one of text, json, csv");
+            "format is \"xm\\x1b\"; expected one of " + names);
 }
 
 TEST(Options, HelpListsEachFormat) {

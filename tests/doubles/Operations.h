@@ -102,9 +102,11 @@ inline std::vector<std::uint8_t> SamplePosition() {
   return position;
 }
 
-/// Every operation that sends, of SMMInventory or of what has the same functions. Fuzzers know them
-/// by their places: a new one comes last. The sample answers are those of platform 254 in the first
-/// generation (2 PSU slots, 4 nodes), and of platform 253 in the second (9 slots, 12 nodes).
+/// Every operation that sends, of SMMInventory or of what has the same functions. The first sample
+/// answer that fits a request answers it, so that a row which names the last byte of the request
+/// stands before one that sends the same command without. The samples are those of platform 254 in
+/// the first generation (2 PSU slots, 4 nodes), and of platform 253 in the second (9 slots, 12
+/// nodes).
 template <typename Inventory>
 const std::vector<Operation<Inventory>>& Operations() {
   constexpr SMMIype kFirst = SMM_FIRST_GENERATION;

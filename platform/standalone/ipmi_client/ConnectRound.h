@@ -19,7 +19,8 @@ constexpr int kLibraryConnectAttempts = 3;
 /// Connects as the library does for each of its exchanges: with as many attempts as
 /// IPMI_CONNECT_RETRY_TIMES allows, without a pause between them, as long as the failures are worth
 /// retrying. Returns whether the connection is open; why it is not, GetLastExchange() tells
-/// (LastExchange.h). Blocks for as long as all attempts together.
+/// (LastExchange.h). With 0 or
+/// less nothing is tried. Blocks for as long as all attempts together.
 inline bool ConnectAsTheLibrary(IpmiClient& client) {
   const int attempts = GetGlobalConfigValue("IPMI_CONNECT_RETRY_TIMES", kLibraryConnectAttempts);
   int result = ConnectResult::WorthRetrying;

@@ -67,7 +67,8 @@ struct LastExchange {
   /// One of ConnectResult: of send() when it was called last, else of connect().
   int result = 0;
 
-  /// The cause, and the same in words, without advice; printable; empty when there is none.
+  /// None when an answer came. `words` says the same for people: printable, without advice, and
+  /// empty with None.
   FailureCause cause = FailureCause::None;
   std::string words;
 

@@ -31,8 +31,8 @@ void SetLogLineHandler(std::function<void(const LogLine&)> handler);
 
 /// The text with every byte outside printable ASCII, and the backslash, written as an escape
 /// sequence (\n, \r, \t, \\, \xNN), so that nothing that a controller sent can drive a terminal or
-/// forge a line. For handlers that show lines to people; lines on standard error come escaped. It
-/// is here for programs outside this repository, which have no support/EscapeControlBytes.h.
+/// forge a line. For handlers that show lines to people; lines on standard error come escaped.
+/// Programs outside this repository have no support/EscapeControlBytes.h, hence this one.
 std::string EscapeControlBytes(const std::string& text);
 
 }  // namespace Standalone
