@@ -51,7 +51,9 @@ Failure Conversation::AskFor(milliseconds timeout, const Question& question) {
     const Datagram datagram = question.make();
     int error = datagram.empty() ? ENOMEM : socket_.Send(datagram);
     if (error == 0 && Await(std::min(last + interval, deadline), question, noticed, error)) {
-      MeasureRoundTrip(first, last, interval == 2 * attempt_.roundTrip);
+      // It had as long as its slowness asks for: what had to be repeated was lost, not late.
+      const bool hadItsTime = interval == 2 * attempt_.roundTrip;
+      MeasureRoundTrip(first, last, hadItsTime);
       return {};
     }
     if (error != 0) {
@@ -112,12 +114,12 @@ void Conversation::NoticeForeign(const Datagram& datagram, Noticed& noticed) {
 /// question is not repeated too soon; but only once, since what then has to be repeated all the
 /// same was not late but lost.
 void Conversation::MeasureRoundTrip(Clock::time_point first, Clock::time_point last,
-                                    bool isRepeatedLate) {
+                                    bool hadItsTime) {
   const bool isCertain = first == last;
   if (!isCertain && attempt_.longestRoundTrip.count() != 0) {
     return;
   }
-  attempt_.roundTrip = Between(isRepeatedLate ? last : first, Clock::now());
+  attempt_.roundTrip = Between(hadItsTime ? last : first, Clock::now());
   if (isCertain) {
     attempt_.longestRoundTrip = std::max(attempt_.longestRoundTrip, attempt_.roundTrip);
   }

@@ -16,16 +16,19 @@ namespace Standalone {
 
 /// How long an answer is waited for, and after what time a question is asked again at the earliest.
 struct Patience {
-  std::chrono::milliseconds timeout;
-  std::chrono::milliseconds interval;
-  std::chrono::milliseconds openingInterval;  ///< Of questions that open a session.
+  std::chrono::milliseconds timeout{};
+  std::chrono::milliseconds interval{};
+  std::chrono::milliseconds openingInterval{};  ///< Of questions that open a session.
 };
+
+/// What is made of a datagram that comes while a question is open.
+using Judge = std::function<Verdict(const Datagram&)>;
 
 /// One question of a conversation: what is sent, and what is made of that which comes.
 struct Question {
   /// The datagram of the first sending and of each repetition; empty when it cannot be made.
   std::function<Datagram()> make;
-  std::function<Verdict(const Datagram&)> judge;
+  Judge judge;
   Trouble silence{};  ///< What it is when nothing at all comes.
   /// Whether it opens a session. A repetition to a controller that is only slow may spoil what
   /// follows, so these questions wait for longer before they are repeated.
@@ -83,7 +86,7 @@ class Conversation {
   bool Await(Clock::time_point end, const Question& question, Noticed& noticed, int& error);
   bool IsAnswer(const Datagram& datagram, const Question& question, Noticed& noticed);
   void NoticeForeign(const Datagram& datagram, Noticed& noticed);
-  void MeasureRoundTrip(Clock::time_point first, Clock::time_point last, bool isRepeatedLate);
+  void MeasureRoundTrip(Clock::time_point first, Clock::time_point last, bool hadItsTime);
   [[nodiscard]] Failure SilenceFailure(Trouble silence, const Noticed& noticed) const;
   [[nodiscard]] std::chrono::milliseconds IntervalFor(const Question& question) const;
 

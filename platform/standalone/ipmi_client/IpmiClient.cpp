@@ -166,9 +166,12 @@ Failure IpmiClient::State::OpenSession(const ConnectSettings& settings) {
   // Whatever was learned, there is time for a repetition.
   const milliseconds learned = std::min(Standalone::LearnedInterval(numericAddress, settings.port),
                                         milliseconds(settings.sessionTimeoutMs) * 3 / 4);
-  conversation->BeginAttempt(
-      {milliseconds(settings.sessionTimeoutMs), std::max(usual, learned),
-       std::max(Standalone::RepetitionInterval(settings, failedAttempts), learned)});
+  Standalone::Patience patience;
+  patience.timeout = milliseconds(settings.sessionTimeoutMs);
+  patience.interval = std::max(usual, learned);
+  patience.openingInterval =
+      std::max(Standalone::RepetitionInterval(settings, failedAttempts), learned);
+  conversation->BeginAttempt(patience);
   Standalone::Login login(userName, password);
   login.privilegeLevel = settings.privilegeLevel;
   ipmi_cipher_suite_id_to_algorithms(settings.cipherSuite, &login.algorithms.authentication,

@@ -13,6 +13,9 @@ namespace {
 /// Memory may be there again when it was short at first.
 constexpr int kAttemptsToClose = 2;
 
+/// Of the questions that open a session.
+constexpr bool kIsOpening = true;
+
 Failure CapabilitiesFailure(const Capabilities& capabilities, bool checksLogin) {
   if (MayPass(capabilities.completionCode)) {
     return FailureOf(Trouble::Busy);
@@ -54,12 +57,11 @@ Failure Session::AskCapabilities() {
   const std::uint8_t tag = conversation_.NextTag();
   const bool checksChecksums = !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK);
   Capabilities capabilities;
-  Failure failure = conversation_.Ask(
-      {[&] { return MakeCapabilitiesRequest(tag, login_.privilegeLevel); },
-       [&](const Datagram& datagram) {
-         return ReadCapabilities(datagram, tag, login_, checksChecksums, capabilities);
-       },
-       Trouble::NoAnswer, true});
+  const auto make = [&] { return MakeCapabilitiesRequest(tag, login_.privilegeLevel); };
+  const auto judge = [&](const Datagram& datagram) {
+    return ReadCapabilities(datagram, tag, login_, checksChecksums, capabilities);
+  };
+  Failure failure = conversation_.Ask({make, judge, Trouble::NoAnswer, kIsOpening});
   if (failure) {
     return failure;
   }
@@ -77,12 +79,13 @@ Failure Session::OpenSession() {
                                  ? login_.privilegeLevel
                                  : IPMI_PRIVILEGE_LEVEL_HIGHEST_LEVEL;
   OpenedSession opened;
-  Failure failure = conversation_.Ask(
-      {[&] { return MakeOpenSessionRequest(tag, level, login_.algorithms, handshake_); },
-       [&](const Datagram& datagram) {
-         return ReadOpenedSession(datagram, tag, handshake_, opened);
-       },
-       Trouble::SilentWhileOpening, true});
+  const auto make = [&] {
+    return MakeOpenSessionRequest(tag, level, login_.algorithms, handshake_);
+  };
+  const auto judge = [&](const Datagram& datagram) {
+    return ReadOpenedSession(datagram, tag, handshake_, opened);
+  };
+  Failure failure = conversation_.Ask({make, judge, Trouble::SilentWhileOpening, kIsOpening});
   if (failure) {
     return failure;
   }
@@ -98,11 +101,11 @@ Failure Session::OpenSession() {
 Failure Session::LearnControllersProof() {
   const std::uint8_t tag = conversation_.NextTag();
   Rakp2 rakp2;
-  Failure failure = conversation_.Ask({[&] { return MakeRakp1(tag, login_, handshake_); },
-                                       [&](const Datagram& datagram) {
-                                         return ReadRakp2(datagram, tag, login_, handshake_, rakp2);
-                                       },
-                                       Trouble::SilentWhileChecking, true});
+  const auto make = [&] { return MakeRakp1(tag, login_, handshake_); };
+  const auto judge = [&](const Datagram& datagram) {
+    return ReadRakp2(datagram, tag, login_, handshake_, rakp2);
+  };
+  Failure failure = conversation_.Ask({make, judge, Trouble::SilentWhileChecking, kIsOpening});
   if (failure) {
     return failure;
   }
@@ -121,18 +124,17 @@ Failure Session::LearnControllersProof() {
 Failure Session::ProvePassword() {
   rakpTag_ = conversation_.NextTag();
   std::uint8_t status{};
-  Failure failure = conversation_.Ask(
-      {[&] {
-         Datagram rakp3 = MakeRakp3(rakpTag_, login_, handshake_);
-         stage_ = Stage::MayBeOpen;
-         return rakp3;
-       },
-       [&](const Datagram& datagram) {
-         return ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_,
-                          Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
-                          status);
-       },
-       Trouble::SilentWhileChecking, true});
+  const auto make = [&] {
+    Datagram rakp3 = MakeRakp3(rakpTag_, login_, handshake_);
+    stage_ = Stage::MayBeOpen;
+    return rakp3;
+  };
+  const auto judge = [&](const Datagram& datagram) {
+    return ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_,
+                     Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NON_EMPTY_INTEGRITY_CHECK_VALUE),
+                     status);
+  };
+  Failure failure = conversation_.Ask({make, judge, Trouble::SilentWhileChecking, kIsOpening});
   if (!failure && status != 0) {
     stage_ = Stage::Over;
     return StatusFailure(status);
@@ -150,9 +152,11 @@ Failure Session::RaisePrivilege() {
   request.cmd = IPMI_CMD_SET_SESSION_PRIVILEGE_LEVEL;
   request.data = {login_.privilegeLevel};
   SessionAnswer answer;
-  const Question inSession = MakeQuestion(request, Trouble::SilentWhileOpening, answer);
-  Question question = inSession;
-  question.judge = [&](const Datagram& datagram) { return JudgeWhileRaising(datagram, inSession); };
+  Question question = MakeQuestion(request, Trouble::SilentWhileOpening, answer);
+  const auto judgeInSession = std::move(question.judge);
+  question.judge = [&](const Datagram& datagram) {
+    return JudgeWhileRaising(datagram, judgeInSession);
+  };
   Failure failure = conversation_.Ask(question);
   if (lateStatus_ != 0) {
     return StatusFailure(lateStatus_);
@@ -166,17 +170,18 @@ Failure Session::RaisePrivilege() {
 /// A refusal in a RAKP message 4 that came too late for its step ends this one. Nothing protects
 /// such a message, so once the controller has proven its keys, none ends the session any more: a
 /// repetition of RAKP message 3 may be refused, and anybody may forge a refusal.
-Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Question& question) {
+Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Judge& judgeInSession) {
   if (isProven_) {
-    return question.judge(datagram);
+    return judgeInSession(datagram);
   }
   std::uint8_t status{};
+  // Refusals alone are of interest here, and these have no check value to be lenient about.
   const Verdict verdict = ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_, false, status);
   if (verdict == Verdict::Answer && status != 0) {
     lateStatus_ = status;
     return Verdict::Answer;
   }
-  return question.judge(datagram);
+  return judgeInSession(datagram);
 }
 
 Failure Session::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
@@ -209,7 +214,7 @@ void Session::AskToClose() {
     request.data.push_back(static_cast<std::uint8_t>(id >> shift & 0xFFU));
   }
   SessionAnswer answer;
-  conversation_.AskInPassing(MakeQuestion(request, {}, answer));
+  conversation_.AskInPassing(MakeQuestion(request, Trouble::SilentToRequest, answer));
 }
 
 /// A repetition has the requester sequence number of its request, so that a controller can tell it
@@ -217,27 +222,32 @@ void Session::AskToClose() {
 /// and to `request`.
 Question Session::MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer) {
   const std::uint8_t number = conversation_.NextTag();
-  return {[this, &request, number] {
-            ++sequenceNumber_;
-            return MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, handshake_.managedSystemSessionId,
-                                sequenceNumber_, request.netFn, number},
-                               Protect(), request);
-          },
-          [this, &request, number, &answer](const Datagram& datagram) {
-            const ExpectedAnswer expected{
-                handshake_.remoteConsoleSessionId,
-                number,
-                request.netFn,
-                request.cmd,
-                lastAnswer_,
-                !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK)};
-            const Verdict verdict = ReadAnswer(datagram, Protect(), expected, answer);
-            if (verdict == Verdict::Answer) {
-              lastAnswer_ = answer.sequenceNumber;
-            }
-            return verdict;
-          },
-          silence};
+  const auto make = [this, &request, number] {
+    ++sequenceNumber_;
+    return MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, handshake_.managedSystemSessionId, sequenceNumber_,
+                        request.netFn, number},
+                       Protect(), request);
+  };
+  const auto judge = [this, &request, number, &answer](const Datagram& datagram) {
+    return JudgeAnswer(datagram, request, number, answer);
+  };
+  return {make, judge, silence};
+}
+
+Verdict Session::JudgeAnswer(const Datagram& datagram, const IPMICOMMAND& request,
+                             std::uint8_t number, SessionAnswer& answer) {
+  ExpectedAnswer expected;
+  expected.remoteConsoleSessionId = handshake_.remoteConsoleSessionId;
+  expected.number = number;
+  expected.networkFunction = request.netFn;
+  expected.command = request.cmd;
+  expected.lastSequenceNumber = lastAnswer_;
+  expected.checksChecksums = !Has(IPMI_WORKAROUND_FLAGS_OUTOFBAND_2_0_NO_CHECKSUM_CHECK);
+  const Verdict verdict = ReadAnswer(datagram, Protect(), expected, answer);
+  if (verdict == Verdict::Answer) {
+    lastAnswer_ = answer.sequenceNumber;
+  }
+  return verdict;
 }
 
 Protection Session::Protect() const {

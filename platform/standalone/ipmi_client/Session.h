@@ -55,7 +55,9 @@ class Session {
 
   /// A question that goes within the session.
   Question MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer);
-  Verdict JudgeWhileRaising(const Datagram& datagram, const Question& question);
+  Verdict JudgeAnswer(const Datagram& datagram, const IPMICOMMAND& request, std::uint8_t number,
+                      SessionAnswer& answer);
+  Verdict JudgeWhileRaising(const Datagram& datagram, const Judge& judgeInSession);
   [[nodiscard]] Protection Protect() const;
   [[nodiscard]] bool Has(unsigned int workaround) const;
 
@@ -66,7 +68,7 @@ class Session {
   SessionKeys keys_;
   std::uint32_t sequenceNumber_ = 0;  ///< Of the last request sent.
   std::optional<std::uint32_t> lastAnswer_;
-  std::uint8_t rakpTag_{};       ///< Of RAKP messages 3 and 4.
+  std::uint8_t rakpTag_ = 0;     ///< Of RAKP messages 3 and 4.
   std::uint8_t lateStatus_ = 0;  ///< Of a RAKP message 4 that came after its step.
   bool isProven_ = false;        ///< A RAKP message 4 came whose check value is right.
   Stage stage_ = Stage::Over;
