@@ -14,51 +14,46 @@ namespace {
 
 constexpr std::array kCommands = {
     Command{"all", "", "Everything below but select-psu; the default",
-            "Reads what identity, power, caps, nodes, fans and psus read.", "all",
+            R"(Reads what identity, power, caps, nodes, fans and psus read.)", "all",
             PartList(kPartsToAskFor)},
     Command{"identity", "", "Machine type, serial number, firmware version and name",
-            "Reads machine type, serial number, firmware version and name of the SMM.", "identity",
-            PartList(Part::Identity)},
-    Command{"power", "", "Power readings of the chassis and of each node",
-            "Reads minimum, average and maximum power of the chassis and of each node. The SMM "
-            "states no\n"
-            "unit.",
-            "--json power", PartList(Part::ChassisPower, Part::NodePower)},
+            R"(Reads machine type, serial number, firmware version and name of the SMM.)",
+            "identity", PartList(Part::Identity)},
+    Command{
+        "power", "", "Power readings of the chassis and of each node",
+        R"(Reads minimum, average and maximum power of the chassis and of each node. The SMM states no
+unit.)",
+        "--json power", PartList(Part::ChassisPower, Part::NodePower)},
     Command{
         "caps", "", "Power caps of the chassis",
-        "Reads the power caps of the chassis: minimum and maximum of the range, protective, user's "
-        "and\n"
-        "thermal cap. The SMM states no unit.",
+        R"(Reads the power caps of the chassis: minimum and maximum of the range, protective, user's and
+thermal cap. The SMM states no unit.)",
         "caps", PartList(Part::PowerCaps)},
-    Command{"nodes", "", "Status and power readings of each node",
-            "Reads power state, width, height and permission of each node, and its minimum, "
-            "average and\n"
-            "maximum power.",
-            "nodes", PartList(Part::NodeStatus, Part::NodePower)},
-    Command{"fans", "", "Fan readings of each PSU slot",
-            "Reads speed and Pat value of the fans in each PSU slot, and their status. A "
-            "first-generation\n"
-            "SMM reports one fan a PSU, as A.",
-            "fans", PartList(Part::PsuFans)},
+    Command{
+        "nodes", "", "Status and power readings of each node",
+        R"(Reads power state, width, height and permission of each node, and its minimum, average and
+maximum power.)",
+        "nodes", PartList(Part::NodeStatus, Part::NodePower)},
+    Command{
+        "fans", "", "Fan readings of each PSU slot",
+        R"(Reads speed and Pat value of the fans in each PSU slot, and their status. A first-generation
+SMM reports one fan a PSU, as A.)",
+        "fans", PartList(Part::PsuFans)},
     Command{
         "psus", "", "Firmware and status flags of each PSU slot",
-        "Reads firmware identifier, version and description of each PSU slot, and its flags: "
-        "early\n"
-        "power-off warning (EPOW), throttle, presence and power good. A ninth PSU's flags are not\n"
-        "told by the SMM.",
+        R"(Reads firmware identifier, version and description of each PSU slot, and its flags: early
+power-off warning (EPOW), throttle, presence and power good. A ninth PSU's flags are not
+told by the SMM.)",
         "psus", PartList(Part::PsuFirmware, Part::PsuStatus)},
     Command{
         "select-psu", " N",
-        "Selects PSU N, from 1 to 9; says what was sent for N, and\n"
-        "whether the SMM acknowledged",
-        "Selects PSU N, from 1 to 9, and says what was sent for N and whether the SMM acknowledged "
-        "it.\n"
-        "A first-generation SMM takes at most 3, which is sent for any greater number; platform "
-        "254 "
-        "of\n"
-        "the second generation takes at most 2, and for a greater number none is sent. Without an\n"
-        "acknowledgement the request is made six times, which takes 18 seconds. This is the only\n"
-        "command that changes anything.",
+        R"(Selects PSU N, from 1 to 9; says what was sent for N, and
+whether the SMM acknowledged)",
+        R"(Selects PSU N, from 1 to 9, and says what was sent for N and whether the SMM acknowledged it.
+A first-generation SMM takes at most 3, which is sent for any greater number; platform 254 of
+the second generation takes at most 2, and for a greater number none is sent. Without an
+acknowledgement the request is made six times, which takes 18 seconds. This is the only
+command that changes anything.)",
         "select-psu 2", PartList(Part::PsuSelection)},
 };
 
@@ -109,7 +104,7 @@ const Command* FindCommand(std::string_view name) {
 }
 
 std::string LikeliestCommand(const std::string& word) {
-  const auto distance = [&word](const Command& words) { return Distance(word, words.name); };
+  const auto distance = [&word](const Command& command) { return Distance(word, command.name); };
   const auto nearest = std::min_element(
       Commands().begin(), Commands().end(),
       [&](const Command& one, const Command& other) { return distance(one) < distance(other); });
@@ -121,10 +116,10 @@ std::string LikeliestCommand(const std::string& word) {
 std::string CommandList() {
   constexpr std::size_t summaryColumn = 30;
   std::string list;
-  for (const Command& words : Commands()) {
-    list +=
-        fmt::format("  {:<{}}", fmt::format("{}{}", words.name, words.argument), summaryColumn - 2);
-    for (const char character : std::string_view(words.summary)) {
+  for (const Command& command : Commands()) {
+    list += fmt::format("  {:<{}}", fmt::format("{}{}", command.name, command.argument),
+                        summaryColumn - 2);
+    for (const char character : std::string_view(command.summary)) {
       list += character;
       list.append(character == '\n' ? summaryColumn : 0, ' ');
     }

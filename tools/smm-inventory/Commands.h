@@ -30,10 +30,19 @@ class PartList {
 /// All that the tool knows of a command; what concerns every one is derived from it.
 struct Command {
   std::string_view name;
-  std::string_view argument;  ///< As it follows the name: the number of a PSU, or nothing.
-  const char* summary;
-  const char* details;
-  const char* example;  ///< The end of a command line.
+
+  /// As it follows the name: the number of a PSU, or nothing.
+  std::string_view argument;
+
+  /// One line of the list of commands; what stands behind a line break goes into its column.
+  std::string_view summary;
+
+  /// Whole sentences for the help on the command alone, in lines of at most 100 characters.
+  std::string_view details;
+
+  /// The end of a command line.
+  std::string_view example;
+
   PartList parts;
 };
 
