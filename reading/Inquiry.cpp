@@ -1,6 +1,7 @@
 #include "reading/Inquiry.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 
 #include "reading/Decode.h"
@@ -63,8 +64,9 @@ auto AskEachNode(Asker& asker, unsigned long nodeCount, NodeOperation<Record> op
   std::vector<Query<decltype(decode(Record{}))>> nodes;
   for (unsigned long node = 1; node <= nodeCount; ++node) {
     Record record{};
-    const QueryOutcome outcome =
-        asker.Ask([&](SMMInventory& inventory) { return (inventory.*operation)(node, record); });
+    const auto call = [&](SMMInventory& inventory) { return (inventory.*operation)(node, record); };
+    // By reference, which needs no memory: a shortage is to end one query at most.
+    const QueryOutcome outcome = asker.Ask(std::cref(call));
     nodes.push_back(Decoded(outcome, record, decode));
   }
   return nodes;
@@ -186,8 +188,9 @@ Query<PsuSelection> Inquiry::SelectPsu(int psu) {
     query.value = PredictPsuSelection(psu, object_.generation, PlatformId());
     return inventory.SelectPSU(psu);
   };
-  static_cast<QueryOutcome&>(query) =
-      psu > kSelectableOnEveryPlatform ? asker_.AskByPlatform(select) : asker_.Ask(select);
+  static_cast<QueryOutcome&>(query) = psu > kSelectableOnEveryPlatform
+                                          ? asker_.AskByPlatform(std::cref(select))
+                                          : asker_.Ask(std::cref(select));
   const bool isAnswered = query.cause.kind == FailureCause::None;
   if (!isAsked || !isAnswered) {
     query.value = {psu, false, {}, isAsked ? kUnansweredSelection : kUnsentSelection};
