@@ -91,7 +91,7 @@ TEST_P(SessionMessages, AnswerWithoutACompletionCodeIsDamaged) {
   EXPECT_EQ(Read(Answer(answer)), Verdict::Damaged);
 }
 
-TEST_P(SessionMessages, PacketWithoutAMessageHeaderHasNoneOfThePacketBefore) {
+TEST_P(SessionMessages, PacketWithoutAnIpmiMessageHasNoPartOfTheOneBefore) {
   ASSERT_EQ(Read(Answer(answer)), Verdict::Answer);
   const Datagram refusedSession = {0x06, 0x00, 0xFF, 0x07, 0x06, 0x11, 0x00, 0x00,
                                    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x08, 0x00,
@@ -99,6 +99,7 @@ TEST_P(SessionMessages, PacketWithoutAMessageHeaderHasNoneOfThePacketBefore) {
   UnpackedPacket packet(tmpl_rmcpplus_open_session_response);
   ASSERT_TRUE(packet.Unpack(refusedSession, Protect({})));
   EXPECT_EQ(packet.MessageHeader().Number("rq_seq"), std::nullopt);
+  EXPECT_EQ(PacketParts::OfThisThread().messageTrailer.Number("checksum2"), std::nullopt);
 }
 
 TEST_P(SessionMessages, AnswerIsReadWholeHoweverLong) {
