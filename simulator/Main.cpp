@@ -24,7 +24,7 @@ int Complain(const std::string& what, int exitCode) {
 /// Holds back the signals that end the launcher, and the child's, until they are waited for: so
 /// none is lost and everything is cleaned up in order.
 sigset_t BlockSignals() {
-  sigset_t signals;
+  sigset_t signals{};
   sigemptyset(&signals);
   for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGPIPE, SIGCHLD}) {
     sigaddset(&signals, number);

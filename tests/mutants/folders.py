@@ -37,7 +37,7 @@ FOLDERS = {
         "module", ("tests/unit/unit_tests",), sample=None, settings=("-DPOVEIXME_BUILD_TOOLS=OFF",)
     ),
     "platform": Folder("platform", _PLATFORM_TESTS, _PLATFORM_ON_THE_WIRE),
-    "reading": Folder("reading", ("tests/reading/reading_test",)),
+    "reading": Folder("reading", ("tests/reading/reading_test",), ("tests/secrets/wiping_test",)),
     "report": Folder("report", (f"{_REPORT_TEST} *-{_WITH_SCHEMA}",), (f"{_REPORT_TEST} {_WITH_SCHEMA}",)),
     "simulator": Folder(
         "simulator",

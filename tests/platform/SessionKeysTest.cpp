@@ -37,6 +37,13 @@ TEST(SessionKeys, AreWipedAtTheirEnd) {
       4);  // The lengths.
 }
 
+TEST(SessionKeys, KeyThatTheSuiteDoesNotHaveIsNull) {
+  SessionKeys::Key key;
+  EXPECT_EQ(key.Data(), nullptr);
+  key.length = 1;
+  EXPECT_EQ(key.Data(), key.bytes.data());
+}
+
 TEST(Handshake, NumbersAreDrawnAnewEachTime) {
   Handshake first;
   Handshake second;

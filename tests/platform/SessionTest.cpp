@@ -457,6 +457,22 @@ TEST_F(SessionTest, ProofOfAnotherSessionIsForeignAlsoWhereItsLengthIsWrong) {
   ExpectFailure(Trouble::OtherAnswer);
 }
 
+TEST_F(SessionTest, SessionOpenedUnderTheNumberThatStandsForNoneIsDamage) {
+  const auto give = [](std::uint8_t highestByte, std::uint8_t otherConsole) {
+    return [=](Bytes& answer) {
+      std::fill_n(answer.begin() + kPayloadAt + 8, 3, std::uint8_t{0});
+      answer.at(kPayloadAt + 11) = highestByte;
+      answer.at(kPayloadAt + 4) ^= otherConsole;
+    };
+  };
+  controller.changes = {{kOpenSession, give(0, 0)}};
+  ExpectFailure(Trouble::DamagedAnswer);
+  controller.changes = {{kOpenSession, give(0, 1)}};
+  ExpectFailure(Trouble::OtherAnswer);
+  controller.changes = {{kOpenSession, give(1, 0)}};
+  EXPECT_EQ(Connect(), ConnectResult::Connected);
+}
+
 TEST_F(SessionTest, AnswerThatEndsEarlyIsDamaged) {
   for (const Step step : {kOpenSession, kRakp1, kRakp3}) {
     controller.changes = {{step, [](Bytes& answer) {

@@ -73,6 +73,15 @@ class Wiping : public testing::TestWithParam<std::string> {
   const std::string& Secret() const { return GetParam(); }
 };
 
+EnclosureSettings SettingsAt(std::uint16_t port, const std::string& password) {
+  EnclosureSettings settings;
+  settings.host = "127.0.0.1";
+  settings.port = port;
+  settings.userName = "admin";
+  settings.password = password;
+  return settings;
+}
+
 TEST_P(Wiping, TextThatIsNotWipedIsNoticed) {
   auto text = std::make_unique<std::string>(Secret());
   const FreedMemory freed(Secret());
@@ -111,12 +120,8 @@ TEST_P(Wiping, DetectionWipesItsCopy) {
 TEST_P(Wiping, EnclosureWipesItsCopiesOnEveryWay) {
   const FreedMemory freed(Secret());
   const auto leave = [this] {
-    EnclosureSettings settings;
-    settings.host = "127.0.0.1";
-    settings.port = 9;
-    settings.password = Secret();
     Observer nobody;
-    auto enclosure = std::make_unique<Enclosure>(settings);
+    auto enclosure = std::make_unique<Enclosure>(SettingsAt(9, Secret()));
     EXPECT_TRUE(enclosure->Read({}, nobody).failure);
     throw std::runtime_error("on the way");
   };
@@ -143,6 +148,19 @@ TEST_F(Wiping, ClientWipesItsCopyAfterASession) {
   client->disconnect();
   client.reset();
   EXPECT_EQ(freed.TraceCount(), 0U);
+}
+
+TEST_F(Wiping, EnclosureLeavesNoCopyButThatOfTheLibrarysObject) {
+  const std::string& secret = kSecrets[1];
+  const SimulatedSmm simulator({"--generation", "1"}, R"({"overrides": []})", secret);
+  Standalone::SetGlobalConfigValue("IPMI_SESSION_TIMEOUT_MS", 2000);
+  const FreedMemory freed(secret);
+  Observer nobody;
+  auto enclosure = std::make_unique<Enclosure>(SettingsAt(simulator.Port(), secret));
+  EXPECT_TRUE(enclosure->Read({}, nobody).detection);
+  EXPECT_EQ(freed.TraceCount(), 0U);
+  enclosure.reset();
+  EXPECT_EQ(freed.TraceCount(), 1U);
 }
 
 TEST_F(Wiping, ToolReadsAPasswordWithoutLeavingACopy) {

@@ -207,11 +207,16 @@ Verdict ReadOpenedSession(const Datagram& datagram, std::uint8_t tag, const Hand
   if (verdict != Verdict::Answer) {
     return verdict;
   }
-  if (status == RMCPPLUS_STATUS_NO_ERRORS && !IsForUs(packet.message, handshake)) {
-    return Verdict::Foreign;
+  const auto id = packet.message.NumberAs<std::uint32_t>("managed_system_session_id");
+  if (status == RMCPPLUS_STATUS_NO_ERRORS) {
+    if (!IsForUs(packet.message, handshake)) {
+      return Verdict::Foreign;
+    }
+    if (id == 0) {  // Stands for no session; requests would go without their codes.
+      return Verdict::Damaged;
+    }
   }
-  opened = {status, packet.message.NumberAs<std::uint8_t>("maximum_privilege_level"),
-            packet.message.NumberAs<std::uint32_t>("managed_system_session_id")};
+  opened = {status, packet.message.NumberAs<std::uint8_t>("maximum_privilege_level"), id};
   return Verdict::Answer;
 }
 
