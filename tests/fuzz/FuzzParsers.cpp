@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -72,16 +73,28 @@ void CheckPort(const std::string& text) {
   Require(refusal || std::stoul(text) == port, "a port is the number that was written");
 }
 
-void CheckPassword(const std::string& text) {
+std::optional<std::string> RefusalOfPassword(const std::string& text, std::string& password) {
   const FileDescriptor file(memfd_create("password", MFD_CLOEXEC));
   Require(pwrite(file.Get(), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()),
           "a file can be made");
+  return RefusalOf<UsageError>([&] { ReadPasswordLine(file.Get(), kSourceName, password); });
+}
+
+void CheckPassword(const std::string& text) {
   std::string password;
-  const auto refusal =
-      RefusalOf<UsageError>([&] { ReadPasswordLine(file.Get(), kSourceName, password); });
-  Require(password.empty() == refusal.has_value() && password.size() <= kMaxPasswordLength,
-          "a password has 1 to 20 bytes");
-  Require(text.rfind(password, 0) == 0, "a password is what the text begins with");
+  const auto refusal = RefusalOfPassword(text, password);
+  std::string line = text.substr(0, text.find('\n'));
+  if (line.size() < text.size() && !line.empty() && line.back() == '\r') {
+    line.pop_back();
+  }
+  const bool isOne =
+      !line.empty() && line.size() <= kMaxPasswordLength && line.find('\0') == std::string::npos;
+  Require(refusal.has_value() != isOne, "a password has 1 to 20 bytes, and none is NUL");
+  Require(password == (isOne ? line : ""), "a password is the line and nothing else");
+  // Another of the same length.
+  std::replace_if(
+      line.begin(), line.end(), [](char c) { return c != '\0'; }, '*');
+  Require(refusal == RefusalOfPassword(line, password), "a refusal shows nothing of the password");
 }
 
 int ParseWorkaroundList(const std::string& text) {
@@ -94,9 +107,19 @@ int ParseWorkaroundList(const std::string& text) {
 }
 
 void CheckSettings(const std::string& text) {
-  for (const auto parse : {ParsePrivilege, ParseCipherSuite, ParseWorkaroundList, ParseAttempts,
-                           ParseSessionTimeout}) {
-    RefusalOf<UsageError>([&] { Require(parse(text) >= 0, "a setting is not negative"); });
+  struct Row {
+    int (*parse)(const std::string&);
+    int least;
+    int most;
+  };
+  for (const auto& [parse, least, most] : {Row{ParsePrivilege, 2, 4},
+                                           {ParseCipherSuite, 0, 17},
+                                           {ParseWorkaroundList, 0, 0x71},
+                                           {ParseAttempts, 1, std::numeric_limits<int>::max()},
+                                           {ParseSessionTimeout, 100, 600000}}) {
+    std::optional<int> value;
+    RefusalOf<UsageError>([&, parse = parse] { value = parse(text); });
+    Require(!value || (*value >= least && *value <= most), "a setting is within its range");
   }
   const auto kind = Simulator::KindFromName(text);
   Require(!kind || Simulator::KindName(*kind) == text, "a kind of enclosure has one name");
@@ -141,8 +164,26 @@ void CheckStrictNumber(const std::string& text) {
   Require(!number || std::stoi(text) == *number, "a number is the one that was written");
 }
 
+std::string Unescaped(const std::string& escaped) {
+  static const std::map<char, char> letters = {{'n', '\n'}, {'r', '\r'}, {'t', '\t'}, {'\\', '\\'}};
+  std::string text;
+  for (std::size_t at = 0; at < escaped.size(); ++at) {
+    if (escaped[at] != '\\') {
+      text += escaped[at];
+    } else if (escaped.at(++at) != 'x') {
+      text += letters.at(escaped[at]);
+    } else {
+      text += static_cast<char>(std::stoi(escaped.substr(at + 1, 2), nullptr, 16));
+      at += 2;
+    }
+  }
+  return text;
+}
+
 void CheckEscaping(const std::string& text) {
-  Require(IsPrintable(Standalone::EscapeControlBytes(text)), "an escaped text is printable");
+  const std::string escaped = Standalone::EscapeControlBytes(text);
+  Require(IsPrintable(escaped), "an escaped text is printable");
+  Require(Unescaped(escaped) == text, "an escaped text tells every text from every other");
 }
 
 const std::map<char, void (*)(const std::string&)>& Checks() {

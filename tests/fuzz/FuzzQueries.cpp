@@ -13,6 +13,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "module/smm/smm_inventory/SMMInventory.h"
@@ -133,8 +134,14 @@ std::set<int> PossibleOutcomes(const Exchanges& exchanges) {
   return possible;
 }
 
+/// Whether the operation is one to send anything: nodes are numbered from 1.
+bool IsToSend(const Operation<SMMInventory>& operation, int argument, std::size_t nodes) {
+  const bool isThere = static_cast<std::size_t>(argument) - 1 < nodes;
+  return AdmitsExchanges() && (operation.argument != Argument::Node || isThere);
+}
+
 /// What SMMInventory.h and the table say of the operation's way to the SMM.
-void CheckExchanges(const Operation<SMMInventory>& operation, std::size_t nodes) {
+void CheckExchanges(const Operation<SMMInventory>& operation, int argument, std::size_t nodes) {
   constexpr std::size_t kAttempts = 6;
   constexpr unsigned int kSeconds = 3;
   const Platform& platform = ThePlatform();
@@ -142,8 +149,7 @@ void CheckExchanges(const Operation<SMMInventory>& operation, std::size_t nodes)
   const std::size_t ofPsus = nodes == 12 ? ofNinePsus : ofTwoPsus;
   Require(platform.exchanges.size() <= (untilAcknowledged ? kAttempts : ofPsus),
           "no more is sent than the table says");
-  const bool sends = !platform.exchanges.empty();
-  Require(AdmitsExchanges() ? sends || operation.argument == Argument::Node : !sends,
+  Require(platform.exchanges.empty() != IsToSend(operation, argument, nodes),
           "something is sent when the kind of connection admits it and the node exists");
   Require(platform.openConnections == 0, "no connection stays open");
   const std::size_t pauses = platform.pauses.size();
@@ -152,21 +158,33 @@ void CheckExchanges(const Operation<SMMInventory>& operation, std::size_t nodes)
           "pauses of three seconds are only between attempts to be acknowledged");
 }
 
+/// The outcome, and the output behind it.
+std::pair<int, std::string> SampleOutcome(SMMInventory& inventory,
+                                          const Operation<SMMInventory>& operation, int argument) {
+  Output output = operation.fresh;
+  const int outcome = operation.call(inventory, argument, output);
+  return {outcome, Text(output)};
+}
+
 /// Whatever an SMM did, the same query gets its answer the next time.
-void CheckSampleAnswer(SMMInventory& inventory, const Operation<SMMInventory>& operation) {
+void CheckSampleAnswer(SMMInventory& inventory, SMMInventory& unharmed,
+                       const Operation<SMMInventory>& operation, int argument) {
   const auto* const samples = SamplesOfThePlatform();
-  if (samples == nullptr || !AdmitsExchanges()) {
+  if (samples == nullptr) {
     return;
   }
   ThePlatform().answerTo = std::cref(*samples);
-  Output output = operation.fresh;
-  Require(operation.call(inventory, 1, output) == 0 &&
-              (output.index() == 0 || Text(output) != Text(operation.fresh)),
-          "a sample answer succeeds and fills the output");
+  const auto expected = SampleOutcome(unharmed, operation, argument);
+  Require((expected.first == 0) == IsToSend(operation, argument, unharmed.GetNodeNub()),
+          "a sample answer succeeds");
+  Require(SampleOutcome(inventory, operation, argument) == expected,
+          "a sample answer gives what it gives without a conversation before");
   ThePlatform().answerTo = nullptr;
 }
 
-void Ask(SMMInventory& inventory, const Operation<SMMInventory>& operation, int argument) {
+/// `unharmed` heard the same in its construction, and since then sample answers alone.
+void Ask(SMMInventory& inventory, SMMInventory& unharmed, const Operation<SMMInventory>& operation,
+         int argument) {
   ThePlatform().ForgetWhatHappened();
   Output output = Marked(operation.fresh);
   const std::string before = Text(output);
@@ -175,20 +193,17 @@ void Ask(SMMInventory& inventory, const Operation<SMMInventory>& operation, int 
 
   Require(PossibleOutcomes(operation.exchanges).count(outcome) == 1,
           "a status is one that the last exchange stands for");
-  CheckExchanges(operation, nodes);
+  CheckExchanges(operation, argument, nodes);
   // An exchange that throws has failed as well.
   const int told = outcome == kRaisesPlatformFault ? StatusCode::NotConnected : outcome;
   Require(told == 0 || told == operation.alsoWritesOn || Text(output) == before,
           "a failure leaves the output as it was");
   Require(inventory.GetNodeNub() == nodes, "the number of nodes stays what it was");
-  CheckSampleAnswer(inventory, operation);
+  CheckSampleAnswer(inventory, unharmed, operation, argument);
 }
 
-void Converse(FuzzedDataProvider& input) {
-  constexpr int kMostQueries = 4;
-  MakeUpPlatform(input);
-  // Construction hears the same in all its exchanges.
-  const Exchange everyExchange = MakeUpExchange(input);
+/// Hears the same in all its exchanges.
+std::optional<SMMInventory> Construct(const Exchange& everyExchange) {
   ThePlatform().improvise = [&everyExchange] { return everyExchange; };
   const bool throws = AdmitsExchanges() && Throws(everyExchange);
   std::optional<SMMInventory> inventory;
@@ -198,13 +213,22 @@ void Converse(FuzzedDataProvider& input) {
   });
   Require(outcome == (throws ? kRaisesPlatformFault : 0),
           "construction throws what the platform throws, and nothing else");
+  return inventory;
+}
+
+void Converse(FuzzedDataProvider& input) {
+  constexpr int kMostQueries = 4;
+  MakeUpPlatform(input);
+  const Exchange everyExchange = MakeUpExchange(input);
+  std::optional<SMMInventory> inventory = Construct(everyExchange);
+  std::optional<SMMInventory> unharmed = Construct(everyExchange);
   ThePlatform().improvise = [&input] { return MakeUpExchange(input); };
 
   const auto& operations = Operations<SMMInventory>();
   for (int i = 0; inventory && i < kMostQueries && input.remaining_bytes() > 0; ++i) {
     const auto place = input.ConsumeIntegralInRange<std::size_t>(0, operations.size() - 1);
     const int argument = static_cast<std::int16_t>(1 + input.ConsumeIntegral<std::uint16_t>());
-    Ask(*inventory, operations[place], argument);
+    Ask(*inventory, *unharmed, operations[place], argument);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <cstddef>
+#include <nlohmann/json.hpp>
 #include <regex>
 #include <string>
 #include <vector>
@@ -17,6 +18,9 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 std::string Document(const Reading& reading) { return JsonFormat().end(reading, {"0.1.0"}); }
+
+/// JSON as At() gives it, so that like documents are like texts.
+std::string Normal(const std::string& text) { return nlohmann::json::parse(text).dump(); }
 
 /// The document without what breaks its lines.
 std::string OneLine(const Reading& reading) {

@@ -9,34 +9,10 @@ namespace Tavrin {
 
 using nlohmann::json;
 
-std::string Normal(const std::string& value) { return json::parse(value).dump(); }
-
 std::string At(const std::string& document, const std::string& pointer) {
   const json whole = json::parse(document);
   const json::json_pointer place(pointer);
   return whole.contains(place) ? whole.at(place).dump() : "";
-}
-
-std::vector<std::string> MembersAt(const std::string& document, const std::string& pointer) {
-  const json place = json::parse(At(document, pointer));
-  std::vector<std::string> names;
-  for (const auto& member : place.items()) {
-    names.push_back(member.key());
-  }
-  return names;
-}
-
-std::string Changed(const std::string& document, const std::string& pointer,
-                    const std::string& value) {
-  json whole = json::parse(document);
-  whole[json::json_pointer(pointer)] = json::parse(value);
-  return whole.dump();
-}
-
-std::string Without(const std::string& document, const std::string& member) {
-  json whole = json::parse(document);
-  whole.erase(member);
-  return whole.dump();
 }
 
 std::vector<std::string> SchemaErrors(const std::vector<std::string>& documents) {
