@@ -10,6 +10,8 @@
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
+#include "tests/support/Faults.h"
+#include "tests/support/Relay.h"
 #include "tests/wire/WireTest.h"
 
 namespace Tavrin {
@@ -183,6 +185,29 @@ TEST_F(ClientResult, ControllerGoneBeforeTheRequestIsAFailedSendWithoutAnAnswer)
   EXPECT_THAT(response, IsEmpty());
   EXPECT_EQ(completionCode, 0xFF);
   EXPECT_THAT(lines, SizeIs(1));
+}
+
+TEST_F(ClientResult, OldAnswerIsNotTakenWhenTheNumberOfItsRequestComesAgain) {
+  constexpr int kNumbers = 64;
+  Relay relay(simulator->Port());
+  IpmiClient client("127.0.0.1", "admin", "sesame", std::to_string(relay.Port()), 3);
+  ASSERT_EQ(client.connect(), ConnectResult::Connected);
+  Bytes response;
+  std::uint8_t completionCode = 0;
+  Datagram first;
+  relay.Break(At(Answer::WithinSession, [&first](const Datagram& answer) {
+    first = answer;
+    return Departures{{answer}};
+  }));
+  ASSERT_EQ(client.send(MachineTypeRequest(), response, completionCode), 0);
+  relay.Heal();
+  for (int number = 1; number < kNumbers; ++number) {
+    ASSERT_EQ(client.send(MachineTypeRequest(), response, completionCode), 0);
+  }
+  relay.Break(At(Answer::WithinSession, [&first](const Datagram&) { return Departures{{first}}; }));
+  EXPECT_EQ(client.send(MachineTypeRequest(), response, completionCode),
+            ConnectResult::WorthRetrying);
+  relay.Heal();
 }
 
 TEST_F(ClientResult, SessionsAreClosedOnEveryPathSoThatTheyNeverRunOut) {

@@ -46,14 +46,13 @@ Entry& FindOrAdd(const std::string& key) {
     return *found;
   }
   auto added = std::make_unique<Entry>(key);
-  do {
+  // Where it fails, another thread has added one meanwhile, maybe this key's.
+  for (; found == nullptr; found = Find(first, key)) {
     added->next = first;
     if (firstEntry.compare_exchange_weak(first, added.get())) {
       return *added.release();
     }
-    // Another thread has added one meanwhile, maybe this key's.
-    found = Find(first, key);
-  } while (found == nullptr);
+  }
   return *found;
 }
 

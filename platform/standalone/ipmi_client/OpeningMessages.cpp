@@ -37,9 +37,10 @@ Verdict UnpackOpening(const Datagram& datagram, std::uint8_t payloadType, std::u
   if (header->payloadType != payloadType || header->number != tag) {
     return Verdict::Foreign;
   }
-  const bool isWhole = packet.Unpack(datagram, Unprotected());
-  const auto code = packet.message.Number("rmcpplus_status_code");
-  if (!isWhole || !code) {
+  const auto code = packet.Unpack(datagram, Unprotected())
+                        ? packet.message.Number("rmcpplus_status_code")
+                        : std::nullopt;
+  if (!code) {
     return Verdict::Damaged;
   }
   status = static_cast<std::uint8_t>(*code);
