@@ -89,17 +89,8 @@ double NanosecondsPerCall(Call call) {
 
 /// The median of many differences, each between two measurements right after one another, so that
 /// what else the machine does disturbs both alike or one difference among many.
-double NanosecondsAboveDouble(SMMInventory& inventory, const Query& query) {
-  IPMICOMMAND last;
-  const auto answerTo = Double::ThePlatform().answerTo;
-  Double::ThePlatform().answerTo = [&](const IPMICOMMAND& request) -> const Double::Bytes& {
-    last = request;
-    return answerTo(request);
-  };
-  query(inventory);
-  Double::ThePlatform().answerTo = answerTo;
-  const BareExchange bareExchange(last);
-
+double NanosecondsAboveDouble(SMMInventory& inventory, const Query& query,
+                              const BareExchange& bareExchange) {
   constexpr std::size_t kPairs = 101;
   std::vector<double> differences(kPairs);
   for (double& difference : differences) {
@@ -109,12 +100,29 @@ double NanosecondsAboveDouble(SMMInventory& inventory, const Query& query) {
   return Median(differences);
 }
 
+/// What one query does, with the same answers. To write it down takes allocations, too.
+Double::Happenings HappeningsOf(SMMInventory& inventory, const Query& query) {
+  Double::Platform& platform = Double::ThePlatform();
+  const auto answerTo = std::exchange(platform.answerTo, nullptr);
+  platform.improvise = [&answerTo] {
+    Double::Exchange exchange;
+    exchange.onRequest = [&answerTo](Double::Exchange& sent) {
+      sent.response = answerTo(sent.Request());
+    };
+    return exchange;
+  };
+  platform.ForgetWhatHappened();
+  query(inventory);
+  platform.answerTo = answerTo;
+  platform.improvise = nullptr;
+  return platform;
+}
+
 void Measure(benchmark::State& state, SMMInventory inventory, const Query& query) {
-  const Double::Tally tallyBefore = Double::TallyOfThisThread();
+  const Double::Happenings happenings = HappeningsOf(inventory, query);
   const AllocationCount allocationsBefore = AllocationsSoFar();
   const int status = query(inventory);
   const AllocationCount allocations = AllocationsSoFar();
-  const Double::Tally tally = Double::TallyOfThisThread();
   if (status != StatusCode::Success) {
     state.SkipWithError("the query failed");
     return;
@@ -124,15 +132,15 @@ void Measure(benchmark::State& state, SMMInventory inventory, const Query& query
     benchmark::DoNotOptimize(query(inventory));
   }
 
-  const auto exchanges = tally.exchanges - tallyBefore.exchanges;
   state.counters["allocations"] =
       static_cast<double>(allocations.allocations - allocationsBefore.allocations);
   state.counters["allocated_bytes"] =
       static_cast<double>(allocations.bytes - allocationsBefore.bytes);
-  state.counters["lines"] = static_cast<double>(tally.lines - tallyBefore.lines);
-  state.counters["exchanges"] = static_cast<double>(exchanges);
-  if (exchanges == 1 && Double::ThePlatform().logThreshold == 0) {
-    state.counters["above_double_ns"] = NanosecondsAboveDouble(inventory, query);
+  state.counters["lines"] = static_cast<double>(happenings.lines.size());
+  state.counters["exchanges"] = static_cast<double>(happenings.exchanges.size());
+  if (happenings.exchanges.size() == 1 && Double::ThePlatform().logThreshold == 0) {
+    const BareExchange bareExchange(happenings.exchanges.front().Request());
+    state.counters["above_double_ns"] = NanosecondsAboveDouble(inventory, query, bareExchange);
   }
 }
 

@@ -5,7 +5,6 @@
 #include <thread>
 
 #include "tests/cli/Tool.h"
-#include "tests/report/JsonText.h"
 #include "tests/support/Relay.h"
 #include "tests/support/SimulatedSmm.h"
 
@@ -14,6 +13,8 @@
 namespace Tavrin {
 namespace {
 
+using nlohmann::json;
+using namespace nlohmann::literals;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
@@ -106,12 +107,12 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(RefusedLogin, DocumentHoldsTheFailureAlone) {
   const SimulatedSmm simulator({"--generation", "1"});
   const Finished finished = RunTool(CallArguments(simulator.Address(), {"--json"}), {}, "guess\n");
-  const std::string& document = DocumentOf(finished);
-  EXPECT_EQ(At(document, "/address"), '"' + simulator.Address() + '"');
-  EXPECT_EQ(At(document, "/failure/statusName"), R"("NotConnected")");
-  EXPECT_THAT(At(document, "/failure/reason"),
-              StartsWith("\"no IPMI connection could be opened ("));
-  EXPECT_EQ(At(document, "/queries"), "{}");
+  const json document = DocumentOf(finished);
+  EXPECT_EQ(document.at("/address"_json_pointer), simulator.Address());
+  EXPECT_EQ(document.at("/failure/statusName"_json_pointer), "NotConnected");
+  EXPECT_THAT(document.at("/failure/reason"_json_pointer).get<std::string>(),
+              StartsWith("no IPMI connection could be opened ("));
+  EXPECT_EQ(document.at("/queries"_json_pointer), json::object());
 }
 
 TEST(RefusedLogin, InTheMiddleOfARunIsTheLast) {
@@ -174,9 +175,9 @@ TEST(DeadHost, DocumentHoldsNothingThatWasNotRead) {
       RunTool(CallArguments(kDeadHost, {"--json", "--attempts", "1", "--session-timeout", "0.2"}),
               {}, "sesame\n");
   EXPECT_EQ(finished.exitCode, 1);
-  const std::string& document = DocumentOf(finished);
-  EXPECT_EQ(At(document, "/failure/status"), "2");
-  EXPECT_EQ(At(document, "/queries"), "{}");
+  const json document = DocumentOf(finished);
+  EXPECT_EQ(document.at("/failure/status"_json_pointer), 2);
+  EXPECT_EQ(document.at("/queries"_json_pointer), json::object());
 }
 
 TEST(DeadHost, RowsHoldTheReasonAlone) {
@@ -221,9 +222,10 @@ TEST(UnknownGeneration, DocumentHoldsTheFailureAlone) {
   const SimulatedSmm simulator({"--generation", "2"},
                                R"({"overrides": [{"command": "0xA8", "completionCode": "0xD4"}]})");
   const Finished finished = RunTool(CallArguments(simulator.Address(), {"--json"}), {}, "sesame\n");
-  const std::string& document = DocumentOf(finished);
-  EXPECT_EQ(At(document, "/failure/statusName"), R"("NoUsableResult")");
-  EXPECT_THAT(At(document, "/failure/reason"), HasSubstr("insufficient privilege"));
+  const json document = DocumentOf(finished);
+  EXPECT_EQ(document.at("/failure/statusName"_json_pointer), "NoUsableResult");
+  EXPECT_THAT(document.at("/failure/reason"_json_pointer).get<std::string>(),
+              HasSubstr("insufficient privilege"));
   EXPECT_THAT(finished.error, HasSubstr("; next: try a higher -L, "));
 }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "report/Format.h"
-#include "tests/cli/Refusal.h"
+#include "tools/smm-inventory/UsageError.h"
 
 namespace Tavrin {
 namespace {
@@ -29,7 +29,12 @@ std::string ContentOf(const char* path) {
 Options ParseOptions(const Arguments& arguments) { return std::get<Options>(Parse(arguments)); }
 
 std::string Refusal(const Arguments& arguments) {
-  return RefusalOf([&] { Parse(arguments); });
+  try {
+    Parse(arguments);
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+  return {};
 }
 
 TEST(Options, HostAndUserAloneLeaveTheDefaults) {

@@ -9,13 +9,15 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/cli/Refusal.h"
+#include "tools/smm-inventory/UsageError.h"
 
 namespace Tavrin {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
+using testing::ThrowsMessage;
 
 class PasswordFile : public testing::Test {
  protected:
@@ -33,7 +35,12 @@ class PasswordFile : public testing::Test {
     return password;
   }
   std::string Refusal() const {
-    return RefusalOf([this] { Read(); });
+    try {
+      Read();
+    } catch (const UsageError& error) {
+      return error.what();
+    }
+    return {};
   }
 
   std::string path_;
@@ -106,9 +113,10 @@ TEST_F(PasswordFile, FileThatOnlyItsOwnerCanReadIsTaken) {
 
 TEST_F(PasswordFile, MissingFileIsRefusedByName) {
   std::string password;
-  EXPECT_EQ(RefusalOf([&] { ReadPasswordFile("/nowhere/secret", password); }),
-            "password file \"/nowhere/secret\" cannot be opened (No such file or directory); "
-            "expected a file that holds the password");
+  EXPECT_THAT([&] { ReadPasswordFile("/nowhere/secret", password); },
+              ThrowsMessage<UsageError>(
+                  "password file \"/nowhere/secret\" cannot be opened (No such file or directory); "
+                  "expected a file that holds the password"));
 }
 
 TEST_F(PasswordFile, FolderIsRefused) {
@@ -133,17 +141,18 @@ TEST(PasswordLine, BytesAfterTheLineStayUnread) {
 
 TEST(EnvironmentPassword, EmptyOneIsRefused) {
   std::string password;
-  EXPECT_EQ(RefusalOf([&] { TakeEnvironmentPassword("", password); }),
-            "the password from the environment variable IPMI_PASSWORD is empty; expected 1 to 20 "
-            "bytes");
+  EXPECT_THAT(
+      [&] { TakeEnvironmentPassword("", password); },
+      ThrowsMessage<UsageError>(
+          "the password from the environment variable IPMI_PASSWORD is empty; expected 1 to 20 "
+          "bytes"));
 }
 
 TEST(EnvironmentPassword, OverlongOneIsRefusedWithoutShowingIt) {
   std::string password;
-  const std::string refusal =
-      RefusalOf([&] { TakeEnvironmentPassword("sesame-sesame-sesame-", password); });
-  EXPECT_THAT(refusal, HasSubstr("longer than 20 bytes"));
-  EXPECT_THAT(refusal, Not(HasSubstr("sesame")));
+  EXPECT_THAT([&] { TakeEnvironmentPassword("sesame-sesame-sesame-", password); },
+              ThrowsMessage<UsageError>(
+                  AllOf(HasSubstr("longer than 20 bytes"), Not(HasSubstr("sesame")))));
 }
 
 TEST(EnvironmentPassword, OtherOnesAreTakenAsTheyAre) {

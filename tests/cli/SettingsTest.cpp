@@ -4,12 +4,13 @@
 
 #include <vector>
 
-#include "tests/cli/Refusal.h"
+#include "tools/smm-inventory/UsageError.h"
 
 namespace Tavrin {
 namespace {
 
 using testing::HasSubstr;
+using testing::ThrowsMessage;
 
 TEST(Privilege, NamesGiveTheirLevels) {
   EXPECT_EQ(ParsePrivilege("user"), 2);
@@ -20,8 +21,9 @@ TEST(Privilege, NamesGiveTheirLevels) {
 TEST(Privilege, OtherTextIsRefusedByName) {
   for (const std::string text : {"", "admin", "User", "callback", "oem", "4", "user "}) {
     SCOPED_TRACE(text);
-    EXPECT_EQ(RefusalOf([&] { ParsePrivilege(text); }),
-              "privilege level is \"" + text + "\"; expected one of user, operator, administrator");
+    EXPECT_THAT([&] { ParsePrivilege(text); },
+                ThrowsMessage<UsageError>("privilege level is \"" + text +
+                                          "\"; expected one of user, operator, administrator"));
   }
 }
 
@@ -35,9 +37,10 @@ TEST(CipherSuite, OtherTextIsRefusedByName) {
   for (const std::string text : {"", "4", "5", "9", "10", "13", "14", "18", "-1", "+3", "x", "3 ",
                                  "03", "3.0", "99999999999"}) {
     SCOPED_TRACE(text);
-    EXPECT_EQ(RefusalOf([&] { ParseCipherSuite(text); }),
-              "cipher suite is \"" + text +
-                  "\"; expected one of 0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17");
+    EXPECT_THAT(
+        [&] { ParseCipherSuite(text); },
+        ThrowsMessage<UsageError>("cipher suite is \"" + text +
+                                  "\"; expected one of 0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 16, 17"));
   }
 }
 
@@ -54,11 +57,10 @@ TEST(Workarounds, SeveralNamesAreJoined) {
 }
 
 TEST(Workarounds, UnknownNameIsRefusedByName) {
-  const std::string refusal = RefusalOf([] {
-    ParseWorkarounds({"open-session-privilege", "none\x07"});
-  });
-  EXPECT_THAT(refusal, HasSubstr("workaround is \"none\\x07\"; "));
-  EXPECT_THAT(refusal, HasSubstr("expected one of authentication-capabilities"));
+  const std::vector<std::string> names = {"open-session-privilege", "none\x07"};
+  EXPECT_THAT([&] { ParseWorkarounds(names); },
+              ThrowsMessage<UsageError>(HasSubstr("workaround is \"none\\x07\"; "
+                                                  "expected one of authentication-capabilities")));
 }
 
 TEST(Attempts, WholeNumberFromOneIsTaken) {
@@ -69,9 +71,9 @@ TEST(Attempts, WholeNumberFromOneIsTaken) {
 TEST(Attempts, OtherTextIsRefused) {
   for (const std::string text : {"", "0", "-1", "+1", "1.5", "x", "1 ", "2147483648"}) {
     SCOPED_TRACE(text);
-    EXPECT_EQ(
-        RefusalOf([&] { ParseAttempts(text); }),
-        "number of attempts is \"" + text + "\"; expected a whole number from 1 to 2147483647");
+    EXPECT_THAT([&] { ParseAttempts(text); },
+                ThrowsMessage<UsageError>("number of attempts is \"" + text +
+                                          "\"; expected a whole number from 1 to 2147483647"));
   }
 }
 
@@ -94,8 +96,9 @@ TEST(SessionTimeout, OtherTextIsRefused) {
                                  " 1", "1 ", "nan", "inf", "0x1", "\x1b"}) {
     SCOPED_TRACE(text);
     const std::string shown = text == "\x1b" ? "\\x1b" : text;
-    EXPECT_EQ(RefusalOf([&] { ParseSessionTimeout(text); }),
-              "session time-out is \"" + shown + "\"; expected seconds from 0.1 to 600");
+    EXPECT_THAT([&] { ParseSessionTimeout(text); },
+                ThrowsMessage<UsageError>("session time-out is \"" + shown +
+                                          "\"; expected seconds from 0.1 to 600"));
   }
 }
 

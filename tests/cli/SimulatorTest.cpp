@@ -5,12 +5,10 @@
 #include <fstream>
 #include <iterator>
 #include <list>
-#include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
 
 #include "tests/cli/Tool.h"
-#include "tests/report/JsonText.h"
 #include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin {
@@ -128,7 +126,7 @@ struct Kind {
   std::string serialNumber;
   std::size_t slots;
   std::size_t nodes;
-  std::string secondFanOfSlot2;
+  json secondFanOfSlot2;
 };
 
 std::string ContentOf(const std::filesystem::path& path) {
@@ -145,10 +143,10 @@ std::set<std::string> MembersOf(const json& object) {
 }
 
 /// All queries that there are, but the selection, which is none of those that only read.
-void ExpectEveryQuery(const std::string& document) {
+void ExpectEveryQuery(const json& document) {
   json queries = json::parse(ContentOf(SCHEMA)).at("/properties/queries/properties"_json_pointer);
   queries.erase("psuSelection");
-  EXPECT_EQ(MembersOf(json::parse(document).at("queries")), MembersOf(queries));
+  EXPECT_EQ(MembersOf(document.at("queries")), MembersOf(queries));
 }
 
 void PrintTo(const Kind& kind, std::ostream* out) { *out << kind.name; }
@@ -159,16 +157,16 @@ TEST_P(ToolOnEveryKind, DocumentHoldsTheWholeEnclosure) {
   const SimulatedSmm simulator(GetParam().options);
   const Finished finished = Read(simulator, "sesame", {"--json", "all"});
   EXPECT_EQ(finished.exitCode, 0) << finished.error;
-  const std::string& document = DocumentOf(finished);
-  EXPECT_EQ(At(document, "/address"), '"' + simulator.Address() + '"');
+  const json document = DocumentOf(finished);
+  EXPECT_EQ(document.at("/address"_json_pointer), simulator.Address());
   ExpectEveryQuery(document);
-  EXPECT_EQ(At(document, "/queries/serialNumber/value"), '"' + GetParam().serialNumber + '"');
-  const json queries = json::parse(document).at("queries");
+  EXPECT_EQ(document.at("/queries/serialNumber/value"_json_pointer), GetParam().serialNumber);
+  const json& queries = document.at("queries");
   EXPECT_EQ(queries.at("nodeStatus").size(), GetParam().nodes);
   EXPECT_EQ(queries.at("nodePower").size(), GetParam().nodes);
   EXPECT_EQ(queries.at("psuFirmware").at("slots").size(), GetParam().slots);
   EXPECT_EQ(queries.at("psuStatus").at("slots").size(), GetParam().slots);
-  EXPECT_EQ(At(document, "/queries/psuFans/slots/1/fields/speedB/value"),
+  EXPECT_EQ(queries.at("/psuFans/slots/1/fields/speedB/value"_json_pointer),
             GetParam().secondFanOfSlot2);
 }
 
@@ -206,9 +204,9 @@ TEST_P(ToolOnEveryKind, EveryReadyScenarioGivesADocumentOfTheSchema) {
 INSTANTIATE_TEST_SUITE_P(
     Kinds, ToolOnEveryKind,
     testing::Values(
-        Kind{"First", {"--generation", "1"}, "SIM10001", 2, 4, "null"},
-        Kind{"Second253", {"--generation", "2", "--platform", "253"}, "SIM25301", 9, 12, "8910"},
-        Kind{"Second254", {"--generation", "2", "--platform", "254"}, "SIM25401", 2, 4, "8950"}),
+        Kind{"First", {"--generation", "1"}, "SIM10001", 2, 4, nullptr},
+        Kind{"Second253", {"--generation", "2", "--platform", "253"}, "SIM25301", 9, 12, 8910},
+        Kind{"Second254", {"--generation", "2", "--platform", "254"}, "SIM25401", 2, 4, 8950}),
     [](const testing::TestParamInfo<Kind>& kind) { return kind.param.name; });
 
 TEST(ToolOnSimulator, OddAnswersOfManyQueriesKeepTheDocumentWhole) {
@@ -223,20 +221,22 @@ TEST(ToolOnSimulator, OddAnswersOfManyQueriesKeepTheDocumentWhole) {
   ]})");
   const Finished finished = Read(simulator, "sesame", {"--json"});
   EXPECT_EQ(finished.exitCode, 1) << finished.error;
-  const std::string json = DocumentOf(finished);
-  EXPECT_EQ(At(json, "/queries/machineType/statusName"), R"("Exception")");
-  EXPECT_EQ(At(json, "/queries/serialNumber/value"), R"("SIM25401")");
-  EXPECT_EQ(At(json, "/queries/powerCaps/statusName"), R"("UnusableAnswer")");
-  EXPECT_EQ(At(json, "/queries/nodePower/2/fields/minPower/text"), R"("N/A")");
-  EXPECT_EQ(At(json, "/queries/nodePower/2/fields/maxPower/value"), "1");
-  EXPECT_EQ(At(json, "/queries/nodeStatus/3/fields/powerState/value"), R"("fault")");
-  EXPECT_EQ(At(json, "/queries/nodeStatus/3/fields/width/text"), R"("3")");
-  EXPECT_EQ(At(json, "/queries/nodeStatus/3/fields/height/value"), "null");
-  EXPECT_EQ(At(json, "/queries/psuFans/slots/0/fields/name/value"), R"("PSU1")");
-  EXPECT_EQ(At(json, "/queries/psuFans/slots/1/fields/name/value"), "null");
-  EXPECT_EQ(At(json, "/queries/psuFirmware/slots/0/fields/identifier/bytes/3"), "255");
-  EXPECT_EQ(At(json, "/queries/psuFirmware/slots/0/fields/identifier/bytes/6"), "128");
-  EXPECT_EQ(At(json, "/queries/psuFirmware/slots/1/fields/version/value"), "null");
+  const json document = DocumentOf(finished);
+  EXPECT_EQ(document.at("/queries/machineType/statusName"_json_pointer), "Exception");
+  EXPECT_EQ(document.at("/queries/serialNumber/value"_json_pointer), "SIM25401");
+  EXPECT_EQ(document.at("/queries/powerCaps/statusName"_json_pointer), "UnusableAnswer");
+  EXPECT_EQ(document.at("/queries/nodePower/2/fields/minPower/text"_json_pointer), "N/A");
+  EXPECT_EQ(document.at("/queries/nodePower/2/fields/maxPower/value"_json_pointer), 1);
+  EXPECT_EQ(document.at("/queries/nodeStatus/3/fields/powerState/value"_json_pointer), "fault");
+  EXPECT_EQ(document.at("/queries/nodeStatus/3/fields/width/text"_json_pointer), "3");
+  EXPECT_EQ(document.at("/queries/nodeStatus/3/fields/height/value"_json_pointer), nullptr);
+  EXPECT_EQ(document.at("/queries/psuFans/slots/0/fields/name/value"_json_pointer), "PSU1");
+  EXPECT_EQ(document.at("/queries/psuFans/slots/1/fields/name/value"_json_pointer), nullptr);
+  EXPECT_EQ(document.at("/queries/psuFirmware/slots/0/fields/identifier/bytes/3"_json_pointer),
+            255);
+  EXPECT_EQ(document.at("/queries/psuFirmware/slots/0/fields/identifier/bytes/6"_json_pointer),
+            128);
+  EXPECT_EQ(document.at("/queries/psuFirmware/slots/1/fields/version/value"_json_pointer), nullptr);
 }
 
 TEST(ToolOnSimulator, MissingPsuIsShownInItsPlace) {
@@ -274,10 +274,11 @@ TEST(ToolOnSimulator, RefusedSelectionIsTriedSixTimesAndTold) {
       HasSubstr("smm-inventory: acknowledgement of the PSU selection not read: the SMM refused "
                 "the request (completion code 0xC1: command not known to the device); next: check "
                 "that the device is an SMM\n"));
-  const std::string json = DocumentOf(finished);
-  EXPECT_EQ(At(json, "/queries/psuSelection/statusName"), R"("NoUsableResult")");
-  EXPECT_EQ(At(json, "/queries/psuSelection/fields/sent/text"), R"("none")");
-  EXPECT_EQ(At(json, "/queries/psuSelection/fields/acknowledgement/value"), R"("missing")");
+  const json document = DocumentOf(finished);
+  EXPECT_EQ(document.at("/queries/psuSelection/statusName"_json_pointer), "NoUsableResult");
+  EXPECT_EQ(document.at("/queries/psuSelection/fields/sent/text"_json_pointer), "none");
+  EXPECT_EQ(document.at("/queries/psuSelection/fields/acknowledgement/value"_json_pointer),
+            "missing");
 }
 
 TEST(ToolOnSimulator, RefusedQueryIsToldAndDoesNotHideTheOthers) {
@@ -331,9 +332,9 @@ TEST(ToolOnSimulator, FlagsOfTheNinthPsuAreNotTold) {
                                 "  9     -            -            -         -\n"
                                 "  The SMM's answer holds the flags of 8 PSUs only; those of any "
                                 "later slot are not told.\n"));
-  const std::string json = DocumentOf(document.Wait());
-  EXPECT_EQ(At(json, "/queries/psuStatus/slots/8/fields/present/value"), "null");
-  EXPECT_EQ(At(json, "/queries/psuStatus/slots/7/fields/present/value"), "true");
+  const json whole = DocumentOf(document.Wait());
+  EXPECT_EQ(whole.at("/queries/psuStatus/slots/8/fields/present/value"_json_pointer), nullptr);
+  EXPECT_EQ(whole.at("/queries/psuStatus/slots/7/fields/present/value"_json_pointer), true);
 }
 
 TEST(ToolOnSimulator, SecondGenerationWithoutAPlatformIsAskedNothingThatDependsOnIt) {
@@ -343,11 +344,11 @@ TEST(ToolOnSimulator, SecondGenerationWithoutAPlatformIsAskedNothingThatDependsO
   ]})");
   const Finished finished = Read(simulator, "sesame", {"power", "--json"});
   EXPECT_EQ(finished.exitCode, 1) << finished.error;
-  const std::string json = DocumentOf(finished);
-  EXPECT_EQ(At(json, "/queries/generation/value"), R"("second")");
-  EXPECT_EQ(At(json, "/queries/platformId/value"), "null");
-  EXPECT_EQ(At(json, "/queries/chassisPower/fields/avgPower/value"), "null");
-  EXPECT_EQ(At(json, "/queries/nodePower/3/fields/avgPower/value"), "375");
+  const json document = DocumentOf(finished);
+  EXPECT_EQ(document.at("/queries/generation/value"_json_pointer), "second");
+  EXPECT_EQ(document.at("/queries/platformId/value"_json_pointer), nullptr);
+  EXPECT_EQ(document.at("/queries/chassisPower/fields/avgPower/value"_json_pointer), nullptr);
+  EXPECT_EQ(document.at("/queries/nodePower/3/fields/avgPower/value"_json_pointer), 375);
   EXPECT_THAT(finished.error,
               HasSubstr("smm-inventory: chassis power not read: the SMM's platform is not known, "
                         "since the SMM refused the request (completion code 0xC0: busy); next: run "
@@ -361,8 +362,8 @@ TEST(ToolOnSimulator, SecondGenerationThatTellsItsPlatformLateIsReadWhole) {
   ]})");
   const Finished finished = Read(simulator, "sesame", {"power", "--json"});
   EXPECT_EQ(finished.exitCode, 0) << finished.error;
-  const std::string json = DocumentOf(finished);
-  EXPECT_EQ(At(json, "/queries/chassisPower/fields/avgPower/value"), "5010");
+  const json document = DocumentOf(finished);
+  EXPECT_EQ(document.at("/queries/chassisPower/fields/avgPower/value"_json_pointer), 5010);
 }
 
 TEST(ToolOnSimulator, MostVerboseRunShowsRequestsAndAnswersEscaped) {

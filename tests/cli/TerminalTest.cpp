@@ -243,16 +243,16 @@ TEST_F(TerminalTest, StopKeyGivesTheTerminalBackUntilTheProgramContinues) {
 TEST_F(TerminalTest, StopSignalGivesTheTerminalBackUntilTheProgramContinues) {
   Child shell(AsJob(), {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password");
-  ASSERT_EQ(shell.Children().size(), 1U);
-  kill(shell.Children().front(), SIGTSTP);
+  ASSERT_EQ(ChildrenOf(shell.Process()).size(), 1U);
+  kill(ChildrenOf(shell.Process()).front(), SIGTSTP);
   ExpectTheTerminalBackUntilItContinues(shell);
 }
 
 TEST_F(TerminalTest, ProgramThatWasStoppedUnawaresAsksAgainWithoutEcho) {
   Child shell(AsJob(), {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password");
-  ASSERT_EQ(shell.Children().size(), 1U);
-  kill(shell.Children().front(), SIGSTOP);
+  ASSERT_EQ(ChildrenOf(shell.Process()).size(), 1U);
+  kill(ChildrenOf(shell.Process()).front(), SIGSTOP);
   terminal_.ReadUntil("at the shell");
   SwitchEchoOn();  // As shells with line editing do.
   terminal_.Type("\n");
@@ -266,8 +266,8 @@ TEST_F(TerminalTest, ProgramInTheBackgroundLeavesTheTerminalAloneAndCanBeEnded) 
   Child shell(AsScript(R"("$0" "$@" & echo at the shell >&2; read line)", call_, "-mc"), {}, {},
               terminal_.Name());
   terminal_.ReadUntil("at the shell");
-  ASSERT_EQ(shell.Children().size(), 1U);
-  const pid_t tool = shell.Children().front();
+  ASSERT_EQ(ChildrenOf(shell.Process()).size(), 1U);
+  const pid_t tool = ChildrenOf(shell.Process()).front();
   EXPECT_TRUE(StopsSoon(tool));
   EXPECT_TRUE(Echoes());
   EXPECT_THAT(terminal_.Seen(), Not(HasSubstr("Password")));

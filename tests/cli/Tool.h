@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include "tests/report/JsonText.h"
+#include "tests/report/SchemaErrors.h"
 #include "tests/support/Child.h"
 
 namespace Tavrin {
@@ -26,9 +27,9 @@ inline std::vector<std::string> CallArguments(const std::string& address,
 }
 
 /// The document that a run with --json printed, after it was found to keep to the schema.
-inline const std::string& DocumentOf(const Finished& finished) {
+inline nlohmann::json DocumentOf(const Finished& finished) {
   EXPECT_EQ(SchemaErrors({finished.output}).front(), "") << finished.error;
-  return finished.output;
+  return nlohmann::json::parse(finished.output);
 }
 
 }  // namespace Tavrin

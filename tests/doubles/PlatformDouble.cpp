@@ -82,7 +82,6 @@ Log::Log(unsigned int level, const std::string& sourcePath, unsigned int line)
     : state_(std::make_unique<State>()) {
   state_->level = level;
   state_->line = line;
-  ++Double::TallyOfThisThread().lines;
   if (ThePlatform().answerTo) {
     return;
   }

@@ -55,6 +55,7 @@ struct Exchange {
   bool Connects() const { return !connectResults.empty() && connectResults.back() == 0; }
 
   /// The request that was sent.
+  IPMICOMMAND Request() const { return {command, data, netFn}; }
   std::string RequestText() const;
 };
 
@@ -143,12 +144,5 @@ void Require(bool holds, const char* promise);
 
 /// Stands for sleep(), with the pauses and events of the platform.
 unsigned int PlayPause(unsigned int seconds);
-
-/// What one thread has had of the platform so far.
-struct Tally {
-  std::uint64_t exchanges = 0;  ///< Requests sent.
-  std::uint64_t lines = 0;      ///< Log objects constructed.
-};
-Tally& TallyOfThisThread();
 
 }  // namespace Tavrin::Double

@@ -60,7 +60,7 @@ TEST_F(ControllerFault, AllSessionsTakenIsNotConnectedUntilOneIsFree) {
 }
 
 TEST_F(ControllerFault, WrongUserIsTriedOnce) {
-  TavrinConnection::ConnectionInfo settings = Direct();
+  TavrinConnection::ConnectionInfo settings = SettingsOf(*simulator);
   settings.userName = "nobody";
   SMMInventory wrong = Unread(settings);
   ExpectQuery(wrong, {StatusCode::NotConnected, 1, kSessionTimeout});
@@ -68,7 +68,7 @@ TEST_F(ControllerFault, WrongUserIsTriedOnce) {
 }
 
 TEST_F(ControllerFault, WrongPasswordIsTriedOnce) {
-  TavrinConnection::ConnectionInfo settings = Direct();
+  TavrinConnection::ConnectionInfo settings = SettingsOf(*simulator);
   settings.password = "sesame2";
   SMMInventory wrong = Unread(settings);
   ExpectQuery(wrong, {StatusCode::NotConnected, 1, kSessionTimeout});
@@ -86,7 +86,7 @@ TEST_F(ControllerFault, RefusedSuiteIsTriedAgain) {
 }
 
 TEST_F(ControllerFault, NameThatDoesNotResolveIsTriedOnce) {
-  TavrinConnection::ConnectionInfo settings = Direct();
+  TavrinConnection::ConnectionInfo settings = SettingsOf(*simulator);
   settings.address = "two words";
   SMMInventory unresolved = Unread(settings);
   ExpectQuery(unresolved, {StatusCode::NotConnected, 1, kSessionTimeout});
@@ -97,7 +97,7 @@ TEST_F(ControllerFault, NameThatDoesNotResolveIsTriedOnce) {
 TEST_F(ControllerFault, ClosedPortIsNotConnectedAfterEveryAttempt) {
   UdpPort closed;
   closed.Refuse();
-  TavrinConnection::ConnectionInfo settings = Direct();
+  TavrinConnection::ConnectionInfo settings = SettingsOf(*simulator);
   settings.port = closed.Number();
   SMMInventory unheard = Unread(settings);
   ExpectQuery(unheard, {StatusCode::NotConnected, kAttempts, kSilentConnect});
@@ -108,7 +108,7 @@ TEST_F(ControllerFault, ClosedPortIsNotConnectedAfterEveryAttempt) {
 TEST_F(ControllerFaultOnIpv6, ClosedPortIsNotConnectedAfterEveryAttempt) {
   UdpPort closed("::1");
   closed.Refuse();
-  TavrinConnection::ConnectionInfo settings = Direct();
+  TavrinConnection::ConnectionInfo settings = SettingsOf(*simulator);
   settings.address = "::1";
   settings.port = closed.Number();
   SMMInventory unheard = Unread(settings);

@@ -61,9 +61,6 @@ class FaultTest : public WireTest {
   /// The controller counts no open session.
   void ExpectNoSession() const { EXPECT_EQ(OpenSessions(*simulator), 0); }
 
-  /// Settings for the enclosure itself, past the relay.
-  TavrinConnection::ConnectionInfo Direct() const { return SettingsOf(*simulator); }
-
   /// An object with those settings, without an attempt to reach them during construction.
   static SMMInventory Unread(const TavrinConnection::ConnectionInfo& settings);
 

@@ -39,14 +39,14 @@ TEST_F(LeftBehind, ExceptionLeavesNeitherSessionNorDescriptor) {
 TEST_F(LeftBehind, ConstructionLeavesNothing) {
   const std::size_t descriptors = OpenDescriptors();
   const std::size_t threads = Threads();
-  const SMMInventory object(Direct());
+  const SMMInventory object(SettingsOf(*simulator));
   ExpectNoSession();
   EXPECT_EQ(OpenDescriptors(), descriptors);
   EXPECT_EQ(Threads(), threads);
 }
 
 TEST_F(LeftBehind, RefusedPasswordOrUserLeavesNoSession) {
-  TavrinConnection::ConnectionInfo settings = Direct();
+  TavrinConnection::ConnectionInfo settings = SettingsOf(*simulator);
   settings.password = "sesame2";
   SMMInventory wrongPassword = Unread(settings);
   ExpectQuery(wrongPassword, {StatusCode::NotConnected, 1, kSessionTimeout});

@@ -73,9 +73,7 @@ Exchange MakeUpExchange(FuzzedDataProvider& input) {
   const End end = input.PickValueInArray({End::Answer, End::Sample, End::Silence, End::Exception});
   const auto* const samples = SamplesOfThePlatform();
   if (end == End::Sample && samples != nullptr) {
-    exchange.onRequest = [samples](Exchange& sent) {
-      sent.response = (*samples)({sent.command, sent.data, sent.netFn});
-    };
+    exchange.onRequest = [samples](Exchange& sent) { sent.response = (*samples)(sent.Request()); };
   } else if (end == End::Silence) {
     exchange.completionCode = 0xFF;
     exchange.sendResult = -1;

@@ -21,6 +21,9 @@ using testing::SizeIs;
 
 using EnclosureTest = ScriptedEnclosure;
 
+/// What a pass begins with when the first construction told no platform, and another was made.
+const Steps kBeginningInVain = Steps(kStatusReads, kStatus) + kBeginning;
+
 Steps EachNode(const std::string& operation, int nodes) {
   Steps steps;
   for (int node = 1; node <= nodes; ++node) {

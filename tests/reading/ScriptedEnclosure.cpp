@@ -5,15 +5,8 @@
 #include "tests/doubles/Operations.h"
 
 namespace Tavrin {
-namespace {
 
 using Double::Exchange;
-
-IPMICOMMAND RequestOf(const Exchange& exchange) {
-  return {exchange.command, exchange.data, exchange.netFn};
-}
-
-}  // namespace
 
 Answering Gives(const Double::Bytes& response, std::uint8_t completionCode) {
   return [=](Exchange& exchange) {
@@ -39,14 +32,6 @@ ScriptedSmm::ScriptedSmm(SMMIype ofGeneration) : generation(ofGeneration) {
   platform.areConversationsWhole = false;
   platform.improvise = [this] { return NextExchange(); };
   Double::UseOnThisThread(&platform);
-}
-
-void ScriptedSmm::ChangeDetection(const Answering& answering) {
-  Change(kStatus, [this, answering](Exchange& exchange) {
-    if (platform.exchanges.size() == kAfterDetection) {
-      answering(exchange);
-    }
-  });
 }
 
 void ScriptedSmm::ChangeConstruction(const Answering& answering) {
@@ -79,7 +64,7 @@ Steps ScriptedSmm::Asked() const {
   for (const Exchange& exchange : platform.exchanges) {
     asked.emplace_back(kInVain);
     if (exchange.Connects()) {
-      const auto& operation = Double::OperationThatSends(RequestOf(exchange), generation);
+      const auto& operation = Double::OperationThatSends(exchange.Request(), generation);
       const bool hasNumber = operation.argument != Double::Argument::None;
       asked.back() = operation.name + (hasNumber ? ' ' + std::to_string(exchange.data.back()) : "");
     }
@@ -96,7 +81,7 @@ Exchange ScriptedSmm::NextExchange() const {
 }
 
 void ScriptedSmm::Answer(Exchange& exchange) const {
-  const IPMICOMMAND request = RequestOf(exchange);
+  const IPMICOMMAND request = exchange.Request();
   const std::string name = Double::OperationThatSends(request, generation).name;
   exchange.response = Double::SampleAnswersOf(generation)(request);
   for (const auto& [operation, answering] : changes_) {

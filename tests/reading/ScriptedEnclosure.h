@@ -35,12 +35,8 @@ constexpr std::size_t kAfterDetection = 1;
 constexpr std::size_t kAfterConstruction = kAfterDetection + kStatusReads;
 constexpr std::size_t kAfterBeginning = kAfterConstruction + 1;
 
-/// What a pass begins with, over an SMM that was not read before and over one that was.
+/// What a pass begins with, over an SMM that was not read before.
 const Steps kBeginning = Steps(kAfterConstruction, kStatus) + Steps{"GetPSUStatus"};
-const Steps kBeginningAgain = {kStatus, "GetPSUStatus"};
-
-/// What a pass begins with when the first construction told no platform, and another was made.
-const Steps kBeginningInVain = Steps(kStatusReads, kStatus) + kBeginning;
 
 const Steps kIdentitySteps = {"GetSmmMT", "GetSmmSN", "GetSmmVersion", "GetSmmName"};
 
@@ -77,7 +73,6 @@ class ScriptedSmm {
   void Change(const std::string& operation, Answering answering) {
     changes_.emplace_back(operation, std::move(answering));
   }
-  void ChangeDetection(const Answering& answering);
   void ChangeConstruction(const Answering& answering);
 
   /// Opens no connection for so many exchanges of a pass, behind the first ones.

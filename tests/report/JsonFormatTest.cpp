@@ -9,18 +9,27 @@
 #include <vector>
 
 #include "tests/report/ExampleReading.h"
-#include "tests/report/JsonText.h"
+#include "tests/report/SchemaErrors.h"
 
 namespace Tavrin {
 namespace {
 
+using nlohmann::json;
 using testing::HasSubstr;
 using testing::StartsWith;
 
 std::string Document(const Reading& reading) { return JsonFormat().end(reading, {"0.1.0"}); }
 
-/// JSON as At() gives it, so that like documents are like texts.
-std::string Normal(const std::string& text) { return nlohmann::json::parse(text).dump(); }
+/// JSON without blanks and with sorted members, so that like documents are like texts.
+std::string Normal(const std::string& text) { return json::parse(text).dump(); }
+
+/// What stands at `pointer` in the document ("" is the whole), as Normal() has it; empty when
+/// nothing stands there.
+std::string At(const std::string& document, const std::string& pointer) {
+  const json whole = json::parse(document);
+  const json::json_pointer place(pointer);
+  return whole.contains(place) ? whole.at(place).dump() : "";
+}
 
 /// The document without what breaks its lines.
 std::string OneLine(const Reading& reading) {

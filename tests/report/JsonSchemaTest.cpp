@@ -7,7 +7,7 @@
 
 #include "report/JsonFormat.h"
 #include "tests/report/ExampleReading.h"
-#include "tests/report/JsonText.h"
+#include "tests/report/SchemaErrors.h"
 
 namespace Tavrin {
 namespace {

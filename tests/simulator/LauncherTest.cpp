@@ -95,8 +95,8 @@ TEST(Launcher, TellsIpmiSimWhoMayLogInWhere) {
 TEST(Launcher, IpmiSimKeepsItsStateAmongTheLaunchersFiles) {
   const LauncherProcess launcher({"--generation", "1"});
   launcher.ReadLine();
-  ASSERT_EQ(launcher.Children().size(), 1U);
-  std::string call = ReadProcessFile(launcher.Children().front(), "cmdline");
+  ASSERT_EQ(ChildrenOf(launcher.Process()).size(), 1U);
+  std::string call = ReadProcessFile(ChildrenOf(launcher.Process()).front(), "cmdline");
   std::replace(call.begin(), call.end(), '\0', ' ');
   EXPECT_EQ(call, "/usr/bin/ipmi_sim -c lan.conf -f commands -s state -n ");
   EXPECT_TRUE(fs::is_directory(fs::directory_iterator(launcher.Directory())->path() / "state"));
@@ -107,7 +107,7 @@ class EndingSignal : public testing::TestWithParam<int> {};
 TEST_P(EndingSignal, LeavesNoProcessAndNoFile) {
   LauncherProcess launcher({"--generation", "2"});
   launcher.ReadLine();
-  const std::vector<pid_t> children = launcher.Children();
+  const std::vector<pid_t> children = ChildrenOf(launcher.Process());
   ASSERT_EQ(children.size(), 1U);
   launcher.Signal(GetParam());
   const Finished finished = launcher.Wait();
@@ -135,7 +135,7 @@ TEST(Launcher, SignalDuringTheStartEndsItCleanly) {
 TEST(Launcher, KilledHardTakesItsChildWithIt) {
   LauncherProcess launcher({"--generation", "1"});
   launcher.ReadLine();
-  const std::vector<pid_t> children = launcher.Children();
+  const std::vector<pid_t> children = ChildrenOf(launcher.Process());
   ASSERT_EQ(children.size(), 1U);
   launcher.Signal(SIGKILL);
   EXPECT_EQ(launcher.Wait().exitCode, -1);
@@ -145,7 +145,7 @@ TEST(Launcher, KilledHardTakesItsChildWithIt) {
 TEST(Launcher, DeathOfTheChildIsToldAndFails) {
   LauncherProcess launcher({"--generation", "1"});
   launcher.ReadLine();
-  const std::vector<pid_t> children = launcher.Children();
+  const std::vector<pid_t> children = ChildrenOf(launcher.Process());
   ASSERT_EQ(children.size(), 1U);
   kill(children[0], SIGKILL);
   const Finished finished = launcher.Wait();
@@ -287,8 +287,8 @@ TEST(Launcher, IpmiSimIsFoundFromWhereTheLauncherWasStarted) {
 TEST(Launcher, IpmiSimReadsNothingAndPrintsIntoAFile) {
   const LauncherProcess launcher({"--generation", "1"});
   launcher.ReadLine();
-  ASSERT_EQ(launcher.Children().size(), 1U);
-  const fs::path open = "/proc/" + std::to_string(launcher.Children().front()) + "/fd";
+  ASSERT_EQ(ChildrenOf(launcher.Process()).size(), 1U);
+  const fs::path open = "/proc/" + std::to_string(ChildrenOf(launcher.Process()).front()) + "/fd";
   EXPECT_EQ(fs::read_symlink(open / "0"), "/dev/null");
   EXPECT_EQ(fs::read_symlink(open / "1").filename(), "ipmi_sim.log");
   EXPECT_EQ(fs::read_symlink(open / "2").filename(), "ipmi_sim.log");
@@ -311,8 +311,8 @@ TEST(Launcher, IpmiSimDoesNotInheritWhatHoldsThePort) {
   LauncherProcess launcher({"--generation", "1"});
   const std::string lock = LockOf(ReadReadyAddress(launcher));
   EXPECT_NE(lock, "");
-  ASSERT_EQ(launcher.Children().size(), 1U);
-  const fs::path open = "/proc/" + std::to_string(launcher.Children().front()) + "/fd";
+  ASSERT_EQ(ChildrenOf(launcher.Process()).size(), 1U);
+  const fs::path open = "/proc/" + std::to_string(ChildrenOf(launcher.Process()).front()) + "/fd";
   for (const fs::directory_entry& descriptor : fs::directory_iterator(open)) {
     EXPECT_NE(fs::read_symlink(descriptor), lock);
   }

@@ -47,9 +47,6 @@ class Child {
 
   pid_t Process() const { return process_.Id(); }
 
-  /// The process ids of its own children.
-  std::vector<pid_t> Children() const { return ChildrenOf(Process()); }
-
   /// The next line of standard output, without its end; empty at the end of output.
   std::string ReadLine() const;
 

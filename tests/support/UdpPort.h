@@ -13,8 +13,7 @@
 
 namespace Tavrin {
 
-/// A UDP port on loopback that is held while this lives; nobody answers
-/// on it unless told to.
+/// A UDP port on loopback that is held while this lives; nobody answers on it unless told to.
 class UdpPort {
  public:
   /// A free one of the address. Throws std::system_error when there is none.

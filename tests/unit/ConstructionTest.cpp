@@ -95,7 +95,7 @@ TEST_F(Construction, CountsAreStoredBehindTheSuccessLineAndThePlatformIdBeforeIt
 
 TEST_F(Construction, SmmTypeIsTakenAsReportedWhateverTheResult) {
   for (const int type : {0, 1, 7, -1}) {
-    StartAnew();
+    platform = Double::Platform{};
     platform.smmType = type;
     platform.smmTypeResult = 5;
     platform.ExpectStatusReads(1, {0x01});

@@ -8,11 +8,19 @@
 #include <utility>
 #include <vector>
 
-#include "tests/doubles/Implementation.h"
+#include "module/smm/smm_inventory/impl/SMMInventoryImpl.h"
 #include "tests/doubles/Operations.h"
 #include "tests/unit/PlatformTest.h"
 
 namespace Tavrin::Double {
+
+/// The implementation under the names of the facade.
+class Implementation : public SMMInventoryImpl {
+ public:
+  using SMMInventoryImpl::SMMInventoryImpl;
+  int SelectPSU(int psu) { return SelectPSUImpl(psu); }
+  int GetSMMStatus(SMMStatus& status) { return GetSMMStatusImp(status); }
+};
 
 /// Stands for the status of an operation that raises std::bad_alloc instead of returning one.
 constexpr int kRaisesBadAlloc = -1;

@@ -17,12 +17,9 @@ class PlatformTest : public ::testing::Test {
  protected:
   PlatformTest() {
     OnComplaint([](const std::string& text) { ADD_FAILURE() << text; });
-    StartAnew();
+    platform = Platform{};
   }
   void TearDown() override { ExpectScriptPlayed(); }
-
-  /// Makes the platform what it is at the beginning of a test.
-  void StartAnew() { platform = Platform{}; }
 
   /// Expects that nothing of the script is left, and no connection open.
   void ExpectScriptPlayed() const {

@@ -10,9 +10,7 @@
 #include <vector>
 
 #include "tests/doubles/Allocations.h"
-#include "tests/doubles/Implementation.h"
-#include "tests/doubles/Operations.h"
-#include "tests/unit/PlatformTest.h"
+#include "tests/unit/InventoryTest.h"
 
 namespace Tavrin {
 namespace {

@@ -1,19 +1,10 @@
-#include "tests/report/JsonText.h"
+#include "tests/report/SchemaErrors.h"
 
-#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "tests/support/Child.h"
 
 namespace Tavrin {
-
-using nlohmann::json;
-
-std::string At(const std::string& document, const std::string& pointer) {
-  const json whole = json::parse(document);
-  const json::json_pointer place(pointer);
-  return whole.contains(place) ? whole.at(place).dump() : "";
-}
 
 std::vector<std::string> SchemaErrors(const std::vector<std::string>& documents) {
   std::string input;
