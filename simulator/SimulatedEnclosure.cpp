@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iomanip>
+#include <iterator>
 #include <sstream>
 #include <thread>
 #include <utility>
@@ -131,7 +132,7 @@ void SimulatedEnclosure::WaitUntilItAnswers() {
   const auto giveUp = std::chrono::steady_clock::now() + kStartPatience;
   while (!AnswersPing(endpoint, kPingMilliseconds)) {
     if (const auto reason = Ended()) {
-      if (reason->find(kWordsForTakenPort) != std::string::npos) {
+      if (Output().find(kWordsForTakenPort) != std::string::npos) {
         throw PortTaken(*reason);
       }
       throw StartError(*reason);
@@ -157,6 +158,13 @@ std::optional<std::string> SimulatedEnclosure::Ended() {
   const std::string line = LastOutputLine();
   return "ipmi_sim ended " + InWords(*how) +
          (line.empty() ? "" : "; its last line was \"" + line + "\"");
+}
+
+/// Whole, since ipmi_sim writes complaints at once and everything else, its version included, at
+/// its end.
+std::string SimulatedEnclosure::Output() const {
+  std::ifstream output(directory_.Path() + "/" + kOutputName);
+  return {std::istreambuf_iterator<char>(output), {}};
 }
 
 std::string SimulatedEnclosure::LastOutputLine() const {

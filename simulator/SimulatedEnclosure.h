@@ -34,6 +34,7 @@ class SimulatedEnclosure {
  private:
   void WriteFiles() const;
   void WaitUntilItAnswers();
+  [[nodiscard]] std::string Output() const;
   [[nodiscard]] std::string LastOutputLine() const;
 
   LauncherOptions options_;
