@@ -14,8 +14,18 @@ namespace Tavrin {
 /// its platform is not known, Enclosure says.
 class Asker {
  public:
-  /// Calls one operation of the library, and hands on its status.
-  using Call = std::function<int(SMMInventory& inventory)>;
+  /// Calls one operation of the library, and hands on its status. Refers to what does that, which
+  /// outlives it, and so needs no memory: a shortage is to end one query at most.
+  class Call {
+   public:
+    template <typename Operation>
+    Call(const Operation& operation) : operation_(std::cref(operation)) {}
+
+    int operator()(SMMInventory& inventory) const { return operation_(inventory); }
+
+   private:
+    std::function<int(SMMInventory& inventory)> operation_;
+  };
 
   /// Both outlive the asker.
   Asker(LibraryObject& object, LoginGuard& guard) : object_(object), guard_(guard) {}

@@ -1,7 +1,6 @@
 #include "reading/Inquiry.h"
 
 #include <cstddef>
-#include <functional>
 #include <string>
 
 #include "reading/Decode.h"
@@ -13,9 +12,7 @@ namespace {
 
 using Standalone::FailureCause;
 
-constexpr int kSelectableOnEveryPlatform = 2;
 constexpr unsigned long kNodesOfPlatform253 = 12;
-constexpr std::int64_t kPlatform253 = 253;
 constexpr std::int64_t kPlatform254 = 254;
 
 constexpr const char* kUnsentSelection = "nothing was sent";
@@ -41,19 +38,14 @@ auto Decoded(const QueryOutcome& outcome, const Record& record, Decode decode) {
   return QueryOf(outcome, outcome.Succeeded() ? decode(record) : Type{});
 }
 
-template <typename Record, typename Decode>
-auto AskOne(Asker& asker, Operation<Record> operation, Decode decode) {
-  Record record{};
-  const QueryOutcome outcome =
-      asker.Ask([&](SMMInventory& inventory) { return (inventory.*operation)(record); });
-  return Decoded(outcome, record, decode);
-}
+/// Asker::Ask() or Asker::AskByPlatform().
+using Way = QueryOutcome (Asker::*)(const Asker::Call&);
 
 template <typename Record, typename Decode>
-auto AskOneByPlatform(Asker& asker, Operation<Record> operation, Decode decode) {
+auto AskOne(Asker& asker, Way way, Operation<Record> operation, Decode decode) {
   Record record{};
   const QueryOutcome outcome =
-      asker.AskByPlatform([&](SMMInventory& inventory) { return (inventory.*operation)(record); });
+      (asker.*way)([&](SMMInventory& inventory) { return (inventory.*operation)(record); });
   return Decoded(outcome, record, decode);
 }
 
@@ -64,9 +56,8 @@ auto AskEachNode(Asker& asker, unsigned long nodeCount, NodeOperation<Record> op
   std::vector<Query<decltype(decode(Record{}))>> nodes;
   for (unsigned long node = 1; node <= nodeCount; ++node) {
     Record record{};
-    const auto call = [&](SMMInventory& inventory) { return (inventory.*operation)(node, record); };
-    // By reference, which needs no memory: a shortage is to end one query at most.
-    const QueryOutcome outcome = asker.Ask(std::cref(call));
+    const QueryOutcome outcome =
+        asker.Ask([&](SMMInventory& inventory) { return (inventory.*operation)(node, record); });
     nodes.push_back(Decoded(outcome, record, decode));
   }
   return nodes;
@@ -84,10 +75,10 @@ auto AskEachSlot(Asker& asker, std::size_t slotCount, Operation<std::vector<Reco
 }
 
 Identity AskIdentity(Asker& asker) {
-  return {AskOne(asker, &SMMInventory::GetSmmMT, TextOf),
-          AskOne(asker, &SMMInventory::GetSmmSN, TextOf),
-          AskOne(asker, &SMMInventory::GetSmmVersion, TextOf),
-          AskOne(asker, &SMMInventory::GetSmmName, TextOf)};
+  return {AskOne(asker, &Asker::Ask, &SMMInventory::GetSmmMT, TextOf),
+          AskOne(asker, &Asker::Ask, &SMMInventory::GetSmmSN, TextOf),
+          AskOne(asker, &Asker::Ask, &SMMInventory::GetSmmVersion, TextOf),
+          AskOne(asker, &Asker::Ask, &SMMInventory::GetSmmName, TextOf)};
 }
 
 SlotQuery<PsuFlags> DecodeStatus(const Query<std::vector<PSUStatus>>& status) {
@@ -106,11 +97,12 @@ void Inquiry::Read(Part part, Reading& reading) {
       reading.identity = AskIdentity(asker_);
       break;
     case Part::ChassisPower:
-      reading.chassisPower =
-          AskOneByPlatform(asker_, &SMMInventory::GetChassisPowerConsumption, DecodePower);
+      reading.chassisPower = AskOne(asker_, &Asker::AskByPlatform,
+                                    &SMMInventory::GetChassisPowerConsumption, DecodePower);
       break;
     case Part::PowerCaps:
-      reading.powerCaps = AskOneByPlatform(asker_, &SMMInventory::GetChassisPowerCap, DecodeCaps);
+      reading.powerCaps =
+          AskOne(asker_, &Asker::AskByPlatform, &SMMInventory::GetChassisPowerCap, DecodeCaps);
       break;
     case Part::NodeStatus:
       reading.nodeStatus = AskEachNode(asker_, nodes, &SMMInventory::GetNodeStatus, DecodeNode);
@@ -188,9 +180,8 @@ Query<PsuSelection> Inquiry::SelectPsu(int psu) {
     query.value = PredictPsuSelection(psu, object_.generation, PlatformId());
     return inventory.SelectPSU(psu);
   };
-  static_cast<QueryOutcome&>(query) = psu > kSelectableOnEveryPlatform
-                                          ? asker_.AskByPlatform(std::cref(select))
-                                          : asker_.Ask(std::cref(select));
+  static_cast<QueryOutcome&>(query) =
+      DependsOnPlatform(psu) ? asker_.AskByPlatform(select) : asker_.Ask(select);
   const bool isAnswered = query.cause.kind == FailureCause::None;
   if (!isAsked || !isAnswered) {
     query.value = {psu, false, {}, isAsked ? kUnansweredSelection : kUnsentSelection};

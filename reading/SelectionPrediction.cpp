@@ -8,10 +8,11 @@ namespace Tavrin {
 namespace {
 
 constexpr int kLargestOfFirstGeneration = 3;
-constexpr std::int64_t kPlatform253 = 253;
 constexpr int kLargestOfPlatform254 = 2;
 
 }  // namespace
+
+bool DependsOnPlatform(int psu) { return psu > kLargestOfPlatform254; }
 
 PsuSelection PredictPsuSelection(int psu, SMMIype generation, std::int64_t platformId) {
   const bool isSecondGeneration = generation == SMM_SECOND_GENERATION;
@@ -21,7 +22,7 @@ PsuSelection PredictPsuSelection(int psu, SMMIype generation, std::int64_t platf
                         "acknowledgement is for that one and selects no other",
                         kLargestOfFirstGeneration)};
   }
-  if (isSecondGeneration && platformId != kPlatform253 && psu > kLargestOfPlatform254) {
+  if (isSecondGeneration && platformId != kPlatform253 && DependsOnPlatform(psu)) {
     return {
         psu, true, Number{std::nullopt, "", Absence::NotReported},
         fmt::format("no PSU was sent, since platform {} takes at most {}; an acknowledgement is "
