@@ -137,10 +137,9 @@ Answer EncodeIdentity(const EnclosureState& enclosure, const Bytes& requestData)
     default:
       return Refusal(CompletionCode::kParameterOutOfRange);
   }
-  if (enclosure.secondGeneration) {
-    text.insert(text.begin(), requestData.begin(), requestData.end());
-  }
-  return {CompletionCode::kNormal, text};
+  Bytes data = Front(enclosure, requestData);
+  data.insert(data.end(), text.begin(), text.end());
+  return {CompletionCode::kNormal, data};
 }
 
 /// 0x32/0x98: minimum, average and maximum power, each of 16 bits, low byte first. The data byte is

@@ -168,7 +168,7 @@ std::string SimulatedEnclosure::Output() const {
 }
 
 std::string SimulatedEnclosure::LastOutputLine() const {
-  std::ifstream output(directory_.Path() + "/" + kOutputName);
+  std::istringstream output(Output());
   std::string last;
   for (std::string line; std::getline(output, line);) {
     last = line;
