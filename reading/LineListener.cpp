@@ -9,8 +9,6 @@ namespace Tavrin {
 namespace {
 
 // The levels of the log: the client's failures are warnings, the attempts of a wait are info lines.
-constexpr unsigned int kWarning = 2;
-constexpr unsigned int kInfo = 3;
 
 // The library tells of its attempts in its log alone, whose words are part of its interface.
 constexpr int kAttempts = 6;
@@ -35,12 +33,14 @@ int AttemptNumber(std::string_view text) {
 }
 
 bool IsFailureOfTheClient(const Standalone::LogLine& line) {
-  return line.level <= kWarning && StartsWith(line.source, kClientSource);
+  return line.level <= Standalone::LogLevel::Warning && StartsWith(line.source, kClientSource);
 }
 
 }  // namespace
 
-unsigned int LineListener::Threshold() const { return std::max(observer_.LogLevel(), kInfo); }
+unsigned int LineListener::Threshold() const {
+  return std::max(observer_.LogLevel(), Standalone::LogLevel::Info);
+}
 
 void LineListener::Take(const Standalone::LogLine& line) {
   guard_.Look();

@@ -41,8 +41,8 @@ std::string FindIpmiSim() {
   const char* const path = std::getenv("PATH");
   std::istringstream directories(path == nullptr ? "" : path);
   for (std::string directory; std::getline(directories, directory, ':');) {
-    std::string candidate = directory + "/ipmi_sim";
-    if (!directory.empty() && access(candidate.c_str(), X_OK) == 0) {
+    const fs::path candidate = fs::path(directory) / "ipmi_sim";
+    if (access(candidate.c_str(), X_OK) == 0) {
       return fs::absolute(candidate).string();
     }
   }

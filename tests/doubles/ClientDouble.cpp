@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/Log.h"
+#include "platform/standalone/logger/LogControl.h"
 #include "tests/doubles/PlatformDouble.h"
 
 namespace Tavrin::Double {
@@ -56,11 +57,11 @@ void Fill(const Exchange& exchange, Bytes& response, std::uint8_t& completionCod
 
 /// How a call ended of a client that follows this exchange.
 int Remember(const Exchange& exchange, int result) {
-  constexpr unsigned int kWarning = 2;
   lastExchange.cause = result == 0 ? Standalone::FailureCause::None : exchange.cause;
   lastExchange.words = result == 0 ? "" : exchange.words;
-  if (!lastExchange.words.empty() && Log::GetMinLogLevel() >= kWarning) {
-    Log(kWarning, "platform/standalone/ipmi_client/IpmiClient", __LINE__).Stream()
+  if (!lastExchange.words.empty() && Log::GetMinLogLevel() >= Standalone::LogLevel::Warning) {
+    Log(Standalone::LogLevel::Warning, "platform/standalone/ipmi_client/IpmiClient", __LINE__)
+            .Stream()
         << "failed: " << exchange.words;
   }
   return result;

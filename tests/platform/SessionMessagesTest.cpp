@@ -120,9 +120,9 @@ TEST_P(SessionMessages, AnotherCommandOrNetworkFunctionIsForeign) {
 }
 
 TEST_P(SessionMessages, AnotherNumberOrSessionIsForeign) {
-  expected.number = 10;
+  expected.requesterSequenceNumber = 10;
   EXPECT_EQ(Read(Answer(answer)), Verdict::Foreign);
-  expected.number = 9;
+  expected.requesterSequenceNumber = 9;
   expected.remoteConsoleSessionId = kSessionId + 1;
   EXPECT_EQ(Read(Answer(answer)), Verdict::Foreign);
 }

@@ -225,6 +225,10 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{"NoEffect", Entry(R"("times": 1)"),
                 "overrides[0] is without an effect; expected at least one of completionCode, "
                 "response, delayMs, silent"},
+        BadCase{"CommandOfThePowerSuppliesUnderAnotherNetworkFunction",
+                R"({"overrides": [{"netFn": "0x04", "command": "0x52", "silent": true}]})",
+                R"(overrides[0] is for netFn "0x04" and command "0x52"; expected netFn "0x32", )"
+                R"(or netFn "0x06" with command "0x52")"},
         BadCase{"CommandOfTheSession", Entry(R"("netFn": "0x06", "silent": true)"),
                 R"(overrides[0] is for netFn "0x06" and command "0xA8"; expected netFn "0x32", )"
                 R"(or netFn "0x06" with command "0x52")"}),

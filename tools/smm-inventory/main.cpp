@@ -29,8 +29,6 @@
 namespace Tavrin {
 namespace {
 
-constexpr unsigned int kDebug = 4;
-
 bool CanMoveCursor() {
   const char* const terminal = std::getenv("TERM");
   return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
@@ -65,7 +63,7 @@ void ShowEnvironment(const Options& options, Console& console) {
 /// Up to which level log lines are shown as they are. The first -v shows warnings beside errors,
 /// since errors alone say no more than the tool does in its own words.
 unsigned int ShownLogLevel(unsigned int verbosity) {
-  return verbosity == 0 ? 0 : std::min(verbosity + 1, kDebug);
+  return verbosity == 0 ? 0 : std::min(verbosity + 1, Standalone::LogLevel::Debug);
 }
 
 /// The enclosure that the command line names, with the password that the user gives for it.

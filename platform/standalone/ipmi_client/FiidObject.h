@@ -3,6 +3,7 @@
 #include <freeipmi/freeipmi.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>

@@ -19,10 +19,12 @@
 #include "platform/standalone/ipmi_client/LearnedIntervals.h"
 #include "platform/standalone/ipmi_client/Session.h"
 #include "platform/standalone/ipmi_client/SessionMessages.h"
+#include "platform/standalone/logger/LogControl.h"
 
 namespace Tavrin {
 
 namespace ConnectResult = Standalone::ConnectResult;
+namespace LogLevel = Standalone::LogLevel;
 using Standalone::ConnectSettings;
 using Standalone::Failure;
 using Standalone::FailureCause;
@@ -32,7 +34,6 @@ using std::chrono::milliseconds;
 namespace {
 
 constexpr const char* kSourcePath = "platform/standalone/ipmi_client/IpmiClient";
-constexpr unsigned int kWarning = 2;
 constexpr std::uint8_t kNoCompletionCode = 0xFF;
 
 /// FreeIPMI sets its cryptography up on the first session, and two first sessions at once are not
@@ -54,7 +55,7 @@ void RememberFailure(const Failure& failure) {
   exchange.words = failure.words;
 }
 
-bool IsReporting() { return Log::GetMinLogLevel() >= kWarning; }
+bool IsReporting() { return Log::GetMinLogLevel() >= LogLevel::Warning; }
 
 Failure TooLong(const std::string& what, std::size_t length, std::size_t most) {
   return {
@@ -200,7 +201,7 @@ Failure IpmiClient::State::Exchange(const IPMICOMMAND& request, std::vector<std:
 void IpmiClient::State::Report(const std::string& action, const Failure& failure,
                                unsigned int line) const {
   const bool isResolved = !numericAddress.empty() && numericAddress != address;
-  Log(kWarning, kSourcePath, line).Stream()
+  Log(LogLevel::Warning, kSourcePath, line).Stream()
       << action << " failed: host " << address
       << (isResolved ? " (" + numericAddress + ")" : std::string()) << ", port " << port
       << ", user \"" << userName << "\": " << failure.words << (failure.advice.empty() ? "" : "; ")

@@ -18,7 +18,7 @@ bool IsFilled(const Envelope& envelope, const Algorithms& algorithms, const Pack
                                    envelope.sessionId, envelope.sequenceNumber,
                                    parts.sessionHeader.Get()) == 0 &&
          fill_lan_msg_hdr(IPMI_SLAVE_ADDRESS_BMC, envelope.networkFunction, IPMI_BMC_IPMB_LUN_BMC,
-                          envelope.number, parts.requestHeader.Get()) == 0 &&
+                          envelope.requesterSequenceNumber, parts.requestHeader.Get()) == 0 &&
          fill_rmcpplus_session_trlr(parts.sessionTrailer.Get()) == 0;
 }
 

@@ -23,8 +23,8 @@ struct Envelope {
   std::uint8_t payloadType{};
   std::uint32_t sessionId{};
   std::uint32_t sequenceNumber{};
-  std::uint8_t networkFunction{};  ///< Of an IPMI message; without meaning for the others.
-  std::uint8_t number{};           ///< Requester sequence number of an IPMI message, 0 to 63.
+  std::uint8_t networkFunction{};          ///< Of an IPMI message; without meaning for the others.
+  std::uint8_t requesterSequenceNumber{};  ///< Of an IPMI message, 0 to 63.
 };
 
 /// The message as a datagram; empty when memory or file descriptors are short.

@@ -221,24 +221,24 @@ void Session::AskToClose() {
 /// from another request, and a session sequence number of its own. The question refers to `answer`
 /// and to `request`.
 Question Session::MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer) {
-  const std::uint8_t number = conversation_.NextTag();
-  const auto make = [this, &request, number] {
+  const std::uint8_t requesterSequenceNumber = conversation_.NextTag();
+  const auto make = [this, &request, requesterSequenceNumber] {
     ++sequenceNumber_;
     return MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, handshake_.managedSystemSessionId, sequenceNumber_,
-                        request.netFn, number},
+                        request.netFn, requesterSequenceNumber},
                        Protect(), request);
   };
-  const auto judge = [this, &request, number, &answer](const Datagram& datagram) {
-    return JudgeAnswer(datagram, request, number, answer);
+  const auto judge = [this, &request, requesterSequenceNumber, &answer](const Datagram& datagram) {
+    return JudgeAnswer(datagram, request, requesterSequenceNumber, answer);
   };
   return {make, judge, silence};
 }
 
 Verdict Session::JudgeAnswer(const Datagram& datagram, const IPMICOMMAND& request,
-                             std::uint8_t number, SessionAnswer& answer) {
+                             std::uint8_t requesterSequenceNumber, SessionAnswer& answer) {
   ExpectedAnswer expected;
   expected.remoteConsoleSessionId = handshake_.remoteConsoleSessionId;
-  expected.number = number;
+  expected.requesterSequenceNumber = requesterSequenceNumber;
   expected.networkFunction = request.netFn;
   expected.command = request.cmd;
   expected.lastSequenceNumber = lastAnswer_;

@@ -55,8 +55,8 @@ class Session {
 
   /// A question that goes within the session.
   Question MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer);
-  Verdict JudgeAnswer(const Datagram& datagram, const IPMICOMMAND& request, std::uint8_t number,
-                      SessionAnswer& answer);
+  Verdict JudgeAnswer(const Datagram& datagram, const IPMICOMMAND& request,
+                      std::uint8_t requesterSequenceNumber, SessionAnswer& answer);
   Verdict JudgeWhileRaising(const Datagram& datagram, const Judge& judgeInSession);
   [[nodiscard]] Protection Protect() const;
   [[nodiscard]] bool Has(unsigned int workaround) const;

@@ -49,7 +49,7 @@ bool IsSecondCopy(const UnpackedPacket& packet, const Protection& protection,
 }
 
 bool AnswersRequest(const UnpackedPacket& packet, const ExpectedAnswer& expected) {
-  return packet.MessageHeader().Number("rq_seq") == expected.number &&
+  return packet.MessageHeader().Number("rq_seq") == expected.requesterSequenceNumber &&
          packet.MessageHeader().Number("net_fn") == expected.networkFunction + 1U &&
          packet.message.Number("cmd") == expected.command;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -24,7 +25,7 @@ Datagram MakeRequest(const Envelope& envelope, const Protection& protection,
 /// What an answer has to fit.
 struct ExpectedAnswer {
   std::uint32_t remoteConsoleSessionId{};
-  std::uint8_t number{};  ///< Requester sequence number of the request.
+  std::uint8_t requesterSequenceNumber{};  ///< Of the request.
   std::uint8_t networkFunction{};
   std::uint8_t command{};
   /// Session sequence number of the last answer that was taken.

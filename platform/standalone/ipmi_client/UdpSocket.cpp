@@ -3,7 +3,6 @@
 #include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -29,32 +28,33 @@ AddressList FindAddress(const std::string& numericAddress, int port) {
 
 /// A connected socket takes datagrams from its other end only, and hears what the network says of
 /// it.
-int OpenConnected(const addrinfo& address, int& descriptor) {
-  descriptor = socket(address.ai_family, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  const bool isConnected =
-      descriptor >= 0 && connect(descriptor, address.ai_addr, address.ai_addrlen) == 0;
-  return isConnected ? 0 : errno;
+FileDescriptor OpenConnected(const std::string& numericAddress, int port, int& error) {
+  const AddressList address = FindAddress(numericAddress, port);
+  if (!address) {
+    error = EADDRNOTAVAIL;
+    return FileDescriptor(-1);
+  }
+  FileDescriptor descriptor(
+      socket(address->ai_family, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  const bool isConnected = descriptor.Get() >= 0 &&
+                           connect(descriptor.Get(), address->ai_addr, address->ai_addrlen) == 0;
+  error = isConnected ? 0 : errno;
+  return descriptor;
 }
 
 }  // namespace
 
-UdpSocket::UdpSocket(const std::string& numericAddress, int port) {
+UdpSocket::UdpSocket(const std::string& numericAddress, int port)
+    : descriptor_(OpenConnected(numericAddress, port, openError_)) {
   buffer_.reserve(kUsualCapacity);
-  const AddressList address = FindAddress(numericAddress, port);
-  openError_ = address ? OpenConnected(*address, descriptor_) : EADDRNOTAVAIL;
-}
-
-UdpSocket::~UdpSocket() {
-  if (descriptor_ >= 0) {
-    close(descriptor_);
-  }
 }
 
 int UdpSocket::Send(const Datagram& datagram) {
   // What the network said of an earlier datagram comes first, in the place of this one.
   for (int attempt = 0; attempt < 2; ++attempt) {
     // Without room to send in it is as good as lost on the way, and repeated like that.
-    if (send(descriptor_, datagram.data(), datagram.size(), MSG_NOSIGNAL) >= 0 || errno == EAGAIN) {
+    if (send(descriptor_.Get(), datagram.data(), datagram.size(), MSG_NOSIGNAL) >= 0 ||
+        errno == EAGAIN) {
       return 0;
     }
     if (TakePeerError(errno) != 0) {
@@ -81,7 +81,7 @@ int UdpSocket::TakePeerError(int error) {
 /// Returns when something came, or for another reason: that shows when it is taken.
 void UdpSocket::Wait(Clock::time_point deadline) const {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-  pollfd source{descriptor_, POLLIN, 0};
+  pollfd source{descriptor_.Get(), POLLIN, 0};
   poll(&source, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
 }
 
@@ -89,9 +89,9 @@ UdpSocket::Received UdpSocket::Receive(Clock::time_point deadline) {
   while (Clock::now() < deadline) {
     Wait(deadline);
     // How long it is comes first, so that a datagram of any length is taken whole.
-    ssize_t length = recv(descriptor_, nullptr, 0, MSG_PEEK | MSG_TRUNC);
+    ssize_t length = recv(descriptor_.Get(), nullptr, 0, MSG_PEEK | MSG_TRUNC);
     buffer_.resize(static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
-    length = length < 0 ? length : recv(descriptor_, buffer_.data(), buffer_.size(), 0);
+    length = length < 0 ? length : recv(descriptor_.Get(), buffer_.data(), buffer_.size(), 0);
     if (length >= 0) {
       buffer_.resize(static_cast<std::size_t>(length));
       return {&buffer_, 0};

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/standalone/ipmi_client/Datagram.h"
+#include "support/FileDescriptor.h"
 
 namespace Tavrin {
 namespace Standalone {
@@ -17,9 +18,6 @@ class UdpSocket {
  public:
   /// `numericAddress` is an IPv4 or IPv6 address.
   UdpSocket(const std::string& numericAddress, int port);
-  ~UdpSocket();
-  UdpSocket(const UdpSocket&) = delete;
-  UdpSocket& operator=(const UdpSocket&) = delete;
 
   /// What keeps the socket from being used at all.
   [[nodiscard]] int OpenError() const { return openError_; }
@@ -48,8 +46,8 @@ class UdpSocket {
   void Wait(Clock::time_point deadline) const;
   int TakePeerError(int error);
 
-  int descriptor_ = -1;
-  int openError_{};
+  int openError_ = 0;
+  FileDescriptor descriptor_;
   int peerError_ = 0;
   Datagram buffer_;
 };

@@ -23,10 +23,11 @@
 namespace Tavrin {
 namespace {
 
+namespace LogLevel = Standalone::LogLevel;
 using Standalone::LogLine;
 
-constexpr int kDefaultLevel = 1;
-constexpr unsigned int kHighestLevel = 4;
+constexpr int kDefaultLevel = LogLevel::Error;
+constexpr unsigned int kHighestLevel = LogLevel::Debug;
 constexpr const char* kLevelKey = "TAVRIN_LOG_LEVEL";
 
 /// Keeps handler calls apart and lets SetLogLineHandler() wait for a call that is under way. Guards
@@ -136,7 +137,7 @@ std::optional<int> ParseThreshold(const char* text) {
 
 void ReportRejectedThreshold(const char* text) {
   Write([text] {
-    return LogLine{1, "platform/standalone/logger/Log", __LINE__,
+    return LogLine{LogLevel::Error, "platform/standalone/logger/Log", __LINE__,
                    std::string(kLevelKey) + " is \"" + text +
                        "\"; expected 0 (off), 1 (error), 2 (warning), 3 (info) or 4 (debug); " +
                        std::to_string(kDefaultLevel) + " holds"};

@@ -6,17 +6,26 @@
 namespace Tavrin {
 namespace Standalone {
 
+/// The levels of log lines, which are thresholds as well: one lets the lines up to it through, and
+/// 0 none.
+namespace LogLevel {
+constexpr unsigned int Error = 1;
+constexpr unsigned int Warning = 2;
+constexpr unsigned int Info = 3;
+constexpr unsigned int Debug = 4;
+}  // namespace LogLevel
+
 /// One complete log line.
 struct LogLine {
-  unsigned int level;  ///< 1 error, 2 warning, 3 info, 4 debug.
+  unsigned int level;  ///< One of LogLevel.
   std::string source;  ///< Path of the source that wrote the line, from the root of its repository.
   unsigned int line;   ///< Line number in that source.
   std::string text;    ///< As written: it may hold any byte that a controller sent.
 };
 
-/// Sets the log threshold at run time: 0 off, 1 error, 2 warning, 3 info, 4 debug; a larger value
-/// counts as 4. Wins over the environment variable TAVRIN_LOG_LEVEL, and does not count for threads
-/// that have a log of their own (ThreadLog.h). May be called from any thread.
+/// Sets the log threshold at run time: 0 or one of LogLevel; a larger value counts as Debug. Wins
+/// over the environment variable TAVRIN_LOG_LEVEL, and does not count for threads that have a log
+/// of their own (ThreadLog.h). May be called from any thread.
 void SetMinLogLevel(unsigned int level);
 
 /// Hands every line that is written from now on to `handler` instead of to standard error, but for

@@ -22,7 +22,7 @@ namespace Standalone {
 /// on the thread that made it, and several of them in the opposite order.
 class ThreadLog {
  public:
-  /// `threshold`: 0 off, 1 error, 2 warning, 3 info, 4 debug; a larger value counts as 4.
+  /// `threshold`: 0 or one of LogLevel; a larger value counts as Debug.
   ThreadLog(unsigned int threshold, std::function<void(const LogLine&)> handler);
   ~ThreadLog();
   ThreadLog(const ThreadLog&) = delete;

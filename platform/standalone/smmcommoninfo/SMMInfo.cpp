@@ -13,6 +13,7 @@
 #include "platform/standalone/HexByte.h"
 #include "platform/standalone/PassingRefusal.h"
 #include "platform/standalone/ipmi_client/ConnectRound.h"
+#include "platform/standalone/logger/LogControl.h"
 #include "platform/standalone/smmcommoninfo/LastDetection.h"
 
 namespace Tavrin {
@@ -23,7 +24,6 @@ using TavrinConnection::ConnectionInfo;
 constexpr const char* kSourcePath = "platform/standalone/smmcommoninfo/SMMInfo";
 constexpr const char* kOverrideKey = "SMM_TYPE";
 constexpr int kDetect = -1;
-constexpr unsigned int kWarning = 2;
 
 constexpr int kDetected = 0;
 constexpr int kNotDetected = 1;
@@ -49,8 +49,8 @@ LastDetection& ThisThreadsDetection() {
 bool AdmitsIpmi(std::int32_t connectionKind) { return connectionKind == 1 || connectionKind == 7; }
 
 void Warn(const std::string& text, unsigned int line) {
-  if (Log::GetMinLogLevel() >= kWarning) {
-    Log(kWarning, kSourcePath, line).Stream() << text;
+  if (Log::GetMinLogLevel() >= Standalone::LogLevel::Warning) {
+    Log(Standalone::LogLevel::Warning, kSourcePath, line).Stream() << text;
   }
 }
 

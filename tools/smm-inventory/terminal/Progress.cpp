@@ -6,13 +6,12 @@
 #include <array>
 #include <string_view>
 
+#include "platform/standalone/logger/LogControl.h"
 #include "support/EscapeControlBytes.h"
 
 namespace Tavrin {
 namespace {
 
-constexpr unsigned int kError = 1;
-constexpr unsigned int kWarning = 2;
 // What these complain about is the user's environment.
 constexpr std::array<std::string_view, 2> kEnvironmentSources = {
     "platform/standalone/globalconfig/", "platform/standalone/logger/"};
@@ -32,7 +31,9 @@ std::string LogText(const Standalone::LogLine& line) {
 
 }  // namespace
 
-unsigned int Progress::LogLevel() const { return std::max(shownLevel_, kError); }
+unsigned int Progress::LogLevel() const {
+  return std::max(shownLevel_, Standalone::LogLevel::Error);
+}
 
 void Progress::LineWritten(const Standalone::LogLine& line) {
   if (line.level <= shownLevel_) {
@@ -58,7 +59,7 @@ void Progress::WaitEnds() {
 }
 
 void Progress::AttemptFailed(const Cause& cause) {
-  const bool isShownAsALine = shownLevel_ >= kWarning;
+  const bool isShownAsALine = shownLevel_ >= Standalone::LogLevel::Warning;
   if (waitName_.empty() || isShownAsALine || IsLoginRefused(cause.kind)) {
     return;
   }
