@@ -69,9 +69,9 @@ std::string Lines(const std::string& address, const Answer& answer) {
   return lines;
 }
 
-std::string Begin(const std::string& /*address*/) { return kHeader; }
+std::string Header(const std::string& /*address*/) { return kHeader; }
 
-std::string PartText(const Reading& soFar, Part part) {
+std::string LinesOfPart(const Reading& soFar, Part part) {
   std::string lines;
   if (const std::optional<Section> section = Describe(soFar, part)) {
     for (const Answer& answer : section->answers) {
@@ -81,7 +81,7 @@ std::string PartText(const Reading& soFar, Part part) {
   return lines;
 }
 
-std::string End(const Reading& reading, const ReportContext& /*context*/) {
+std::string LineOfFailure(const Reading& reading, const ReportContext& /*context*/) {
   return reading.failure ? Line({reading.address, "", "", "", "", "",
                                  FailureReason(reading.failure->status, reading.failure->cause)})
                          : "";
@@ -89,6 +89,8 @@ std::string End(const Reading& reading, const ReportContext& /*context*/) {
 
 }  // namespace
 
-Format CsvFormat() { return {"csv", "One row a value, for spreadsheets", Begin, PartText, End}; }
+Format CsvFormat() {
+  return {"csv", "One row a value, for spreadsheets", Header, LinesOfPart, LineOfFailure};
+}
 
 }  // namespace Tavrin

@@ -143,9 +143,9 @@ std::optional<QueryOutcome> SharedFailure(const Reading& reading,
   return isShared ? std::optional<QueryOutcome>(last) : std::nullopt;
 }
 
-std::string Begin(const std::string& /*address*/) { return ""; }
+std::string NoBeginning(const std::string& /*address*/) { return ""; }
 
-std::string PartText(const Reading& /*soFar*/, Part /*part*/) { return ""; }
+std::string NoPart(const Reading& /*soFar*/, Part /*part*/) { return ""; }
 
 std::string Document(const Reading& reading, const ReportContext& context) {
   const std::vector<Answer> answers = AllAnswers(reading);
@@ -166,7 +166,7 @@ std::string Document(const Reading& reading, const ReportContext& context) {
 }  // namespace
 
 Format JsonFormat() {
-  return {"json", "One JSON document, for programs", Begin, PartText, Document};
+  return {"json", "One JSON document, for programs", NoBeginning, NoPart, Document};
 }
 
 }  // namespace Tavrin

@@ -142,8 +142,9 @@ TEST_P(Memory, MalformedSettingIsReportedOrNotAndTheQueryGoesOn) {
   });
 }
 
-INSTANTIATE_TEST_SUITE_P(LogLevel, Memory, ::testing::Values(0U, 4U),
-                         ::testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Log, Memory, ::testing::Values(0U, 4U), [](const auto& level) {
+  return std::string(level.param == 0 ? "WithoutALine" : "WithEachLine");
+});
 
 }  // namespace
 }  // namespace Tavrin

@@ -9,14 +9,19 @@
 #include <cstdlib>
 #include <string>
 
+#ifndef MUTANTS_ENVIRONMENT_OF_THE_TEST
+#define MUTANTS_ENVIRONMENT_OF_THE_TEST "/proc/1/environ"
+#endif
+
 /// What the environment variable holds, or an empty text without it. A program that a test starts
-/// with an environment of its own finds it in that of the first process, which is the test program.
+/// with an environment of its own finds it in that of the test program, which in the sandbox is the
+/// first process.
 inline std::string mutantsVariable(const std::string& name) {
   if (const char* const value = std::getenv(name.c_str())) {
     return value;
   }
   std::string all(1U << 16U, '\0');
-  const int file = open("/proc/1/environ", O_RDONLY | O_CLOEXEC);
+  const int file = open(MUTANTS_ENVIRONMENT_OF_THE_TEST, O_RDONLY | O_CLOEXEC);
   read(file, &all[1], all.size() - 2);
   close(file);
   const std::size_t at = all.find('\0' + name + '=');

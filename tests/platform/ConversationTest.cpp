@@ -28,7 +28,7 @@ Datagram Tagged(std::uint8_t tag, std::uint8_t sessionId = 0) {
           0,    0,    1,    0,    tag};
 }
 
-Verdict Judge(const Datagram& datagram) {
+Verdict JudgeByBytes(const Datagram& datagram) {
   return datagram == kAnswer    ? Verdict::Answer
          : datagram == kDamaged ? Verdict::Damaged
                                 : Verdict::Foreign;
@@ -68,7 +68,7 @@ class ConversationTest : public testing::Test {
   static Question Plain(Trouble silence = Trouble::NoAnswer) {
     Question question;
     question.make = [] { return kAsked; };
-    question.judge = Judge;
+    question.judge = JudgeByBytes;
     question.silence = silence;
     return question;
   }

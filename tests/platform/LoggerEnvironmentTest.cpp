@@ -53,15 +53,16 @@ class LoggerEnvironment : public testing::Test {
 using LoggerThreshold = LoggerEnvironment;
 using LoggerSink = LoggerEnvironment;
 
-struct Row {
+struct ThresholdCase {
   const char* threshold;
   const char* expected;
 };
 
 TEST_F(LoggerThreshold, EnvironmentSetsIt) {
-  const Row rows[] = {{nullptr, "threshold 1\n"}, {"0", "threshold 0\n"}, {"1", "threshold 1\n"},
-                      {"2", "threshold 2\n"},     {"3", "threshold 3\n"}, {"4", "threshold 4\n"}};
-  for (const Row& row : rows) {
+  const ThresholdCase rows[] = {{nullptr, "threshold 1\n"}, {"0", "threshold 0\n"},
+                                {"1", "threshold 1\n"},     {"2", "threshold 2\n"},
+                                {"3", "threshold 3\n"},     {"4", "threshold 4\n"}};
+  for (const ThresholdCase& row : rows) {
     EXPECT_EXIT(Probe(row.threshold), ExitedWithCode(EXIT_SUCCESS),
                 AllOf(HasSubstr(row.expected), Not(HasSubstr("expected 0 (off)"))));
   }

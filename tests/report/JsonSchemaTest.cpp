@@ -15,7 +15,9 @@ namespace {
 using nlohmann::json;
 using testing::HasSubstr;
 
-json Document(const Reading& reading) { return json::parse(JsonFormat().end(reading, {"0.1.0"})); }
+json ParsedDocument(const Reading& reading) {
+  return json::parse(JsonFormat().end(reading, {"0.1.0"}));
+}
 
 struct BadDocument {
   std::string path;  ///< Of what is changed.
@@ -70,7 +72,7 @@ TEST(JsonSchema, DocumentThatDepartsFromItIsToldApart) {
       {"/queries/psuFans/slots/0/surplus", "1", "surplus"},
       {"/queries/psuStatus/slots/0/fields/epow/value", "\"trigger\"", "epow/value"},
   };
-  ExpectComplaints(Document(ExampleReading()), table);
+  ExpectComplaints(ParsedDocument(ExampleReading()), table);
 }
 
 TEST(JsonSchema, EveryMemberOfTheWholeIsRequired) {
@@ -78,7 +80,7 @@ TEST(JsonSchema, EveryMemberOfTheWholeIsRequired) {
                                             "readAt",        "durationMs",  "queries"};
   std::vector<std::string> bad;
   for (const std::string& member : members) {
-    json document = Document(ExampleReading());
+    json document = ParsedDocument(ExampleReading());
     document.erase(member);
     bad.push_back(document.dump());
   }
@@ -103,8 +105,8 @@ TEST(JsonSchema, FailedDocumentThatDepartsFromItIsToldApart) {
       {"/queries/nodePower", R"([{"status": 2}])", "queries/nodePower/0"},
       {"/queries/nodePower", R"([{"node": 1, "status": 0}])", "queries/nodePower/0/status"},
   };
-  ExpectComplaints(Document(FailedReading()), table);
-  json document = Document(FailedReading());
+  ExpectComplaints(ParsedDocument(FailedReading()), table);
+  json document = ParsedDocument(FailedReading());
   document.erase("failure");
   EXPECT_THAT(SchemaErrors({document.dump()}).front(), HasSubstr("generation"));
 }

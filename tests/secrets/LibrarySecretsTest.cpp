@@ -14,7 +14,7 @@ using testing::AllOf;
 using testing::HasSubstr;
 using Texts = std::vector<std::string>;
 
-struct Circumstance {
+struct CircumstanceOfLibrary {
   const char* name;
   std::string port;  ///< Empty for the simulated enclosure's.
   std::string user;
@@ -23,12 +23,14 @@ struct Circumstance {
   std::string words;  ///< What the log says of the circumstance.
 };
 
-void PrintTo(const Circumstance& circumstance, std::ostream* out) { *out << circumstance.name; }
+void PrintTo(const CircumstanceOfLibrary& circumstance, std::ostream* out) {
+  *out << circumstance.name;
+}
 
-class LibrarySecrets : public testing::TestWithParam<Circumstance> {};
+class LibrarySecrets : public testing::TestWithParam<CircumstanceOfLibrary> {};
 
 TEST_P(LibrarySecrets, PasswordIsToldNowhere) {
-  const Circumstance& given = GetParam();
+  const CircumstanceOfLibrary& given = GetParam();
   const SimulatedSmm simulator({"--generation", "1"}, R"({"overrides": []})", kPassword);
   Texts environment = {"TAVRIN_LOG_LEVEL=4", "IPMI_SESSION_TIMEOUT_MS=1000",
                        "IPMI_WORKAROUND_FLAGS=16"};
@@ -49,26 +51,26 @@ TEST_P(LibrarySecrets, PasswordIsToldNowhere) {
 INSTANTIATE_TEST_SUITE_P(
     Circumstances, LibrarySecrets,
     testing::Values(
-        Circumstance{"Success", "", "admin", kPassword, {}, "Response="},
-        Circumstance{"WrongUser", "", "nobody", kPassword, {}, "user \"nobody\": "},
-        Circumstance{"WrongPassword", "", "admin", kWrongPassword, {}, "connect failed"},
-        Circumstance{"DeadHost",
-                     "9",
-                     "admin",
-                     kPassword,
-                     {"IPMI_SESSION_TIMEOUT_MS=200", "IPMI_CONNECT_RETRY_TIMES=1"},
-                     "port 9"},
-        Circumstance{
+        CircumstanceOfLibrary{"Success", "", "admin", kPassword, {}, "Response="},
+        CircumstanceOfLibrary{"WrongUser", "", "nobody", kPassword, {}, "user \"nobody\": "},
+        CircumstanceOfLibrary{"WrongPassword", "", "admin", kWrongPassword, {}, "connect failed"},
+        CircumstanceOfLibrary{"DeadHost",
+                              "9",
+                              "admin",
+                              kPassword,
+                              {"IPMI_SESSION_TIMEOUT_MS=200", "IPMI_CONNECT_RETRY_TIMES=1"},
+                              "port 9"},
+        CircumstanceOfLibrary{
             "RefusedSuite", "", "admin", kPassword, {"IPMI_CIPHER_SUITE=17"}, "cipher suite"},
-        Circumstance{"RefusedSetting",
-                     "",
-                     "admin",
-                     kPassword,
-                     {"IPMI_PRIVILEGE_LEVEL=9"},
-                     "IPMI_PRIVILEGE_LEVEL"},
-        Circumstance{
+        CircumstanceOfLibrary{"RefusedSetting",
+                              "",
+                              "admin",
+                              kPassword,
+                              {"IPMI_PRIVILEGE_LEVEL=9"},
+                              "IPMI_PRIVILEGE_LEVEL"},
+        CircumstanceOfLibrary{
             "OverlongPassword", "", "admin", kOverlongPassword, {}, "the password has 21 bytes"}),
-    [](const testing::TestParamInfo<Circumstance>& circumstance) {
+    [](const testing::TestParamInfo<CircumstanceOfLibrary>& circumstance) {
       return circumstance.param.name;
     });
 

@@ -45,7 +45,7 @@ void ExpectNoPasswordIn(const Learned& learned) {
 }
 
 /// A run that reads its password from standard input, and waits while it reads.
-struct Circumstance {
+struct CircumstanceOfTool {
   const char* name;
   std::string host;  ///< Empty for the simulated enclosure.
   std::string user;
@@ -56,12 +56,14 @@ struct Circumstance {
   std::string words;  ///< What standard error says of the circumstance.
 };
 
-void PrintTo(const Circumstance& circumstance, std::ostream* out) { *out << circumstance.name; }
+void PrintTo(const CircumstanceOfTool& circumstance, std::ostream* out) {
+  *out << circumstance.name;
+}
 
-class ToolSecrets : public testing::TestWithParam<Circumstance> {};
+class ToolSecrets : public testing::TestWithParam<CircumstanceOfTool> {};
 
 TEST_P(ToolSecrets, PasswordIsToldNowhere) {
-  const Circumstance& given = GetParam();
+  const CircumstanceOfTool& given = GetParam();
   const SimulatedSmm simulator({"--generation", "2", "--platform", "254"}, R"({"overrides": [
     {"command": "0xB0", "data": "05 0B", "response": "00"}
   ]})",
@@ -86,14 +88,18 @@ TEST_P(ToolSecrets, PasswordIsToldNowhere) {
 INSTANTIATE_TEST_SUITE_P(
     Circumstances, ToolSecrets,
     testing::Values(
-        Circumstance{"Success", "", "admin", kPassword, {"power"}, {}, 0, "cmd=0x98"},
-        Circumstance{"Document", "", "admin", kPassword, {"--json", "psus"}, {}, 0, "cmd=0x92"},
-        Circumstance{"Exception", "", "admin", kPassword, {}, {}, 1, "gave up with an exception"},
-        Circumstance{"WrongUser", "", "nobody", kPassword, {}, {}, 1, "user \"nobody\": "},
-        Circumstance{"WrongPassword", "", "admin", kWrongPassword, {}, {}, 1, "password"},
-        Circumstance{"DeadHost", "127.0.0.1:9", "admin", kPassword, {}, {kOneAttempt}, 1, "port 9"},
-        Circumstance{"RefusedSuite", "", "admin", kPassword, {"-C", "17"}, {}, 1, "cipher suite"}),
-    [](const testing::TestParamInfo<Circumstance>& circumstance) {
+        CircumstanceOfTool{"Success", "", "admin", kPassword, {"power"}, {}, 0, "cmd=0x98"},
+        CircumstanceOfTool{
+            "Document", "", "admin", kPassword, {"--json", "psus"}, {}, 0, "cmd=0x92"},
+        CircumstanceOfTool{
+            "Exception", "", "admin", kPassword, {}, {}, 1, "gave up with an exception"},
+        CircumstanceOfTool{"WrongUser", "", "nobody", kPassword, {}, {}, 1, "user \"nobody\": "},
+        CircumstanceOfTool{"WrongPassword", "", "admin", kWrongPassword, {}, {}, 1, "password"},
+        CircumstanceOfTool{
+            "DeadHost", "127.0.0.1:9", "admin", kPassword, {}, {kOneAttempt}, 1, "port 9"},
+        CircumstanceOfTool{
+            "RefusedSuite", "", "admin", kPassword, {"-C", "17"}, {}, 1, "cipher suite"}),
+    [](const testing::TestParamInfo<CircumstanceOfTool>& circumstance) {
       return circumstance.param.name;
     });
 

@@ -179,13 +179,13 @@ TEST(LauncherOptions, HelpNamesEveryOptionWithItsDefault) {
   }
 }
 
-struct BadCase {
+struct BadArguments {
   std::string name;
   Texts arguments;
   std::string complaint;
 };
 
-class BadOption : public testing::TestWithParam<BadCase> {};
+class BadOption : public testing::TestWithParam<BadArguments> {};
 
 TEST_P(BadOption, GetsOneSentenceWithValueAndExpectation) {
   EXPECT_EQ(Complaint(GetParam().arguments), GetParam().complaint);
@@ -198,57 +198,60 @@ const std::string kLoopback = "; expected a loopback address such as 127.0.0.1 o
 INSTANTIATE_TEST_SUITE_P(
     All, BadOption,
     testing::Values(
-        BadCase{"NoGeneration", {}, "--generation is missing; expected 1 or 2"},
-        BadCase{"Generation3", {"--generation", "3"}, R"(--generation is "3"; expected 1 or 2)"},
-        BadCase{"GenerationWithoutValue",
-                {"--generation"},
-                "--generation: 1 required TEXT missing; --help lists what is expected"},
-        BadCase{"Platform253OfFirstGeneration",
-                {"--generation", "1", "--platform", "253"},
-                R"(--platform is "253"; expected 254 or none with --generation 1)"},
-        BadCase{"Platform252",
-                {"--generation", "2", "--platform", "252"},
-                R"(--platform is "252"; expected 253 or 254)"},
-        BadCase{
+        BadArguments{"NoGeneration", {}, "--generation is missing; expected 1 or 2"},
+        BadArguments{
+            "Generation3", {"--generation", "3"}, R"(--generation is "3"; expected 1 or 2)"},
+        BadArguments{"GenerationWithoutValue",
+                     {"--generation"},
+                     "--generation: 1 required TEXT missing; --help lists what is expected"},
+        BadArguments{"Platform253OfFirstGeneration",
+                     {"--generation", "1", "--platform", "253"},
+                     R"(--platform is "253"; expected 254 or none with --generation 1)"},
+        BadArguments{"Platform252",
+                     {"--generation", "2", "--platform", "252"},
+                     R"(--platform is "252"; expected 253 or 254)"},
+        BadArguments{
             "PortNoNumber", {"--generation", "1", "--port", "62x"}, R"(--port is "62x")" + kPort},
-        BadCase{"PortTooLarge",
-                {"--generation", "1", "--port", "65536"},
-                R"(--port is "65536")" + kPort},
-        BadCase{"PortNegative", {"--generation", "1", "--port", "-1"}, R"(--port is "-1")" + kPort},
-        BadCase{"EveryAddress",
-                {"--generation", "1", "--address", "0.0.0.0"},
-                R"(--address is "0.0.0.0")" + kLoopback},
-        BadCase{"AddressByName",
-                {"--generation", "1", "--address", "localhost"},
-                R"(--address is "localhost")" + kLoopback},
-        BadCase{"EmptyUser",
-                {"--generation", "1", "--user", ""},
-                "--user is 0 bytes long; expected 1 to 16 bytes"},
-        BadCase{"UserTooLong",
-                {"--generation", "1", "--user", "0123456789abcdefg"},
-                "--user is 17 bytes long; expected 1 to 16 bytes"},
-        BadCase{"NoPasswordFile",
-                {"--generation", "1", "--password-file", "/none"},
-                R"(--password-file is "/none"; expected a readable file (No such file or )"
-                "directory)"},
-        BadCase{"ScenarioIsADirectory",
-                {"--generation", "1", "--scenario", "/tmp"},
-                R"(--scenario is "/tmp"; expected a readable file (Is a directory))"},
-        BadCase{
+        BadArguments{"PortTooLarge",
+                     {"--generation", "1", "--port", "65536"},
+                     R"(--port is "65536")" + kPort},
+        BadArguments{
+            "PortNegative", {"--generation", "1", "--port", "-1"}, R"(--port is "-1")" + kPort},
+        BadArguments{"EveryAddress",
+                     {"--generation", "1", "--address", "0.0.0.0"},
+                     R"(--address is "0.0.0.0")" + kLoopback},
+        BadArguments{"AddressByName",
+                     {"--generation", "1", "--address", "localhost"},
+                     R"(--address is "localhost")" + kLoopback},
+        BadArguments{"EmptyUser",
+                     {"--generation", "1", "--user", ""},
+                     "--user is 0 bytes long; expected 1 to 16 bytes"},
+        BadArguments{"UserTooLong",
+                     {"--generation", "1", "--user", "0123456789abcdefg"},
+                     "--user is 17 bytes long; expected 1 to 16 bytes"},
+        BadArguments{"NoPasswordFile",
+                     {"--generation", "1", "--password-file", "/none"},
+                     R"(--password-file is "/none"; expected a readable file (No such file or )"
+                     "directory)"},
+        BadArguments{"ScenarioIsADirectory",
+                     {"--generation", "1", "--scenario", "/tmp"},
+                     R"(--scenario is "/tmp"; expected a readable file (Is a directory))"},
+        BadArguments{
             "PathTooLong",
             {"--generation", "1", "--scenario", kLongPath},
             "--scenario is \"" + kLongPath + "\"; expected a readable file (File name too long)"},
-        BadCase{"FileThatCannotBeRead",
-                {"--generation", "1", "--password-file", "/proc/self/mem"},
-                R"(--password-file is "/proc/self/mem"; expected a readable file (Input/output )"
-                "error)"},
-        BadCase{"FileWithoutEnd",
-                {"--generation", "1", "--scenario", "/dev/zero"},
-                R"(--scenario is "/dev/zero"; expected a file of at most 1048576 bytes)"},
-        BadCase{"UnknownOption",
-                {"--generation", "1", "--speed"},
-                "The following argument was not expected: --speed; --help lists what is "
-                "expected"}),
+        BadArguments{
+            "FileThatCannotBeRead",
+            {"--generation", "1", "--password-file", "/proc/self/mem"},
+            R"(--password-file is "/proc/self/mem"; expected a readable file (Input/output )"
+            "error)"},
+        BadArguments{"FileWithoutEnd",
+                     {"--generation", "1", "--scenario", "/dev/zero"},
+                     R"(--scenario is "/dev/zero"; expected a file of at most 1048576 bytes)"},
+        BadArguments{"UnknownOption",
+                     {"--generation", "1", "--speed"},
+                     "The following argument was not expected: --speed; --help lists what is "
+                     "expected"}),
     [](const auto& instance) { return instance.param.name; });
 
 TEST(LoopbackAddress, WholeLoopbackNetIsOne) {

@@ -87,19 +87,20 @@ std::vector<std::string> NamesOfThoseThatSendOnce() {
   return names;
 }
 
-std::string TestName(const testing::TestParamInfo<std::tuple<std::string, int>>& info) {
+std::string NameOfOperationAndSmmType(
+    const testing::TestParamInfo<std::tuple<std::string, int>>& info) {
   return std::get<0>(info.param) + "OfSmmType" + std::to_string(std::get<1>(info.param));
 }
 
 INSTANTIATE_TEST_SUITE_P(Operation, AnyAnswer,
                          testing::Combine(testing::ValuesIn(OperationNames()),
                                           testing::Values(0, 1, 7)),
-                         TestName);
+                         NameOfOperationAndSmmType);
 
 INSTANTIATE_TEST_SUITE_P(Operation, AnyAnswerOfItsOwn,
                          testing::Combine(testing::ValuesIn(NamesOfThoseThatSendOnce()),
                                           testing::Values(0, 1, 7)),
-                         TestName);
+                         NameOfOperationAndSmmType);
 
 }  // namespace
 }  // namespace Tavrin::Double

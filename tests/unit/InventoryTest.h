@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -21,6 +22,9 @@ class Implementation : public SMMInventoryImpl {
   int SelectPSU(int psu) { return SelectPSUImpl(psu); }
   int GetSMMStatus(SMMStatus& status) { return GetSMMStatusImp(status); }
 };
+
+/// Counts of PSU slots: those that occur, and others up to more than a number of 32 bits has bits.
+constexpr std::array<std::uint8_t, 7> kSlotCounts = {0, 1, 2, 6, 9, 33, 40};
 
 /// Stands for the status of an operation that raises std::bad_alloc instead of returning one.
 constexpr int kRaisesBadAlloc = -1;

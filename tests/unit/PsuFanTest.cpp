@@ -22,7 +22,6 @@ using StatusCode::NotConnected;
 using StatusCode::Success;
 using ::testing::IsEmpty;
 
-const Bytes kSlotCounts = {0, 1, 2, 6, 9, 33, 40};
 const Bytes kSecondGenerationAnswer = {0xAA, 0x10, 0x27, 0x32, 0x00, 0x00, 0x00, 0x02};
 const Bytes kFirstGenerationAnswer = {0xE8, 0x03, 0x00, 0x01};
 
@@ -94,7 +93,7 @@ TEST_F(PsuFan, EveryLengthAndCompletionCodeHasItsOutcome) {
 TEST_F(PsuFan, EverySlotIsAskedInOrderAndAppended) {
   for (const int smmType : {0, 7}) {
     inventory.smmType = static_cast<SMMIype>(smmType);
-    for (const std::uint8_t count : kSlotCounts) {
+    for (const std::uint8_t count : Double::kSlotCounts) {
       std::string expected = kAsPassed;
       for (std::uint8_t slot = 1; slot <= count; ++slot) {
         Expect(slot, {slot, 0x01, slot, 0x02});
@@ -108,7 +107,7 @@ TEST_F(PsuFan, EverySlotIsAskedInOrderAndAppended) {
 
 TEST_F(PsuFan, EverySecondGenerationSlotIsAskedInOrderAndAppended) {
   inventory.smmType = SMM_SECOND_GENERATION;
-  for (const std::uint8_t count : kSlotCounts) {
+  for (const std::uint8_t count : Double::kSlotCounts) {
     std::string expected = kAsPassed;
     for (std::uint8_t slot = 1; slot <= count; ++slot) {
       const auto patB = static_cast<std::uint8_t>(100 + slot);

@@ -38,8 +38,6 @@ const Register kManufacturer = {&SMMInventoryImpl::GetPSUManufacture, 0x05, 0x99
 const Register kPosition = {&SMMInventoryImpl::GetPSUPosition, 0x20, 0xF0};
 const std::vector<Register> kRegisters = {kVersion, kManufacturer, kPosition};
 
-const Bytes kSlotCounts = {0, 1, 2, 6, 9, 33, 40};
-
 class PsuRegisters : public Double::InventoryTest {
  protected:
   static constexpr const char* kAsPassed = "1=held before;99=another;";
@@ -200,7 +198,7 @@ TEST_F(PsuRegisters, OtherSmmTypesAreAskedOverTheBusOfTheSlot) {
 TEST_F(PsuRegisters, EverySlotIsReadInOrderAndStoredUnderItsNumber) {
   for (const SMMIype smmType : {SMM_FIRST_GENERATION, SMM_SECOND_GENERATION}) {
     inventory.smmType = smmType;
-    for (const std::uint8_t count : kSlotCounts) {
+    for (const std::uint8_t count : Double::kSlotCounts) {
       inventory.psuSlotCount = count;
       out.clear();
       std::map<int, std::string> expected;

@@ -22,7 +22,6 @@ using Double::OfSmmType;
 using StatusCode::Success;
 using StatusCode::UnusableAnswer;
 
-const std::vector<std::size_t> kSlotCounts = {0, 1, 2, 6, 9, 33, 40};
 const std::string kHeading = "The gotted PSU status is :\n";
 
 // The words of each flag as a digit, PSU 1 first; '-' for a record that was not filled.
@@ -156,7 +155,7 @@ TEST_F(PsuStatusQuery, BitsRepeatFromPsu33OnAndAre0Between) {
                         {1, {0xB1, 0x55, 0x4E, 0x55, 0xFF, 0x55, 0xE8}},
                         {1, {0xB1, 0x55, 0x55, 0x55, 0x4E, 0x55, 0xE8, 0x55, 0xFF, 0x55}}}) {
     inventory.smmType = static_cast<SMMIype>(row.smmType);
-    for (const std::size_t count : kSlotCounts) {
+    for (const std::size_t count : Double::kSlotCounts) {
       inventory.psuSlotCount = count;
       EXPECT_EQ(Get(row.answer), Success);
       ExpectFlagsAgainFromSlot33(count);
@@ -167,7 +166,7 @@ TEST_F(PsuStatusQuery, BitsRepeatFromPsu33OnAndAre0Between) {
 TEST_F(PsuStatusQuery, FailureLeavesOneEmptyRecordASlot) {
   for (const int smmType : {0, 1, 7}) {
     inventory.smmType = static_cast<SMMIype>(smmType);
-    for (const std::size_t count : kSlotCounts) {
+    for (const std::size_t count : Double::kSlotCounts) {
       inventory.psuSlotCount = count;
       EXPECT_EQ(Get({1, 2, 3, 4, 5}), UnusableAnswer);
       const std::string empty(count, '-');
