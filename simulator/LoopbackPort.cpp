@@ -118,8 +118,8 @@ bool AnswersPing(const LoopbackEndpoint& endpoint, int timeoutMilliseconds) {
       send(client.Get(), kPing.data(), kPing.size(), 0) < 0) {
     return false;
   }
-  pollfd waiting = {client.Get(), POLLIN, 0};
-  if (poll(&waiting, 1, timeoutMilliseconds) != 1) {
+  std::array<pollfd, 1> waiting = {{{client.Get(), POLLIN, 0}}};
+  if (poll(waiting.data(), waiting.size(), timeoutMilliseconds) <= 0) {
     return false;
   }
   std::array<unsigned char, 64> answer{};

@@ -45,7 +45,8 @@ struct IpmiSim {
   std::vector<void*> freed;
   bool hasTimers = true;
   std::vector<ipmi_timer_t*> timers;  ///< Not yet given back.
-  int takesHandlers = -1;             ///< This many, where it is not negative.
+  int registrations = 0;
+  int refusedRegistration = -1;  ///< Counted from 0; none where it is negative.
 };
 IpmiSim ipmiSim;
 
@@ -174,10 +175,10 @@ TEST_F(IpmiSimModule, ResponseThatIpmiSimMadeStaysAsItIs) {
 }
 
 TEST_F(IpmiSimModule, IsNotLoadedWhereIpmiSimRefusesAHandler) {
-  for (const int taken : {0, 255, 256}) {
-    ipmiSim.handlers.clear();
-    ipmiSim.takesHandlers = taken;
-    EXPECT_EQ(Load(), EBUSY) << taken;
+  for (const int number : {0, 255, 256}) {
+    ipmiSim = IpmiSim{};
+    ipmiSim.refusedRegistration = number;
+    EXPECT_EQ(Load(), EBUSY) << number;
   }
 }
 
@@ -281,7 +282,7 @@ TEST_F(LateModule, RequestIsAnsweredAtOnceWhereThereIsNoTimer) {
 extern "C" int ipmi_emu_register_cmd_handler(unsigned char netFn, unsigned char command,
                                              cmd_handler_f handler, void* /*data*/) {
   Tavrin::Simulator::IpmiSim& ipmiSim = Tavrin::Simulator::ipmiSim;
-  if (static_cast<int>(ipmiSim.handlers.size()) == ipmiSim.takesHandlers) {
+  if (ipmiSim.registrations++ == ipmiSim.refusedRegistration) {
     return EBUSY;
   }
   EXPECT_TRUE(ipmiSim.handlers.insert({{netFn, command}, handler}).second);
