@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "report/Format.h"
-#include "tools/smm-inventory/UsageError.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {

@@ -32,10 +32,10 @@
 #include "simulator/Scenario.h"
 #include "simulator/ScenarioValue.h"
 #include "support/FileDescriptor.h"
-#include "tools/smm-inventory/Host.h"
+#include "support/HostAndPort.h"
 #include "tools/smm-inventory/Password.h"
-#include "tools/smm-inventory/Settings.h"
-#include "tools/smm-inventory/UsageError.h"
+#include "fleet/Settings.h"
+#include "support/UsageError.h"
 
 namespace Tavrin::Fuzz {
 namespace {

@@ -20,9 +20,9 @@
 #include "reading/EnclosureSettings.h"
 #include "report/Format.h"
 #include "support/EscapeControlBytes.h"
-#include "tools/smm-inventory/Host.h"
-#include "tools/smm-inventory/Settings.h"
-#include "tools/smm-inventory/UsageError.h"
+#include "support/HostAndPort.h"
+#include "fleet/Settings.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {

@@ -22,7 +22,7 @@
 #include "tools/smm-inventory/MemoryImage.h"
 #include "tools/smm-inventory/Options.h"
 #include "tools/smm-inventory/Password.h"
-#include "tools/smm-inventory/UsageError.h"
+#include "support/UsageError.h"
 #include "tools/smm-inventory/terminal/Console.h"
 #include "tools/smm-inventory/terminal/Progress.h"
 

@@ -1,10 +1,10 @@
-#include "tools/smm-inventory/Settings.h"
+#include "fleet/Settings.h"
 
 #include <gmock/gmock.h>
 
 #include <vector>
 
-#include "tools/smm-inventory/UsageError.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {
