@@ -196,6 +196,10 @@ std::string TextAt(const std::vector<Stretch>& stretches, std::uint64_t index) {
   return text;
 }
 
+bool HasRange(const std::string& item) {
+  return item.front() != '[' && item.find_first_of("[]") != std::string::npos;
+}
+
 /// `2001:db8::[1-2]:623` would be read as an address that ends in 623, not as a port.
 void RefuseSecondColon(const std::string& item) {
   const std::size_t second = item.find(':', std::min(item.find(':'), item.size() - 1) + 1);
@@ -206,7 +210,7 @@ void RefuseSecondColon(const std::string& item) {
 }
 
 void Expand(const std::string& item, std::vector<HostAndPort>& hosts) {
-  if (item.front() == '[' || item.find_first_of("[]") == std::string::npos) {
+  if (!HasRange(item)) {
     hosts.push_back(ParseHost(item));
     return;
   }
@@ -242,6 +246,10 @@ std::vector<std::string> SplitHostList(const std::string& text) {
     items.back() += text[at];
   }
   return items;
+}
+
+bool IsHostRange(const std::string& text) {
+  return text.find(',') != std::string::npos || (!text.empty() && HasRange(text));
 }
 
 std::vector<HostAndPort> ExpandHosts(const std::string& text) {

@@ -31,6 +31,9 @@ std::vector<std::string> SplitHostList(const std::string& text);
 /// hosts, before any of them takes memory.
 std::vector<HostAndPort> ExpandHosts(const std::string& text);
 
+/// Whether the text has the form of a list or a range, however many hosts it names.
+bool IsHostRange(const std::string& text);
+
 /// A short list that ExpandHosts() makes these hosts of, in their order. Neighbours that differ in
 /// one number are folded: `rack[03,17-18]`. The hosts have to be such as ParseHost() gives.
 std::string FoldHosts(const std::vector<HostAndPort>& hosts);

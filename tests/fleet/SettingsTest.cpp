@@ -12,6 +12,22 @@ namespace {
 using testing::HasSubstr;
 using testing::ThrowsMessage;
 
+TEST(UserName, OneToSixteenBytesAreTaken) {
+  EXPECT_EQ(ParseUserName("u"), "u");
+  EXPECT_EQ(ParseUserName("0123456789abcdef"), "0123456789abcdef");
+}
+
+TEST(UserName, OtherTextIsRefused) {
+  EXPECT_THAT([] { ParseUserName("0123456789abcdefg"); },
+              ThrowsMessage<UsageError>("user name is \"0123456789abcdefg\", 17 bytes long; "
+                                        "expected at most 16 bytes"));
+  EXPECT_THAT(
+      [] { ParseUserName(""); },
+      ThrowsMessage<UsageError>("user name is \"\"; expected 1 to 16 bytes, none of them zero"));
+  EXPECT_THAT([] { ParseUserName(std::string("a\0b", 3)); },
+              ThrowsMessage<UsageError>(HasSubstr("user name is \"a\\x00b\"; expected 1")));
+}
+
 TEST(Privilege, NamesGiveTheirLevels) {
   EXPECT_EQ(ParsePrivilege("user"), 2);
   EXPECT_EQ(ParsePrivilege("operator"), 3);

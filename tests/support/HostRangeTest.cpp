@@ -189,6 +189,15 @@ TEST(HostRange, ListIsTakenApartOutsideBrackets) {
               ElementsAre("@all", "n[1,2]:6230", "[2001:db8::1]", "x"));
 }
 
+TEST(HostRange, FormTellsARangeFromAHost) {
+  for (const std::string range : {"n[1]", "n[1-2]", "a,b", "a,", "n]", "[::1],a"}) {
+    EXPECT_TRUE(IsHostRange(range)) << range;
+  }
+  for (const std::string host : {"n1", "n1:6230", "2001:db8::1", "[2001:db8::1]:6230", ""}) {
+    EXPECT_FALSE(IsHostRange(host)) << host;
+  }
+}
+
 TEST(HostRangeFolding, NeighboursThatDifferInOneNumberAreFolded) {
   const std::vector<std::pair<std::string, std::string>> table = {
       {"rack03,rack17,rack18", "rack[03,17-18]"},
