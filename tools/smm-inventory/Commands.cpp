@@ -59,7 +59,7 @@ command that changes anything: -H names one SMM, and neither a range nor a group
         "hosts", "", "The enclosures that -H, --exclude and --hosts-file name, one a line",
         R"(Prints host and port of each enclosure that -H, --exclude and --hosts-file name, in the order in
 which they are asked: host:port, an IPv6 address in brackets. Nobody is asked anything.)",
-        "-H rack[01-40],[2001:db8::1] --exclude rack07 hosts", PartList()},
+        "-H 'rack[01-40],[2001:db8::1]' --exclude rack07 hosts", PartList()},
 };
 
 constexpr const char* kCommandHelp = R"(Usage: smm-inventory [OPTIONS] {}{}
@@ -79,8 +79,8 @@ PSU slots and nodes.
 
 )";
 
-constexpr const char* kNeedsUser = "and -U NAME, or user= in that file, are required";
-constexpr const char* kNeedsNoUser = "is required, and neither user nor password";
+constexpr const char* kNeedsUser = "is required, and -U NAME unless that file says user=";
+constexpr const char* kNeedsNoUser = "is required; neither user nor password is";
 
 /// How far apart a word and a command's name may be to count as one meant for the other.
 constexpr std::size_t kMostTypingErrors = 2;

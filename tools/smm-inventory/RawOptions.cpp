@@ -22,6 +22,11 @@ constexpr const char* kCommandsHeading =
     "Commands; smm-inventory COMMAND --help says more of one:\n";
 
 constexpr const char* kFooter = R"(
+Enclosures: -H takes names and addresses with commas between them, and numbers in brackets:
+rack[01-40], n[1-3,7]:6230, r[1-2]n[1-4], n[1-9/4] with a step, 10.0.0.[1-30], [v6]:port. A line of
+a hosts file is such a range and, behind it, key=value for user, password-file, port, cipher-suite,
+privilege, workaround, session-timeout and attempts; [NAME] heads a group, # a comment.
+
 Password: the first of --password-file, the environment variable IPMI_PASSWORD and a prompt on the
 terminal. It is never taken from the command line, where every user of the machine can read it.
 
@@ -102,7 +107,9 @@ void Declare(CLI::App& app, RawOptions& raw) {
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)
       ->group("");
   DeclareNaming(app, raw);
-  app.add_option("-U,--user", raw.userName, "IPMI user name, at most 16 bytes")
+  app.add_option(
+         "-U,--user", raw.userName,
+         "IPMI user name, at most 16 bytes; required unless the hosts\nfile says one for each host")
       ->option_text("NAME");
   app.add_option("--password-file", raw.passwordFile,
                  "File with the password on one line, readable by its\nowner alone; - for standard "
