@@ -17,6 +17,7 @@
 #include "reading/LoginGuard.h"
 #include "reading/Stopwatch.h"
 #include "reading/Wiping.h"
+#include "support/HostAndPort.h"
 
 namespace Tavrin {
 namespace {

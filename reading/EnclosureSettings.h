@@ -59,7 +59,4 @@ struct EnclosureSettings {
   std::optional<int> retransmissionTimeoutMs;
 };
 
-/// `host:port` as people write it: an IPv6 address gets brackets.
-std::string AddressText(const std::string& host, std::uint16_t port);
-
 }  // namespace Tavrin

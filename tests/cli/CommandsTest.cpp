@@ -62,7 +62,7 @@ TEST(Commands, HelpTellsUsageWhatIsReadOptionsAndAnExample) {
     const std::string name(command.name);
     const std::string help = CommandHelp(command);
     EXPECT_THAT(help, StartsWith("Usage: smm-inventory [OPTIONS] " + name));
-    EXPECT_THAT(help, testing::ContainsRegex("\n(Reads|Selects) "));
+    EXPECT_THAT(help, testing::ContainsRegex("\n(Prints|Reads|Selects) "));
     EXPECT_THAT(help, HasSubstr("\nOptions: "));
     EXPECT_THAT(help, testing::ContainsRegex("\nExample:\n  smm-inventory -H .* " + name));
   }
@@ -77,6 +77,7 @@ TEST(Commands, EachReadsItsParts) {
       {"fans", {Part::PsuFans}},
       {"psus", {Part::PsuFirmware, Part::PsuStatus}},
       {"select-psu", {Part::PsuSelection}},
+      {"hosts", {}},
   };
   for (const auto& [name, parts] : table) {
     EXPECT_EQ(FindCommand(name)->parts.Parts(), parts) << name;
@@ -122,6 +123,22 @@ std::string CommandsInReadme() {
 
 TEST(Commands, ReadmeListsThemAsTheHelpDoes) {
   EXPECT_EQ(WordsOf(CommandsInReadme()), WordsOf(CommandList()));
+}
+
+TEST(Commands, HelpAsksForAUserWhereTheCommandAsksAnSmm) {
+  for (const Command& command : Commands()) {
+    const bool isHosts = command.name == "hosts";
+    const std::string help = CommandHelp(command);
+    EXPECT_EQ(help.find("neither user nor password") != std::string::npos, isHosts);
+    EXPECT_EQ(help.find("-U ") == std::string::npos, isHosts);
+    EXPECT_EQ(help.find("it first shows what kind of enclosure") == std::string::npos, isHosts);
+  }
+}
+
+TEST(Commands, OnlySelectPsuIsForOneEnclosure) {
+  for (const Command& command : Commands()) {
+    EXPECT_EQ(command.isForOne, command.name == "select-psu");
+  }
 }
 
 TEST(Commands, HelpFitsATerminal) {

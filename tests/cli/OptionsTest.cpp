@@ -4,14 +4,18 @@
 
 #include <fstream>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 #include "report/Format.h"
-#include "tools/smm-inventory/UsageError.h"
+#include "support/HostAndPort.h"
+#include "support/TemporaryFile.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using Arguments = std::vector<const char*>;
@@ -28,6 +32,14 @@ std::string ContentOf(const char* path) {
 
 Options ParseOptions(const Arguments& arguments) { return std::get<Options>(Parse(arguments)); }
 
+std::vector<std::string> PlacesOf(const Options& options) {
+  std::vector<std::string> places;
+  for (const Target& target : options.targets) {
+    places.push_back(AddressText(target.host, target.port));
+  }
+  return places;
+}
+
 std::string Refusal(const Arguments& arguments) {
   try {
     Parse(arguments);
@@ -39,8 +51,7 @@ std::string Refusal(const Arguments& arguments) {
 
 TEST(Options, HostAndUserAloneLeaveTheDefaults) {
   const Options options = ParseOptions({"-H", "smm1", "-U", "admin"});
-  EXPECT_EQ(options.host, "smm1");
-  EXPECT_EQ(options.port, 623);
+  EXPECT_THAT(PlacesOf(options), ElementsAre("smm1:623"));
   EXPECT_EQ(options.userName, "admin");
   EXPECT_EQ(options.passwordFile, std::nullopt);
   EXPECT_EQ(options.cipherSuite, std::nullopt);
@@ -58,7 +69,7 @@ TEST(Options, LongFormsAreTaken) {
       ParseOptions({"--host=smm1", "--port", "6230", "--user", "admin", "--password-file", "-",
                     "--cipher-suite", "17", "--privilege", "operator", "--workaround",
                     "open-session-privilege", "--workaround", "no-checksum-check", "--verbose"});
-  EXPECT_EQ(options.port, 6230);
+  EXPECT_THAT(PlacesOf(options), ElementsAre("smm1:6230"));
   EXPECT_EQ(options.passwordFile, "-");
   EXPECT_EQ(options.cipherSuite, 17);
   EXPECT_EQ(options.privilegeLevel, 3);
@@ -201,10 +212,107 @@ TEST(Options, FlagWithAValueIsRefused) {
 }
 
 TEST(Options, PortIsTakenFromEitherPlace) {
-  EXPECT_EQ(ParseOptions({"-H", "a:6230", "-U", "u"}).port, 6230);
-  EXPECT_EQ(ParseOptions({"-H", "a", "-p", "6230", "-U", "u"}).port, 6230);
-  EXPECT_EQ(ParseOptions({"-H", "a:6230", "-p", "6230", "-U", "u"}).port, 6230);
-  EXPECT_EQ(ParseOptions({"-H", "[::1]:6230", "-U", "u"}).port, 6230);
+  const std::vector<std::pair<Arguments, std::string>> table = {
+      {{"-H", "a:6230", "-U", "u"}, "a:6230"},
+      {{"-H", "a", "-p", "6230", "-U", "u"}, "a:6230"},
+      {{"-H", "a:6230", "-p", "6230", "-U", "u"}, "a:6230"},
+      {{"-H", "[::1]:6230", "-U", "u"}, "[::1]:6230"},
+      {{"-H", "[::1]", "-U", "u"}, "[::1]:623"},
+  };
+  for (const auto& [arguments, place] : table) {
+    EXPECT_THAT(PlacesOf(ParseOptions(arguments)), ElementsAre(place));
+  }
+}
+
+TEST(Options, HostsAreRangesOnARepeatableOption) {
+  const Options options =
+      ParseOptions({"-H", "rack[09-10],b:7", "-U", "u", "--host=[::1]", "--exclude", "rack10",
+                    "--exclude", "x,y", "psus", "-H", "c,b:7"});
+  EXPECT_THAT(PlacesOf(options), ElementsAre("rack09:623", "b:7", "[::1]:623", "c:623"));
+  EXPECT_THAT(options.notes, ElementsAre("named more than once and asked once: b:7"));
+  EXPECT_EQ(options.task.command, FindCommand("psus"));
+}
+
+TEST(Options, EachTargetHasTheSettingsOfTheCommandLine) {
+  const Options options =
+      ParseOptions({"-H", "n[1-2]", "-U", "u", "--password-file", "f", "-C", "17", "-L", "user",
+                    "-W", "no-checksum-check", "--attempts", "1", "--session-timeout", "2"});
+  ASSERT_THAT(options.targets, testing::SizeIs(2));
+  for (const Target& target : options.targets) {
+    EXPECT_EQ(target.settings.userName, "u");
+    EXPECT_EQ(target.settings.passwordFile, "f");
+    EXPECT_EQ(target.settings.cipherSuite, 17);
+    EXPECT_EQ(target.settings.privilegeLevel, 2);
+    EXPECT_EQ(target.settings.workaroundFlags, 0x40);
+    EXPECT_EQ(target.settings.attempts, 1);
+    EXPECT_EQ(target.settings.sessionTimeoutMs, 2000);
+  }
+}
+
+TEST(Options, HostsFileNamesTargetsAndItsLinesWin) {
+  const TemporaryFile file("n1 user=ann cipher-suite=17\n[a]\nn2 port=6230\n");
+  const std::string path = file.Path();
+  const Options options =
+      ParseOptions({"--hosts-file", path.c_str(), "-U", "bob", "-C", "3", "-p", "7"});
+  EXPECT_THAT(PlacesOf(options), ElementsAre("n1:7", "n2:6230"));
+  EXPECT_EQ(options.targets[0].settings.userName, "ann");
+  EXPECT_EQ(options.targets[0].settings.cipherSuite, 17);
+  EXPECT_EQ(options.targets[1].settings.userName, "bob");
+  EXPECT_EQ(options.targets[1].settings.cipherSuite, 3);
+  EXPECT_EQ(options.targets[1].group, "a");
+  EXPECT_THAT(PlacesOf(ParseOptions({"--hosts-file", path.c_str(), "-U", "u", "-H", "@a"})),
+              ElementsAre("n2:6230"));
+}
+
+TEST(Options, UserMayComeFromTheHostsFileAndHasToForEachTarget) {
+  const TemporaryFile file("n1 user=ann\nn[2-3]\n");
+  const std::string path = file.Path();
+  EXPECT_EQ(ParseOptions({"--hosts-file", path.c_str(), "-H", "n1"}).targets[0].settings.userName,
+            "ann");
+  EXPECT_EQ(
+      Refusal({"--hosts-file", path.c_str()}),
+      "no user name given for n2:623; expected --user with an IPMI user name, or user= on its "
+      "line of a hosts file");
+}
+
+TEST(Options, CommandHostsNeedsNoUser) {
+  const Options options = ParseOptions({"-H", "n[1-2]", "hosts"});
+  EXPECT_THAT(PlacesOf(options), ElementsAre("n1:623", "n2:623"));
+  EXPECT_TRUE(options.task.command->AsksNobody());
+}
+
+TEST(Options, SelectPsuTakesExactlyOneHostAndNeitherRangeNorGroup) {
+  const TemporaryFile file("[a]\nn1\nn2:[6230-6231]\n");
+  const std::string path = file.Path();
+  const std::vector<std::pair<Arguments, std::string>> table = {
+      {{"-H", "n[1-2]"}, "n[1-2]"},
+      {{"-H", "n[1]"}, "n[1]"},
+      {{"-H", "a,b"}, "a,b"},
+      {{"-H", "a,a"}, "a,a"},
+      {{"-H", "@a"}, "@a"},
+      {{"-H", "a", "-H", "a"}, "a,a"},
+      {{"-H", "n1", "-H", "n2"}, "n1,n2"},
+      {{"-H", "n2"}, "n2"},
+      {{}, ""},
+  };
+  for (const auto& [hosts, shown] : table) {
+    Arguments arguments = {"-U", "u", "--hosts-file", path.c_str(), "select-psu", "1"};
+    arguments.insert(arguments.end(), hosts.begin(), hosts.end());
+    EXPECT_EQ(Refusal(arguments),
+              "host is \"" + shown +
+                  "\"; expected exactly one for a command that changes something, and neither a "
+                  "range nor a group");
+  }
+  EXPECT_THAT(PlacesOf(ParseOptions(
+                  {"-H", "n1", "-U", "u", "--hosts-file", path.c_str(), "select-psu", "1"})),
+              ElementsAre("n1:623"));
+}
+
+TEST(Options, StandardInputIsForOneOfHostsAndPassword) {
+  EXPECT_EQ(
+      Refusal({"--hosts-file", "-", "--password-file", "-", "-U", "u"}),
+      "--hosts-file is \"-\" and --password-file is \"-\"; expected standard input for one of "
+      "them");
 }
 
 TEST(Options, ContradictingPortsAreRefused) {
@@ -253,7 +361,19 @@ TEST(Options, WrongUseIsRefusedByName) {
       {{"-H", "a", "-U", "u", "select-psu"}, "no PSU given"},
       {{"-H", "a", "-U", "u", "select-psu", "1", "2"}, "argument is \"2\""},
       {{"-H", "a", "-U"}, "--user"},
-      {{"-H", "a", "-H", "b", "-U", "u"}, "--host"},
+      {{"-H", "a", "-H", "", "-U", "u"}, "no host given"},
+      {{"-H", "a", "-U", "u", "-U", "u"}, "--user"},
+      {{"--hosts-file", "/nowhere", "-U", "u"}, "hosts file \"/nowhere\" cannot be read"},
+      {{"--hosts-file", "", "-U", "u"}, "hosts file \"\" cannot be read"},
+      {{"--hosts-file", "a", "--hosts-file", "b", "-U", "u"}, "--hosts-file"},
+      {{"-H", "a,", "-U", "u"}, "host list is \"a,\""},
+      {{"-H", "n[2-1]", "-U", "u"}, "host range is \"n[2-1]\", wrong at character 3"},
+      {{"-H", "n[1-5000]", "-U", "u"}, "which names more than 4096 hosts"},
+      {{"-H", "n", "--exclude", "n[1-", "-U", "u"}, "host range is \"n[1-\", wrong at"},
+      {{"-H", "n", "--exclude", "", "-U", "u"}, "host list is \"\""},
+      {{"-H", "n", "--exclude", "n", "-U", "u"}, "no host is left"},
+      {{"-H", "@a", "-U", "u"}, "group is \"@a\""},
+      {{"-H", "n[1-2]", "hosts", "1"}, "argument is \"1\""},
   };
   for (const BadLine& row : table) {
     SCOPED_TRACE(row.part);

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tools/smm-inventory/UsageError.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {

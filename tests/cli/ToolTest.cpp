@@ -29,6 +29,20 @@ TEST(Tool, BadInputGetsOneSentenceAndCodeTwo) {
       {{"-H", "a:b", "-U", "u"}, {}, "", "port is \"b\""},
       {{"-H", "a b", "-U", "u"}, {}, "", "host is \"a b\""},
       {{"-H", "[::1", "-U", "u"}, {}, "", "host is \"[::1\""},
+      {{"-H", "n[9-5]", "-U", "u"}, {}, "", "host range is \"n[9-5]\", wrong at character 3"},
+      {{"-H", "n[1-1000000000]", "-U", "u"}, {}, "", "names more than 4096 hosts"},
+      {{"-H", "n[1-2]", "--exclude", "n[1-", "-U", "u"}, {}, "", "host range is \"n[1-\""},
+      {{"-H", "@a", "-U", "u"}, {}, "", "group is \"@a\""},
+      {{"-H", "n[1-2]", "-U", "u", "select-psu", "1"}, {}, "", "host is \"n[1-2]\""},
+      {{"--hosts-file", "/nowhere", "-U", "u"}, {}, "", "hosts file \"/nowhere\""},
+      {{"--hosts-file", "-", "-U", "u"},
+       {},
+       "n1\nn2 x=y\n",
+       "standard input, line 2: key is \"x\""},
+      {{"--hosts-file", "-"}, {}, "n1 password=sesame\n", "standard input, line 1: key is"},
+      {{"--hosts-file", "-"}, {}, "n1\n", "no user name given for n1:623"},
+      {{"--hosts-file", "-", "--password-file", "-", "-U", "u"}, {}, "", "--hosts-file is \"-\""},
+      {{"-H", "n[2-1]", "hosts"}, {}, "", "host range is \"n[2-1]\""},
       {{"-H", "a", "-p", "70000", "-U", "u"}, {}, "", "port is \"70000\""},
       {{"-H", "a", "-U", "u", "-C", "99"}, {}, "", "cipher suite is \"99\""},
       {{"-H", "a", "-U", "u", "-L", "king"}, {}, "", "privilege level is \"king\""},
@@ -78,6 +92,29 @@ TEST(Tool, PasswordFileWinsOverTheEnvironment) {
       RunTool({"-H", "a", "-U", "u", "--password-file", "/nowhere"}, {"IPMI_PASSWORD=sesame"});
   EXPECT_EQ(finished.exitCode, kWrongUsage);
   EXPECT_THAT(finished.error, HasSubstr("\"/nowhere\" cannot be opened"));
+}
+
+TEST(Tool, CommandHostsPrintsTheExpansionAndAsksNobody) {
+  const Finished finished = RunTool(
+      {"-H", "rack[09-10],[2001:db8::1]", "-H", "n1:6230,rack09", "--exclude", "rack10", "hosts"});
+  EXPECT_EQ(finished.exitCode, 0);
+  EXPECT_EQ(finished.output, "rack09:623\n[2001:db8::1]:623\nn1:6230\n");
+  EXPECT_EQ(finished.error, "smm-inventory: named more than once and asked once: rack09:623\n");
+}
+
+TEST(Tool, CommandHostsReadsAHostsFileFromStandardInput) {
+  const std::string text = "[a] # first\nn[1-2] user=u port=6230\n[b]\nn3\n";
+  const Finished all = RunTool({"--hosts-file", "-", "hosts"}, {}, text);
+  EXPECT_EQ(all.output, "n1:6230\nn2:6230\nn3:623\n");
+  EXPECT_EQ(all.error, "");
+  EXPECT_EQ(all.exitCode, 0);
+  EXPECT_EQ(RunTool({"--hosts-file", "-", "-H", "@b,n2", "hosts"}, {}, text).output,
+            "n3:623\nn2:6230\n");
+}
+
+TEST(Tool, CommandHostsThatCannotPrintFails) {
+  EXPECT_THAT(ComplaintsAboutUnwritableOutput({SMM_INVENTORY, "-H", "a", "hosts"}),
+              Each("smm-inventory: unexpected error: standard output cannot be written\ncode 3\n"));
 }
 
 TEST(Tool, HelpAndVersionGoToStandardOutput) {

@@ -16,12 +16,16 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
 
+#include "fleet/HostsFile.h"
+#include "fleet/Settings.h"
+#include "fleet/TargetList.h"
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/ipmi_client/OpeningMessages.h"
 #include "platform/standalone/ipmi_client/SessionMessages.h"
@@ -32,10 +36,10 @@
 #include "simulator/Scenario.h"
 #include "simulator/ScenarioValue.h"
 #include "support/FileDescriptor.h"
-#include "tools/smm-inventory/Host.h"
+#include "support/HostAndPort.h"
+#include "support/HostRange.h"
+#include "support/UsageError.h"
 #include "tools/smm-inventory/Password.h"
-#include "tools/smm-inventory/Settings.h"
-#include "tools/smm-inventory/UsageError.h"
 
 namespace Tavrin::Fuzz {
 namespace {
@@ -83,6 +87,60 @@ void CheckHost(const std::string& text) {
   const HostAndPort again = ParseHost(AddressText(parsed.host, parsed.port.value_or(623)));
   Require(again.host == parsed.host && again.port == parsed.port.value_or(623),
           "a host survives being written and read again");
+}
+
+bool IsSame(const std::vector<HostAndPort>& some, const std::vector<HostAndPort>& others) {
+  return std::equal(some.begin(), some.end(), others.begin(), others.end(),
+                    [](const HostAndPort& one, const HostAndPort& other) {
+                      return one.host == other.host && one.port == other.port;
+                    });
+}
+
+void CheckFolding(const std::vector<HostAndPort>& hosts) {
+  Require(IsSame(ExpandHosts(FoldHosts(hosts)), hosts), "folded hosts expand to the same");
+}
+
+void CheckHostRange(const std::string& text) {
+  std::vector<HostAndPort> hosts;
+  if (RefusalOf<UsageError>([&] { hosts = ExpandHosts(text); })) {
+    return;
+  }
+  Require(!hosts.empty() && hosts.size() <= kMostHosts, "a range names 1 to 4096 hosts");
+  Require(hosts.size() == 1 || IsHostRange(text), "what names several hosts is a range");
+  for (const HostAndPort& place : hosts) {
+    const std::string address = AddressText(place.host, place.port.value_or(623));
+    Require(IsPrintable(address) && ParseHost(address).host == place.host, "a host can be read");
+  }
+  CheckFolding(hosts);
+}
+
+/// What is asked of the hosts file is asked once.
+void CheckTargets(const HostsFile& file) {
+  TargetRequest request;
+  request.file = file;
+  TargetList list;
+  if (RefusalOf<UsageError>([&] { list = MakeTargetList(request); })) {
+    Require(file.lines.empty(), "a hosts file that names a host is not refused");
+    return;
+  }
+  std::vector<HostAndPort> places;
+  std::set<std::string> texts;
+  for (const Target& target : list.targets) {
+    places.push_back({target.host, target.port});
+    Require(texts.insert(AddressText(target.host, target.port)).second, "a host is asked once");
+  }
+  Require(places.size() <= kMostHosts, "at most 4096 hosts are asked");
+  CheckFolding(places);
+}
+
+void CheckHostsFile(const std::string& text) {
+  HostsFile file;
+  const auto refusal = RefusalOf<UsageError>([&] { file = ParseHostsFile(text, kSourceName); });
+  Require(!refusal || refusal->rfind(std::string(kSourceName) + ", line ", 0) == 0,
+          "a refusal names its source and line");
+  if (!refusal) {
+    CheckTargets(file);
+  }
 }
 
 void CheckPort(const std::string& text) {
@@ -271,8 +329,9 @@ void CheckDatagram(const std::string& input) {
 
 const std::map<char, void (*)(const std::string&)>& Checks() {
   static const std::map<char, void (*)(const std::string&)> checks = {
-      {'h', CheckHost},         {'p', CheckPort},     {'w', CheckPassword}, {'s', CheckSettings},
-      {'n', CheckStrictNumber}, {'e', CheckEscaping}, {'d', CheckDatagram}, {'{', CheckScenario},
+      {'h', CheckHost},     {'r', CheckHostRange}, {'f', CheckHostsFile},    {'p', CheckPort},
+      {'w', CheckPassword}, {'s', CheckSettings},  {'n', CheckStrictNumber}, {'e', CheckEscaping},
+      {'d', CheckDatagram}, {'{', CheckScenario},
   };
   return checks;
 }

@@ -11,12 +11,6 @@
 namespace Tavrin {
 namespace {
 
-TEST(EnclosureSettings, AddressPutsAnIpv6AddressInBrackets) {
-  EXPECT_EQ(AddressText("192.0.2.10", 623), "192.0.2.10:623");
-  EXPECT_EQ(AddressText("smm.example", 6230), "smm.example:6230");
-  EXPECT_EQ(AddressText("2001:db8::1", 623), "[2001:db8::1]:623");
-}
-
 TEST(EnclosureSettings, WipedTextIsEmptyAndItsRoomIsZero) {
   std::string text = "a password of many bytes";
   text.resize(4);

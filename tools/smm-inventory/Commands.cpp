@@ -13,38 +13,38 @@ namespace Tavrin {
 namespace {
 
 constexpr std::array kCommands = {
-    Command{"all", "", "Everything below but select-psu; the default",
-            R"(Reads what identity, power, caps, nodes, fans and psus read.)", "all",
-            PartList(kPartsToAskFor)},
+    Command{"all", "", "Everything that the commands below read; the default",
+            R"(Reads what identity, power, caps, nodes, fans and psus read.)",
+            "-H 192.0.2.10 -U admin all", PartList(kPartsToAskFor)},
     Command{"identity", "", "Machine type, serial number, firmware version and name",
             R"(Reads machine type, serial number, firmware version and name of the SMM.)",
-            "identity", PartList(Part::Identity)},
+            "-H 192.0.2.10 -U admin identity", PartList(Part::Identity)},
     Command{
         "power", "", "Power readings of the chassis and of each node",
         R"(Reads minimum, average and maximum power of the chassis and of each node. The SMM states no
 unit.)",
-        "--json power", PartList(Part::ChassisPower, Part::NodePower)},
+        "-H 192.0.2.10 -U admin --json power", PartList(Part::ChassisPower, Part::NodePower)},
     Command{
         "caps", "", "Power caps of the chassis",
         R"(Reads the power caps of the chassis: minimum and maximum of the range, protective, user's and
 thermal cap. The SMM states no unit.)",
-        "caps", PartList(Part::PowerCaps)},
+        "-H 192.0.2.10 -U admin caps", PartList(Part::PowerCaps)},
     Command{
         "nodes", "", "Status and power readings of each node",
         R"(Reads power state, width, height and permission of each node, and its minimum, average and
 maximum power.)",
-        "nodes", PartList(Part::NodeStatus, Part::NodePower)},
+        "-H 192.0.2.10 -U admin nodes", PartList(Part::NodeStatus, Part::NodePower)},
     Command{
         "fans", "", "Fan readings of each PSU slot",
         R"(Reads speed and Pat value of the fans in each PSU slot, and their status. A first-generation
 SMM reports one fan a PSU, as A.)",
-        "fans", PartList(Part::PsuFans)},
+        "-H 192.0.2.10 -U admin fans", PartList(Part::PsuFans)},
     Command{
         "psus", "", "Firmware and status flags of each PSU slot",
         R"(Reads firmware identifier, version and description of each PSU slot, and its flags: early
 power-off warning (EPOW), throttle, presence and power good. A ninth PSU's flags are not
 told by the SMM.)",
-        "psus", PartList(Part::PsuFirmware, Part::PsuStatus)},
+        "-H 192.0.2.10 -U admin psus", PartList(Part::PsuFirmware, Part::PsuStatus)},
     Command{
         "select-psu", " N",
         R"(Selects PSU N, from 1 to 9; says what was sent for N, and
@@ -53,23 +53,34 @@ whether the SMM acknowledged)",
 A first-generation SMM takes at most 3, which is sent for any greater number; platform 254 of
 the second generation takes at most 2, and for a greater number none is sent. Without an
 acknowledgement the request is made six times, which takes 18 seconds. This is the only
-command that changes anything.)",
-        "select-psu 2", PartList(Part::PsuSelection)},
+command that changes anything: -H names one SMM, and neither a range nor a group.)",
+        "-H 192.0.2.10 -U admin select-psu 2", PartList(Part::PsuSelection), true},
+    Command{
+        "hosts", "", "The enclosures that -H, --exclude and --hosts-file name, one a line",
+        R"(Prints host and port of each enclosure that -H, --exclude and --hosts-file name, in the order in
+which they are asked: host:port, an IPv6 address in brackets. Nobody is asked anything.)",
+        "-H 'rack[01-40],[2001:db8::1]' --exclude rack07 hosts", PartList()},
 };
 
 constexpr const char* kCommandHelp = R"(Usage: smm-inventory [OPTIONS] {}{}
 
 {}
 
-Like every command it first shows what kind of enclosure it is: generation, platform id, PSU slots
-and nodes.
-
-Options: -H HOST and -U NAME are required. smm-inventory --help lists them all; they are the same
-for every command.
+{}Options: -H RANGE or --hosts-file FILE {}.
+smm-inventory --help lists all options; they are the same for every command.
 
 Example:
-  smm-inventory -H 192.0.2.10 -U admin {}
+  smm-inventory {}
 )";
+
+constexpr const char* kReadsFirst =
+    R"(Like every command that reads it first shows what kind of enclosure it is: generation, platform id,
+PSU slots and nodes.
+
+)";
+
+constexpr const char* kNeedsUser = "is required, and -U NAME unless that file says user=";
+constexpr const char* kNeedsNoUser = "is required; neither user nor password is";
 
 /// How far apart a word and a command's name may be to count as one meant for the other.
 constexpr std::size_t kMostTypingErrors = 2;
@@ -130,7 +141,8 @@ std::string CommandList() {
 
 std::string CommandHelp(const Command& command) {
   return fmt::format(kCommandHelp, command.name, command.argument, command.details,
-                     command.example);
+                     command.AsksNobody() ? "" : kReadsFirst,
+                     command.AsksNobody() ? kNeedsNoUser : kNeedsUser, command.example);
 }
 
 }  // namespace Tavrin

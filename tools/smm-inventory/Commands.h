@@ -40,10 +40,16 @@ struct Command {
   /// Whole sentences for the help on the command alone, in lines of at most 100 characters.
   std::string_view details;
 
-  /// The end of a command line.
+  /// A command line behind the tool's name.
   std::string_view example;
 
   PartList parts;
+
+  /// Whether it is for a single enclosure, which is named by itself.
+  bool isForOne = false;
+
+  /// Whether it sends nothing, and so needs neither user nor password.
+  [[nodiscard]] bool AsksNobody() const { return parts.Parts().empty(); }
 };
 
 /// All commands, the default first.

@@ -1,19 +1,18 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
+#include "fleet/Target.h"
 #include "tools/smm-inventory/Commands.h"
 
 namespace Tavrin {
 
 struct Format;
 
-constexpr std::uint16_t kDefaultPort = 623;
-
-/// What the tool is to do with the enclosure.
+/// What the tool is to do with the enclosures.
 struct Task {
   const Command* command = nullptr;  ///< One of Commands(); the first of them unless asked for.
   int psu = 0;  ///< The PSU that is to be selected, from 1 to 9; 0 where the command reads.
@@ -24,9 +23,13 @@ struct Task {
 struct Options {
   Task task;
   const Format* format = nullptr;  ///< One of Formats(); the first of them unless asked for.
-  std::string host;
-  std::uint16_t port = kDefaultPort;
-  std::string userName;
+
+  /// The enclosures, at least one, in the order in which they are named; each with its settings,
+  /// for which those below already stand where the hosts file says nothing.
+  std::vector<Target> targets;
+
+  std::vector<std::string> notes;  ///< What the user should know about them, a sentence each.
+  std::string userName;            ///< Empty where only the hosts file names users.
   std::optional<std::string> passwordFile;
   std::optional<int> cipherSuite;
   std::optional<int> privilegeLevel;
@@ -41,7 +44,8 @@ struct Notice {
   std::string text;
 };
 
-/// Reads the command line. Throws UsageError when it holds what the tool cannot use.
+/// Reads the command line, and the hosts file that it names. Throws UsageError when they hold what
+/// the tool cannot use.
 std::variant<Options, Notice> ParseCommandLine(int argc, const char* const* argv);
 
 }  // namespace Tavrin

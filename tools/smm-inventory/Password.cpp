@@ -16,7 +16,7 @@
 #include "reading/Wiping.h"
 #include "support/EscapeControlBytes.h"
 #include "support/FileDescriptor.h"
-#include "tools/smm-inventory/UsageError.h"
+#include "support/UsageError.h"
 #include "tools/smm-inventory/terminal/Prompt.h"
 
 namespace Tavrin {

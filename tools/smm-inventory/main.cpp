@@ -5,24 +5,27 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
 
+#include "fleet/Target.h"
 #include "platform/standalone/StrictNumber.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "platform/standalone/logger/ThreadLog.h"
 #include "reading/Enclosure.h"
 #include "report/Format.h"
 #include "support/EscapeControlBytes.h"
+#include "support/HostAndPort.h"
+#include "support/UsageError.h"
 #include "tools/smm-inventory/ExitCode.h"
 #include "tools/smm-inventory/FailureLines.h"
 #include "tools/smm-inventory/MemoryImage.h"
 #include "tools/smm-inventory/Options.h"
 #include "tools/smm-inventory/Password.h"
-#include "tools/smm-inventory/UsageError.h"
 #include "tools/smm-inventory/terminal/Console.h"
 #include "tools/smm-inventory/terminal/Progress.h"
 
@@ -34,18 +37,22 @@ bool CanMoveCursor() {
   return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
-/// A setting that the environment can give, unless an option of the tool does.
+/// A setting that the environment can give, unless options and hosts file do.
 struct Setting {
   const char* key;
-  bool isOptionGiven;
+  bool isGiven;
 };
 
 std::vector<Setting> SettingsByEnvironment(const Options& options) {
-  return {{"IPMI_CIPHER_SUITE", options.cipherSuite.has_value()},
-          {"IPMI_PRIVILEGE_LEVEL", options.privilegeLevel.has_value()},
-          {"IPMI_WORKAROUND_FLAGS", options.workaroundFlags.has_value()},
-          {"IPMI_CONNECT_RETRY_TIMES", options.attempts.has_value()},
-          {"IPMI_SESSION_TIMEOUT_MS", options.sessionTimeoutMs.has_value()},
+  const auto isGiven = [&options](std::optional<int> TargetSettings::*setting) {
+    return std::all_of(options.targets.begin(), options.targets.end(),
+                       [&](const Target& target) { return target.settings.*setting; });
+  };
+  return {{"IPMI_CIPHER_SUITE", isGiven(&TargetSettings::cipherSuite)},
+          {"IPMI_PRIVILEGE_LEVEL", isGiven(&TargetSettings::privilegeLevel)},
+          {"IPMI_WORKAROUND_FLAGS", isGiven(&TargetSettings::workaroundFlags)},
+          {"IPMI_CONNECT_RETRY_TIMES", isGiven(&TargetSettings::attempts)},
+          {"IPMI_SESSION_TIMEOUT_MS", isGiven(&TargetSettings::sessionTimeoutMs)},
           {"IPMI_RETRANSMISSION_TIMEOUT_MS", false},
           {"SMM_TYPE", false}};
 }
@@ -54,7 +61,7 @@ std::vector<Setting> SettingsByEnvironment(const Options& options) {
 void ShowEnvironment(const Options& options, Console& console) {
   for (const Setting& setting : SettingsByEnvironment(options)) {
     const char* const text = std::getenv(setting.key);
-    if (!setting.isOptionGiven && text != nullptr && Standalone::ParseStrictly(text)) {
+    if (!setting.isGiven && text != nullptr && Standalone::ParseStrictly(text)) {
       console.ShowLine(fmt::format("{} is {}, from the environment", setting.key, text));
     }
   }
@@ -66,20 +73,13 @@ unsigned int ShownLogLevel(unsigned int verbosity) {
   return verbosity == 0 ? 0 : std::min(verbosity + 1, Standalone::LogLevel::Debug);
 }
 
-/// The enclosure that the command line names, with the password that the user gives for it.
-Enclosure EnclosureOf(const Options& options, const std::string& address) {
+/// The enclosure, with the password that the user gives for it.
+Enclosure EnclosureOf(const Target& target, const std::string& address) {
   EnclosureSettings settings;
-  settings.host = options.host;
-  settings.port = options.port;
-  settings.userName = options.userName;
-  settings.cipherSuite = options.cipherSuite;
-  settings.privilegeLevel = options.privilegeLevel;
-  settings.workaroundFlags = options.workaroundFlags;
-  settings.attempts = options.attempts;
-  settings.sessionTimeoutMs = options.sessionTimeoutMs;
+  Apply(target, settings);
   const std::string prompt =
-      fmt::format("Password of {} at {}: ", EscapeControlBytes(options.userName), address);
-  ObtainPassword(options.passwordFile, prompt, settings.password);
+      fmt::format("Password of {} at {}: ", EscapeControlBytes(settings.userName), address);
+  ObtainPassword(target.settings.passwordFile, prompt, settings.password);
   return Enclosure(settings);
 }
 
@@ -126,8 +126,9 @@ void RequireWholeOutput() {
 }
 
 int Run(const Options& options) {
-  const std::string address = AddressText(options.host, options.port);
-  Enclosure enclosure = EnclosureOf(options, address);
+  const Target& target = options.targets.front();
+  const std::string address = AddressText(target.host, target.port);
+  Enclosure enclosure = EnclosureOf(target, address);
 
   Console console(std::cerr, CanMoveCursor(), STDERR_FILENO);
   Printer printer(*options.format, console, ShownLogLevel(options.verbosity));
@@ -145,6 +146,29 @@ int Run(const Options& options) {
   return ExitCodeOf(reading);
 }
 
+void RequireOneTarget(const Options& options) {
+  if (!options.task.command->AsksNobody() && options.targets.size() > 1) {
+    throw UsageError(fmt::format(
+        "{} hosts are named, and reading several enclosures is not there yet; expected one",
+        options.targets.size()));
+  }
+}
+
+void ShowNotes(const Options& options) {
+  for (const std::string& note : options.notes) {
+    std::cerr << "smm-inventory: " << note << '\n';
+  }
+}
+
+int PrintHosts(const Options& options) {
+  for (const Target& target : options.targets) {
+    std::cout << AddressText(target.host, target.port) << '\n';
+  }
+  std::cout << std::flush;
+  RequireWholeOutput();
+  return ExitCode::Success;
+}
+
 int RunCommandLine(int argc, const char* const* argv) {
   const std::variant<Options, Notice> request = ParseCommandLine(argc, argv);
   if (const auto* const notice = std::get_if<Notice>(&request)) {
@@ -152,7 +176,10 @@ int RunCommandLine(int argc, const char* const* argv) {
     RequireWholeOutput();
     return ExitCode::Success;
   }
-  return Run(std::get<Options>(request));
+  const Options& options = std::get<Options>(request);
+  RequireOneTarget(options);
+  ShowNotes(options);
+  return options.task.command->AsksNobody() ? PrintHosts(options) : Run(options);
 }
 
 }  // namespace

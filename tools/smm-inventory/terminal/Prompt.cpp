@@ -12,7 +12,7 @@
 
 #include "support/FileDescriptor.h"
 #include "tools/smm-inventory/Password.h"
-#include "tools/smm-inventory/UsageError.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {

@@ -1,8 +1,8 @@
-#include "tools/smm-inventory/Host.h"
+#include "support/HostAndPort.h"
 
 #include <gmock/gmock.h>
 
-#include "tools/smm-inventory/UsageError.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {
@@ -102,6 +102,12 @@ TEST(Port, InvalidPortBesideHostIsRefused) {
     SCOPED_TRACE(text);
     EXPECT_THAT([&] { ParseHost(text); }, ThrowsMessage<UsageError>(HasSubstr("port is \"")));
   }
+}
+
+TEST(AddressText, PutsAnIpv6AddressInBrackets) {
+  EXPECT_EQ(AddressText("192.0.2.10", 623), "192.0.2.10:623");
+  EXPECT_EQ(AddressText("smm.example", 6230), "smm.example:6230");
+  EXPECT_EQ(AddressText("2001:db8::1", 623), "[2001:db8::1]:623");
 }
 
 }  // namespace

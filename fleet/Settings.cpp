@@ -1,4 +1,4 @@
-#include "tools/smm-inventory/Settings.h"
+#include "fleet/Settings.h"
 
 #include <fmt/format.h>
 
@@ -14,8 +14,9 @@
 #include <system_error>
 
 #include "platform/standalone/StrictNumber.h"
+#include "reading/EnclosureSettings.h"
 #include "support/EscapeControlBytes.h"
-#include "tools/smm-inventory/UsageError.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {
@@ -45,8 +46,8 @@ constexpr std::array<int, 12> kCipherSuites = {0, 1, 2, 3, 6, 7, 8, 11, 12, 15, 
 constexpr double kShortestSessionTimeout = 0.1;
 constexpr double kLongestSessionTimeout = 600;
 
-[[noreturn]] void Refuse(const std::string& thing, const std::string& text,
-                         const std::string& expected) {
+[[noreturn]] void RefuseChoice(const std::string& thing, const std::string& text,
+                               const std::string& expected) {
   throw UsageError(
       fmt::format("{} is \"{}\"; expected one of {}", thing, EscapeControlBytes(text), expected));
 }
@@ -67,12 +68,24 @@ int ValueOf(const Table& table, const std::string& thing, const std::string& tex
       std::find_if(std::begin(table), std::end(table),
                    [&](const NamedValue& candidate) { return candidate.name == text; });
   if (entry == std::end(table)) {
-    Refuse(thing, text, Names(table));
+    RefuseChoice(thing, text, Names(table));
   }
   return entry->value;
 }
 
 }  // namespace
+
+std::string ParseUserName(const std::string& text) {
+  if (text.size() > kMaxUserNameLength) {
+    throw UsageError(fmt::format("user name is \"{}\", {} bytes long; expected at most {} bytes",
+                                 EscapeControlBytes(text), text.size(), kMaxUserNameLength));
+  }
+  if (text.empty() || text.find('\0') != std::string::npos) {
+    throw UsageError(fmt::format("user name is \"{}\"; expected 1 to {} bytes, none of them zero",
+                                 EscapeControlBytes(text), kMaxUserNameLength));
+  }
+  return text;
+}
 
 int ParsePrivilege(const std::string& text) {
   return ValueOf(kPrivileges, "privilege level", text);
@@ -82,7 +95,7 @@ int ParseCipherSuite(const std::string& text) {
   const auto* const id = std::find_if(kCipherSuites.begin(), kCipherSuites.end(),
                                       [&text](int known) { return std::to_string(known) == text; });
   if (id == kCipherSuites.end()) {
-    Refuse("cipher suite", text, CipherSuiteIds());
+    RefuseChoice("cipher suite", text, CipherSuiteIds());
   }
   return *id;
 }
@@ -117,6 +130,13 @@ int ParseSessionTimeout(const std::string& text) {
                                  kLongestSessionTimeout));
   }
   return static_cast<int>(std::lround(seconds * 1000));
+}
+
+void RequireOnePort(const HostAndPort& place, std::uint16_t port) {
+  if (place.port.value_or(port) != port) {
+    throw UsageError(fmt::format(R"(port is "{}" and host is "{}"; expected the port in one place)",
+                                 port, AddressText(place.host, *place.port)));
+  }
 }
 
 std::string PrivilegeNames() { return Names(kPrivileges); }

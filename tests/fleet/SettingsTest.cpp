@@ -1,16 +1,32 @@
-#include "tools/smm-inventory/Settings.h"
+#include "fleet/Settings.h"
 
 #include <gmock/gmock.h>
 
 #include <vector>
 
-#include "tools/smm-inventory/UsageError.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {
 
 using testing::HasSubstr;
 using testing::ThrowsMessage;
+
+TEST(UserName, OneToSixteenBytesAreTaken) {
+  EXPECT_EQ(ParseUserName("u"), "u");
+  EXPECT_EQ(ParseUserName("0123456789abcdef"), "0123456789abcdef");
+}
+
+TEST(UserName, OtherTextIsRefused) {
+  EXPECT_THAT([] { ParseUserName("0123456789abcdefg"); },
+              ThrowsMessage<UsageError>("user name is \"0123456789abcdefg\", 17 bytes long; "
+                                        "expected at most 16 bytes"));
+  EXPECT_THAT(
+      [] { ParseUserName(""); },
+      ThrowsMessage<UsageError>("user name is \"\"; expected 1 to 16 bytes, none of them zero"));
+  EXPECT_THAT([] { ParseUserName(std::string("a\0b", 3)); },
+              ThrowsMessage<UsageError>(HasSubstr("user name is \"a\\x00b\"; expected 1")));
+}
 
 TEST(Privilege, NamesGiveTheirLevels) {
   EXPECT_EQ(ParsePrivilege("user"), 2);

@@ -19,4 +19,7 @@ HostAndPort ParseHost(const std::string& text);
 /// Reads a UDP port, 1 to 65535 in decimal. Throws UsageError for anything else.
 std::uint16_t ParsePort(const std::string& text);
 
+/// `host:port` as people write it: an IPv6 address gets brackets.
+std::string AddressText(const std::string& host, std::uint16_t port);
+
 }  // namespace Tavrin

@@ -1,9 +1,15 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "support/HostAndPort.h"
+
 namespace Tavrin {
+
+/// Takes an IPMI user name, 1 to 16 bytes. Throws UsageError for any other text.
+std::string ParseUserName(const std::string& text);
 
 /// Reads a privilege level by name: user 2, operator 3, administrator 4. Throws UsageError for any
 /// other text.
@@ -22,6 +28,10 @@ int ParseAttempts(const std::string& text);
 /// Reads a time in seconds from 0.1 to 600, of which the decimal places may be more than one, and
 /// returns it in milliseconds. Throws UsageError for any other text.
 int ParseSessionTimeout(const std::string& text);
+
+/// Throws UsageError where the host has a port beside it that is not this one, which is said
+/// elsewhere.
+void RequireOnePort(const HostAndPort& place, std::uint16_t port);
 
 /// The names that each parser takes, for messages and the help text.
 std::string PrivilegeNames();

@@ -1,21 +1,19 @@
-#include "tools/smm-inventory/Host.h"
+#include "support/HostAndPort.h"
 
 #include <arpa/inet.h>
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
 #include <system_error>
 
+#include "support/Digits.h"
 #include "support/EscapeControlBytes.h"
-#include "tools/smm-inventory/UsageError.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {
 
 constexpr std::size_t kMaxHostNameLength = 253;
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool IsHostNameCharacter(char c) {
   return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '.' ||
@@ -53,10 +51,9 @@ bool IsNameOrIpv4Address(const std::string& text) {
 }
 
 [[noreturn]] void RefuseHost(const std::string& text) {
-  throw UsageError(
-      fmt::format("host is \"{}\"; expected a host name, an IPv4 address, either with "
-                  ":port, [IPv6 address]:port or an IPv6 address",
-                  EscapeControlBytes(text)));
+  throw UsageError("host is \"" + EscapeControlBytes(text) +
+                   "\"; expected a host name, an IPv4 address, either with :port, [IPv6 "
+                   "address]:port or an IPv6 address");
 }
 
 HostAndPort ParseBracketed(const std::string& text) {
@@ -104,10 +101,15 @@ std::uint16_t ParsePort(const std::string& text) {
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, port);
   if (error != std::errc() || stop != end || port == 0) {
-    throw UsageError(
-        fmt::format("port is \"{}\"; expected a number from 1 to 65535", EscapeControlBytes(text)));
+    throw UsageError("port is \"" + EscapeControlBytes(text) +
+                     "\"; expected a number from 1 to 65535");
   }
   return port;
+}
+
+std::string AddressText(const std::string& host, std::uint16_t port) {
+  const bool needsBrackets = host.find(':') != std::string::npos;
+  return (needsBrackets ? '[' + host + ']' : host) + ':' + std::to_string(port);
 }
 
 }  // namespace Tavrin
