@@ -30,10 +30,10 @@ std::string LinesText(const std::vector<EnclosureReading>& enclosures) {
 
 TEST(HealthLines, EnclosuresComeWorstFirstAndOtherwiseAsGiven) {
   EXPECT_EQ(LinesText({{HealthyReading(), 0, "rack01", ""},
-                    {FailedReading(), 1, "rack3", ""},
-                    {WarningReading(), 2, "rack04", ""},
-                    {HealthyReading(), 3, "rack02", ""},
-                    {FaultyReading(), 4, "rack07", ""}}),
+                       {FailedReading(), 1, "rack3", ""},
+                       {WarningReading(), 2, "rack04", ""},
+                       {HealthyReading(), 3, "rack02", ""},
+                       {FaultyReading(), 4, "rack07", ""}}),
             "rack07  CRITICAL  node 2 power fault; PSU 3 missing\n"
             "rack04  WARNING   PSU 3 missing\n"
             "rack3   UNKNOWN   not read: no IPMI connection could be opened (no answer)\n"

@@ -222,7 +222,7 @@ TEST(Health, EveryReadingOfWhichAPartFailedIsNotWell) {
 
 TEST(Health, FindingsOfOneRuleAreToldTogether) {
   Reading reading = HealthyReadingOfNine();
-  for (const std::size_t slot : {1, 2, 4, 5, 6, 8}) {
+  for (const std::size_t slot : {1U, 2U, 4U, 5U, 6U, 8U}) {
     FlagsOf(reading, slot).present = ThatIs(false);
   }
   reading.nodeStatus->at(1) = Good(DecodeNode({"Power Fault", "Half", "1", 0}));
