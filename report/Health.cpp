@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "report/Escape.h"
 #include "report/FailureWords.h"
 
 namespace Tavrin {
@@ -31,7 +32,7 @@ std::size_t LastNumber(const Reading& reading, HealthKind kind) {
 
 std::string ReasonOf(const Reading& reading, const HealthRule& rule) {
   const bool hasReason = rule.name == kUnreadRule && reading.failure;
-  return hasReason ? FailureReason(reading.failure->status, reading.failure->cause) : "";
+  return hasReason ? PlainText(FailureReason(reading.failure->status, reading.failure->cause)) : "";
 }
 
 bool Covers(const IgnoredFinding& ignored, const Finding& finding) {

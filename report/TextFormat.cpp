@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "report/Describe.h"
+#include "report/Pieces.h"
 #include "report/Table.h"
 
 namespace Tavrin {
@@ -74,8 +75,19 @@ std::string End(const Reading& reading, const ReportContext& /*context*/) {
   return reading.failure ? "\nnothing read\n" : "";
 }
 
+/// A blank line stands between enclosures.
+std::string BlockText(const EnclosureReading& enclosure, const ReportContext& context) {
+  const Reading& reading = enclosure.reading;
+  return (enclosure.index == 0 ? "" : "\n") + Begin(reading.address) + EachPart(reading, PartText) +
+         End(reading, context);
+}
+
 }  // namespace
 
-Format TextFormat() { return {"text", "Tables for people", Begin, PartText, End}; }
+Format TextFormat() {
+  return {"text", "Tables for people",
+          Begin,  PartText,
+          End,    {Order::AsAsked, NoBeginningOfSeveral, BlockText, NoEndOfSeveral}};
+}
 
 }  // namespace Tavrin
