@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "report/Words.h"
+
 namespace Tavrin {
 namespace {
 
@@ -132,7 +134,7 @@ bool IsNothingRead(const Reading& reading, std::size_t /*number*/) {
 }
 
 bool IsNeitherGeneration(const Value<SMMIype>& generation) {
-  return generation.value != SMM_FIRST_GENERATION && generation.value != SMM_SECOND_GENERATION;
+  return !generation.value || Word(*generation.value) == "unknown";
 }
 
 bool IsKindUnknown(const Reading& reading, std::size_t /*number*/) {

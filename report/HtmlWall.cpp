@@ -50,7 +50,7 @@ std::vector<std::pair<std::string, std::size_t>> FirmwareCounts(
 
 std::string HtmlFirmware(const std::vector<JudgedEnclosure>& enclosures) {
   std::string rows =
-      HtmlElement("tr", "<th scope=\"col\">firmware version</th><th scope=\"col\">enclosures</th>");
+      HtmlElement("tr", R"(<th scope="col">firmware version</th><th scope="col">enclosures</th>)");
   for (const auto& [version, count] : FirmwareCounts(enclosures)) {
     rows += HtmlElement(
         "tr", fmt::format("<th scope=\"row\">{}</th><td>{}</td>", HtmlShown(version), count));
@@ -59,7 +59,7 @@ std::string HtmlFirmware(const std::vector<JudgedEnclosure>& enclosures) {
 }
 
 std::string HtmlTile(const JudgedEnclosure& judged) {
-  const std::string open = fmt::format("a class=\"tile {}\" href=\"#{}\"",
+  const std::string open = fmt::format(R"html(a class="tile {}" href="#{}")html",
                                        HtmlClass(judged.severity), HtmlAnchor(*judged.enclosure));
   std::string content = '\n' + HtmlElement("b", HtmlShown(ShownName(*judged.enclosure))) +
                         HtmlElement("span class=\"mark\"", HtmlMark(judged.severity));
