@@ -13,6 +13,7 @@
 #include "report/Describe.h"
 #include "report/Escape.h"
 #include "report/FailureWords.h"
+#include "report/Pieces.h"
 
 namespace Tavrin {
 namespace {
@@ -87,10 +88,18 @@ std::string LineOfFailure(const Reading& reading, const ReportContext& /*context
                          : "";
 }
 
+std::string HeaderOfSeveral() { return kHeader; }
+
+std::string LinesOfEnclosure(const EnclosureReading& enclosure, const ReportContext& context) {
+  return EachPart(enclosure.reading, LinesOfPart) + LineOfFailure(enclosure.reading, context);
+}
+
 }  // namespace
 
 Format CsvFormat() {
-  return {"csv", "One row a value, for spreadsheets", Header, LinesOfPart, LineOfFailure};
+  return {"csv",         "One row a value, for spreadsheets",
+          Header,        LinesOfPart,
+          LineOfFailure, {Order::AsAsked, HeaderOfSeveral, LinesOfEnclosure, NoEndOfSeveral}};
 }
 
 }  // namespace Tavrin

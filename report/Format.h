@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "reading/Reading.h"
+#include "report/EnclosureReading.h"
+#include "report/Health.h"
 
 namespace Tavrin {
 
@@ -12,6 +14,36 @@ namespace Tavrin {
 struct ReportContext {
   /// Of the program that reports, such as "0.1.0"; not empty.
   std::string toolVersion;
+
+  /// What is left out of the health of a report that shows it.
+  std::vector<IgnoredFinding> ignored = {};
+};
+
+/// When the readings of several enclosures are written down.
+enum class Order {
+  /// Each as soon as it and all that were asked before it have ended.
+  AsAsked,
+
+  /// Each as soon as it has ended.
+  AsEnded,
+
+  /// None before the last one has ended.
+  AllTogether,
+};
+
+/// How the readings of several enclosures are written down: one piece before anything is read, one
+/// for each enclosure in the order stated, and one at the end, of which each may be empty.
+struct FormatOfSeveral {
+  Order order;
+
+  std::string (*begin)();
+
+  /// For a whole reading, also one that came to no query.
+  std::string (*enclosure)(const EnclosureReading& enclosure, const ReportContext& context);
+
+  /// With Order::AllTogether `enclosures` are all of them, in the order in which they are to be
+  /// shown; otherwise they are not looked at.
+  std::string (*end)(const std::vector<EnclosureReading>& enclosures, const ReportContext& context);
 };
 
 /// One way to write a reading down. A pass is written in pieces, of which each may be empty: one
@@ -33,6 +65,9 @@ struct Format {
 
   /// For a whole reading, also one that came to no query.
   std::string (*end)(const Reading& reading, const ReportContext& context);
+
+  /// For several enclosures in place of the three above.
+  FormatOfSeveral several;
 };
 
 /// All formats, the tool's default first. Lives as long as the program; may be called on any

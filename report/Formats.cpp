@@ -2,13 +2,15 @@
 
 #include "report/CsvFormat.h"
 #include "report/Format.h"
+#include "report/HtmlFormat.h"
 #include "report/JsonFormat.h"
 #include "report/TextFormat.h"
 
 namespace Tavrin {
 
 const std::vector<Format>& Formats() {
-  static const std::vector<Format> formats = {TextFormat(), JsonFormat(), CsvFormat()};
+  static const std::vector<Format> formats = {TextFormat(), JsonFormat(), CsvFormat(),
+                                              JsonLinesFormat(), HtmlFormat()};
   return formats;
 }
 

@@ -12,6 +12,7 @@
 #include "report/Describe.h"
 #include "report/Escape.h"
 #include "report/FailureWords.h"
+#include "report/Pieces.h"
 #include "report/UtcTime.h"
 
 namespace Tavrin {
@@ -143,14 +144,10 @@ std::optional<QueryOutcome> SharedFailure(const Reading& reading,
   return isShared ? std::optional<QueryOutcome>(last) : std::nullopt;
 }
 
-std::string NoBeginning(const std::string& /*address*/) { return ""; }
-
-std::string NoPart(const Reading& /*soFar*/, Part /*part*/) { return ""; }
-
-std::string Document(const Reading& reading, const ReportContext& context) {
+/// Adds to what the document says of the enclosure's place already.
+void AddDocument(Json& document, const Reading& reading, const ReportContext& context) {
   const std::vector<Answer> answers = AllAnswers(reading);
   const std::optional<QueryOutcome> failure = SharedFailure(reading, answers);
-  Json document;
   document["schemaVersion"] = kSchemaVersion;
   document["toolVersion"] = context.toolVersion;
   document["address"] = PlainText(reading.address);
@@ -160,13 +157,39 @@ std::string Document(const Reading& reading, const ReportContext& context) {
     AddOutcome(document["failure"], *failure);
   }
   document["queries"] = ToJson(answers, failure.has_value());
+}
+
+std::string IndentedDocument(const Reading& reading, const ReportContext& context) {
+  Json document;
+  AddDocument(document, reading, context);
   return document.dump(kIndent) + '\n';
 }
+
+std::string DocumentLine(const EnclosureReading& enclosure, const ReportContext& context) {
+  Json document;
+  document["host"] = PlainText(enclosure.reading.address);
+  document["index"] = enclosure.index;
+  AddDocument(document, enclosure.reading, context);
+  return document.dump() + '\n';
+}
+
+std::string LineOfOnlyEnclosure(const Reading& reading, const ReportContext& context) {
+  return DocumentLine({reading, 0, "", ""}, context);
+}
+
+constexpr FormatOfSeveral kLines = {Order::AsEnded, NoBeginningOfSeveral, DocumentLine,
+                                    NoEndOfSeveral};
 
 }  // namespace
 
 Format JsonFormat() {
-  return {"json", "One JSON document, for programs", NoBeginning, NoPart, Document};
+  return {"json", "One JSON document, for programs", NoBeginning, NoPart, IndentedDocument, kLines};
+}
+
+Format JsonLinesFormat() {
+  return {
+      "jsonl", "One JSON line an enclosure as it ends", NoBeginning, NoPart, LineOfOnlyEnclosure,
+      kLines};
 }
 
 }  // namespace Tavrin

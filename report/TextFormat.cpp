@@ -10,60 +10,24 @@
 #include <vector>
 
 #include "report/Describe.h"
-#include "support/EscapeControlBytes.h"
+#include "report/Pieces.h"
+#include "report/Table.h"
 
 namespace Tavrin {
 namespace {
 
-constexpr const char* kNotRead = "not read";
 constexpr const char* kColumnGap = "  ";
 
 using Cells = std::vector<std::string>;
 
-std::string ShownText(const Field& field) {
-  if (!field.text) {
-    return kNotRead;
+/// The heading, where there is one, and the rows.
+std::vector<Cells> LinesOf(const Section& section) {
+  Table table = TableOf(section);
+  std::vector<Cells> lines = std::move(table.rows);
+  if (!table.heading.empty()) {
+    lines.insert(lines.begin(), std::move(table.heading));
   }
-  if (field.text->empty()) {
-    return field.absence.empty() ? "(empty)" : "-";
-  }
-  return EscapeControlBytes(*field.text);
-}
-
-bool IsNumbered(const Answer& answer) {
-  return answer.shape == Answer::Shape::RecordOfNode ||
-         answer.shape == Answer::Shape::RecordPerSlot;
-}
-
-/// One line a field: its label and its text.
-std::vector<Cells> FieldLines(const std::vector<Answer>& answers) {
-  std::vector<Cells> lines;
-  for (const Answer& answer : answers) {
-    for (const Field& field : answer.rows.front().fields) {
-      lines.push_back({field.label, ShownText(field)});
-    }
-  }
-  return lines;
-}
-
-/// A heading and one line a row; nothing where there are no rows.
-std::vector<Cells> TableLines(const std::vector<Answer>& answers) {
-  std::vector<Cells> lines;
-  for (const Answer& answer : answers) {
-    for (const Row& row : answer.rows) {
-      Cells labels = {answer.shape == Answer::Shape::RecordOfNode ? "node" : "slot"};
-      Cells texts = {fmt::to_string(row.number)};
-      for (const Field& field : row.fields) {
-        labels.push_back(field.label);
-        texts.push_back(ShownText(field));
-      }
-      if (lines.empty()) {
-        lines.push_back(std::move(labels));
-      }
-      lines.push_back(std::move(texts));
-    }
-  }
-  return lines;
+  return lines.empty() ? std::vector<Cells>{{kNotRead}} : lines;
 }
 
 /// The widest cell of each column.
@@ -88,11 +52,7 @@ std::string Aligned(const Cells& cells, const std::vector<std::size_t>& widths) 
 }
 
 std::string SectionText(const Section& section) {
-  const bool isTable = !section.answers.empty() && IsNumbered(section.answers.front());
-  std::vector<Cells> lines = isTable ? TableLines(section.answers) : FieldLines(section.answers);
-  if (lines.empty()) {
-    lines = {{kNotRead}};
-  }
+  const std::vector<Cells> lines = LinesOf(section);
   const std::vector<std::size_t> widths = Widths(lines);
   std::string text = fmt::format("\n{}\n", section.title);
   for (const Cells& cells : lines) {
@@ -115,8 +75,19 @@ std::string End(const Reading& reading, const ReportContext& /*context*/) {
   return reading.failure ? "\nnothing read\n" : "";
 }
 
+/// A blank line stands between enclosures.
+std::string BlockText(const EnclosureReading& enclosure, const ReportContext& context) {
+  const Reading& reading = enclosure.reading;
+  return (enclosure.index == 0 ? "" : "\n") + Begin(reading.address) + EachPart(reading, PartText) +
+         End(reading, context);
+}
+
 }  // namespace
 
-Format TextFormat() { return {"text", "Tables for people", Begin, PartText, End}; }
+Format TextFormat() {
+  return {"text", "Tables for people",
+          Begin,  PartText,
+          End,    {Order::AsAsked, NoBeginningOfSeveral, BlockText, NoEndOfSeveral}};
+}
 
 }  // namespace Tavrin

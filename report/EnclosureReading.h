@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "reading/Reading.h"
+
+namespace Tavrin {
+
+/// One enclosure's reading among those of several, with what the reading itself does not know.
+struct EnclosureReading {
+  Reading reading;
+
+  /// Its position among those that were asked, counted from 0; no two have the same.
+  std::size_t index = 0;
+
+  /// What people call it, as they wrote it, such as "rack07"; empty for the reading's address. Any
+  /// byte may occur.
+  std::string name;
+
+  /// What it is shown under together with others; may be empty. Any byte may occur.
+  std::string group;
+};
+
+/// What to call the enclosure, for people. Printable.
+std::string ShownName(const EnclosureReading& enclosure);
+
+}  // namespace Tavrin

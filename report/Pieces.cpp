@@ -1,0 +1,28 @@
+#include "report/Pieces.h"
+
+namespace Tavrin {
+
+std::string NoBeginning(const std::string& /*address*/) { return ""; }
+
+std::string NoPart(const Reading& /*soFar*/, Part /*part*/) { return ""; }
+
+std::string NoBeginningOfSeveral() { return ""; }
+
+std::string NoEnclosure(const EnclosureReading& /*enclosure*/, const ReportContext& /*context*/) {
+  return "";
+}
+
+std::string NoEndOfSeveral(const std::vector<EnclosureReading>& /*enclosures*/,
+                           const ReportContext& /*context*/) {
+  return "";
+}
+
+std::string EachPart(const Reading& reading, std::string (*part)(const Reading& soFar, Part part)) {
+  std::string pieces;
+  for (const Part each : kEveryPart) {
+    pieces += part(reading, each);
+  }
+  return pieces;
+}
+
+}  // namespace Tavrin
