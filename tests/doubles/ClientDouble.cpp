@@ -153,6 +153,9 @@ struct IpmiClient::State {
 IpmiClient::IpmiClient(const std::string& address, const std::string& userName,
                        const std::string& password, const std::string& port,
                        unsigned long cipherSuite) {
+  if (Double::platformOfHost) {
+    Double::UseOnThisThread(Double::platformOfHost(address));
+  }
   Platform& platform = ThePlatform();
   if (platform.answerTo) {
     return;
