@@ -136,6 +136,10 @@ Platform& ThePlatform();
 /// for different SMMs.
 void UseOnThisThread(Platform* own);
 
+/// With it, each client uses on its thread what this gives for its host: for threads that a test
+/// does not make itself. Is set while no client is made.
+inline std::function<Platform*(const std::string& host)> platformOfHost;
+
 /// Gets every complaint about the code under test. Until one is set, a complaint ends the program.
 void OnComplaint(void (*complain)(const std::string& text));
 

@@ -20,11 +20,13 @@
 
 #include "platform/ConnectionInfo.h"
 #include "platform/standalone/globalconfig/ThreadConfig.h"
+#include "platform/standalone/ipmi_client/ConnectControl.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
 #include "platform/standalone/ipmi_client/LearnedIntervals.h"
 #include "platform/standalone/ipmi_client/OpeningMessages.h"
 #include "platform/standalone/ipmi_client/Packet.h"
+#include "platform/standalone/ipmi_client/ThreadDeadline.h"
 #include "tests/platform/LogCapture.h"
 #include "tests/platform/ScriptedNetwork.h"
 
@@ -939,6 +941,100 @@ TEST(Seam, RecordsBeginEmpty) {
   const IPMICOMMAND request;
   EXPECT_EQ(request.cmd, 0);
   EXPECT_EQ(request.netFn, 0);
+}
+
+/// The commands that were sent within the session since the last call.
+std::vector<int> CommandsSent() {
+  std::vector<int> commands;
+  for (const ScriptedNetwork::Sent& sent : network.sent) {
+    if (StepOf(sent.datagram) == kInSession) {
+      commands.push_back(sent.datagram.at(kCommandAt));
+    }
+  }
+  return commands;
+}
+
+TEST_F(SessionTest, IsCountedFromItsBeginningToItsEnd) {
+  EXPECT_EQ(CountOpenSessions(), 0);
+  std::map<int, int> counts;
+  for (const Step step : {kCapabilities, kOpenSession, kRakp1, kRakp3, kInSession}) {
+    controller.changes[step] = [&counts, step](Bytes&) { counts[step] = CountOpenSessions(); };
+  }
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(counts,
+            (std::map<int, int>{
+                {kCapabilities, 0}, {kOpenSession, 1}, {kRakp1, 1}, {kRakp3, 1}, {kInSession, 1}}));
+  EXPECT_EQ(CountOpenSessions(), 1);
+  client->disconnect();
+  EXPECT_EQ(CountOpenSessions(), 0);
+}
+
+TEST_F(SessionTest, ThatIsRefusedOrUnansweredIsCountedNoMore) {
+  for (const Step step : {kOpenSession, kRakp1, kRakp3, kInSession}) {
+    controller.changes = {{step, Lose}};
+    EXPECT_NE(Connect(), ConnectResult::Connected);
+    EXPECT_EQ(CountOpenSessions(), 0) << step;
+  }
+}
+
+TEST_F(SessionTest, DeadlineEndsARequestAndClosesTheSession) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  const ThreadDeadline deadline(Clock::now() + milliseconds(1500));
+  controller.changes = {{kInSession, Lose}};
+  EXPECT_EQ(Send(), ConnectResult::Interrupted);
+  EXPECT_EQ(GetLastExchange().cause, FailureCause::TimeOver);
+  EXPECT_EQ(GetLastExchange().words, "the time given for this enclosure is over");
+  EXPECT_THAT(Times(), ElementsAre(0, 1000));
+  EXPECT_EQ(took, 1500);
+  network.sent.clear();
+  client->disconnect();
+  EXPECT_THAT(CommandsSent(), ElementsAre(kClose));
+  EXPECT_EQ(network.now, milliseconds(1800));
+  EXPECT_EQ(Connect(), ConnectResult::Interrupted);
+  EXPECT_THAT(Steps(), IsEmpty());
+}
+
+TEST_F(SessionTest, StopClosesASessionThatIsBeingOpened) {
+  for (const Step step : {kRakp3, kInSession}) {
+    controller.changes = {{step, [](Bytes& answer) {
+                             StopExchanges();
+                             Lose(answer);
+                           }}};
+    EXPECT_EQ(Connect(), ConnectResult::Interrupted);
+    EXPECT_EQ(GetLastExchange().cause, FailureCause::Stopped);
+    EXPECT_EQ(CommandsSent().back(), kClose) << step;
+    EXPECT_EQ(CountOpenSessions(), 0);
+    EXPECT_LE(took, 400);
+    AllowExchanges();
+  }
+}
+
+TEST_F(SessionTest, OneThatWasJustAskedForIsWaitedForAndRefused) {
+  controller.changes = {{kOpenSession, [this](Bytes&) {
+                           StopExchanges();
+                           controller.delay = milliseconds(200);
+                         }}};
+  EXPECT_EQ(Connect(), ConnectResult::Interrupted);
+  AllowExchanges();
+  EXPECT_THAT(Steps(), ElementsAre(kCapabilities, kOpenSession, kRakp3));
+  EXPECT_EQ(took, 200);
+  EXPECT_EQ(CountOpenSessions(), 0);
+}
+
+TEST_F(SessionTest, StoppedThreadSendsNothing) {
+  StopExchanges();
+  EXPECT_EQ(Connect(), ConnectResult::Interrupted);
+  AllowExchanges();
+  EXPECT_THAT(Steps(), IsEmpty());
+  EXPECT_EQ(network.sockets, 0);
+  EXPECT_EQ(Connect(), ConnectResult::Connected);
+}
+
+TEST_F(SessionTest, WithoutMemoryForItsNumberThereIsNothingToClose) {
+  controller.changes = {{kOpenSession, [](Bytes&) { throw std::bad_alloc(); }}};
+  EXPECT_THROW(Connect(), std::bad_alloc);
+  EXPECT_THAT(Steps(), ElementsAre(kCapabilities, kOpenSession));
+  EXPECT_EQ(CountOpenSessions(), 0);
 }
 
 }  // namespace

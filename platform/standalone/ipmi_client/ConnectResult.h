@@ -19,6 +19,7 @@ constexpr int ArgumentTooLong = 8;   ///< User name over 16 bytes or password ov
 constexpr int InvalidSetting = 9;  ///< A port, cipher suite or configuration value out of range, or
                                    ///< a zero byte in user name or password.
 constexpr int Failed = 10;         ///< Anything else; the client's log line names the cause.
+constexpr int Interrupted = 11;    ///< The thread's deadline is over, or exchanges were stopped.
 }  // namespace ConnectResult
 
 }  // namespace Standalone

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "platform/standalone/ipmi_client/Interruption.h"
+
 namespace Tavrin {
 namespace Standalone {
 namespace {
@@ -46,11 +48,14 @@ Failure Conversation::AskFor(milliseconds timeout, const Question& question) {
   const milliseconds interval = IntervalFor(question);
   const auto first = Clock::now();
   const auto deadline = first + timeout;
-  Noticed noticed;
+  Asked asked{question, first};
   for (auto last = first; last < deadline; last = Clock::now()) {
+    if (last >= EndOfWaiting(asked)) {
+      return InterruptionFailure();
+    }
     const Datagram datagram = question.make();
     int error = datagram.empty() ? ENOMEM : socket_.Send(datagram);
-    if (error == 0 && Await(std::min(last + interval, deadline), question, noticed, error)) {
+    if (error == 0 && Await(std::min(last + interval, deadline), asked, error)) {
       // It had as long as its slowness asks for: what had to be repeated was lost, not late.
       const bool hadItsTime = interval == 2 * attempt_.roundTrip;
       MeasureRoundTrip(first, last, hadItsTime);
@@ -60,50 +65,68 @@ Failure Conversation::AskFor(milliseconds timeout, const Question& question) {
       return SystemFailure(error);
     }
   }
-  return SilenceFailure(question.silence, noticed);
+  return SilenceFailure(asked);
 }
 
 /// Returns whether the answer came before `end`.
-bool Conversation::Await(Clock::time_point end, const Question& question, Noticed& noticed,
-                         int& error) {
+bool Conversation::Await(Clock::time_point end, Asked& asked, int& error) {
   for (;;) {
-    const UdpSocket::Received received = socket_.Receive(end);
+    const UdpSocket::Received received = Receive(end, asked);
     error = received.error;
     if (received.datagram == nullptr) {
       return false;
     }
-    if (IsAnswer(*received.datagram, question, noticed)) {
+    if (IsAnswer(*received.datagram, asked)) {
       return true;
     }
   }
 }
 
-bool Conversation::IsAnswer(const Datagram& datagram, const Question& question, Noticed& noticed) {
-  switch (question.judge(datagram)) {
+/// Waits until `end`, or until the thread's exchanges end; those of all threads may be stopped in
+/// the middle.
+UdpSocket::Received Conversation::Receive(Clock::time_point end, const Asked& asked) {
+  UdpSocket::Received received;
+  auto now = Clock::now();
+  while (received.datagram == nullptr && received.error == 0 &&
+         now < std::min(end, EndOfWaiting(asked))) {
+    received = socket_.Receive(std::min({end, EndOfWaiting(asked), now + kLongestUnwatchedWait}));
+    now = Clock::now();
+  }
+  return received;
+}
+
+/// A question that is asked after the end has its grace all the same.
+Clock::time_point Conversation::EndOfWaiting(const Asked& asked) {
+  const auto end = EndOfExchanges();
+  return end == Clock::time_point::max() ? end : std::max(end, asked.first) + asked.question.grace;
+}
+
+bool Conversation::IsAnswer(const Datagram& datagram, Asked& asked) {
+  switch (asked.question.judge(datagram)) {
     case Verdict::Answer:
       return true;
     case Verdict::Damaged:
-      noticed.damaged = true;
+      asked.damaged = true;
       return false;
     default:
-      NoticeForeign(datagram, noticed);
+      NoticeForeign(datagram, asked);
       return false;
   }
 }
 
 /// A message outside of a session is known by its tag: that of an earlier question makes it a
 /// second copy, or the answer that an earlier attempt did not wait for.
-void Conversation::NoticeForeign(const Datagram& datagram, Noticed& noticed) {
+void Conversation::NoticeForeign(const Datagram& datagram, Asked& asked) {
   const std::optional<DatagramHeader> header = ReadHeader(datagram);
   const bool isOfEarlierQuestion =
       header && header->sessionId == 0 && header->number < kTags && header->number != lastTag_;
-  const auto asked = isOfEarlierQuestion ? asked_.at(header->number) : std::nullopt;
-  if (!asked) {
-    noticed.foreign = true;
+  const auto sent = isOfEarlierQuestion ? asked_.at(header->number) : std::nullopt;
+  if (!sent) {
+    asked.foreign = true;
     return;
   }
   // Of several answers to repetitions of one question the first tells best.
-  const milliseconds lateness = Between(*asked, Clock::now());
+  const milliseconds lateness = Between(*sent, Clock::now());
   if (lateness > attempt_.patience.timeout) {
     lateness_ = std::min(lateness, lateness_.value_or(lateness));
   }
@@ -125,16 +148,17 @@ void Conversation::MeasureRoundTrip(Clock::time_point first, Clock::time_point l
   }
 }
 
-Failure Conversation::SilenceFailure(Trouble silence, const Noticed& noticed) const {
+Failure Conversation::SilenceFailure(const Asked& asked) const {
   if (lateness_) {
     return LateFailure(*lateness_);
   }
-  if (noticed.damaged) {
+  if (asked.damaged) {
     return FailureOf(Trouble::DamagedAnswer);
   }
-  if (noticed.foreign) {
+  if (asked.foreign) {
     return FailureOf(Trouble::OtherAnswer);
   }
+  const Trouble silence = asked.question.silence;
   const bool isFirst = silence == Trouble::NoAnswer;
   return isFirst && socket_.PeerError() != 0 ? SystemFailure(socket_.PeerError())
                                              : FailureOf(silence);

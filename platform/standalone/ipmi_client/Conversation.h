@@ -34,6 +34,8 @@ struct Question {
   /// Whether it opens a session. A repetition to a controller that is only slow may spoil what
   /// follows, so these questions wait for longer before they are repeated.
   bool isOpening = false;
+  /// How long its answer is still waited for once the thread's exchanges are to end.
+  std::chrono::milliseconds grace{0};
 };
 
 /// Asks questions of one controller, one at a time, and waits for their answers. Lasts for all
@@ -56,7 +58,7 @@ class Conversation {
   /// Holds for all questions until it is called again.
   void BeginAttempt(const Patience& patience);
 
-  /// Asks until the answer came or the time-out is over.
+  /// Asks until the answer came, the time-out is over, or the thread's exchanges end.
   Failure Ask(const Question& question);
 
   /// Asks twice at most, for two intervals at most.
@@ -77,18 +79,22 @@ class Conversation {
     std::chrono::milliseconds longestRoundTrip;  ///< 0 as long as none is certain.
   };
 
-  /// What came while a question was open.
-  struct Noticed {
+  /// A question that is open, and what came meanwhile.
+  struct Asked {
+    const Question& question;
+    Clock::time_point first;  ///< When it was sent first.
     bool damaged = false;
     bool foreign = false;
   };
 
   Failure AskFor(std::chrono::milliseconds timeout, const Question& question);
-  bool Await(Clock::time_point end, const Question& question, Noticed& noticed, int& error);
-  bool IsAnswer(const Datagram& datagram, const Question& question, Noticed& noticed);
-  void NoticeForeign(const Datagram& datagram, Noticed& noticed);
+  bool Await(Clock::time_point end, Asked& asked, int& error);
+  UdpSocket::Received Receive(Clock::time_point end, const Asked& asked);
+  static Clock::time_point EndOfWaiting(const Asked& asked);
+  bool IsAnswer(const Datagram& datagram, Asked& asked);
+  void NoticeForeign(const Datagram& datagram, Asked& asked);
   void MeasureRoundTrip(Clock::time_point first, Clock::time_point last, bool hadItsTime);
-  [[nodiscard]] Failure SilenceFailure(Trouble silence, const Noticed& noticed) const;
+  [[nodiscard]] Failure SilenceFailure(const Asked& asked) const;
   [[nodiscard]] std::chrono::milliseconds IntervalFor(const Question& question) const;
 
   static constexpr std::size_t kTags = 64;

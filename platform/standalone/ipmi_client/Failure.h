@@ -46,6 +46,10 @@ enum class Trouble {
   CrossedRepetition,      ///< The controller checked our proof against another random number.
   SessionForgotten,       ///< The controller does not know the session that is being opened.
   NotConnected,           ///< A request without an open session.
+  NotPresent,             ///< Nothing came when presence was asked for.
+  NotListening,           ///< The same, but for the network's word that nobody listens.
+  TimeOver,               ///< The thread's deadline came first.
+  Stopped,                ///< Exchanges were stopped.
   NoAttempt,              ///< A client that was never told to connect. The last of the list.
 };
 

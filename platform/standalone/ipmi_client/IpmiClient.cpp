@@ -15,6 +15,7 @@
 #include "platform/standalone/ipmi_client/Conversation.h"
 #include "platform/standalone/ipmi_client/Failure.h"
 #include "platform/standalone/ipmi_client/HostAddress.h"
+#include "platform/standalone/ipmi_client/Interruption.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
 #include "platform/standalone/ipmi_client/LearnedIntervals.h"
 #include "platform/standalone/ipmi_client/Session.h"
@@ -133,7 +134,9 @@ IpmiClient::State::~State() {
 
 Failure IpmiClient::State::Open() {
   ConnectSettings settings;
-  Failure failure = CheckCredentials(userName, password);
+  Failure failure = Standalone::Clock::now() < Standalone::EndOfExchanges()
+                        ? CheckCredentials(userName, password)
+                        : Standalone::InterruptionFailure();
   if (failure) {
     return failure;
   }

@@ -50,6 +50,10 @@ enum class FailureCause {
   OtherAnswer,
   /// Memory or file descriptors are short on this machine.
   Memory,
+  /// The time that the thread had for its exchanges is over (ThreadDeadline.h).
+  TimeOver,
+  /// Exchanges were stopped (ConnectControl.h).
+  Stopped,
   /// Anything else; the words tell.
   Other,
 };

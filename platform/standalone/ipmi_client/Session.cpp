@@ -85,15 +85,15 @@ Failure Session::OpenSession() {
   const auto judge = [&](const Datagram& datagram) {
     return ReadOpenedSession(datagram, tag, handshake_, opened);
   };
-  Failure failure = conversation_.Ask({make, judge, Trouble::SilentWhileOpening, kIsOpening});
-  if (failure) {
-    return failure;
-  }
-  if (opened.status != 0) {
-    return StatusFailure(opened.status);
+  Enter(Stage::Asked);
+  Failure failure =
+      conversation_.Ask({make, judge, Trouble::SilentWhileOpening, kIsOpening, kGraceToClose});
+  if (failure || opened.status != 0) {
+    Enter(Stage::Over);
+    return failure ? failure : StatusFailure(opened.status);
   }
   handshake_.managedSystemSessionId = opened.managedSystemSessionId;
-  stage_ = Stage::Begun;
+  Enter(Stage::Begun);
   return opened.maximumPrivilegeLevel < login_.privilegeLevel ? FailureOf(Trouble::PrivilegeRefused)
                                                               : Failure{};
 }
@@ -110,7 +110,7 @@ Failure Session::LearnControllersProof() {
     return failure;
   }
   if (rakp2.status != 0) {
-    stage_ = Stage::Over;
+    Enter(Stage::Over);
     return StatusFailure(rakp2.status);
   }
   if (!rakp2.provesPassword) {
@@ -126,7 +126,7 @@ Failure Session::ProvePassword() {
   std::uint8_t status{};
   const auto make = [&] {
     Datagram rakp3 = MakeRakp3(rakpTag_, login_, handshake_);
-    stage_ = Stage::MayBeOpen;
+    Enter(Stage::MayBeOpen);
     return rakp3;
   };
   const auto judge = [&](const Datagram& datagram) {
@@ -136,7 +136,7 @@ Failure Session::ProvePassword() {
   };
   Failure failure = conversation_.Ask({make, judge, Trouble::SilentWhileChecking, kIsOpening});
   if (!failure && status != 0) {
-    stage_ = Stage::Over;
+    Enter(Stage::Over);
     return StatusFailure(status);
   }
   isProven_ = !failure;
@@ -195,14 +195,23 @@ Failure Session::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>&
   return failure;
 }
 
+void Session::Enter(Stage stage) {
+  if (stage == Stage::Over) {
+    counted_.reset();
+  } else if (!counted_) {
+    counted_.emplace();
+  }
+  stage_ = stage;
+}
+
 void Session::Close() {
-  if (stage_ == Stage::Begun) {
+  if (stage_ == Stage::MayBeOpen) {
+    AskToClose();
+  } else if (stage_ == Stage::Begun) {
     // The controller, which cannot know it otherwise, has the session back at once.
     conversation_.Tell(MakeRakp3Refusal(conversation_.NextTag(), handshake_));
-  } else {
-    AskToClose();
   }
-  stage_ = Stage::Over;
+  Enter(Stage::Over);
 }
 
 void Session::AskToClose() {
@@ -214,7 +223,9 @@ void Session::AskToClose() {
     request.data.push_back(static_cast<std::uint8_t>(id >> shift & 0xFFU));
   }
   SessionAnswer answer;
-  conversation_.AskInPassing(MakeQuestion(request, Trouble::SilentToRequest, answer));
+  Question question = MakeQuestion(request, Trouble::SilentToRequest, answer);
+  question.grace = kGraceToClose;
+  conversation_.AskInPassing(question);
 }
 
 /// A repetition has the requester sequence number of its request, so that a controller can tell it

@@ -8,6 +8,7 @@
 #include "platform/standalone/ipmi_client/ConnectSettings.h"
 #include "platform/standalone/ipmi_client/Conversation.h"
 #include "platform/standalone/ipmi_client/Failure.h"
+#include "platform/standalone/ipmi_client/Interruption.h"
 #include "platform/standalone/ipmi_client/OpeningMessages.h"
 #include "platform/standalone/ipmi_client/SessionKeys.h"
 #include "platform/standalone/ipmi_client/SessionMessages.h"
@@ -38,6 +39,7 @@ class Session {
   /// What the controller has of the session, as far as it is known here.
   enum class Stage {
     Over,       ///< Nothing: it was not begun, was refused, or was closed.
+    Asked,      ///< Maybe a session whose number has not come yet, so that none can be ended.
     Begun,      ///< A session that waits for the proof of the password.
     MayBeOpen,  ///< One that counts as open once the proof has arrived there.
   };
@@ -50,6 +52,7 @@ class Session {
   Failure LearnControllersProof();  ///< RAKP messages 1 and 2.
   Failure ProvePassword();          ///< RAKP messages 3 and 4.
   Failure RaisePrivilege();
+  void Enter(Stage stage);
   void Close();  ///< Only what is not over yet.
   void AskToClose();
 
@@ -72,6 +75,7 @@ class Session {
   std::uint8_t lateStatus_ = 0;  ///< Of a RAKP message 4 that came after its step.
   bool isProven_ = false;        ///< A RAKP message 4 came whose check value is right.
   Stage stage_ = Stage::Over;
+  std::optional<CountedSession> counted_;  ///< While it is not over.
 };
 
 }  // namespace Standalone

@@ -85,22 +85,26 @@ void UdpSocket::Wait(Clock::time_point deadline) const {
   poll(&source, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
 }
 
-UdpSocket::Received UdpSocket::Receive(Clock::time_point deadline) {
-  while (Clock::now() < deadline) {
-    Wait(deadline);
-    // How long it is comes first, so that a datagram of any length is taken whole.
-    ssize_t length = recv(descriptor_.Get(), nullptr, 0, MSG_PEEK | MSG_TRUNC);
-    buffer_.resize(static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
-    length = length < 0 ? length : recv(descriptor_.Get(), buffer_.data(), buffer_.size(), 0);
-    if (length >= 0) {
-      buffer_.resize(static_cast<std::size_t>(length));
-      return {&buffer_, 0};
-    }
-    if (errno != EAGAIN && errno != EINTR && TakePeerError(errno) != 0) {
-      return {nullptr, errno};
-    }
+UdpSocket::Received UdpSocket::Take() {
+  // How long it is comes first, so that a datagram of any length is taken whole.
+  ssize_t length = recv(descriptor_.Get(), nullptr, 0, MSG_PEEK | MSG_TRUNC);
+  buffer_.resize(static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+  length = length < 0 ? length : recv(descriptor_.Get(), buffer_.data(), buffer_.size(), 0);
+  if (length >= 0) {
+    buffer_.resize(static_cast<std::size_t>(length));
+    return {&buffer_, 0};
   }
-  return {};
+  const bool isNothing = errno == EAGAIN || errno == EINTR;
+  return {nullptr, isNothing ? 0 : TakePeerError(errno)};
+}
+
+UdpSocket::Received UdpSocket::Receive(Clock::time_point deadline) {
+  Received received;
+  while (received.datagram == nullptr && received.error == 0 && Clock::now() < deadline) {
+    Wait(deadline);
+    received = Take();
+  }
+  return received;
 }
 
 }  // namespace Standalone

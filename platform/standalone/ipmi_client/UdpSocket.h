@@ -38,6 +38,12 @@ class UdpSocket {
   /// lost, and nobody could end it.
   Received Receive(Clock::time_point deadline);
 
+  /// Takes a datagram that is there, or an error; neither when nothing has come.
+  Received Take();
+
+  /// To wait at for several sockets at once; it stays this one's.
+  [[nodiscard]] int Descriptor() const { return descriptor_.Get(); }
+
   /// What the network said last of the other end, such as ECONNREFUSED.
   [[nodiscard]] int PeerError() const { return peerError_; }
   void ForgetPeerError() { peerError_ = 0; }

@@ -1,0 +1,43 @@
+#include "fleet/FleetMailbox.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Tavrin {
+
+void FleetMailbox::Post(FleetMail mail) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (!places_.at(mail.index).isClosed) {
+    mail_.push_back(std::move(mail));
+    arrival_.notify_one();
+  }
+}
+
+void FleetMailbox::Post(std::size_t index, Part part, const Reading& soFar) {
+  auto copy = std::make_unique<Reading>(soFar);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (!places_.at(index).isClosed) {
+    std::swap(places_.at(index).soFar, copy);
+    mail_.push_back({index, part});
+    arrival_.notify_one();
+  }
+}
+
+Reading FleetMailbox::Close(std::size_t index) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  Place& place = places_.at(index);
+  place.isClosed = true;
+  mail_.erase(std::remove_if(mail_.begin(), mail_.end(),
+                             [index](const FleetMail& mail) { return mail.index == index; }),
+              mail_.end());
+  const std::unique_ptr<Reading> soFar = std::move(place.soFar);
+  return soFar ? std::move(*soFar) : Reading();
+}
+
+std::vector<FleetMail> FleetMailbox::Take(std::chrono::steady_clock::time_point deadline) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  arrival_.wait_until(lock, deadline, [this] { return !mail_.empty(); });
+  return std::exchange(mail_, {});
+}
+
+}  // namespace Tavrin

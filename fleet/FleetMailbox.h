@@ -1,0 +1,57 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <variant>
+#include <vector>
+
+#include "fleet/FleetObserver.h"
+#include "platform/standalone/logger/LogControl.h"
+#include "reading/Query.h"
+#include "reading/Reading.h"
+
+namespace Tavrin {
+
+/// What the thread of an enclosure tells the one that reads the fleet: a part that is read, a line
+/// of the log, how it ended, or what ended it before it had a reading to give.
+struct FleetMail {
+  std::size_t index = 0;
+  std::variant<Part, Standalone::LogLine, FleetResult, QueryOutcome> content;
+};
+
+/// Where the threads of a fleet leave what they have to tell, and what each has read so far. Owned
+/// by all of them together, so that a thread that is late finds it still there. May be called from
+/// any thread.
+class FleetMailbox {
+ public:
+  explicit FleetMailbox(std::size_t enclosures) : places_(enclosures) {}
+
+  /// Leaves mail of an enclosure. Nothing happens once its place is closed.
+  void Post(FleetMail mail);
+
+  /// Leaves that a part was read, and keeps the reading so far; the same.
+  void Post(std::size_t index, Part part, const Reading& soFar);
+
+  /// Closes an enclosure's place: nothing is left there any more, and what was left before and not
+  /// yet taken is dropped. Gives what was read so far; as new when nothing was.
+  Reading Close(std::size_t index);
+
+  /// Takes all that was left, in its order; waits until `deadline` where there is nothing.
+  std::vector<FleetMail> Take(std::chrono::steady_clock::time_point deadline);
+
+ private:
+  struct Place {
+    std::unique_ptr<Reading> soFar;  ///< Null as long as nothing was read.
+    bool isClosed = false;
+  };
+
+  std::mutex mutex_;
+  std::condition_variable arrival_;
+  std::vector<FleetMail> mail_;  // Guarded by mutex_, as are the places.
+  std::vector<Place> places_;
+};
+
+}  // namespace Tavrin

@@ -1,0 +1,171 @@
+#include "fleet/FleetThread.h"
+
+#include <pthread.h>
+#include <signal.h>
+
+#include <exception>
+#include <new>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "platform/standalone/ipmi_client/ConnectControl.h"
+#include "platform/standalone/ipmi_client/ConnectPresence.h"
+#include "platform/standalone/ipmi_client/ThreadDeadline.h"
+#include "platform/standalone/logger/ThreadLog.h"
+#include "reading/Enclosure.h"
+#include "reading/Observer.h"
+#include "reading/Stopwatch.h"
+#include "reading/Unread.h"
+#include "support/EscapeControlBytes.h"
+
+namespace Tavrin {
+namespace {
+
+/// The client's library puts messages of 160 KiB in all on the stack.
+constexpr std::size_t kStackSize = std::size_t{512} * 1024;
+
+/// Leaves what the observer of a pass is told.
+class Messenger : public Observer {
+ public:
+  explicit Messenger(const FleetErrand& errand) : errand_(errand) {}
+
+  [[nodiscard]] unsigned int LogLevel() const override { return errand_.settings->logLevel; }
+  void LineWritten(const Standalone::LogLine& line) override {
+    errand_.mailbox->Post({errand_.index, line});
+  }
+  void PartRead(const Reading& soFar, Part part) override {
+    errand_.mailbox->Post(errand_.index, part, soFar);
+  }
+
+ private:
+  const FleetErrand& errand_;
+};
+
+/// Asks whether anybody is there, and says in `reading` when nobody is.
+bool IsPresent(const FleetErrand& errand, Messenger& messenger, Reading& reading) {
+  const Standalone::ThreadLog log(
+      messenger.LogLevel(),
+      [&messenger](const Standalone::LogLine& line) { messenger.LineWritten(line); });
+  const Stopwatch stopwatch;
+  const Standalone::LastExchange exchange =
+      Standalone::AskPresence(errand.enclosure.host, errand.enclosure.port);
+  if (exchange.cause == Standalone::FailureCause::None) {
+    return true;
+  }
+  reading.failure.emplace();
+  reading.failure->status = StatusCode::NotConnected;
+  reading.failure->cause = CauseOf(exchange);
+  stopwatch.Stamp(*reading.failure);
+  return false;
+}
+
+Reading ReadPresent(const FleetErrand& errand, Messenger& messenger) {
+  const Stopwatch stopwatch;
+  Reading reading;
+  if (!errand.settings->asksPresence || IsPresent(errand, messenger, reading)) {
+    reading = Enclosure(errand.enclosure).Read(errand.settings->parts, messenger);
+  }
+  reading.address = AddressText(errand.enclosure.host, errand.enclosure.port);
+  reading.readAt = stopwatch.Begin();
+  reading.duration = stopwatch.Duration();
+  return reading;
+}
+
+FleetEnding EndingOf(const FleetErrand& errand) {
+  if (errand.deadline && std::chrono::steady_clock::now() >= *errand.deadline) {
+    return FleetEnding::TimedOut;
+  }
+  return Standalone::AreExchangesStopped() ? FleetEnding::Stopped : FleetEnding::Complete;
+}
+
+void ReadEnclosure(const FleetErrand& errand) {
+  std::optional<Standalone::ThreadDeadline> deadline;
+  if (errand.deadline) {
+    deadline.emplace(*errand.deadline);
+  }
+  Messenger messenger(errand);
+  Reading reading = ReadPresent(errand, messenger);
+  FleetResult result{errand.index, EndingOf(errand), std::move(reading)};
+  errand.mailbox->Post({errand.index, std::move(result)});
+}
+
+QueryOutcome OutcomeOf(const std::exception& exception) {
+  QueryOutcome outcome;
+  outcome.status = kExceptionStatus;
+  outcome.cause.words = EscapeControlBytes(exception.what());
+  return outcome;
+}
+
+/// Somebody waits for the end of each enclosure, so that it has to be told also when memory is
+/// short, which passes when others end.
+void TellException(const FleetErrand& errand, const std::exception& exception) {
+  constexpr std::chrono::milliseconds kUntilNextTry{50};
+  for (bool isTold = false; !isTold;) {
+    try {
+      errand.mailbox->Post({errand.index, OutcomeOf(exception)});
+      isTold = true;
+    } catch (const std::bad_alloc&) {
+      std::this_thread::sleep_for(kUntilNextTry);
+    }
+  }
+}
+
+void* RunThread(void* argument) {
+  const std::unique_ptr<const FleetErrand> errand(static_cast<FleetErrand*>(argument));
+  try {
+    ReadEnclosure(*errand);
+  } catch (const std::exception& exception) {
+    TellException(*errand, exception);
+  }
+  return nullptr;
+}
+
+/// How a thread of a fleet is made: one that nobody waits for.
+class ThreadAttributes {
+ public:
+  ThreadAttributes() {
+    pthread_attr_init(&attributes_);
+    pthread_attr_setdetachstate(&attributes_, PTHREAD_CREATE_DETACHED);
+    pthread_attr_setstacksize(&attributes_, kStackSize);
+  }
+  ~ThreadAttributes() { pthread_attr_destroy(&attributes_); }
+  ThreadAttributes(const ThreadAttributes&) = delete;
+  ThreadAttributes& operator=(const ThreadAttributes&) = delete;
+
+  [[nodiscard]] const pthread_attr_t* Get() const { return &attributes_; }
+
+ private:
+  pthread_attr_t attributes_{};
+};
+
+/// Keeps signals from the threads that are begun while it lives: they are the program's own.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+ private:
+  sigset_t before_{};
+};
+
+}  // namespace
+
+int BeginFleetThread(std::unique_ptr<FleetErrand> errand) {
+  const ThreadAttributes attributes;
+  const SignalsBlocked blocked;
+  pthread_t thread{};
+  const int error = pthread_create(&thread, attributes.Get(), RunThread, errand.get());
+  if (error == 0) {
+    static_cast<void>(errand.release());
+  }
+  return error;
+}
+
+}  // namespace Tavrin
