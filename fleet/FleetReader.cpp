@@ -14,6 +14,7 @@
 #include "platform/standalone/ipmi_client/ConnectControl.h"
 #include "reading/Stopwatch.h"
 #include "reading/Unread.h"
+#include "support/HostAndPort.h"
 
 namespace Tavrin {
 namespace {

@@ -18,6 +18,7 @@
 #include "reading/Stopwatch.h"
 #include "reading/Unread.h"
 #include "support/EscapeControlBytes.h"
+#include "support/HostAndPort.h"
 
 namespace Tavrin {
 namespace {

@@ -46,6 +46,13 @@ power-off warning (EPOW), throttle, presence and power good. A ninth PSU's flags
 told by the SMM.)",
         "-H 192.0.2.10 -U admin psus", PartList(Part::PsuFirmware, Part::PsuStatus)},
     Command{
+        kHealthCommand, "", "Whether each enclosure is well, and what is wrong, worst first",
+        R"(Prints one line an enclosure, worst first: CRITICAL, WARNING, UNKNOWN or OK, and what is wrong and
+where. Only what the SMM states is judged; what could not be read is UNKNOWN. --ignore leaves out
+what a site knows of. The exit code is 0 when all are well, and 6 when a fault was found.)",
+        "-H 'rack[01-40]' -U admin health",
+        PartList(Part::NodeStatus, Part::PsuFans, Part::PsuStatus)},
+    Command{
         "select-psu", " N",
         R"(Selects PSU N, from 1 to 9; says what was sent for N, and
 whether the SMM acknowledged)",

@@ -52,6 +52,9 @@ struct Command {
   [[nodiscard]] bool AsksNobody() const { return parts.Parts().empty(); }
 };
 
+/// The command that judges instead of showing.
+constexpr std::string_view kHealthCommand = "health";
+
 /// All commands, the default first.
 const std::vector<Command>& Commands();
 

@@ -58,9 +58,7 @@ std::vector<Failure> FailuresOf(const std::vector<Answer>& answers) {
   return failures;
 }
 
-}  // namespace
-
-std::string FailureLines(const Reading& reading) {
+std::string LinesBehind(const std::string& start, const Reading& reading) {
   if (reading.failure) {
     return fmt::format("smm-inventory: nothing read from {}: {}\n", reading.address,
                        ReasonAndNextStep(*reading.failure));
@@ -70,10 +68,19 @@ std::string FailureLines(const Reading& reading) {
     std::vector<std::string> names;
     std::transform(failure.queries.begin(), failure.queries.end(), std::back_inserter(names),
                    NameText);
-    lines +=
-        fmt::format("smm-inventory: {} not read: {}\n", fmt::join(names, ", "), failure.sentence);
+    lines += fmt::format("{}{} not read: {}\n", start, fmt::join(names, ", "), failure.sentence);
   }
   return lines;
+}
+
+}  // namespace
+
+std::string FailureLines(const Reading& reading) { return LinesBehind("smm-inventory: ", reading); }
+
+std::string NamedFailureLines(const Reading& reading) {
+  const std::string lines =
+      LinesBehind(fmt::format("smm-inventory: {}: ", reading.address), reading);
+  return lines.substr(0, lines.size() - 1);
 }
 
 }  // namespace Tavrin

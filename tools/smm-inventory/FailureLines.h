@@ -10,4 +10,7 @@ struct Reading;
 /// try next. One line alone where no query came about; empty where all succeeded.
 std::string FailureLines(const Reading& reading);
 
+/// The same, each line with the enclosure's address, and without the last line break.
+std::string NamedFailureLines(const Reading& reading);
+
 }  // namespace Tavrin

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <exception>
 #include <iterator>
 #include <optional>
@@ -13,9 +15,12 @@
 
 #include "fleet/Settings.h"
 #include "platform/standalone/StrictNumber.h"
+#include "platform/standalone/logger/LogControl.h"
 #include "report/Format.h"
+#include "report/Nagios.h"
 #include "support/EscapeControlBytes.h"
 #include "support/UsageError.h"
+#include "tools/smm-inventory/GroupLines.h"
 #include "tools/smm-inventory/RawOptions.h"
 #include "tools/smm-inventory/Targets.h"
 
@@ -38,7 +43,9 @@ void RefuseFlagValues(int argc, const char* const* argv) {
   for (const std::string_view argument :
        std::vector<std::string_view>(argv, std::next(argv, argc))) {
     const std::string_view start = argument.substr(0, argument.find('=') + 1);
-    if (start == "--json=" || start == "--verbose=") {
+    const std::array<std::string_view, 5> flags = {
+        "--json=", "--verbose=", "--quiet=", "--nagios=", "--no-ping="};
+    if (std::find(flags.begin(), flags.end(), start) != flags.end()) {
       throw UsageError(fmt::format("argument is \"{}\"; expected the option without a value",
                                    EscapeControlBytes(std::string(argument))));
     }
@@ -68,6 +75,67 @@ const Format* ChooseFormat(const RawOptions& raw) {
   return format;
 }
 
+int ParseWholeNumber(const char* name, const std::string& text, int lowest, int highest) {
+  const std::optional<int> number = Standalone::ParseStrictly(text);
+  if (!number || *number < lowest || *number > highest) {
+    throw UsageError(fmt::format("{} is \"{}\"; expected a whole number from {} to {}", name,
+                                 EscapeControlBytes(text), lowest, highest));
+  }
+  return *number;
+}
+
+std::shared_ptr<std::ofstream> OpenFile(const std::string& path) {
+  auto file = std::make_shared<std::ofstream>(path);
+  if (!*file) {
+    throw UsageError(fmt::format("--failed-to is \"{}\", which cannot be written; expected a file",
+                                 EscapeControlBytes(path)));
+  }
+  return file;
+}
+
+void TakeFleetSettings(const RawOptions& raw, Options& options) {
+  constexpr int longest = 86400;
+  options.isQuiet = raw.isQuiet;
+  options.asksPresence = !raw.leavesPresenceOut;
+  if (raw.fanout) {
+    options.fanout = static_cast<std::size_t>(
+        ParseWholeNumber("fan-out", *raw.fanout, 1, static_cast<int>(kMaxFanout)));
+  }
+  if (raw.timeout) {
+    options.timeout = std::chrono::seconds(ParseWholeNumber("time-out", *raw.timeout, 1, longest));
+  }
+  if (raw.failedTo) {
+    options.failedHosts = OpenFile(*raw.failedTo);
+  }
+}
+
+IgnoredFinding ParseIgnored(const std::string& text) {
+  try {
+    return ParseIgnoredFinding(text);
+  } catch (const std::invalid_argument& error) {
+    throw UsageError(error.what());
+  }
+}
+
+void TakeHealthSettings(const RawOptions& raw, Options& options) {
+  options.isForNagios = raw.isForNagios;
+  std::transform(raw.ignored.begin(), raw.ignored.end(), std::back_inserter(options.ignored),
+                 ParseIgnored);
+  const std::vector<std::string_view>& fields = GroupFields();
+  if (raw.groupBy && std::find(fields.begin(), fields.end(), *raw.groupBy) == fields.end()) {
+    throw UsageError(fmt::format("--group-by is \"{}\"; expected one of {}",
+                                 EscapeControlBytes(*raw.groupBy), fmt::join(fields, ", ")));
+  }
+  options.groupField = raw.groupBy.value_or("");
+}
+
+void RequireOneForNagios(const Options& options) {
+  if (options.isForNagios && options.targets.size() != 1) {
+    throw UsageError(fmt::format("{} hosts are named; expected exactly one with --nagios",
+                                 options.targets.size()));
+  }
+}
+
 Options Interpret(const RawOptions& raw, const Task& task) {
   RequireHosts(raw);
   Options options;
@@ -91,7 +159,10 @@ Options Interpret(const RawOptions& raw, const Task& task) {
   if (raw.sessionTimeout) {
     options.sessionTimeoutMs = ParseSessionTimeout(*raw.sessionTimeout);
   }
+  TakeFleetSettings(raw, options);
+  TakeHealthSettings(raw, options);
   TakeTargets(raw, options);
+  RequireOneForNagios(options);
   return options;
 }
 
@@ -144,6 +215,37 @@ Notice Help(const CLI::App& app) {
 }
 
 }  // namespace
+
+unsigned int Options::ShownLogLevel() const {
+  // The first -v shows warnings beside errors, since errors alone say no more than the tool does in
+  // its own words.
+  return verbosity == 0 ? 0 : std::min(verbosity + 1, Standalone::LogLevel::Debug);
+}
+
+bool Options::IsText() const { return format == &Formats().front(); }
+
+bool Options::IsAboutHealth() const { return task.command->name == kHealthCommand; }
+
+bool Options::ShowsHealthFirst() const {
+  return IsText() && targets.size() > 1 && task.command == &Commands().front();
+}
+
+bool Options::IsForFleet() const {
+  return targets.size() > 1 || IsAboutHealth() || isForNagios || !groupField.empty() || timeout ||
+         failedHosts;
+}
+
+std::vector<Part> Options::Parts() const {
+  if (isForNagios) {
+    return {kNagiosParts.begin(), kNagiosParts.end()};
+  }
+  return groupField.empty() ? task.command->parts.Parts() : std::vector<Part>{Part::Identity};
+}
+
+bool IsForNagios(int argc, const char* const* argv) {
+  return std::find(argv, std::next(argv, argc), std::string_view("--nagios")) !=
+         std::next(argv, argc);
+}
 
 std::variant<Options, Notice> ParseCommandLine(int argc, const char* const* argv) {
   CLI::App app("", "smm-inventory");

@@ -1,11 +1,17 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
+#include <fstream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "fleet/FleetReader.h"
 #include "fleet/Target.h"
+#include "report/Health.h"
 #include "tools/smm-inventory/Commands.h"
 
 namespace Tavrin {
@@ -37,12 +43,39 @@ struct Options {
   std::optional<int> attempts;          ///< To connect, for each request; at least 1.
   std::optional<int> sessionTimeoutMs;  ///< From 100 to 600,000.
   unsigned int verbosity = 0;           ///< How often -v was given.
+  bool isQuiet = false;                 ///< Whether progress is to stay away.
+
+  std::size_t fanout = kMaxFanout;                   ///< So many are read at once.
+  std::optional<std::chrono::milliseconds> timeout;  ///< For the whole of one enclosure.
+  bool asksPresence = true;
+  std::shared_ptr<std::ofstream> failedHosts;  ///< Open; null where nobody asked for it.
+  std::string groupField;                      ///< One of GroupFields(); empty for the readings.
+  std::vector<IgnoredFinding> ignored;
+  bool isForNagios = false;
+
+  /// Up to which level log lines are shown as they are.
+  [[nodiscard]] unsigned int ShownLogLevel() const;
+
+  [[nodiscard]] bool IsText() const;
+  [[nodiscard]] bool IsAboutHealth() const;
+
+  /// Whether the health of all enclosures stands in front of their tables.
+  [[nodiscard]] bool ShowsHealthFirst() const;
+
+  /// Whether what is wanted takes a whole reading, or several, rather than one as it goes on.
+  [[nodiscard]] bool IsForFleet() const;
+
+  /// What is read of each enclosure.
+  [[nodiscard]] std::vector<Part> Parts() const;
 };
 
 /// A text that was asked for instead of a run: the help or the version.
 struct Notice {
   std::string text;
 };
+
+/// Whether the answer is for a monitoring system, even where the rest cannot be used.
+bool IsForNagios(int argc, const char* const* argv);
 
 /// Reads the command line, and the hosts file that it names. Throws UsageError when they hold what
 /// the tool cannot use.

@@ -5,12 +5,15 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "fleet/Settings.h"
 #include "fleet/Target.h"
 #include "report/Format.h"
 #include "support/UsageError.h"
 #include "tools/smm-inventory/Commands.h"
+#include "tools/smm-inventory/GroupLines.h"
 
 namespace Tavrin {
 namespace {
@@ -47,10 +50,15 @@ Examples:
   smm-inventory -H 'rack[01-40],[2001:db8::10]' --exclude rack07 hosts
 
 Exit codes:
-  0  every query succeeded; a PSU slot that gave no usable answer is shown as not read
-  1  a query failed, or nothing could be asked; standard error says why and what to try next
-  2  a wrong option, value or password source; nothing was sent
-  3  unexpected error outside the queries
+  0    every query succeeded; a PSU slot that gave no usable answer is shown as not read
+  1    something was not read; standard error says what, why and what to try next
+  2    a wrong option, value or password source; nothing was sent
+  3    unexpected error outside the queries
+  4    no enclosure was reached
+  5    every enclosure refused user name, password or privilege level
+  6    health found a fault, whatever else
+  130  interrupted, or terminated
+With --nagios: 0 OK, 1 WARNING, 2 CRITICAL, 3 UNKNOWN and wrong usage.
 )";
 
 class UsageFormatter : public CLI::Formatter {
@@ -64,6 +72,12 @@ class UsageFormatter : public CLI::Formatter {
   throw UsageError(
       "option -P would show the password to every user of this machine; expected --password-file "
       "FILE (- for standard input), the environment variable IPMI_PASSWORD, or the prompt");
+}
+
+std::string GroupNames() {
+  const std::vector<std::string_view>& names = GroupFields();
+  return fmt::format("{},\n{}", fmt::join(names.begin(), names.begin() + 4, ", "),
+                     fmt::join(names.begin() + 4, names.end(), ", "));
 }
 
 /// One line a format, for the help.
@@ -91,6 +105,34 @@ void DeclareNaming(CLI::App& app, RawOptions& raw) {
       ->option_text("FILE");
   app.add_option("-p,--port", raw.port, "UDP port of hosts without one")
       ->option_text(fmt::format("PORT [{}]", kDefaultPort));
+}
+
+void DeclareReading(CLI::App& app, RawOptions& raw) {
+  app.add_option("--fanout", raw.fanout, "Enclosures that are read at once, from 1 to 1000")
+      ->option_text("N [1000]");
+  app.add_option(
+         "--timeout", raw.timeout,
+         "How long one enclosure may take in all, from 1 to 86400;\nby default as long as it "
+         "takes")
+      ->option_text("SECONDS");
+  app.add_flag("--no-ping", raw.leavesPresenceOut,
+               "Do not ask first whether anybody is there, where several\nare read");
+}
+
+void DeclareShowing(CLI::App& app, RawOptions& raw) {
+  app.add_option("--group-by", raw.groupBy,
+                 "Fold enclosures of like value; one of\n" + GroupNames())
+      ->option_text("FIELD");
+  app.add_option("--failed-to", raw.failedTo, "Hosts file for those that were not read whole")
+      ->option_text("FILE");
+  app.add_option(
+         "--ignore", raw.ignored,
+         "What is known and not to be told again, repeatable:\npsu:9:presence, node:*:status")
+      ->option_text("KIND:NUMBER:RULE")
+      ->allow_extra_args(false);
+  app.add_flag("--nagios", raw.isForNagios,
+               "Health of one enclosure as a plugin of a monitoring system");
+  app.add_flag("-q,--quiet", raw.isQuiet, "No progress on a terminal");
 }
 
 }  // namespace
@@ -129,9 +171,11 @@ void Declare(CLI::App& app, RawOptions& raw) {
                  "How long the SMM may stay silent before an attempt fails,\n"
                  "from 0.1 to 600; more for one that answers late")
       ->option_text("SECONDS [4.5]");
+  DeclareReading(app, raw);
   app.add_option("--format", raw.format, "What to print, one of" + FormatList())
       ->option_text(fmt::format("NAME [{}]", Formats().front().name));
   app.add_flag("--json", raw.isJson, "Short for --format json");
+  DeclareShowing(app, raw);
   app.add_flag("-v,--verbose", raw.verbosity, "Show more of the log; repeatable");
 }
 

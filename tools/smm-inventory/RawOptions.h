@@ -27,6 +27,14 @@ struct RawOptions {
   std::optional<std::string> sessionTimeout;
   std::optional<std::string> format;
   bool isJson = false;
+  bool isQuiet = false;
+  bool isForNagios = false;
+  bool leavesPresenceOut = false;
+  std::optional<std::string> fanout;
+  std::optional<std::string> timeout;
+  std::optional<std::string> failedTo;
+  std::optional<std::string> groupBy;
+  std::vector<std::string> ignored;
   std::size_t verbosity = 0;
 };
 

@@ -1,77 +1,31 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdlib>
 #include <exception>
 #include <iostream>
-#include <optional>
-#include <stdexcept>
 #include <string>
-#include <string_view>
 #include <variant>
-#include <vector>
 
-#include "fleet/Target.h"
-#include "platform/standalone/StrictNumber.h"
-#include "platform/standalone/logger/LogControl.h"
-#include "platform/standalone/logger/ThreadLog.h"
 #include "reading/Enclosure.h"
 #include "report/Format.h"
+#include "report/Nagios.h"
 #include "support/EscapeControlBytes.h"
 #include "support/HostAndPort.h"
 #include "support/UsageError.h"
+#include "tools/smm-inventory/Ending.h"
+#include "tools/smm-inventory/Environment.h"
 #include "tools/smm-inventory/ExitCode.h"
 #include "tools/smm-inventory/FailureLines.h"
+#include "tools/smm-inventory/FleetRun.h"
 #include "tools/smm-inventory/MemoryImage.h"
 #include "tools/smm-inventory/Options.h"
+#include "tools/smm-inventory/Output.h"
 #include "tools/smm-inventory/Password.h"
 #include "tools/smm-inventory/terminal/Console.h"
 #include "tools/smm-inventory/terminal/Progress.h"
 
 namespace Tavrin {
 namespace {
-
-bool CanMoveCursor() {
-  const char* const terminal = std::getenv("TERM");
-  return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
-}
-
-/// A setting that the environment can give, unless options and hosts file do.
-struct Setting {
-  const char* key;
-  bool isGiven;
-};
-
-std::vector<Setting> SettingsByEnvironment(const Options& options) {
-  const auto isGiven = [&options](std::optional<int> TargetSettings::*setting) {
-    return std::all_of(options.targets.begin(), options.targets.end(),
-                       [&](const Target& target) { return target.settings.*setting; });
-  };
-  return {{"IPMI_CIPHER_SUITE", isGiven(&TargetSettings::cipherSuite)},
-          {"IPMI_PRIVILEGE_LEVEL", isGiven(&TargetSettings::privilegeLevel)},
-          {"IPMI_WORKAROUND_FLAGS", isGiven(&TargetSettings::workaroundFlags)},
-          {"IPMI_CONNECT_RETRY_TIMES", isGiven(&TargetSettings::attempts)},
-          {"IPMI_SESSION_TIMEOUT_MS", isGiven(&TargetSettings::sessionTimeoutMs)},
-          {"IPMI_RETRANSMISSION_TIMEOUT_MS", false},
-          {"SMM_TYPE", false}};
-}
-
-/// Says which defaults the environment replaces. What it holds that is no number replaces none.
-void ShowEnvironment(const Options& options, Console& console) {
-  for (const Setting& setting : SettingsByEnvironment(options)) {
-    const char* const text = std::getenv(setting.key);
-    if (!setting.isGiven && text != nullptr && Standalone::ParseStrictly(text)) {
-      console.ShowLine(fmt::format("{} is {}, from the environment", setting.key, text));
-    }
-  }
-}
-
-/// Up to which level log lines are shown as they are. The first -v shows warnings beside errors,
-/// since errors alone say no more than the tool does in its own words.
-unsigned int ShownLogLevel(unsigned int verbosity) {
-  return verbosity == 0 ? 0 : std::min(verbosity + 1, Standalone::LogLevel::Debug);
-}
 
 /// The enclosure, with the password that the user gives for it.
 Enclosure EnclosureOf(const Target& target, const std::string& address) {
@@ -111,31 +65,14 @@ class Printer : public Progress {
   bool hasBegun_ = false;
 };
 
-/// Shows what is malformed about the logger's own environment variable, as all of the environment.
-void CheckLogLevel(Progress& progress) {
-  const Standalone::ThreadLog log(
-      progress.LogLevel(),
-      [&progress](const Standalone::LogLine& line) { progress.LineWritten(line); });
-  Standalone::SetMinLogLevel(progress.LogLevel());
-}
-
-void RequireWholeOutput() {
-  if (!std::cout) {
-    throw std::runtime_error("standard output cannot be written");
-  }
-}
-
 int Run(const Options& options) {
   const Target& target = options.targets.front();
   const std::string address = AddressText(target.host, target.port);
   Enclosure enclosure = EnclosureOf(target, address);
 
   Console console(std::cerr, CanMoveCursor(), STDERR_FILENO);
-  Printer printer(*options.format, console, ShownLogLevel(options.verbosity));
-  CheckLogLevel(printer);
-  if (options.verbosity > 0) {
-    ShowEnvironment(options, console);
-  }
+  Printer printer(*options.format, console, options.ShownLogLevel());
+  CheckEnvironment(options, console);
   console.ShowLine("connecting to " + address);
   const Task& task = options.task;
   const Reading reading = task.psu == 0 ? enclosure.Read(task.command->parts.Parts(), printer)
@@ -143,15 +80,7 @@ int Run(const Options& options) {
   printer.End(reading);
   std::cerr << FailureLines(reading) << std::flush;
   RequireWholeOutput();
-  return ExitCodeOf(reading);
-}
-
-void RequireOneTarget(const Options& options) {
-  if (!options.task.command->AsksNobody() && options.targets.size() > 1) {
-    throw UsageError(fmt::format(
-        "{} hosts are named, and reading several enclosures is not there yet; expected one",
-        options.targets.size()));
-  }
+  return ExitCodeOf({EndingOf(reading)});
 }
 
 void ShowNotes(const Options& options) {
@@ -177,9 +106,22 @@ int RunCommandLine(int argc, const char* const* argv) {
     return ExitCode::Success;
   }
   const Options& options = std::get<Options>(request);
-  RequireOneTarget(options);
   ShowNotes(options);
-  return options.task.command->AsksNobody() ? PrintHosts(options) : Run(options);
+  if (options.task.command->AsksNobody()) {
+    return PrintHosts(options);
+  }
+  return options.IsForFleet() ? RunFleet(options) : Run(options);
+}
+
+/// A monitoring system shows what stands on standard output, and takes every code but its own for a
+/// fault of the plugin.
+int Refuse(const UsageError& error, int argc, const char* const* argv) {
+  if (IsForNagios(argc, argv)) {
+    std::cout << NagiosProblemLine(error.what());
+    return NagiosExitCode(Severity::Unknown);
+  }
+  std::cerr << "smm-inventory: " << error.what() << '\n';
+  return ExitCode::WrongUsage;
 }
 
 }  // namespace
@@ -190,8 +132,7 @@ int main(int argc, char** argv) {
     Tavrin::ForbidMemoryImages();
     return Tavrin::RunCommandLine(argc, argv);
   } catch (const Tavrin::UsageError& error) {
-    std::cerr << "smm-inventory: " << error.what() << '\n';
-    return Tavrin::ExitCode::WrongUsage;
+    return Tavrin::Refuse(error, argc, argv);
   } catch (const std::exception& error) {
     std::cerr << "smm-inventory: unexpected error: " << Tavrin::EscapeControlBytes(error.what())
               << '\n';

@@ -1,0 +1,136 @@
+#include "tools/smm-inventory/Ending.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include "report/Describe.h"
+#include "support/HostAndPort.h"
+#include "support/HostRange.h"
+#include "tools/smm-inventory/ExitCode.h"
+
+namespace Tavrin {
+namespace {
+
+using Standalone::FailureCause;
+
+constexpr std::array<std::pair<Ending, std::string_view>, 8> kWords = {
+    {{Ending::NotReached, "not reached"},
+     {Ending::UserRefused, "user"},
+     {Ending::PasswordRefused, "password"},
+     {Ending::PrivilegeRefused, "privilege"},
+     {Ending::TimedOut, "timed out"},
+     {Ending::Stopped, "stopped"},
+     {Ending::PartlyRead, "partly read"},
+     {Ending::NotRead, "not read"}}};
+
+/// That of a reading which came to nothing.
+Ending EndingBy(FailureCause kind) {
+  switch (kind) {
+    case FailureCause::HostName:
+    case FailureCause::NameServer:
+    case FailureCause::Unreachable:
+    case FailureCause::Forbidden:
+    case FailureCause::Silence:
+      return Ending::NotReached;
+    case FailureCause::UserNameRefused:
+      return Ending::UserRefused;
+    case FailureCause::PasswordRefused:
+      return Ending::PasswordRefused;
+    case FailureCause::PrivilegeRefused:
+      return Ending::PrivilegeRefused;
+    case FailureCause::TimeOver:
+      return Ending::TimedOut;
+    case FailureCause::Stopped:
+      return Ending::Stopped;
+    default:
+      return Ending::NotRead;
+  }
+}
+
+bool IsOneOf(Ending ending, std::initializer_list<Ending> some) {
+  return std::find(some.begin(), some.end(), ending) != some.end();
+}
+
+std::vector<HostAndPort> HostsThatFailed(const std::vector<Target>& targets,
+                                         const std::vector<Ending>& endings) {
+  std::vector<HostAndPort> failed;
+  for (std::size_t index = 0; index < targets.size(); ++index) {
+    if (endings[index] != Ending::Read) {
+      const Target& target = targets[index];
+      const bool isUsual = target.port == kDefaultPort;
+      failed.push_back({target.host, isUsual ? std::nullopt : std::optional(target.port)});
+    }
+  }
+  return failed;
+}
+
+std::string CountsByWord(const std::vector<Ending>& endings) {
+  std::vector<std::string> counts;
+  for (const auto& [ending, word] : kWords) {
+    const auto count = std::count(endings.begin(), endings.end(), ending);
+    if (count > 0) {
+      counts.push_back(fmt::format("{} {}", word, count));
+    }
+  }
+  return fmt::format("{}", fmt::join(counts, ", "));
+}
+
+}  // namespace
+
+Ending EndingOf(const Reading& reading) {
+  if (reading.failure) {
+    return EndingBy(reading.failure->cause.kind);
+  }
+  const std::vector<Answer> answers = AllAnswers(reading);
+  const auto failed = std::find_if(answers.begin(), answers.end(), [](const Answer& answer) {
+    return !answer.outcome.Succeeded();
+  });
+  if (failed == answers.end()) {
+    return Ending::Read;
+  }
+  const Ending ending = EndingBy(failed->outcome.cause.kind);
+  const bool isTold =
+      IsOneOf(ending, {Ending::UserRefused, Ending::PasswordRefused, Ending::PrivilegeRefused,
+                       Ending::TimedOut, Ending::Stopped});
+  return isTold ? ending : Ending::PartlyRead;
+}
+
+int ExitCodeOf(const std::vector<Ending>& endings) {
+  const auto each = [&endings](std::initializer_list<Ending> some) {
+    return std::all_of(endings.begin(), endings.end(),
+                       [some](Ending ending) { return IsOneOf(ending, some); });
+  };
+  if (each({Ending::Read})) {
+    return ExitCode::Success;
+  }
+  if (each({Ending::NotReached})) {
+    return ExitCode::NobodyReached;
+  }
+  return each({Ending::UserRefused, Ending::PasswordRefused, Ending::PrivilegeRefused})
+             ? ExitCode::LoginRefused
+             : ExitCode::QueryFailed;
+}
+
+std::string SummaryLine(const std::vector<Target>& targets, const std::vector<Ending>& endings) {
+  const std::vector<HostAndPort> failed = HostsThatFailed(targets, endings);
+  if (failed.empty()) {
+    return "";
+  }
+  return fmt::format("smm-inventory: failed {} of {}: {} ({})\n", failed.size(), targets.size(),
+                     FoldHosts(failed), CountsByWord(endings));
+}
+
+std::string FailedHosts(const std::vector<Target>& targets, const std::vector<Ending>& endings) {
+  std::string lines;
+  for (const HostAndPort& place : HostsThatFailed(targets, endings)) {
+    lines += AddressText(place.host, place.port.value_or(kDefaultPort)) + '\n';
+  }
+  return lines;
+}
+
+}  // namespace Tavrin

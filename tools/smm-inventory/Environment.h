@@ -1,0 +1,16 @@
+#pragma once
+
+#include "tools/smm-inventory/terminal/Console.h"
+
+namespace Tavrin {
+
+struct Options;
+
+/// Whether a status on standard error can change in place.
+bool CanMoveCursor();
+
+/// Complains of what is malformed about the logger's own environment variable, as of all of the
+/// environment, and with -v says which defaults the environment replaces.
+void CheckEnvironment(const Options& options, Console& console);
+
+}  // namespace Tavrin

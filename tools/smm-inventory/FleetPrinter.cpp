@@ -1,0 +1,195 @@
+#include "tools/smm-inventory/FleetPrinter.h"
+
+#include <algorithm>
+#include <iostream>
+#include <iterator>
+#include <utility>
+
+#include "report/Health.h"
+#include "report/HealthLines.h"
+#include "report/Nagios.h"
+#include "support/HostAndPort.h"
+#include "tools/smm-inventory/Ending.h"
+#include "tools/smm-inventory/ExitCode.h"
+#include "tools/smm-inventory/FailureLines.h"
+#include "tools/smm-inventory/GroupLines.h"
+#include "tools/smm-inventory/Interrupt.h"
+#include "tools/smm-inventory/terminal/HealthColours.h"
+
+namespace Tavrin {
+namespace {
+
+std::string NameOf(const Target& target) {
+  return target.port == kDefaultPort ? target.host : AddressText(target.host, target.port);
+}
+
+std::vector<std::string> NamesOf(const std::vector<Target>& targets) {
+  std::vector<std::string> names;
+  std::transform(targets.begin(), targets.end(), std::back_inserter(names), NameOf);
+  return names;
+}
+
+/// Whether what is printed says something about all enclosures together before it shows any.
+bool WaitsForAll(const Options& options) {
+  return options.IsAboutHealth() || options.ShowsHealthFirst() || !options.groupField.empty() ||
+         options.targets.size() == 1 || options.format->several.order == Order::AllTogether;
+}
+
+void WriteFailedHosts(const Options& options, const std::vector<Ending>& endings) {
+  if (options.failedHosts) {
+    *options.failedHosts << FailedHosts(options.targets, endings) << std::flush;
+    if (!*options.failedHosts) {
+      throw std::runtime_error("the file of --failed-to cannot be written");
+    }
+  }
+}
+
+/// As it is written where it is the only one.
+std::string TextOfOne(const Format& format, const Reading& reading, const ReportContext& context) {
+  std::string text = format.begin(reading.address);
+  for (const Part part : kEveryPart) {
+    text += format.part(reading, part);
+  }
+  return text + format.end(reading, context);
+}
+
+Severity WorstOfAll(const std::vector<EnclosureReading>& all, const Options& options) {
+  Severity worst = Severity::Ok;
+  for (const EnclosureReading& each : all) {
+    worst = std::max(worst, WorstOf(FindingsOf(each.reading, options.ignored)));
+  }
+  return worst;
+}
+
+/// A fault counts for more than what was not read, and what was not read for more than that all
+/// else is well.
+int HealthExitCode(Severity worst, int exitCodeOfReading) {
+  if (worst >= Severity::Warning) {
+    return ExitCode::FaultFound;
+  }
+  const bool isUnknown = worst == Severity::Unknown && exitCodeOfReading == ExitCode::Success;
+  return isUnknown ? ExitCode::QueryFailed : exitCodeOfReading;
+}
+
+int CodeOf(const std::vector<EnclosureReading>& all, const std::vector<Ending>& endings,
+           const Options& options) {
+  if (options.isForNagios) {
+    return NagiosExitCode(WorstOfAll(all, options));
+  }
+  if (Interrupt::Happened()) {
+    return ExitCode::Interrupted;
+  }
+  const int exitCode = ExitCodeOf(endings);
+  return options.IsAboutHealth() ? HealthExitCode(WorstOfAll(all, options), exitCode) : exitCode;
+}
+
+}  // namespace
+
+FleetPrinter::FleetPrinter(const Options& options, Console& console, bool isTerminal)
+    : options_(options),
+      console_(console),
+      lines_(console, options.ShownLogLevel()),
+      progress_(console, NamesOf(options.targets)),
+      showsProgress_(isTerminal && !options.isQuiet),
+      waitsForAll_(WaitsForAll(options)),
+      ended_(options.targets.size()) {
+  if (!waitsForAll_) {
+    std::cout << options.format->several.begin() << std::flush;
+  }
+}
+
+void FleetPrinter::Noted(const std::string& text) { console_.ShowLine("smm-inventory: " + text); }
+
+void FleetPrinter::LineWritten(std::size_t /*index*/, const Standalone::LogLine& line) {
+  lines_.LineWritten(line);
+}
+
+void FleetPrinter::EnclosureEnded(FleetResult&& result) {
+  const std::size_t index = result.index;
+  isAnyAbandoned_ = isAnyAbandoned_ || result.ending != FleetEnding::Complete;
+  const Target& target = options_.targets[index];
+  ended_[index] = {std::move(result.reading), index, NameOf(target), target.group};
+  const Ending ending = EndingOf(ended_[index]->reading);
+  progress_.Ended(index, ending == Ending::Read);
+  if (ending != Ending::Read && !options_.isForNagios) {
+    console_.ShowLine(NamedFailureLines(ended_[index]->reading));
+  }
+  if (!waitsForAll_) {
+    PrintWhatIsDue(index);
+  }
+}
+
+void FleetPrinter::PrintWhatIsDue(std::size_t index) {
+  const FormatOfSeveral& format = options_.format->several;
+  if (format.order == Order::AsEnded) {
+    std::cout << format.enclosure(*ended_[index], Context()) << std::flush;
+    return;
+  }
+  for (; printed_ < ended_.size() && ended_[printed_]; ++printed_) {
+    std::cout << format.enclosure(*ended_[printed_], Context()) << std::flush;
+  }
+}
+
+void FleetPrinter::TimePasses() {
+  if (showsProgress_) {
+    progress_.Show();
+  }
+}
+
+int FleetPrinter::Finish() {
+  console_.EndStatus();
+  std::vector<EnclosureReading> all;
+  std::vector<Ending> endings;
+  for (std::optional<EnclosureReading>& each : ended_) {
+    endings.push_back(EndingOf(each->reading));
+    all.push_back(std::move(*each));
+  }
+  PrintReport(all);
+  if (!options_.isForNagios) {
+    std::cerr << SummaryLine(options_.targets, endings) << std::flush;
+  }
+  WriteFailedHosts(options_, endings);
+  return CodeOf(all, endings, options_);
+}
+
+void FleetPrinter::PrintReport(const std::vector<EnclosureReading>& all) const {
+  const FormatOfSeveral& format = options_.format->several;
+  if (!waitsForAll_) {
+    std::cout << format.end(all, Context());
+  } else if (options_.isForNagios) {
+    std::cout << NagiosLine(all.front().reading, options_.ignored);
+  } else if (!options_.groupField.empty()) {
+    std::cout << GroupLines(options_.groupField, all);
+  } else {
+    PrintHealthAndTables(all);
+  }
+  std::cout << std::flush;
+}
+
+void FleetPrinter::PrintHealthAndTables(const std::vector<EnclosureReading>& all) const {
+  const bool isHealthFirst = options_.IsAboutHealth() || options_.ShowsHealthFirst();
+  if (options_.IsText() && isHealthFirst) {
+    std::cout << HealthOnTerminal(HealthLines(all, options_.ignored), HasColours());
+  }
+  if (!options_.IsText() || !options_.IsAboutHealth()) {
+    std::cout << (options_.IsText() && isHealthFirst ? "\n" : "");
+    PrintTables(all);
+  }
+}
+
+void FleetPrinter::PrintTables(const std::vector<EnclosureReading>& all) const {
+  if (all.size() == 1) {
+    std::cout << TextOfOne(*options_.format, all.front().reading, Context());
+    return;
+  }
+  const FormatOfSeveral& format = options_.format->several;
+  std::cout << format.begin();
+  for (const EnclosureReading& each : all) {
+    std::cout << format.enclosure(each, Context());
+  }
+  std::cout << format.end(all, Context());
+}
+
+ReportContext FleetPrinter::Context() const { return {SMM_INVENTORY_VERSION, options_.ignored}; }
+
+}  // namespace Tavrin
