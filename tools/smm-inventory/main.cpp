@@ -176,7 +176,7 @@ int RunCommandLine(int argc, const char* const* argv) {
     RequireWholeOutput();
     return ExitCode::Success;
   }
-  const Options& options = std::get<Options>(request);
+  const auto& options = std::get<Options>(request);
   RequireOneTarget(options);
   ShowNotes(options);
   return options.task.command->AsksNobody() ? PrintHosts(options) : Run(options);
