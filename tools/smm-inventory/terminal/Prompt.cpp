@@ -11,8 +11,8 @@
 #include <csignal>
 
 #include "support/FileDescriptor.h"
-#include "tools/smm-inventory/Password.h"
 #include "support/UsageError.h"
+#include "tools/smm-inventory/Password.h"
 
 namespace Tavrin {
 namespace {
