@@ -126,7 +126,7 @@ std::string HeadingOf(const std::string& content) {
   constexpr const char* nameCharacters =
       "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.";
   const std::size_t end = content.find_first_not_of(nameCharacters, 1);
-  const std::string name = content.substr(1, end - 1);
+  std::string name = content.substr(1, end - 1);
   if (end == 1 || end == std::string::npos || content.substr(end) != "]" || name == "all") {
     throw UsageError(fmt::format(
         "heading is \"{}\"; expected [NAME] alone on its line, with a name other than all, of "

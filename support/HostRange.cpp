@@ -92,7 +92,7 @@ class RangeReader {
       RefuseAt(opened, "that bracket stays open", "] behind the numbers");
     }
     if (!Skip(']')) {
-      RefuseHere("a digit, \"-\", \"/\", \",\" or \"]\"");
+      RefuseHere(R"(a digit, "-", "/", "," or "]")");
     }
     return runs;
   }

@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/TemporaryFile.h"
 #include "tests/cli/Terminal.h"
 #include "tests/support/SimulatedSmm.h"
 
@@ -100,6 +101,14 @@ TEST_F(TerminalTest, TypedPasswordIsNotShown) {
   Child tool(call_, {}, {}, terminal_.Name());
   terminal_.ReadUntil("Password of admin at a:623: ");
   EXPECT_FALSE(Echoes());
+  TypeUnfitPassword();
+  ExpectRefusalOfTheTypedPassword(tool);
+}
+
+TEST_F(TerminalTest, QuestionNamesUserAndPortThatTheHostsFileSays) {
+  const TemporaryFile file("[a]\nn1 user=ann port=6230\n");
+  Child tool({SMM_INVENTORY, "--hosts-file", file.Path()}, {}, {}, terminal_.Name());
+  terminal_.ReadUntil("Password of ann at n1:6230: ");
   TypeUnfitPassword();
   ExpectRefusalOfTheTypedPassword(tool);
 }

@@ -100,6 +100,9 @@ TEST(HostRange, WhatIsNoRangeIsRefusedWithItsPosition) {
       {"n[9-5]",
        range +
            R"("n[9-5]", wrong at character 3 ("9-5" is reversed); expected the lower number first)"},
+      {"n[2-1]",
+       range +
+           R"("n[2-1]", wrong at character 3 ("2-1" is reversed); expected the lower number first)"},
       {"n[1,9-05]",
        range + R"("n[1,9-05]", wrong at character 5 ("9-05" has a leading zero and two widths); )"
                "expected as many digits in both numbers"},

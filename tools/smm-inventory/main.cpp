@@ -105,7 +105,7 @@ int RunCommandLine(int argc, const char* const* argv) {
     RequireWholeOutput();
     return ExitCode::Success;
   }
-  const Options& options = std::get<Options>(request);
+  const auto& options = std::get<Options>(request);
   ShowNotes(options);
   if (options.task.command->AsksNobody()) {
     return PrintHosts(options);
