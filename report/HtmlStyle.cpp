@@ -55,6 +55,9 @@ g.critical text { fill: var(--critical); }
 g.warning rect { fill: var(--warning-box); stroke: var(--warning); }
 g.warning text { fill: var(--warning); }
 g.unknown rect { stroke-dasharray: 5 3; }
+@media (max-width: 30rem) {
+  th, td { padding-right: 0.5rem; font-size: 0.8rem; }
+}
 @media print {
   :root {
     color-scheme: light;
