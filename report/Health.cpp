@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <iterator>
 
+#include "report/Describe.h"
 #include "report/Escape.h"
 #include "report/FailureWords.h"
+#include "report/SharedFailure.h"
 
 namespace Tavrin {
 namespace {
@@ -31,8 +33,25 @@ std::size_t LastNumber(const Reading& reading, HealthKind kind) {
 }
 
 std::string ReasonOf(const Reading& reading, const HealthRule& rule) {
-  const bool hasReason = rule.name == kUnreadRule && reading.failure;
-  return hasReason ? PlainText(FailureReason(reading.failure->status, reading.failure->cause)) : "";
+  if (rule.name != kUnreadRule) {
+    return "";
+  }
+  const std::optional<QueryOutcome> failure =
+      reading.failure ? reading.failure : SharedFailure(reading, AllAnswers(reading));
+  return failure ? PlainText(FailureReason(failure->status, failure->cause)) : "";
+}
+
+/// Where nothing was read, what that is needs no list.
+void DropListOfUnread(std::vector<Finding>& findings) {
+  const auto isWhole = [](const Finding& finding) { return finding.rule->name == kUnreadRule; };
+  if (std::any_of(findings.begin(), findings.end(), isWhole)) {
+    findings.erase(std::remove_if(findings.begin(), findings.end(),
+                                  [isWhole](const Finding& finding) {
+                                    return finding.rule->severity == Severity::Unknown &&
+                                           !isWhole(finding);
+                                  }),
+                   findings.end());
+  }
 }
 
 bool Covers(const IgnoredFinding& ignored, const Finding& finding) {
@@ -101,6 +120,7 @@ std::vector<Finding> FindingsOf(const Reading& reading,
       }
     }
   }
+  DropListOfUnread(findings);
   findings.erase(
       std::remove_if(findings.begin(), findings.end(),
                      [&ignored](const Finding& finding) { return IsIgnored(finding, ignored); }),

@@ -54,8 +54,9 @@ IgnoredFinding ParseIgnoredFinding(const std::string& text);
 std::string NameOf(const Finding& finding);
 
 /// What is wrong with the enclosure, worst first, and alike by rule and number. Empty where all is
-/// well. An empty slot is told once: neither its fan nor its firmware counts as a fault. Whoever
-/// ignores the presence of a PSU ignores with it what else an empty slot gives.
+/// well. Where nothing was read that is told once, with the reason. An empty slot is told once:
+/// neither its fan nor its firmware counts as a fault. Whoever ignores the presence of a PSU
+/// ignores with it what else an empty slot gives.
 std::vector<Finding> FindingsOf(const Reading& reading,
                                 const std::vector<IgnoredFinding>& ignored = {});
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "report/Describe.h"
+#include "report/SharedFailure.h"
 #include "report/Words.h"
 
 namespace Tavrin {
@@ -130,7 +132,7 @@ bool IsFirmwareUnread(const Reading& reading, std::size_t number) {
 }
 
 bool IsNothingRead(const Reading& reading, std::size_t /*number*/) {
-  return reading.failure.has_value();
+  return reading.failure || SharedFailure(reading, AllAnswers(reading));
 }
 
 bool IsNeitherGeneration(const Value<SMMIype>& generation) {

@@ -28,6 +28,8 @@ footer, figcaption { color: var(--faint); font-size: 0.85rem; }
 table { border-collapse: collapse; font-size: 0.9rem; font-variant-numeric: tabular-nums; }
 th, td { text-align: left; padding: 0.2rem 0.9rem 0.2rem 0; border-bottom: 1px solid var(--line); }
 th { font-weight: 600; }
+.parts { display: flex; flex-wrap: wrap; gap: 0 2.5rem; }
+.part { min-width: 0; max-width: 100%; }
 .scroll { overflow-x: auto; }
 .badge { display: inline-block; padding: 0.05rem 0.5rem; border: 1px solid var(--line); border-radius: 0.4rem; }
 .wall { display: grid; gap: 0.5rem; grid-template-columns: repeat(auto-fill, minmax(11rem, 1fr)); }
@@ -53,6 +55,9 @@ g.critical text { fill: var(--critical); }
 g.warning rect { fill: var(--warning-box); stroke: var(--warning); }
 g.warning text { fill: var(--warning); }
 g.unknown rect { stroke-dasharray: 5 3; }
+@media (max-width: 30rem) {
+  th, td { padding-right: 0.5rem; font-size: 0.8rem; }
+}
 @media print {
   :root {
     color-scheme: light;

@@ -94,7 +94,7 @@ std::string HtmlTables(const Reading& reading) {
                                                     HtmlTable(*section) + HtmlRemarks(*section));
     }
   }
-  return tables;
+  return tables.empty() ? "" : HtmlElement("div class=\"parts\"", '\n' + tables);
 }
 
 }  // namespace Tavrin

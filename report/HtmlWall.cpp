@@ -24,8 +24,10 @@ std::string HtmlCounts(const std::vector<JudgedEnclosure>& enclosures) {
     const auto count = std::count_if(
         enclosures.begin(), enclosures.end(),
         [severity](const JudgedEnclosure& judged) { return judged.severity == severity; });
-    counts.push_back(fmt::format("<span class=\"badge {}\">{} {}</span>", HtmlClass(severity),
-                                 count, HtmlMark(severity)));
+    // What there is none of has no colour.
+    counts.push_back(fmt::format("<span class=\"badge {}\">{} {}</span>",
+                                 HtmlClass(count == 0 ? Severity::Ok : severity), count,
+                                 HtmlMark(severity)));
   }
   return HtmlElement("p class=\"counts\"", fmt::format("{}", fmt::join(counts, " ")));
 }

@@ -1,6 +1,5 @@
 #include "report/JsonFormat.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -13,6 +12,7 @@
 #include "report/Escape.h"
 #include "report/FailureWords.h"
 #include "report/Pieces.h"
+#include "report/SharedFailure.h"
 #include "report/UtcTime.h"
 
 namespace Tavrin {
@@ -123,25 +123,6 @@ Json ToJson(const std::vector<Answer>& answers, bool isToldAtTop) {
     }
   }
   return queries;
-}
-
-bool FailedAlike(const QueryOutcome& one, const QueryOutcome& other) {
-  return !one.Succeeded() && one.status == other.status &&
-         FailureReason(one.status, one.cause) == FailureReason(other.status, other.cause);
-}
-
-/// The failure that all queries share; nothing where they differ. The generation is left aside: it
-/// is found out before the queries that go by it.
-std::optional<QueryOutcome> SharedFailure(const Reading& reading,
-                                          const std::vector<Answer>& answers) {
-  if (answers.empty()) {
-    return reading.failure;
-  }
-  const QueryOutcome& last = answers.back().outcome;
-  const bool isShared = std::all_of(answers.begin(), answers.end(), [&last](const Answer& answer) {
-    return answer.key == kGenerationKey || FailedAlike(answer.outcome, last);
-  });
-  return isShared ? std::optional<QueryOutcome>(last) : std::nullopt;
 }
 
 /// Adds to what the document says of the enclosure's place already.

@@ -187,6 +187,19 @@ TEST(Health, ReadingThatFailedSaysWhyAndNothingElse) {
   EXPECT_EQ(Words(FailedReading()), "not read: no IPMI connection could be opened (no answer)");
 }
 
+TEST(Health, FailureThatAllQueriesShareIsToldOnce) {
+  EXPECT_THAT(Found(LostReading()), ElementsAre("enclosure:*:unread UNKNOWN"));
+  EXPECT_EQ(Words(LostReading()), Words(FailedReading()));
+}
+
+TEST(Health, ReadingThatFailedInDifferentWaysNamesWhatWasNotRead) {
+  Reading reading = LostReading();
+  reading.psuFans = Refused<std::vector<PsuFans>>();
+  EXPECT_EQ(Words(reading),
+            "kind of enclosure not known; node status not read; PSU status not read; PSU fan "
+            "status not known");
+}
+
 TEST(Health, WhatWasReadBeforeAFailureIsJudged) {
   Reading reading = HealthyReading();
   reading.nodeStatus->at(1) = Good(DecodeNode({"Power Fault", "Half", "1", 0}));

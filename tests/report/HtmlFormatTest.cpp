@@ -334,6 +334,14 @@ TEST(HtmlWall, SeverityAndFirmwareAreCounted) {
                               "<tr><th scope=\"row\">not read</th><td>1</td></tr>"));
 }
 
+TEST(HtmlWall, WhatThereIsNoneOfHasNoColour) {
+  const std::string page =
+      WallOf({{HealthyReading(), 0, "a", ""}, {PsuMissingReading(), 1, "b", ""}});
+  EXPECT_THAT(page, HasSubstr("<span class=\"badge ok\">0 &#10005; CRITICAL</span> "
+                              "<span class=\"badge warning\">1 ! WARNING</span> "
+                              "<span class=\"badge ok\">0 ? UNKNOWN</span>"));
+}
+
 TEST(HtmlWall, OneEnclosureNeedsNone) {
   EXPECT_THAT(PageOf(ExampleReading()), Not(HasSubstr("<nav>")));
   EXPECT_THAT(WallOf({Fleet().front()}), Not(HasSubstr("<nav>")));
