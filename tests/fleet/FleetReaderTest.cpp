@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "platform/standalone/ipmi_client/ConnectControl.h"
-#include "tests/faults/LeftBehind.h"
 #include "tests/reading/ScriptedEnclosure.h"
 
 namespace Tavrin {
@@ -145,15 +144,14 @@ class Fleet : public testing::Test {
     return [barrier = barrier_](Double::Exchange&) { barrier->Wait(); };
   }
 
-  bool HasNoThreadLeft() const {
+  static bool HasNoThreadLeft() {
     const auto patience = Clock::now() + std::chrono::seconds(10);
-    while (Threads() > threadsBefore_ && Clock::now() < patience) {
+    while (CountFleetThreads() > 0 && Clock::now() < patience) {
       std::this_thread::sleep_for(milliseconds(5));
     }
-    return Threads() <= threadsBefore_;
+    return CountFleetThreads() == 0;
   }
 
-  const std::size_t threadsBefore_ = Threads();
   const std::shared_ptr<Barrier> barrier_ = std::make_shared<Barrier>();
   std::map<std::string, std::unique_ptr<ScriptedSmm>> smms_;
   std::vector<EnclosureSettings> enclosures_;
@@ -278,6 +276,7 @@ TEST_F(Fleet, LateThreadTouchesNothingThatIsGone) {
     enclosures_.clear();
     EXPECT_THAT(witness.order, ElementsAre(0));
   }
+  EXPECT_EQ(CountFleetThreads(), 1U);
   barrier_->Open();
   EXPECT_TRUE(HasNoThreadLeft());
   EXPECT_TRUE(isOver);
