@@ -1,10 +1,12 @@
 #include "fleet/FleetReader.h"
 
 #include <gmock/gmock.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <csignal>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -280,6 +282,35 @@ TEST_F(Fleet, LateThreadTouchesNothingThatIsGone) {
   barrier_->Open();
   EXPECT_TRUE(HasNoThreadLeft());
   EXPECT_TRUE(isOver);
+}
+
+TEST_F(Fleet, LateThreadSaysNothingMoreWhileOthersAreRead) {
+  Add("late").Change("GetSmmName", Waits(milliseconds(800)));
+  Add("next").Change("GetSmmName", Waits(milliseconds(500)));
+  settings_.fanout = 1;
+  settings_.timeout = milliseconds(600);
+  Read();
+  EXPECT_THAT(witness_.Endings(), ElementsAre(FleetEnding::TimedOut, FleetEnding::Complete));
+  EXPECT_EQ(witness_.told[0].back(), "ended");
+  EXPECT_EQ(witness_.told[0].size(), 3U);
+}
+
+TEST_F(Fleet, ThreadsHaveSmallStacksAndLeaveSignalsToTheProgram) {
+  Add("one").Change("GetSmmName", [](Double::Exchange&) {
+    pthread_attr_t attributes;
+    std::size_t size = 0;
+    pthread_getattr_np(pthread_self(), &attributes);
+    pthread_attr_getstacksize(&attributes, &size);
+    pthread_attr_destroy(&attributes);
+    EXPECT_LE(size, std::size_t{512} * 1024);
+    sigset_t blocked;
+    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    EXPECT_EQ(sigismember(&blocked, SIGINT), 1);
+  });
+  Read();
+  sigset_t blocked;
+  pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+  EXPECT_EQ(sigismember(&blocked, SIGINT), 0);
 }
 
 TEST_F(Fleet, TimeoutBeforeAnythingIsReadIsAFailure) {
