@@ -29,7 +29,8 @@ class FleetMailbox {
  public:
   explicit FleetMailbox(std::size_t enclosures) : places_(enclosures) {}
 
-  /// Leaves mail of an enclosure. Nothing happens once its place is closed.
+  /// Leaves mail of an enclosure, behind what was left before. Nothing happens once its place is
+  /// closed, so that a thread that was given up says nothing more.
   void Post(FleetMail mail);
 
   /// Leaves that a part was read, and keeps the reading so far; the same.

@@ -148,7 +148,7 @@ bool FleetRun::Begin() {
         "this machine has no thread left for another enclosure; {} are read at once", fanout_));
     return false;
   }
-  const Place place = begun_.insert(begun_.end(), {next_++, stopwatch, deadline});
+  const auto place = begun_.insert(begun_.end(), {next_++, stopwatch, deadline});
   observer_.EnclosureBegins(place->index);
   if (error != 0) {
     GiveUp(place, FleetEnding::Complete,

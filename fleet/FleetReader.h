@@ -38,6 +38,10 @@ struct FleetSettings {
   unsigned int logLevel = 0;
 };
 
+/// How many threads read an enclosure in this process, abandoned ones included. A program that ends
+/// with 0 leaves none in the middle of something.
+std::size_t CountFleetThreads();
+
 /// Reads many enclosures at once, each on a thread of its own, so that one that is dead, slow or
 /// lying delays nobody else's result. Each is one pass of Enclosure with what that promises: a
 /// wrong password is tried once.

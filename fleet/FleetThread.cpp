@@ -1,8 +1,9 @@
 #include "fleet/FleetThread.h"
 
 #include <pthread.h>
-#include <signal.h>
 
+#include <atomic>
+#include <csignal>
 #include <exception>
 #include <new>
 #include <string>
@@ -112,13 +113,17 @@ void TellException(const FleetErrand& errand, const std::exception& exception) {
   }
 }
 
+std::atomic<std::size_t> threads{0};
+
 void* RunThread(void* argument) {
-  const std::unique_ptr<const FleetErrand> errand(static_cast<FleetErrand*>(argument));
+  std::unique_ptr<const FleetErrand> errand(static_cast<FleetErrand*>(argument));
   try {
     ReadEnclosure(*errand);
   } catch (const std::exception& exception) {
     TellException(*errand, exception);
   }
+  errand.reset();
+  --threads;
   return nullptr;
 }
 
@@ -162,11 +167,16 @@ int BeginFleetThread(std::unique_ptr<FleetErrand> errand) {
   const ThreadAttributes attributes;
   const SignalsBlocked blocked;
   pthread_t thread{};
+  ++threads;
   const int error = pthread_create(&thread, attributes.Get(), RunThread, errand.get());
   if (error == 0) {
     static_cast<void>(errand.release());
+  } else {
+    --threads;
   }
   return error;
 }
+
+std::size_t CountFleetThreads() { return threads; }
 
 }  // namespace Tavrin

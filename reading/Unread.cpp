@@ -27,7 +27,7 @@ class Filler {
   }
 
   template <typename Type>
-  Query<Type> Failed(const Type& value = {}) const {
+  [[nodiscard]] Query<Type> Failed(const Type& value = {}) const {
     return {why_, value};
   }
 

@@ -68,7 +68,7 @@ TEST_P(RefusedLogin, IsMadeOnceAndToldAtOnce) {
   Texts arguments = CallArguments(address, GetParam().options);
   arguments.at(3) = GetParam().user;
   const Timed run = RunTimed(arguments, GetParam().environment, GetParam().password);
-  EXPECT_EQ(run.finished.exitCode, 1);
+  EXPECT_EQ(run.finished.exitCode, 5);
   EXPECT_EQ(relay.SessionsAskedFor(), 1U);
   EXPECT_LT(run.time, kSoon);
   EXPECT_EQ(SentenceCount(run.finished.error), 1);
@@ -131,7 +131,7 @@ TEST(RefusedLogin, InTheMiddleOfARunIsTheLast) {
       std::make_unique<SimulatedSmm>(Texts{"--generation", "2"}, R"({"overrides": []})", "changed");
   relay.Lead(simulator->Port());
   const Finished finished = tool.Wait();
-  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_EQ(finished.exitCode, 5);
   EXPECT_EQ(relay.SessionsAskedFor(), before + 1);
   EXPECT_THAT(finished.output, HasSubstr("  generation   second\n"));
   EXPECT_THAT(
@@ -144,7 +144,7 @@ TEST(RefusedLogin, InTheMiddleOfARunIsTheLast) {
 
 TEST(DeadHost, EndsTheRunAfterOneRoundOfAttempts) {
   const Timed run = RunTimed(CallArguments(kDeadHost, {}), {}, "sesame");
-  EXPECT_EQ(run.finished.exitCode, 1);
+  EXPECT_EQ(run.finished.exitCode, 4);
   EXPECT_LT(run.time, std::chrono::seconds(16));
   EXPECT_EQ(run.finished.output, kDeadHost + std::string(kNothingRead));
   EXPECT_EQ(SentenceCount(run.finished.error), 1);
@@ -159,7 +159,7 @@ TEST(DeadHost, OptionsBoundAttemptsAndTime) {
     const Timed run =
         RunTimed(CallArguments(kDeadHost, {"--attempts", "2", "--session-timeout", "0.5", "-v"}),
                  environment, "sesame");
-    EXPECT_EQ(run.finished.exitCode, 1);
+    EXPECT_EQ(run.finished.exitCode, 4);
     EXPECT_GT(run.time, std::chrono::milliseconds(700));
     EXPECT_LT(run.time, kSoon);
     const std::string line = "[warning] platform/standalone/ipmi_client/IpmiClient";
@@ -174,7 +174,7 @@ TEST(DeadHost, DocumentHoldsNothingThatWasNotRead) {
   const Finished finished =
       RunTool(CallArguments(kDeadHost, {"--json", "--attempts", "1", "--session-timeout", "0.2"}),
               {}, "sesame\n");
-  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_EQ(finished.exitCode, 4);
   const json document = DocumentOf(finished);
   EXPECT_EQ(document.at("/failure/status"_json_pointer), 2);
   EXPECT_EQ(document.at("/queries"_json_pointer), json::object());
@@ -184,7 +184,7 @@ TEST(DeadHost, RowsHoldTheReasonAlone) {
   const Finished finished = RunTool(
       CallArguments(kDeadHost, {"--format=csv", "--attempts", "1", "--session-timeout", "0.2"}), {},
       "sesame\n");
-  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_EQ(finished.exitCode, 4);
   EXPECT_THAT(finished.output, StartsWith("enclosure,query,number,field,value,text,reason\r\n"
                                           "127.0.0.1:9,,,,,,no IPMI connection could be opened ("));
 }

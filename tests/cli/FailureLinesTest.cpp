@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "tests/report/ExampleReading.h"
-#include "tools/smm-inventory/ExitCode.h"
 
 namespace Tavrin {
 namespace {
@@ -70,21 +69,6 @@ TEST(FailureLines, FailureOfAllQueriesIsOneLine) {
       FailureLines(LostReading()),
       HasSubstr("smm-inventory: platform id, PSU slots, nodes, machine type, serial number, "
                 "firmware version, name, node power (1, 2), PSU fans not read: "));
-}
-
-TEST(ExitCode, TellsWhetherAQueryFailed) {
-  EXPECT_EQ(ExitCodeOf(ExampleReading()), 0);
-  EXPECT_EQ(ExitCodeOf(LostReading()), 1);
-  EXPECT_EQ(ExitCodeOf(FailedReading()), 1);
-  Reading reading = ExampleReading();
-  reading.identity->name.status = kExceptionStatus;
-  EXPECT_EQ(ExitCodeOf(reading), 1);
-}
-
-TEST(ExitCode, SlotThatGaveNothingIsNoFailure) {
-  Reading reading = ExampleReading();
-  reading.psuFirmware->value[0].version = {std::nullopt, "", Absence::SlotUnanswered};
-  EXPECT_EQ(ExitCodeOf(reading), 0);
 }
 
 }  // namespace

@@ -1,10 +1,12 @@
 #include "fleet/FleetReader.h"
 
 #include <gmock/gmock.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <csignal>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -14,7 +16,6 @@
 #include <vector>
 
 #include "platform/standalone/ipmi_client/ConnectControl.h"
-#include "tests/faults/LeftBehind.h"
 #include "tests/reading/ScriptedEnclosure.h"
 
 namespace Tavrin {
@@ -145,15 +146,14 @@ class Fleet : public testing::Test {
     return [barrier = barrier_](Double::Exchange&) { barrier->Wait(); };
   }
 
-  bool HasNoThreadLeft() const {
+  static bool HasNoThreadLeft() {
     const auto patience = Clock::now() + std::chrono::seconds(10);
-    while (Threads() > threadsBefore_ && Clock::now() < patience) {
+    while (CountFleetThreads() > 0 && Clock::now() < patience) {
       std::this_thread::sleep_for(milliseconds(5));
     }
-    return Threads() <= threadsBefore_;
+    return CountFleetThreads() == 0;
   }
 
-  const std::size_t threadsBefore_ = Threads();
   const std::shared_ptr<Barrier> barrier_ = std::make_shared<Barrier>();
   std::map<std::string, std::unique_ptr<ScriptedSmm>> smms_;
   std::vector<EnclosureSettings> enclosures_;
@@ -278,9 +278,39 @@ TEST_F(Fleet, LateThreadTouchesNothingThatIsGone) {
     enclosures_.clear();
     EXPECT_THAT(witness.order, ElementsAre(0));
   }
+  EXPECT_EQ(CountFleetThreads(), 1U);
   barrier_->Open();
   EXPECT_TRUE(HasNoThreadLeft());
   EXPECT_TRUE(isOver);
+}
+
+TEST_F(Fleet, LateThreadSaysNothingMoreWhileOthersAreRead) {
+  Add("late").Change("GetSmmName", Waits(milliseconds(800)));
+  Add("next").Change("GetSmmName", Waits(milliseconds(500)));
+  settings_.fanout = 1;
+  settings_.timeout = milliseconds(600);
+  Read();
+  EXPECT_THAT(witness_.Endings(), ElementsAre(FleetEnding::TimedOut, FleetEnding::Complete));
+  EXPECT_EQ(witness_.told[0].back(), "ended");
+  EXPECT_EQ(witness_.told[0].size(), 3U);
+}
+
+TEST_F(Fleet, ThreadsHaveSmallStacksAndLeaveSignalsToTheProgram) {
+  Add("one").Change("GetSmmName", [](Double::Exchange&) {
+    pthread_attr_t attributes;
+    std::size_t size = 0;
+    pthread_getattr_np(pthread_self(), &attributes);
+    pthread_attr_getstacksize(&attributes, &size);
+    pthread_attr_destroy(&attributes);
+    EXPECT_LE(size, std::size_t{512} * 1024);
+    sigset_t blocked;
+    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    EXPECT_EQ(sigismember(&blocked, SIGINT), 1);
+  });
+  Read();
+  sigset_t blocked;
+  pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+  EXPECT_EQ(sigismember(&blocked, SIGINT), 0);
 }
 
 TEST_F(Fleet, TimeoutBeforeAnythingIsReadIsAFailure) {

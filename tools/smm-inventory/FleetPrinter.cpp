@@ -111,7 +111,8 @@ void FleetPrinter::EnclosureEnded(FleetResult&& result) {
   ended_[index] = {std::move(result.reading), index, NameOf(target), target.group};
   const Ending ending = EndingOf(ended_[index]->reading);
   progress_.Ended(index, ending == Ending::Read);
-  if (ending != Ending::Read && !options_.isForNagios) {
+  const bool isTold = ending != Ending::Read && ending != Ending::Stopped;
+  if (isTold && !options_.isForNagios) {
     console_.ShowLine(NamedFailureLines(ended_[index]->reading));
   }
   if (!waitsForAll_) {
