@@ -4,6 +4,7 @@
 #include <memory>
 #include <thread>
 
+#include "support/TemporaryFile.h"
 #include "tests/cli/Tool.h"
 #include "tests/support/Relay.h"
 #include "tests/support/SimulatedSmm.h"
@@ -168,6 +169,20 @@ TEST(DeadHost, OptionsBoundAttemptsAndTime) {
     EXPECT_NE(second, std::string::npos) << run.finished.error;
     EXPECT_EQ(run.finished.error.find(line, second + 1), std::string::npos) << run.finished.error;
   }
+}
+
+TEST(DeadHost, SettingsOfTheHostsFileWinOverOptionsAndEnvironment) {
+  const TemporaryFile password("sesame\n");
+  const TemporaryFile hosts(std::string(kDeadHost) + " user=admin attempts=1 session-timeout=0.2 " +
+                            "password-file=" + password.Path() + "\n");
+  const Timed run = RunTimed({"--hosts-file", hosts.Path(), "-v", "--attempts", "9",
+                              "--session-timeout", "60", "--password-file", "/nowhere"},
+                             {"IPMI_CONNECT_RETRY_TIMES=7", "IPMI_PRIVILEGE_LEVEL=2"}, "");
+  EXPECT_EQ(run.finished.exitCode, 1);
+  EXPECT_LT(run.time, kSoon);
+  EXPECT_THAT(run.finished.error,
+              AllOf(HasSubstr("IPMI_PRIVILEGE_LEVEL is 2, from the environment\n"),
+                    Not(HasSubstr("IPMI_CONNECT_RETRY_TIMES is"))));
 }
 
 TEST(DeadHost, DocumentHoldsNothingThatWasNotRead) {
