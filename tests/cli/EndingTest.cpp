@@ -75,9 +75,11 @@ TEST(ExitCode, IsZeroWhereEverythingWasRead) {
 }
 
 TEST(ExitCode, IsOneWhereSomethingWasNotRead) {
-  for (const std::vector<Ending>& endings :
-       {std::vector<Ending>{Ending::PartlyRead}, {Ending::NotRead}, {Ending::TimedOut},
-        {Ending::Read, Ending::NotReached}, {Ending::NotReached, Ending::PasswordRefused}}) {
+  for (const std::vector<Ending>& endings : {std::vector<Ending>{Ending::PartlyRead},
+                                             {Ending::NotRead},
+                                             {Ending::TimedOut},
+                                             {Ending::Read, Ending::NotReached},
+                                             {Ending::NotReached, Ending::PasswordRefused}}) {
     EXPECT_EQ(ExitCodeOf(endings), 1);
   }
 }
@@ -87,8 +89,8 @@ TEST(ExitCode, IsFourWhereNobodyWasReached) {
 }
 
 TEST(ExitCode, IsFiveWhereEachRefusedUserPasswordOrPrivilege) {
-  EXPECT_EQ(
-      ExitCodeOf({Ending::UserRefused, Ending::PasswordRefused, Ending::PrivilegeRefused}), 5);
+  EXPECT_EQ(ExitCodeOf({Ending::UserRefused, Ending::PasswordRefused, Ending::PrivilegeRefused}),
+            5);
 }
 
 TEST(SummaryLine, FoldsThoseThatFailedAndCountsWhy) {

@@ -1,0 +1,176 @@
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "support/TemporaryFile.h"
+#include "tests/cli/Tool.h"
+#include "tests/support/SimulatedSmm.h"
+
+namespace Tavrin {
+namespace {
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
+using testing::StartsWith;
+using Texts = std::vector<std::string>;
+
+/// Nobody listens there.
+constexpr const char* kDeadHost = "127.0.0.1:9";
+
+std::string ReadScenario(const std::string& name) {
+  std::ifstream file(std::string(SMM_SCENARIOS) + "/" + name + ".json");
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+Texts LinesOf(const std::string& text) {
+  Texts lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+Finished Run(const std::string& hosts, const Texts& options,
+             const std::string& password = "sesame") {
+  return RunTool(CallArguments(hosts, options), {}, password + '\n');
+}
+
+TEST(Fleet, HealthIsToldWorstFirstAndAFaultEndsWithSix) {
+  const SimulatedSmm well({"--generation", "1"});
+  const SimulatedSmm faulty({"--generation", "2"}, ReadScenario("node-fault"));
+  const SimulatedSmm lacking({"--generation", "2"}, ReadScenario("psu-missing"));
+  const std::string hosts =
+      well.Address() + ',' + kDeadHost + ',' + lacking.Address() + ',' + faulty.Address();
+  const Finished finished = Run(hosts, {"health"});
+  EXPECT_EQ(finished.exitCode, 6);
+  const Texts lines = LinesOf(finished.output);
+  ASSERT_EQ(lines.size(), 4U) << finished.output;
+  EXPECT_THAT(lines[0], StartsWith(faulty.Address() + "  CRITICAL  node 2 power fault"));
+  EXPECT_THAT(lines[1], MatchesRegex(lacking.Address() + "  WARNING   PSU 2 missing"));
+  EXPECT_THAT(lines[2], MatchesRegex(std::string(kDeadHost) + " +UNKNOWN   not read: .*"));
+  EXPECT_THAT(lines[3], MatchesRegex(well.Address() + "  OK"));
+  EXPECT_THAT(finished.error, HasSubstr("smm-inventory: failed 1 of 4: 127.0.0.1:9 (not reached "
+                                        "1)\n"));
+}
+
+TEST(Fleet, IgnoredFaultIsWellAndEndsWithZero) {
+  const SimulatedSmm lacking({"--generation", "2"}, ReadScenario("psu-missing"));
+  const Finished finished = Run(lacking.Address(), {"--ignore", "psu:2:presence", "health"});
+  EXPECT_EQ(finished.exitCode, 0) << finished.error;
+  EXPECT_EQ(finished.output, lacking.Address() + "  OK\n");
+}
+
+TEST(Fleet, JsonIsALineForEachWithItsPlace) {
+  const SimulatedSmm first({"--generation", "1"});
+  const SimulatedSmm second({"--generation", "2"});
+  const Finished finished =
+      Run(first.Address() + ',' + kDeadHost + ',' + second.Address(), {"--json", "identity"});
+  EXPECT_EQ(finished.exitCode, 1);
+  const Texts lines = LinesOf(finished.output);
+  ASSERT_EQ(lines.size(), 3U) << finished.output;
+  for (const std::string& line : lines) {
+    EXPECT_EQ(SchemaErrors({line}).front(), "");
+    const json document = json::parse(line);
+    const Texts hosts = {first.Address(), kDeadHost, second.Address()};
+    EXPECT_EQ(document.at("host"), hosts.at(document.at("index")));
+  }
+  EXPECT_EQ(json::parse(lines.front()).at("host"), kDeadHost) << "the dead one ends first";
+}
+
+TEST(Fleet, TablesStandInTheOrderAskedBehindTheHealthOfAll) {
+  const SimulatedSmm first({"--generation", "1"});
+  const SimulatedSmm second({"--generation", "2"});
+  const Finished finished = Run(second.Address() + ',' + first.Address(), {});
+  EXPECT_EQ(finished.exitCode, 0) << finished.error;
+  EXPECT_THAT(finished.output,
+              StartsWith(second.Address() + "  OK\n" + first.Address() + "  OK\n\n" +
+                         second.Address() + "\n\nenclosure\n  generation   second\n"));
+  EXPECT_THAT(finished.output,
+              HasSubstr("\n\n" + first.Address() + "\n\nenclosure\n  generation   first\n"));
+}
+
+TEST(Fleet, LikeValuesAreFolded) {
+  const SimulatedSmm first({"--generation", "1"});
+  const SimulatedSmm second({"--generation", "1"});
+  const Finished finished = Run(first.Address() + ',' + kDeadHost + ',' + second.Address(),
+                                {"--group-by", "firmwareVersion"});
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_THAT(finished.output,
+              MatchesRegex("FGEN7-1.05     2: 127.0.0.1:\\[[0-9,-]+\\]\nnot read       1: "
+                           "127.0.0.1:9\n"));
+}
+
+TEST(Fleet, EachThatRefusesThePasswordEndsWithFiveAndIsAHostsFile) {
+  const SimulatedSmm smm({"--generation", "1"});
+  const TemporaryFile failed("");
+  const Finished finished = Run(smm.Address(), {"--failed-to", failed.Path(), "identity"}, "wrong");
+  EXPECT_EQ(finished.exitCode, 5);
+  EXPECT_THAT(finished.error, HasSubstr("(password 1)\n"));
+  std::ifstream file(failed.Path());
+  std::string line;
+  std::getline(file, line);
+  EXPECT_EQ(line, smm.Address());
+}
+
+TEST(Fleet, TimeOutEndsOneEnclosureAndTellsIt) {
+  const SimulatedSmm smm({"--generation", "1"});
+  const auto begin = std::chrono::steady_clock::now();
+  const Finished finished = Run(smm.Address(), {"--timeout", "2", "identity"});
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_THAT(finished.error, HasSubstr("(timed out 1)\n"));
+}
+
+TEST(Fleet, InterruptPrintsWhatIsReadAndEndsSoon) {
+  const SimulatedSmm first({"--generation", "1"});
+  const SimulatedSmm second({"--generation", "2"});
+  Child tool(Joined({SMM_INVENTORY},
+                    CallArguments(first.Address() + ',' + kDeadHost + ',' + second.Address(),
+                                  {"--json", "identity"})),
+             {}, "sesame\n");
+  EXPECT_THAT(tool.ReadLine(), HasSubstr(kDeadHost));
+  tool.Signal(SIGINT);
+  const auto begin = std::chrono::steady_clock::now();
+  const Finished finished = tool.Wait();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+  EXPECT_EQ(finished.exitCode, 130);
+  EXPECT_EQ(LinesOf(finished.output).size(), 2U) << finished.output;
+  EXPECT_THAT(finished.error, HasSubstr("stopped 2"));
+}
+
+TEST(Nagios, OneLineTellsHealthWithNumbersAndItsOwnExitCodes) {
+  const SimulatedSmm faulty({"--generation", "2"}, ReadScenario("node-fault"));
+  const Finished finished = Run(faulty.Address(), {"--nagios"});
+  EXPECT_EQ(finished.exitCode, 2);
+  EXPECT_THAT(finished.output,
+              MatchesRegex("SMM CRITICAL - node 2 power fault \\| 'chassis_power'=.*\n"));
+  EXPECT_EQ(finished.error, "");
+}
+
+TEST(Nagios, DeadHostIsUnknown) {
+  const Finished finished = Run(kDeadHost, {"--nagios"});
+  EXPECT_EQ(finished.exitCode, 3);
+  EXPECT_THAT(finished.output, AllOf(StartsWith("SMM UNKNOWN - not read: "), Not(HasSubstr("|"))));
+}
+
+TEST(Nagios, WrongUsageIsUnknownOnStandardOutput) {
+  for (const Texts& options : {Texts{"--nagios", "-C", "99"}, Texts{"--nagios", "-H", "b"}}) {
+    const Finished finished = Run("a", options);
+    EXPECT_EQ(finished.exitCode, 3);
+    EXPECT_THAT(finished.output, StartsWith("SMM UNKNOWN - "));
+    EXPECT_EQ(finished.error, "");
+  }
+}
+
+}  // namespace
+}  // namespace Tavrin
