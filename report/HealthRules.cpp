@@ -151,23 +151,24 @@ bool IsKindUnknown(const Reading& reading, std::size_t /*number*/) {
 
 constexpr std::array kRules = {
     HealthRule{HealthKind::Node, "power-fault", Severity::Critical, "power fault",
-               "The SMM states a power fault: the node cannot run.",
+               "The SMM states a power fault of the node.",
                HasPowerState<NodePowerState::PowerFault>},
     HealthRule{
         HealthKind::Node, "fault", Severity::Critical, "fault",
         "The SMM gives a power state that is none of on, off, no permission and power fault, which "
         "stands for a fault.",
         HasPowerState<NodePowerState::Fault>},
-    HealthRule{HealthKind::Psu, "power-good", Severity::Critical, "power not good",
-               "A PSU is in the slot and does not say that its power is good: it carries no load.",
-               IsPowerBad},
+    HealthRule{
+        HealthKind::Psu, "power-good", Severity::Critical, "power not good",
+        "A PSU is in the slot and does not say that its power is good: it may carry no load.",
+        IsPowerBad},
     HealthRule{HealthKind::Psu, "epow", Severity::Critical, "early power-off warning",
                "The PSU warns that it is about to switch off.", HasFlag<&PsuFlags::epow, true>},
     HealthRule{HealthKind::Psu, kPresenceRule, Severity::Warning, "missing",
                "No PSU is in the slot: redundancy may be gone, or the site leaves the slot empty.",
                IsToldAbsent},
     HealthRule{HealthKind::Psu, "throttle", Severity::Warning, "throttling",
-               "The PSU makes the nodes throttle: they run, but slower.",
+               "The PSU triggers throttling: the enclosure runs, but may be slower.",
                HasFlag<&PsuFlags::throttle, true>},
     HealthRule{HealthKind::Psu, "fan", Severity::Warning, "fan abnormal",
                "The SMM calls the fan status abnormal: the PSU runs, but may become too hot.",
