@@ -7,7 +7,8 @@
 
 namespace Tavrin {
 
-/// One enclosure's reading among those of several, with what the reading itself does not know.
+/// One enclosure's reading among those of several, with what the reading itself does not know. A
+/// plain value, which may be copied and looked at on any thread.
 struct EnclosureReading {
   Reading reading;
 
@@ -22,7 +23,8 @@ struct EnclosureReading {
   std::string group;
 };
 
-/// What to call the enclosure, for people. Printable.
+/// What to call the enclosure, for people: its name or, without one, the address of the reading.
+/// Printable: every byte that is not printable ASCII, and the backslash, is escaped.
 std::string ShownName(const EnclosureReading& enclosure);
 
 }  // namespace Tavrin

@@ -19,7 +19,8 @@ struct JudgedEnclosure {
   Severity severity;
 };
 
-/// All enclosures, worst first; those that are equally bad in the order given.
+/// All enclosures, worst first; those that are equally bad in the order given. `ignored` is left
+/// out of the findings of each, so that an enclosure with nothing else is well.
 std::vector<JudgedEnclosure> WorstFirst(const std::vector<EnclosureReading>& enclosures,
                                         const std::vector<IgnoredFinding>& ignored);
 
@@ -28,13 +29,15 @@ std::vector<JudgedEnclosure> WorstFirst(const std::vector<EnclosureReading>& enc
 struct HealthLine {
   Severity severity;
 
-  /// The name and the blanks behind it.
+  /// What to call the enclosure, see ShownName(), and the blanks behind it, up to the column of the
+  /// words.
   std::string before;
 
-  /// The severity in words.
+  /// The severity in words, see SeverityWord().
   std::string word;
 
-  /// The findings and the blanks before them; empty where there are none.
+  /// The findings, see FindingsText(), and the blanks before them; empty where there are none, so
+  /// that no line ends in blanks.
   std::string after;
 };
 

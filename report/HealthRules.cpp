@@ -1,6 +1,7 @@
 #include "report/HealthRules.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 #include "report/Describe.h"
@@ -148,6 +149,60 @@ bool IsKindUnknown(const Reading& reading, std::size_t /*number*/) {
          IsUnread(detection.psuSlotCount.value) || IsUnread(detection.nodeCount.value);
 }
 
+constexpr std::array kRules = {
+    HealthRule{HealthKind::Node, "power-fault", Severity::Critical, "power fault",
+               "The SMM states a power fault of the node.",
+               HasPowerState<NodePowerState::PowerFault>},
+    HealthRule{
+        HealthKind::Node, "fault", Severity::Critical, "fault",
+        "The SMM gives a power state that is none of on, off, no permission and power fault, which "
+        "stands for a fault.",
+        HasPowerState<NodePowerState::Fault>},
+    HealthRule{
+        HealthKind::Psu, "power-good", Severity::Critical, "power not good",
+        "A PSU is in the slot and does not say that its power is good: it may carry no load.",
+        IsPowerBad},
+    HealthRule{HealthKind::Psu, "epow", Severity::Critical, "early power-off warning",
+               "The PSU warns that it is about to switch off.", HasFlag<&PsuFlags::epow, true>},
+    HealthRule{HealthKind::Psu, kPresenceRule, Severity::Warning, "missing",
+               "No PSU is in the slot: redundancy may be gone, or the site leaves the slot empty.",
+               IsToldAbsent},
+    HealthRule{HealthKind::Psu, "throttle", Severity::Warning, "throttling",
+               "The PSU triggers throttling: the enclosure runs, but may be slower.",
+               HasFlag<&PsuFlags::throttle, true>},
+    HealthRule{HealthKind::Psu, "fan", Severity::Warning, "fan abnormal",
+               "The SMM calls the fan status abnormal: the PSU runs, but may become too hot.",
+               IsFanAbnormal},
+    HealthRule{HealthKind::Psu, kFanPresenceRule, Severity::Warning, "fan not present",
+               "The SMM finds no fan, although it does not say that the slot is empty.",
+               IsFanMissing},
+    HealthRule{
+        HealthKind::Enclosure, kUnreadRule, Severity::Unknown, "not read",
+        "Nobody was there, the user was refused, the generation stayed unknown or time was up: "
+        "nothing says that all is well.",
+        IsNothingRead},
+    HealthRule{HealthKind::Enclosure, "kind", Severity::Unknown, "kind of enclosure not known",
+               "Without generation and platform the number of nodes and PSUs is a guess: some may "
+               "not have "
+               "been looked at.",
+               IsKindUnknown},
+    HealthRule{HealthKind::Node, "status", Severity::Unknown, "status not read",
+               "The query failed or was not made: the node may have a fault.", IsNodeUnread},
+    HealthRule{HealthKind::Psu, "status", Severity::Unknown, "status not read",
+               "The query failed or was not made: the PSU may have a fault, or not be there.",
+               IsPsuStatusUnread},
+    HealthRule{HealthKind::Psu, "fan-status", Severity::Unknown, "fan status not known",
+               "The query failed or was not made, or the SMM gives a code of no known meaning: the "
+               "fan may "
+               "be abnormal.",
+               IsFanStatusUnknown},
+    HealthRule{
+        HealthKind::Psu, kFirmwareRule, Severity::Unknown, "firmware not read",
+        "A PSU that is there did not answer when its firmware was read. Looked at where firmware "
+        "was asked for.",
+        IsFirmwareUnread},
+};
+
 }  // namespace
 
 std::string_view SeverityWord(Severity severity) {
@@ -177,52 +232,7 @@ std::string_view KindWord(HealthKind kind) {
 }
 
 const std::vector<HealthRule>& HealthRules() {
-  static const std::vector<HealthRule> rules = {
-      {HealthKind::Node, "power-fault", Severity::Critical, "power fault",
-       "The SMM states a power fault: the node cannot run.",
-       HasPowerState<NodePowerState::PowerFault>},
-      {HealthKind::Node, "fault", Severity::Critical, "fault",
-       "The SMM gives a power state that is none of on, off, no permission and power fault, which "
-       "stands for a fault.",
-       HasPowerState<NodePowerState::Fault>},
-      {HealthKind::Psu, "power-good", Severity::Critical, "power not good",
-       "A PSU is in the slot and does not say that its power is good: it carries no load.",
-       IsPowerBad},
-      {HealthKind::Psu, "epow", Severity::Critical, "early power-off warning",
-       "The PSU warns that it is about to switch off.", HasFlag<&PsuFlags::epow, true>},
-      {HealthKind::Psu, kPresenceRule, Severity::Warning, "missing",
-       "No PSU is in the slot: redundancy may be gone, or the site leaves the slot empty.",
-       IsToldAbsent},
-      {HealthKind::Psu, "throttle", Severity::Warning, "throttling",
-       "The PSU makes the nodes throttle: they run, but slower.",
-       HasFlag<&PsuFlags::throttle, true>},
-      {HealthKind::Psu, "fan", Severity::Warning, "fan abnormal",
-       "The SMM calls the fan status abnormal: the PSU runs, but may become too hot.",
-       IsFanAbnormal},
-      {HealthKind::Psu, kFanPresenceRule, Severity::Warning, "fan not present",
-       "The SMM finds no fan, although it does not say that the slot is empty.", IsFanMissing},
-      {HealthKind::Enclosure, kUnreadRule, Severity::Unknown, "not read",
-       "Nobody was there, the user was refused, the generation stayed unknown or time was up: "
-       "nothing says that all is well.",
-       IsNothingRead},
-      {HealthKind::Enclosure, "kind", Severity::Unknown, "kind of enclosure not known",
-       "Without generation and platform the number of nodes and PSUs is a guess: some may not have "
-       "been looked at.",
-       IsKindUnknown},
-      {HealthKind::Node, "status", Severity::Unknown, "status not read",
-       "The query failed or was not made: the node may have a fault.", IsNodeUnread},
-      {HealthKind::Psu, "status", Severity::Unknown, "status not read",
-       "The query failed or was not made: the PSU may have a fault, or not be there.",
-       IsPsuStatusUnread},
-      {HealthKind::Psu, "fan-status", Severity::Unknown, "fan status not known",
-       "The query failed or was not made, or the SMM gives a code of no known meaning: the fan may "
-       "be abnormal.",
-       IsFanStatusUnknown},
-      {HealthKind::Psu, kFirmwareRule, Severity::Unknown, "firmware not read",
-       "A PSU that is there did not answer when its firmware was read. Looked at where firmware "
-       "was asked for.",
-       IsFirmwareUnread},
-  };
+  static const std::vector<HealthRule> rules(kRules.begin(), kRules.end());
   return rules;
 }
 
