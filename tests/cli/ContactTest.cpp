@@ -23,8 +23,6 @@ using testing::StartsWith;
 using Clock = std::chrono::steady_clock;
 using Texts = std::vector<std::string>;
 
-// Port 9 is the discard service, which answers nothing where it runs at all.
-constexpr const char* kDeadHost = "127.0.0.1:9";
 constexpr const char* kNothingRead = "\n\nnothing read\n";
 
 /// Another second is for a busy machine.

@@ -21,9 +21,6 @@ using testing::Not;
 using testing::StartsWith;
 using Texts = std::vector<std::string>;
 
-/// Nobody listens there.
-constexpr const char* kDeadHost = "127.0.0.1:9";
-
 std::string ReadScenario(const std::string& name) {
   std::ifstream file(std::string(SMM_SCENARIOS) + "/" + name + ".json");
   std::ostringstream text;
@@ -40,8 +37,8 @@ Texts LinesOf(const std::string& text) {
   return lines;
 }
 
-Finished Run(const std::string& hosts, const Texts& options,
-             const std::string& password = "sesame") {
+Finished RunOn(const std::string& hosts, const Texts& options,
+               const std::string& password = "sesame") {
   return RunTool(CallArguments(hosts, options), {}, password + '\n');
 }
 
@@ -51,7 +48,7 @@ TEST(Fleet, HealthIsToldWorstFirstAndAFaultEndsWithSix) {
   const SimulatedSmm lacking({"--generation", "2"}, ReadScenario("psu-missing"));
   const std::string hosts =
       well.Address() + ',' + kDeadHost + ',' + lacking.Address() + ',' + faulty.Address();
-  const Finished finished = Run(hosts, {"health"});
+  const Finished finished = RunOn(hosts, {"health"});
   EXPECT_EQ(finished.exitCode, 6);
   const Texts lines = LinesOf(finished.output);
   ASSERT_EQ(lines.size(), 4U) << finished.output;
@@ -65,7 +62,7 @@ TEST(Fleet, HealthIsToldWorstFirstAndAFaultEndsWithSix) {
 
 TEST(Fleet, IgnoredFaultIsWellAndEndsWithZero) {
   const SimulatedSmm lacking({"--generation", "2"}, ReadScenario("psu-missing"));
-  const Finished finished = Run(lacking.Address(), {"--ignore", "psu:2:presence", "health"});
+  const Finished finished = RunOn(lacking.Address(), {"--ignore", "psu:2:presence", "health"});
   EXPECT_EQ(finished.exitCode, 0) << finished.error;
   EXPECT_EQ(finished.output, lacking.Address() + "  OK\n");
 }
@@ -74,7 +71,7 @@ TEST(Fleet, JsonIsALineForEachWithItsPlace) {
   const SimulatedSmm first({"--generation", "1"});
   const SimulatedSmm second({"--generation", "2"});
   const Finished finished =
-      Run(first.Address() + ',' + kDeadHost + ',' + second.Address(), {"--json", "identity"});
+      RunOn(first.Address() + ',' + kDeadHost + ',' + second.Address(), {"--json", "identity"});
   EXPECT_EQ(finished.exitCode, 1);
   const Texts lines = LinesOf(finished.output);
   ASSERT_EQ(lines.size(), 3U) << finished.output;
@@ -90,7 +87,7 @@ TEST(Fleet, JsonIsALineForEachWithItsPlace) {
 TEST(Fleet, TablesStandInTheOrderAskedBehindTheHealthOfAll) {
   const SimulatedSmm first({"--generation", "1"});
   const SimulatedSmm second({"--generation", "2"});
-  const Finished finished = Run(second.Address() + ',' + first.Address(), {});
+  const Finished finished = RunOn(second.Address() + ',' + first.Address(), {});
   EXPECT_EQ(finished.exitCode, 0) << finished.error;
   EXPECT_THAT(finished.output,
               StartsWith(second.Address() + "  OK\n" + first.Address() + "  OK\n\n" +
@@ -102,8 +99,8 @@ TEST(Fleet, TablesStandInTheOrderAskedBehindTheHealthOfAll) {
 TEST(Fleet, LikeValuesAreFolded) {
   const SimulatedSmm first({"--generation", "1"});
   const SimulatedSmm second({"--generation", "1"});
-  const Finished finished = Run(first.Address() + ',' + kDeadHost + ',' + second.Address(),
-                                {"--group-by", "firmwareVersion"});
+  const Finished finished = RunOn(first.Address() + ',' + kDeadHost + ',' + second.Address(),
+                                  {"--group-by", "firmwareVersion"});
   EXPECT_EQ(finished.exitCode, 1);
   EXPECT_THAT(finished.output,
               MatchesRegex("FGEN7-1.05     2: 127.0.0.1:\\[[0-9,-]+\\]\nnot read       1: "
@@ -113,7 +110,8 @@ TEST(Fleet, LikeValuesAreFolded) {
 TEST(Fleet, EachThatRefusesThePasswordEndsWithFiveAndIsAHostsFile) {
   const SimulatedSmm smm({"--generation", "1"});
   const TemporaryFile failed("");
-  const Finished finished = Run(smm.Address(), {"--failed-to", failed.Path(), "identity"}, "wrong");
+  const Finished finished =
+      RunOn(smm.Address(), {"--failed-to", failed.Path(), "identity"}, "wrong");
   EXPECT_EQ(finished.exitCode, 5);
   EXPECT_THAT(finished.error, HasSubstr("(password 1)\n"));
   std::ifstream file(failed.Path());
@@ -125,7 +123,7 @@ TEST(Fleet, EachThatRefusesThePasswordEndsWithFiveAndIsAHostsFile) {
 TEST(Fleet, TimeOutEndsOneEnclosureAndTellsIt) {
   const SimulatedSmm smm({"--generation", "1"});
   const auto begin = std::chrono::steady_clock::now();
-  const Finished finished = Run(smm.Address(), {"--timeout", "2", "identity"});
+  const Finished finished = RunOn(smm.Address(), {"--timeout", "2", "identity"});
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
   EXPECT_EQ(finished.exitCode, 1);
   EXPECT_THAT(finished.error, HasSubstr("(timed out 1)\n"));
@@ -150,7 +148,7 @@ TEST(Fleet, InterruptPrintsWhatIsReadAndEndsSoon) {
 
 TEST(Nagios, OneLineTellsHealthWithNumbersAndItsOwnExitCodes) {
   const SimulatedSmm faulty({"--generation", "2"}, ReadScenario("node-fault"));
-  const Finished finished = Run(faulty.Address(), {"--nagios"});
+  const Finished finished = RunOn(faulty.Address(), {"--nagios"});
   EXPECT_EQ(finished.exitCode, 2);
   EXPECT_THAT(finished.output,
               MatchesRegex("SMM CRITICAL - node 2 power fault \\| 'chassis_power'=.*\n"));
@@ -158,14 +156,14 @@ TEST(Nagios, OneLineTellsHealthWithNumbersAndItsOwnExitCodes) {
 }
 
 TEST(Nagios, DeadHostIsUnknown) {
-  const Finished finished = Run(kDeadHost, {"--nagios"});
+  const Finished finished = RunOn(kDeadHost, {"--nagios"});
   EXPECT_EQ(finished.exitCode, 3);
   EXPECT_THAT(finished.output, AllOf(StartsWith("SMM UNKNOWN - not read: "), Not(HasSubstr("|"))));
 }
 
 TEST(Nagios, WrongUsageIsUnknownOnStandardOutput) {
   for (const Texts& options : {Texts{"--nagios", "-C", "99"}, Texts{"--nagios", "-H", "b"}}) {
-    const Finished finished = Run("a", options);
+    const Finished finished = RunOn("a", options);
     EXPECT_EQ(finished.exitCode, 3);
     EXPECT_THAT(finished.output, StartsWith("SMM UNKNOWN - "));
     EXPECT_EQ(finished.error, "");

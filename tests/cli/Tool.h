@@ -11,6 +11,9 @@
 
 namespace Tavrin {
 
+/// Port 9 is the discard service, which answers nothing where it runs at all.
+constexpr const char* kDeadHost = "127.0.0.1:9";
+
 /// Runs the tool to its end.
 inline Finished RunTool(const std::vector<std::string>& arguments,
                         const std::vector<std::string>& environment = {},

@@ -84,7 +84,7 @@ std::string GroupNames() {
 std::string FormatList() {
   std::string list;
   for (const Format& format : Formats()) {
-    list += fmt::format("\n{:<4}  {}", format.name, format.summary);
+    list += fmt::format("\n{:<5}  {}", format.name, format.summary);
   }
   return list;
 }
