@@ -25,7 +25,7 @@ namespace Tavrin {
 namespace {
 
 /// The client's library puts messages of 160 KiB in all on the stack.
-constexpr std::size_t kStackSize = std::size_t{512} * 1024;
+constexpr std::size_t kStackSize = std::size_t{FLEET_STACK_KIB} * 1024;
 
 /// Leaves what the observer of a pass is told.
 class Messenger : public Observer {

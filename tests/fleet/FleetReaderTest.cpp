@@ -302,7 +302,7 @@ TEST_F(Fleet, ThreadsHaveSmallStacksAndLeaveSignalsToTheProgram) {
     pthread_getattr_np(pthread_self(), &attributes);
     pthread_attr_getstacksize(&attributes, &size);
     pthread_attr_destroy(&attributes);
-    EXPECT_LE(size, std::size_t{512} * 1024);
+    EXPECT_LE(size, std::size_t{FLEET_STACK_KIB} * 1024);
     sigset_t blocked;
     pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
     EXPECT_EQ(sigismember(&blocked, SIGINT), 1);

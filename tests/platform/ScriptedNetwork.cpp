@@ -89,6 +89,9 @@ extern "C" int poll(pollfd* sources, nfds_t count, int timeout) {
     std::abort();
   }
   const auto end = network.now + std::chrono::milliseconds(timeout);
+  if (network.whileWaiting) {
+    network.whileWaiting(end);
+  }
   const auto next = network.arrivals.begin();
   const bool comes = next != network.arrivals.end() && next->first <= end;
   Tavrin::GoOn(comes ? next->first : end);

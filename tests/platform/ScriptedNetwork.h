@@ -34,6 +34,9 @@ struct ScriptedNetwork {
   /// What happens when the client sends.
   std::function<void(const Standalone::Datagram&)> onSent;
 
+  /// What happens beside it while the client waits until then for something to come.
+  std::function<void(Time until)> whileWaiting;
+
   struct Arrival {
     Standalone::Datagram datagram;
     int error;

@@ -35,6 +35,8 @@ constexpr std::array kCauseSteps = {
     CauseStep{FailureCause::Late, "allow more time, such as --session-timeout 10"},
     CauseStep{FailureCause::Busy,
               "wait a minute, after which the SMM frees sessions that nobody uses, and run again"},
+    CauseStep{FailureCause::TimeOver, "allow more time, such as --timeout 300"},
+    CauseStep{FailureCause::Stopped, "run again"},
     CauseStep{FailureCause::SuiteRefused, "try another cipher suite, such as -C 17"},
     CauseStep{FailureCause::Ipmi20Missing,
               "check that the device is an SMM, and that its settings allow IPMI 2.0"},
