@@ -176,7 +176,7 @@ TEST(DeadHost, SettingsOfTheHostsFileWinOverOptionsAndEnvironment) {
   const Timed run = RunTimed({"--hosts-file", hosts.Path(), "-v", "--attempts", "9",
                               "--session-timeout", "60", "--password-file", "/nowhere"},
                              {"IPMI_CONNECT_RETRY_TIMES=7", "IPMI_PRIVILEGE_LEVEL=2"}, "");
-  EXPECT_EQ(run.finished.exitCode, 1);
+  EXPECT_EQ(run.finished.exitCode, 4);
   EXPECT_LT(run.time, kSoon);
   EXPECT_THAT(run.finished.error,
               AllOf(HasSubstr("IPMI_PRIVILEGE_LEVEL is 2, from the environment\n"),

@@ -56,6 +56,8 @@ const std::vector<CauseRow>& CauseRows() {
       {FailureCause::Late, "allow more time, such as --session-timeout 10"},
       {FailureCause::Busy,
        "wait a minute, after which the SMM frees sessions that nobody uses, and run again"},
+      {FailureCause::TimeOver, "allow more time, such as --timeout 300"},
+      {FailureCause::Stopped, "run again"},
       {FailureCause::SuiteRefused, "try another cipher suite, such as -C 17"},
       {FailureCause::Ipmi20Missing,
        "check that the device is an SMM, and that its settings allow IPMI 2.0"},

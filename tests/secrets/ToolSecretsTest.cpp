@@ -93,8 +93,8 @@ INSTANTIATE_TEST_SUITE_P(
             "Document", "", "admin", kPassword, {"--json", "psus"}, {}, 0, "cmd=0x92"},
         CircumstanceOfTool{
             "Exception", "", "admin", kPassword, {}, {}, 1, "gave up with an exception"},
-        CircumstanceOfTool{"WrongUser", "", "nobody", kPassword, {}, {}, 1, "user \"nobody\": "},
-        CircumstanceOfTool{"WrongPassword", "", "admin", kWrongPassword, {}, {}, 1, "password"},
+        CircumstanceOfTool{"WrongUser", "", "nobody", kPassword, {}, {}, 5, "user \"nobody\": "},
+        CircumstanceOfTool{"WrongPassword", "", "admin", kWrongPassword, {}, {}, 5, "password"},
         CircumstanceOfTool{
             "DeadHost", "127.0.0.1:9", "admin", kPassword, {}, {kOneAttempt}, 1, "port 9"},
         CircumstanceOfTool{
@@ -208,7 +208,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Typing{"WrongAsStandardInput",
                            {"--password-file", "-"},
                            kWrongPassword,
-                           1,
+                           5,
                            "no IPMI connection could be opened"},
                     Typing{"Overlong", {}, kOverlongPassword, 2, "longer than 20 bytes"}),
     [](const testing::TestParamInfo<Typing>& typing) { return typing.param.name; });
