@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(
         CircumstanceOfTool{"WrongUser", "", "nobody", kPassword, {}, {}, 5, "user \"nobody\": "},
         CircumstanceOfTool{"WrongPassword", "", "admin", kWrongPassword, {}, {}, 5, "password"},
         CircumstanceOfTool{
-            "DeadHost", "127.0.0.1:9", "admin", kPassword, {}, {kOneAttempt}, 1, "port 9"},
+            "DeadHost", "127.0.0.1:9", "admin", kPassword, {}, {kOneAttempt}, 4, "port 9"},
         CircumstanceOfTool{
             "RefusedSuite", "", "admin", kPassword, {"-C", "17"}, {}, 1, "cipher suite"}),
     [](const testing::TestParamInfo<CircumstanceOfTool>& circumstance) {
