@@ -904,6 +904,7 @@ TEST(OpenedSession, AnswerOfAnotherConsoleLeavesTheLastOneAsItWas) {
   Handshake handshake;
   handshake.remoteConsoleSessionId = 0x12345678;
   OpenedSession opened = {1, 2, 3};
+  ASSERT_EQ(ipmi_rmcpplus_init(), 0);
   EXPECT_EQ(ReadOpenedSession(answer, 7, handshake, opened), Verdict::Foreign);
   EXPECT_EQ(opened.status, 1);
   EXPECT_EQ(opened.maximumPrivilegeLevel, 2);
