@@ -177,7 +177,7 @@ class Finder:
         if self.source.text[place[1] - len(named.spelling) : place[1]] != named.spelling:
             return
         if self._is_number(named):
-            yield "constant", (Edit(*place, self._next(self.source.text[place[0] : place[1]])),)
+            yield "constant", (Edit(*place, self._next(named, self.source.text[place[0] : place[1]])),)
         other = self._sibling(named)
         if other:
             text = self.source.text[place[0] : place[1] - len(named.spelling)] + other
@@ -192,8 +192,10 @@ class Finder:
         return is_namespace_scope and canonical.is_const_qualified() and is_arithmetic
 
     @staticmethod
-    def _next(name: str) -> str:
-        return f"increased({name})"
+    def _next(constant: Cursor, name: str) -> str:
+        """Nobody could tell true from what is more than it."""
+        is_boolean = constant.type.get_canonical().kind == TypeKind.BOOL
+        return f"!{name}" if is_boolean else f"increased({name})"
 
     def _sibling(self, named: Cursor) -> str | None:
         """The next one declared that has the same type, or the first."""
@@ -228,7 +230,7 @@ class Finder:
                 constant = self.constants.get(match.group())
                 if constant is not None and self._is_number(constant):
                     place = low + match.start(), low + match.end()
-                    yield "constant", (Edit(*place, self._next(match.group())),)
+                    yield "constant", (Edit(*place, self._next(constant, match.group())),)
                     other = self._sibling(constant)
                     if other:
                         yield "sibling", (Edit(*place, other),)

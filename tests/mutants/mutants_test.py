@@ -134,6 +134,13 @@ class UnnoticeableTest(unittest.TestCase):
         self.assertIn("return", self.operators(code % "Second"))
         self.assertNotIn("return", self.operators(code % "First"))
 
+    def test_boolean_constant_becomes_the_other_value_rather_than_more_than_it(self) -> None:
+        code = "constexpr %s kOne = 1; int g(int); int f() { return g(kOne); }\n"
+        changed = {kind: {each.after.split("return ")[-1] for each in self.mutants(code % kind)} for kind in ("int", "bool")}
+        self.assertIn("g(increased(kOne)); }", changed["int"])
+        self.assertIn("g(!kOne); }", changed["bool"])
+        self.assertNotIn("g(increased(kOne)); }", changed["bool"])
+
     def test_break_with_nothing_behind_it_is_not_deleted(self) -> None:
         code = "void f(int& a) { switch (a) { case 1: ++a; %s case 2: --a; %s case 3: case 4: %s } }"
         breaks = ("break;  //1\n", "break;  //2\n", "break;  //3\n")

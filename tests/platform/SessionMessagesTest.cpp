@@ -206,6 +206,15 @@ TEST_P(SessionMessages, RequestIsProtectedWhateverItsSequenceNumber) {
   EXPECT_EQ(ReadHeader(request)->isEncrypted, login.algorithms.confidentiality != 0);
 }
 
+TEST_P(SessionMessages, RequestWhoseNumberIsOutOfRangeIsNotMade) {
+  const auto make = [this](std::uint8_t number) {
+    return MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, kSessionId, 5, 0x32, number},
+                       Protect(login.algorithms), answer);
+  };
+  EXPECT_NE(make(63), Datagram());
+  EXPECT_EQ(make(64), Datagram());
+}
+
 TEST_P(SessionMessages, ChangedByteIsNotTaken) {
   // Nothing protects what stands before the session's own part, or else before the message.
   const Datagram sound = Answer(answer);
@@ -217,6 +226,19 @@ TEST_P(SessionMessages, ChangedByteIsNotTaken) {
 }
 
 using UnprotectedSessionMessages = SessionMessages;
+
+TEST_P(UnprotectedSessionMessages, AnswerWhoseMessageEndsBeforeItsCompletionCodeIsNotTaken) {
+  constexpr std::size_t lengthAt = 14;
+  constexpr std::size_t payloadAt = 16;
+  expected.checksChecksums = false;
+  const Datagram sound = Answer(answer);
+  for (std::size_t length = 0; length < 8; ++length) {
+    Datagram changed(sound.begin(),
+                     sound.begin() + static_cast<std::ptrdiff_t>(payloadAt + length));
+    changed.at(lengthAt) = static_cast<std::uint8_t>(length);
+    EXPECT_EQ(Read(changed), Verdict::Damaged) << length;
+  }
+}
 
 TEST_P(UnprotectedSessionMessages, WrongChecksumIsTakenOnlyWhereItIsNotChecked) {
   Datagram changed = Answer(answer);

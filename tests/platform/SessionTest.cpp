@@ -185,6 +185,9 @@ int objectsLeft = kAnyNumber;
 /// Whether FreeIPMI computes a session's keys.
 bool canComputeKeys = true;
 
+/// Whether FreeIPMI takes any proof of the password for right.
+bool isAnyProofRight = false;
+
 /// Whether another thread holds whatever is only tried for.
 bool areMutexesHeld = false;
 
@@ -892,6 +895,27 @@ TEST_F(SessionTest, SessionWithoutKeysIsNotOpened) {
   EXPECT_THAT(Steps(), ElementsAre(kCapabilities, kOpenSession, kRakp1, kRakp3));
 }
 
+TEST(OpenedSession, AnswerOfAnotherConsoleLeavesTheLastOneAsItWas) {
+  const Bytes answer = Packet(0x11, Bytes(4),
+                              Joined({{7, 0, 4, 0},
+                                      {0x79, 0x56, 0x34, 0x12},
+                                      kControllersSession,
+                                      {0, 0, 0, 8, 0, 0, 0, 0},
+                                      {1, 0, 0, 8, 0, 0, 0, 0},
+                                      {2, 0, 0, 8, 0, 0, 0, 0}}));
+  Handshake handshake;
+  handshake.remoteConsoleSessionId = 0x12345678;
+  OpenedSession opened = {1, 2, 3};
+  ASSERT_EQ(ipmi_rmcpplus_init(), 0);
+  EXPECT_EQ(ReadOpenedSession(answer, 7, handshake, opened), Verdict::Foreign);
+  EXPECT_EQ(opened.status, 1);
+  EXPECT_EQ(opened.maximumPrivilegeLevel, 2);
+  EXPECT_EQ(opened.managedSystemSessionId, 3U);
+  handshake.remoteConsoleSessionId = 0x12345679;
+  EXPECT_EQ(ReadOpenedSession(answer, 7, handshake, opened), Verdict::Answer);
+  EXPECT_EQ(opened.managedSystemSessionId, 0x44332211U);
+}
+
 TEST(Rakp4, AnyCheckValueIsTakenWithoutAuthenticationAlone) {
   const Bytes session = {0x78, 0x56, 0x34, 0x12};
   const Bytes rakp4 = Packet(0x15, Bytes(4), Joined({{7, 0, 0, 0}, session, Bytes(12, 0x5A)}));
@@ -911,6 +935,25 @@ TEST(Rakp4, AnyCheckValueIsTakenWithoutAuthenticationAlone) {
                       IPMI_INTEGRITY_ALGORITHM_HMAC_SHA1_96, IPMI_CONFIDENTIALITY_ALGORITHM_NONE};
   EXPECT_EQ(ReadRakp4(rakp4, 7, login, handshake, keys, true, status), Verdict::Answer);
   EXPECT_EQ(status, 0);
+}
+
+TEST_F(SessionTest, RefusalThatComesTooLateForItsStepEndsTheNextAtOnce) {
+  constexpr auto authenticated = static_cast<Step>(0x40);
+  config.Set("IPMI_CIPHER_SUITE", 2);
+  isAnyProofRight = true;
+  controller.changes = {{kRakp1,
+                         [](Bytes& answer) {
+                           answer.insert(answer.end(), 20, 0x5A);
+                           answer.at(14) = static_cast<std::uint8_t>(answer.at(14) + 20);
+                         }},
+                        {kRakp3, Lose},
+                        {authenticated, [](Bytes& answer) {
+                           constexpr std::uint8_t tagOfRakp3 = 4;
+                           answer = Packet(0x15, Bytes(4), {tagOfRakp3, 0x01});
+                         }}};
+  ExpectFailure(Trouble::NoFreeSession);
+  isAnyProofRight = false;
+  EXPECT_EQ(took, 4500 + 2000);  // The session is asked to close, which is not answered either.
 }
 
 TEST_F(SessionTest, ClosingIsTriedOnceMoreWhereMemoryIsShort) {
@@ -1075,6 +1118,23 @@ extern "C" int ipmi_calculate_rmcpplus_session_keys(
                        userNameLength, sik, sikLength, integrityKey, integrityKeyLength,
                        confidentialityKey, confidentialityKeyLength)
              : -1;
+}
+
+extern "C" int ipmi_rmcpplus_check_rakp_2_key_exchange_authentication_code(
+    std::uint8_t authentication, const void* password, unsigned int passwordLength,
+    std::uint32_t consolesSession, std::uint32_t systemsSession, const void* consolesNumber,
+    unsigned int consolesNumberLength, const void* systemsNumber, unsigned int systemsNumberLength,
+    const void* guid, unsigned int guidLength, std::uint8_t nameOnlyLookup,
+    std::uint8_t privilegeLevel, const char* userName, unsigned int userNameLength,
+    fiid_obj_t rakp2) {
+  static auto* const check =
+      reinterpret_cast<decltype(&ipmi_rmcpplus_check_rakp_2_key_exchange_authentication_code)>(
+          dlsym(RTLD_NEXT, "ipmi_rmcpplus_check_rakp_2_key_exchange_authentication_code"));
+  return Tavrin::Standalone::isAnyProofRight
+             ? 1
+             : check(authentication, password, passwordLength, consolesSession, systemsSession,
+                     consolesNumber, consolesNumberLength, systemsNumber, systemsNumberLength, guid,
+                     guidLength, nameOnlyLookup, privilegeLevel, userName, userNameLength, rakp2);
 }
 
 extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {

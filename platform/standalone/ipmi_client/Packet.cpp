@@ -8,7 +8,7 @@ namespace Standalone {
 namespace {
 
 /// What a packet adds to its message at most: headers, initialization vector, pads, trailer.
-constexpr std::size_t kMostAround = 128;
+constexpr int kMostAround = 128;
 
 bool IsFilled(const Envelope& envelope, const Algorithms& algorithms, const PacketParts& parts) {
   const auto isAuthenticated = static_cast<std::uint8_t>(algorithms.integrity != 0);
@@ -22,10 +22,11 @@ bool IsFilled(const Envelope& envelope, const Algorithms& algorithms, const Pack
          fill_rmcpplus_session_trlr(parts.sessionTrailer.Get()) == 0;
 }
 
-/// FreeIPMI empties the payload itself, and leaves alone what a packet does not have.
+/// FreeIPMI leaves alone what a packet does not have. Both headers in front each packet has, and
+/// the payload FreeIPMI empties itself.
 void Empty(const PacketParts& parts) {
-  for (const FiidObject* part : {&parts.rmcpHeader, &parts.sessionHeader, &parts.answerHeader,
-                                 &parts.messageTrailer, &parts.sessionTrailer}) {
+  for (const FiidObject* part :
+       {&parts.answerHeader, &parts.messageTrailer, &parts.sessionTrailer}) {
     fiid_obj_clear(part->Get());
   }
 }
@@ -50,11 +51,11 @@ bool PacketParts::AreThere() const {
 
 Datagram Pack(const Envelope& envelope, const Protection& protection, const FiidObject& message) {
   const PacketParts& parts = PacketParts::OfThisThread();
-  const int messageLength = fiid_obj_len_bytes(message.Get());
-  if (messageLength < 0 || !IsFilled(envelope, protection.algorithms, parts)) {
+  if (!IsFilled(envelope, protection.algorithms, parts)) {
     return {};
   }
-  Datagram datagram(static_cast<std::size_t>(messageLength) + kMostAround);
+  // A message for which there was no memory has the length -1, and cannot be assembled below.
+  Datagram datagram(static_cast<std::size_t>(fiid_obj_len_bytes(message.Get()) + kMostAround));
   const int length = assemble_ipmi_rmcpplus_pkt(
       protection.algorithms.authentication, protection.algorithms.integrity,
       protection.algorithms.confidentiality, protection.keys.Integrity().Data(),

@@ -152,7 +152,8 @@ Failure Session::RaisePrivilege() {
   request.cmd = IPMI_CMD_SET_SESSION_PRIVILEGE_LEVEL;
   request.data = {login_.privilegeLevel};
   SessionAnswer answer;
-  Question question = MakeQuestion(request, Trouble::SilentWhileOpening, answer);
+  Question question = MakeQuestion(request, answer);
+  question.silence = Trouble::SilentWhileOpening;
   const auto judgeInSession = std::move(question.judge);
   question.judge = [&](const Datagram& datagram) {
     return JudgeWhileRaising(datagram, judgeInSession);
@@ -187,7 +188,7 @@ Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Judge& judgeI
 Failure Session::Exchange(const IPMICOMMAND& request, std::vector<std::uint8_t>& response,
                           std::uint8_t& completionCode) {
   SessionAnswer answer;
-  Failure failure = conversation_.Ask(MakeQuestion(request, Trouble::SilentToRequest, answer));
+  Failure failure = conversation_.Ask(MakeQuestion(request, answer));
   if (!failure) {
     response = std::move(answer.data);
     completionCode = answer.completionCode;
@@ -223,7 +224,7 @@ void Session::AskToClose() {
     request.data.push_back(static_cast<std::uint8_t>(id >> shift & 0xFFU));
   }
   SessionAnswer answer;
-  Question question = MakeQuestion(request, Trouble::SilentToRequest, answer);
+  Question question = MakeQuestion(request, answer);
   question.grace = kGraceToClose;
   conversation_.AskInPassing(question);
 }
@@ -231,7 +232,7 @@ void Session::AskToClose() {
 /// A repetition has the requester sequence number of its request, so that a controller can tell it
 /// from another request, and a session sequence number of its own. The question refers to `answer`
 /// and to `request`.
-Question Session::MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer) {
+Question Session::MakeQuestion(const IPMICOMMAND& request, SessionAnswer& answer) {
   const std::uint8_t requesterSequenceNumber = conversation_.NextTag();
   const auto make = [this, &request, requesterSequenceNumber] {
     ++sequenceNumber_;
@@ -242,7 +243,7 @@ Question Session::MakeQuestion(const IPMICOMMAND& request, Trouble silence, Sess
   const auto judge = [this, &request, requesterSequenceNumber, &answer](const Datagram& datagram) {
     return JudgeAnswer(datagram, request, requesterSequenceNumber, answer);
   };
-  return {make, judge, silence};
+  return {make, judge, Trouble::SilentToRequest};
 }
 
 Verdict Session::JudgeAnswer(const Datagram& datagram, const IPMICOMMAND& request,

@@ -57,7 +57,7 @@ class Session {
   void AskToClose();
 
   /// A question that goes within the session.
-  Question MakeQuestion(const IPMICOMMAND& request, Trouble silence, SessionAnswer& answer);
+  Question MakeQuestion(const IPMICOMMAND& request, SessionAnswer& answer);
   Verdict JudgeAnswer(const Datagram& datagram, const IPMICOMMAND& request,
                       std::uint8_t requesterSequenceNumber, SessionAnswer& answer);
   Verdict JudgeWhileRaising(const Datagram& datagram, const Judge& judgeInSession);

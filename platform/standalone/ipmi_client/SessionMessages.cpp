@@ -29,10 +29,10 @@ std::array<fiid_field_t, 4> AnswerFields(std::size_t dataBytes) {
 }
 
 bool IsFilled(const IPMICOMMAND& request, const FiidObject& message) {
+  const auto length = static_cast<unsigned int>(request.data.size());
   return fiid_obj_set(message.Get(), "cmd", request.cmd) == 0 &&
-         (request.data.empty() ||
-          fiid_obj_set_data(message.Get(), "data", request.data.data(),
-                            static_cast<unsigned int>(request.data.size())) >= 0);
+         (request.data.empty() || fiid_obj_set_data(message.Get(), "data", request.data.data(),
+                                                    length) == static_cast<int>(length));
 }
 
 /// Whether one sequence number comes after another, also where they begin anew.
