@@ -38,6 +38,7 @@ std::vector<Group> GroupsOf(std::string_view field,
     hosts[ValueOf(field, enclosure.reading)].push_back(ParseHost(enclosure.name));
   }
   std::vector<Group> groups;
+  groups.reserve(hosts.size());
   for (auto& [value, those] : hosts) {
     groups.push_back({value.empty() ? "not read" : value, std::move(those), !value.empty()});
   }
