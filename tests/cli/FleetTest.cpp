@@ -138,12 +138,37 @@ TEST(Fleet, InterruptPrintsWhatIsReadAndEndsSoon) {
              {}, "sesame\n");
   EXPECT_THAT(tool.ReadLine(), HasSubstr(kDeadHost));
   tool.Signal(SIGINT);
+  tool.Signal(SIGINT);  // As whoever signals a process and then its group.
   const auto begin = std::chrono::steady_clock::now();
   const Finished finished = tool.Wait();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
   EXPECT_EQ(finished.exitCode, 130);
   EXPECT_EQ(LinesOf(finished.output).size(), 2U) << finished.output;
   EXPECT_THAT(finished.error, HasSubstr("stopped 2"));
+}
+
+TEST(Fleet, RefusedUseLeavesTheFileOfFailuresAsItIs) {
+  const TemporaryFile failed("rack01\n");
+  for (const Texts& options :
+       {Texts{"--failed-to", failed.Path(), "select-psu", "1"},
+        Texts{"--failed-to", failed.Path(), "--exclude", kDeadHost, "identity"},
+        Texts{"--failed-to", failed.Path(), "hosts"}}) {
+    EXPECT_EQ(RunOn(kDeadHost, options).exitCode, 2);
+    std::ifstream file(failed.Path());
+    std::string line;
+    std::getline(file, line);
+    EXPECT_EQ(line, "rack01");
+  }
+}
+
+TEST(Fleet, OptionsThatWouldChangeNothingAreRefused) {
+  for (const Texts& options :
+       {Texts{"--timeout", "40", "select-psu", "1"}, Texts{"--nagios", "select-psu", "1"},
+        Texts{"--group-by", "name", "select-psu", "1"}, Texts{"--group-by", "name", "fans"},
+        Texts{"--group-by", "name", "--json"}}) {
+    const Finished finished = RunOn(kDeadHost, options);
+    EXPECT_THAT(finished.error + finished.output, HasSubstr("expected it ")) << options.back();
+  }
 }
 
 TEST(Nagios, OneLineTellsHealthWithNumbersAndItsOwnExitCodes) {

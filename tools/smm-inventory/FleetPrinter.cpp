@@ -1,6 +1,7 @@
 #include "tools/smm-inventory/FleetPrinter.h"
 
 #include <algorithm>
+#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <utility>
@@ -36,9 +37,10 @@ bool WaitsForAll(const Options& options) {
 }
 
 void WriteFailedHosts(const Options& options, const std::vector<Ending>& endings) {
-  if (options.failedHosts) {
-    *options.failedHosts << FailedHosts(options.targets, endings) << std::flush;
-    if (!*options.failedHosts) {
+  if (options.failedTo) {
+    std::ofstream file(*options.failedTo);
+    file << FailedHosts(options.targets, endings) << std::flush;
+    if (!file) {
       throw std::runtime_error("the file of --failed-to cannot be written");
     }
   }
@@ -106,7 +108,6 @@ void FleetPrinter::LineWritten(std::size_t /*index*/, const Standalone::LogLine&
 
 void FleetPrinter::EnclosureEnded(FleetResult&& result) {
   const std::size_t index = result.index;
-  isAnyAbandoned_ = isAnyAbandoned_ || result.ending != FleetEnding::Complete;
   const Target& target = options_.targets[index];
   ended_[index] = {std::move(result.reading), index, NameOf(target), target.group};
   const Ending ending = EndingOf(ended_[index]->reading);
@@ -121,6 +122,7 @@ void FleetPrinter::EnclosureEnded(FleetResult&& result) {
 }
 
 void FleetPrinter::PrintWhatIsDue(std::size_t index) {
+  console_.EndStatus();
   const FormatOfSeveral& format = options_.format->several;
   if (format.order == Order::AsEnded) {
     std::cout << format.enclosure(*ended_[index], Context()) << std::flush;

@@ -30,9 +30,6 @@ class FleetPrinter : public FleetObserver {
   /// Prints what comes behind the last enclosure. Returns the run's exit code.
   int Finish();
 
-  /// Whether a thread may still be at work that nobody waits for.
-  [[nodiscard]] bool IsAnyAbandoned() const { return isAnyAbandoned_; }
-
  private:
   void PrintWhatIsDue(std::size_t index);
   void PrintReport(const std::vector<EnclosureReading>& all) const;
@@ -46,7 +43,6 @@ class FleetPrinter : public FleetObserver {
   FleetProgress progress_;
   bool showsProgress_;
   bool waitsForAll_;
-  bool isAnyAbandoned_ = false;
   std::vector<std::optional<EnclosureReading>> ended_;
   std::size_t printed_ = 0;  ///< So many of the first ones, where they are printed as asked.
 };

@@ -1,12 +1,17 @@
 #include "tools/smm-inventory/FleetRun.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <fstream>
 #include <iostream>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "fleet/FleetReader.h"
+#include "support/EscapeControlBytes.h"
+#include "support/UsageError.h"
 #include "tools/smm-inventory/Environment.h"
 #include "tools/smm-inventory/FleetPrinter.h"
 #include "tools/smm-inventory/Interrupt.h"
@@ -27,9 +32,18 @@ FleetSettings SettingsOf(const Options& options) {
   return settings;
 }
 
+/// Leaves what is in the file until there is something to put in its place.
+void RequireWritable(const std::optional<std::string>& path) {
+  if (path && !std::ofstream(*path, std::ios::app)) {
+    throw UsageError(fmt::format("--failed-to is \"{}\", which cannot be written; expected a file",
+                                 EscapeControlBytes(*path)));
+  }
+}
+
 }  // namespace
 
 int RunFleet(const Options& options) {
+  RequireWritable(options.failedTo);
   const std::vector<EnclosureSettings> enclosures = SettingsWithPasswords(options.targets);
   const bool isTerminal = CanMoveCursor();
   Console console(std::cerr, isTerminal, STDERR_FILENO);
@@ -39,9 +53,6 @@ int RunFleet(const Options& options) {
   FleetReader(SettingsOf(options)).Read(enclosures, printer);
   const int exitCode = printer.Finish();
   RequireWholeOutput();
-  if (printer.IsAnyAbandoned()) {
-    std::_Exit(exitCode);  // Its thread must not meet what the end of main() destroys.
-  }
   return exitCode;
 }
 

@@ -5,8 +5,7 @@ namespace Tavrin {
 struct Options;
 
 /// Reads all enclosures of the options at once, prints what they gave, and returns the exit code.
-/// Where a thread is left behind, which waits in a pause that nobody can cut short, it does not
-/// return but ends the process.
+/// Threads can be left behind, in a pause that nobody can cut short; CountFleetThreads() tells.
 int RunFleet(const Options& options);
 
 }  // namespace Tavrin

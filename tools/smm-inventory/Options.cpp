@@ -84,15 +84,6 @@ int ParseWholeNumber(const char* name, const std::string& text, int lowest, int 
   return *number;
 }
 
-std::shared_ptr<std::ofstream> OpenFile(const std::string& path) {
-  auto file = std::make_shared<std::ofstream>(path);
-  if (!*file) {
-    throw UsageError(fmt::format("--failed-to is \"{}\", which cannot be written; expected a file",
-                                 EscapeControlBytes(path)));
-  }
-  return file;
-}
-
 void TakeFleetSettings(const RawOptions& raw, Options& options) {
   constexpr int longest = 86400;
   options.isQuiet = raw.isQuiet;
@@ -104,9 +95,7 @@ void TakeFleetSettings(const RawOptions& raw, Options& options) {
   if (raw.timeout) {
     options.timeout = std::chrono::seconds(ParseWholeNumber("time-out", *raw.timeout, 1, longest));
   }
-  if (raw.failedTo) {
-    options.failedHosts = OpenFile(*raw.failedTo);
-  }
+  options.failedTo = raw.failedTo;
 }
 
 IgnoredFinding ParseIgnored(const std::string& text) {
@@ -127,6 +116,27 @@ void TakeHealthSettings(const RawOptions& raw, Options& options) {
                                  EscapeControlBytes(*raw.groupBy), fmt::join(fields, ", ")));
   }
   options.groupField = raw.groupBy.value_or("");
+}
+
+/// What an option would have to change, and cannot, is refused rather than left out.
+void RefuseWhatDoesNotGoTogether(const RawOptions& raw, const Options& options) {
+  const Command& command = *options.task.command;
+  const bool isForAll = &command == &Commands().front();
+  if (raw.groupBy && (!isForAll || !options.IsText())) {
+    throw UsageError("--group-by is given with a command or a format; expected it alone");
+  }
+  if (raw.isForNagios && !(isForAll || options.IsAboutHealth())) {
+    throw UsageError(
+        fmt::format("--nagios is given with the command {}; expected it alone", command.name));
+  }
+  if (raw.isForNagios && (!options.IsText() || raw.groupBy)) {
+    throw UsageError("--nagios is given with a format; expected it alone");
+  }
+  if ((command.isForOne || command.AsksNobody()) && (raw.timeout || raw.failedTo)) {
+    throw UsageError(
+        fmt::format("--{} is given with the command {}; expected it with one that reads",
+                    raw.timeout ? "timeout" : "failed-to", command.name));
+  }
 }
 
 void RequireOneForNagios(const Options& options) {
@@ -161,6 +171,7 @@ Options Interpret(const RawOptions& raw, const Task& task) {
   }
   TakeFleetSettings(raw, options);
   TakeHealthSettings(raw, options);
+  RefuseWhatDoesNotGoTogether(raw, options);
   TakeTargets(raw, options);
   RequireOneForNagios(options);
   return options;
@@ -232,7 +243,7 @@ bool Options::ShowsHealthFirst() const {
 
 bool Options::IsForFleet() const {
   return targets.size() > 1 || IsAboutHealth() || isForNagios || !groupField.empty() || timeout ||
-         failedHosts;
+         failedTo;
 }
 
 std::vector<Part> Options::Parts() const {

@@ -2,8 +2,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <fstream>
-#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
@@ -48,8 +46,8 @@ struct Options {
   std::size_t fanout = kMaxFanout;                   ///< So many are read at once.
   std::optional<std::chrono::milliseconds> timeout;  ///< For the whole of one enclosure.
   bool asksPresence = true;
-  std::shared_ptr<std::ofstream> failedHosts;  ///< Open; null where nobody asked for it.
-  std::string groupField;                      ///< One of GroupFields(); empty for the readings.
+  std::optional<std::string> failedTo;  ///< Path of a hosts file to be written.
+  std::string groupField;               ///< One of GroupFields(); empty for the readings.
   std::vector<IgnoredFinding> ignored;
   bool isForNagios = false;
 

@@ -1,11 +1,13 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <string>
 #include <variant>
 
+#include "fleet/FleetReader.h"
 #include "reading/Enclosure.h"
 #include "report/Format.h"
 #include "report/Nagios.h"
@@ -124,18 +126,25 @@ int Refuse(const UsageError& error, int argc, const char* const* argv) {
   return ExitCode::WrongUsage;
 }
 
+int RunToTheEnd(int argc, const char* const* argv) {
+  try {
+    ForbidMemoryImages();
+    return RunCommandLine(argc, argv);
+  } catch (const UsageError& error) {
+    return Refuse(error, argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "smm-inventory: unexpected error: " << EscapeControlBytes(error.what()) << '\n';
+    return ExitCode::Exception;
+  }
+}
+
 }  // namespace
 }  // namespace Tavrin
 
 int main(int argc, char** argv) {
-  try {
-    Tavrin::ForbidMemoryImages();
-    return Tavrin::RunCommandLine(argc, argv);
-  } catch (const Tavrin::UsageError& error) {
-    return Tavrin::Refuse(error, argc, argv);
-  } catch (const std::exception& error) {
-    std::cerr << "smm-inventory: unexpected error: " << Tavrin::EscapeControlBytes(error.what())
-              << '\n';
-    return Tavrin::ExitCode::Exception;
+  const int exitCode = Tavrin::RunToTheEnd(argc, argv);
+  if (Tavrin::CountFleetThreads() > 0) {
+    std::_Exit(exitCode);  // They must not meet what the end of main() destroys.
   }
+  return exitCode;
 }
