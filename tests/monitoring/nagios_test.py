@@ -161,13 +161,14 @@ class NagiosTest(unittest.TestCase):
     def test_node_with_a_fault_is_critical_with_our_line_and_numbers(self):
         status, written = judged("node-fault.json")
         self.assertEqual("2", status["current_state"], status)
-        self.assertRegex(status["plugin_output"], r"node 2")
-        self.assertRegex(status["performance_data"], r"^'?\w+'?=\d+")
+        self.assertEqual("SMM CRITICAL - node 2 power fault", status["plugin_output"])
+        self.assertRegex(status["performance_data"], r"^'chassis_\w+'=\d+")
         self.assertNotIn(PASSWORD, written)
 
     def test_healthy_enclosure_is_ok(self):
         status, _ = judged("healthy.json")
         self.assertEqual("0", status["current_state"], status)
+        self.assertRegex(status["plugin_output"], r"^SMM OK")
 
 
 if __name__ == "__main__":
