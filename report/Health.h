@@ -17,7 +17,7 @@ namespace Tavrin {
 
 /// What has to be read to judge health, beside the detection that every pass begins with; in the
 /// order of Part. A part of these that a reading lacks counts as not read.
-constexpr std::array kHealthParts = {Part::NodeStatus, Part::PsuFans, Part::PsuStatus};
+inline constexpr std::array kHealthParts = {Part::NodeStatus, Part::PsuFans, Part::PsuStatus};
 
 /// One rule that holds.
 struct Finding {
