@@ -5,6 +5,7 @@
 
 #include <dlfcn.h>
 #include <freeipmi/freeipmi.h>
+#include <netdb.h>
 #include <pthread.h>
 
 #include <algorithm>
@@ -185,6 +186,9 @@ bool canComputeKeys = true;
 
 /// Whether FreeIPMI takes any proof of the password for right.
 bool isAnyProofRight = false;
+
+/// The addresses that the host name "smm" stands for.
+std::vector<std::string> addressesOfTheName;
 
 /// Whether another thread holds whatever is only tried for.
 bool areMutexesHeld = false;
@@ -850,6 +854,53 @@ TEST_F(SessionTest, IntervalIsLearntForTheAddressThatANameStandsFor) {
   LearnInterval("127.0.0.1", 623, milliseconds(0));
 }
 
+TEST_F(SessionTest, SlowControllerIsLearntByItsAddress) {
+  addressesOfTheName = {"192.0.2.7"};
+  client.emplace("smm", "operator", "swordfish", "623", 0);
+  controller.delay = milliseconds(1200);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(LearnedInterval("192.0.2.7", 623), milliseconds(2400));
+  EXPECT_EQ(LearnedInterval("smm", 623), milliseconds(0));
+}
+
+TEST_F(SessionTest, AddressesOfANameAreTriedInTurn) {
+  addressesOfTheName = {"192.0.2.8", "192.0.2.9"};
+  client.emplace("smm", "operator", "swordfish", "623", 0);
+  controller.changes = {{kCapabilities, Lose}};
+  const LogCapture capture(2);
+  for (const char* address : {"192.0.2.8", "192.0.2.9", "192.0.2.8"}) {
+    Connect();
+    EXPECT_THAT(capture.lines.back().text,
+                testing::HasSubstr("host smm (" + std::string(address) + "), port 623"));
+  }
+  EXPECT_EQ(network.sockets, 3);
+}
+
+TEST_F(SessionTest, FailureBeforeTheAddressIsKnownNamesNoEarlierOne) {
+  addressesOfTheName = {"192.0.2.8"};
+  client.emplace("smm", "operator", "swordfish", "623", 0);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  config.Set("IPMI_PRIVILEGE_LEVEL", 9);
+  const LogCapture capture(2);
+  Connect();
+  EXPECT_THAT(capture.lines.at(0).text, testing::HasSubstr("host smm, port 623"));
+}
+
+TEST_F(SessionTest, AttemptsAtTheOneAddressOfANameShareASocket) {
+  addressesOfTheName = {"192.0.2.8"};
+  client.emplace("smm", "operator", "swordfish", "623", 0);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(network.sockets, 1);
+}
+
+TEST_F(SessionTest, CipherSuiteIsAskedForByItsAlgorithms) {
+  config.Set("IPMI_CIPHER_SUITE", 17);
+  Connect();
+  EXPECT_EQ(Part(network.sent.at(1).datagram, 24, 24),
+            (Bytes{0, 0, 0, 8, 3, 0, 0, 0, 1, 0, 0, 8, 4, 0, 0, 0, 2, 0, 0, 8, 1, 0, 0, 0}));
+}
+
 TEST_F(SessionTest, MemoryThatIsThereAgainIsOfUseWhereverItWasShort) {
   int enough = 0;
   for (int result = ConnectResult::Failed; result != ConnectResult::Connected; ++enough) {
@@ -1039,6 +1090,23 @@ extern "C" int ipmi_rmcpplus_check_rakp_2_key_exchange_authentication_code(
              : check(authentication, password, passwordLength, consolesSession, systemsSession,
                      consolesNumber, consolesNumberLength, systemsNumber, systemsNumberLength, guid,
                      guidLength, nameOnlyLookup, privilegeLevel, userName, userNameLength, rakp2);
+}
+
+extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo* hints,
+                           addrinfo** list) {
+  static auto* const resolve =
+      reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+  const bool isTheName = std::string("smm") == node && (hints->ai_flags & AI_NUMERICHOST) == 0;
+  if (!isTheName) {
+    return resolve(node, service, hints, list);
+  }
+  addrinfo numeric = *hints;
+  numeric.ai_flags = AI_NUMERICHOST;
+  for (const std::string& address : Tavrin::Standalone::addressesOfTheName) {
+    resolve(address.c_str(), service, &numeric, list);
+    list = &(*list)->ai_next;
+  }
+  return 0;
 }
 
 extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
