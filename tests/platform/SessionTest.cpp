@@ -986,23 +986,97 @@ TEST(Rakp4, AnyCheckValueIsTakenWithoutAuthenticationAlone) {
   EXPECT_EQ(status, 0);
 }
 
-TEST_F(SessionTest, RefusalThatComesTooLateForItsStepEndsTheNextAtOnce) {
-  constexpr auto authenticated = static_cast<Step>(0x40);
-  config.Set("IPMI_CIPHER_SUITE", 2);
-  isAnyProofRight = true;
-  controller.changes = {{kRakp1,
-                         [](Bytes& answer) {
-                           answer.insert(answer.end(), 20, 0x5A);
-                           answer.at(14) = static_cast<std::uint8_t>(answer.at(14) + 20);
-                         }},
-                        {kRakp3, Lose},
-                        {authenticated, [](Bytes& answer) {
-                           constexpr std::uint8_t tagOfRakp3 = 4;
-                           answer = Packet(0x15, Bytes(4), {tagOfRakp3, 0x01});
-                         }}};
-  ExpectFailure(Trouble::NoFreeSession);
+/// Within a session of cipher suite 2.
+constexpr auto kAuthenticated = static_cast<Step>(0x40);
+
+/// A proof of the password, though no right one.
+void AddProof(Bytes& rakp2) {
+  rakp2.insert(rakp2.end(), 20, 0x5A);
+  rakp2.at(14) = static_cast<std::uint8_t>(rakp2.at(14) + 20);
+}
+
+/// A controller at the other end of a session of cipher suite 2, whose RAKP messages 4 get lost.
+class AuthenticatedSessionTest : public SessionTest {
+ protected:
+  AuthenticatedSessionTest() {
+    ipmi_rmcpplus_init();
+    config.Set("IPMI_CIPHER_SUITE", 2);
+    isAnyProofRight = true;
+    login.privilegeLevel = 4;
+    login.algorithms = {IPMI_AUTHENTICATION_ALGORITHM_RAKP_HMAC_SHA1,
+                        IPMI_INTEGRITY_ALGORITHM_HMAC_SHA1_96, IPMI_CONFIDENTIALITY_ALGORITHM_NONE};
+    controller.changes = {{kRakp1, AddProof},
+                          {kRakp3,
+                           [this](Bytes& answer) {
+                             ComputeKeys();
+                             Lose(answer);
+                           }},
+                          {kAuthenticated, [this](Bytes& answer) {
+                             answer = Authenticated(network.sent.back().datagram);
+                           }}};
+  }
+  ~AuthenticatedSessionTest() override { isAnyProofRight = false; }
+
+  void ComputeKeys() {
+    const Bytes drawn = Part(network.sent.at(2).datagram, kPayloadAt + 8, 16);
+    Handshake handshake;
+    std::copy(drawn.begin(), drawn.end(), handshake.remoteConsoleRandomNumber.begin());
+    handshake.managedSystemRandomNumber.fill(0xA5);
+    EXPECT_TRUE(keys.emplace().Compute(login, handshake));
+  }
+
+  /// The answer to a request. It has the layout of one.
+  Bytes Authenticated(const Bytes& request) {
+    const Bytes& session = controller.consolesSession;
+    const auto id = static_cast<std::uint32_t>(session.at(0) | session.at(1) << 8 |
+                                               session.at(2) << 16 | session.at(3) << 24);
+    const auto networkFunction = static_cast<std::uint8_t>((request.at(kPayloadAt + 1) >> 2U) + 1U);
+    const auto number = static_cast<std::uint8_t>(request.at(kPayloadAt + 4) >> 2U);
+    return MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, id, sequenceNumber, networkFunction, number},
+                       {login.algorithms, *keys, login.password, login.passwordLength},
+                       {request.at(kCommandAt), Controller::Body(request), networkFunction});
+  }
+
+  const std::string userName = "operator";
+  const std::string password = "swordfish";
+  Login login{userName, password};
+  std::optional<SessionKeys> keys;
+  std::uint32_t sequenceNumber = 1;
+};
+
+TEST_F(AuthenticatedSessionTest, WrongProofOfThePasswordEndsTheOpening) {
   isAnyProofRight = false;
+  ExpectFailure(Trouble::PasswordRefused);
+}
+
+TEST_F(AuthenticatedSessionTest, SecondCopyOfAnAnswerIsNoneToTheNextRequest) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  for (sequenceNumber = 2; sequenceNumber < 4; ++sequenceNumber) {
+    EXPECT_EQ(Send(), 0);
+    EXPECT_EQ(Send(), ConnectResult::WorthRetrying);
+    EXPECT_EQ(GetLastExchange().words, FailureOf(Trouble::OtherAnswer).words);
+  }
+}
+
+TEST_F(AuthenticatedSessionTest, RefusalThatComesTooLateForItsStepEndsTheNextAtOnce) {
+  controller.changes[kAuthenticated] = [](Bytes& answer) {
+    constexpr std::uint8_t tagOfRakp3 = 4;
+    answer = Packet(0x15, Bytes(4), {tagOfRakp3, 0x01});
+  };
+  ExpectFailure(Trouble::NoFreeSession);
   EXPECT_EQ(took, 4500 + 2000);  // The session is asked to close, which is not answered either.
+}
+
+TEST_F(AuthenticatedSessionTest, DamageThatComesBehindTheProofIsNoAnswerToTheNextStep) {
+  controller.changes[kAuthenticated] = [](Bytes& answer) { answer = {0x01, 0x02, 0x03}; };
+  ExpectFailure(Trouble::DamagedAnswer);
+}
+
+TEST_F(SessionTest, RefusalOfThePrivilegeLevelNamesItsCommand) {
+  controller.changes = {{kInSession, Complete(0xCC)}};
+  EXPECT_EQ(Connect(), ConnectResult::Failed);
+  EXPECT_EQ(GetLastExchange().words,
+            "the controller refuses Set Session Privilege Level, with completion code 0xcc");
 }
 
 TEST_F(SessionTest, ClosingIsTriedOnceMoreWhereMemoryIsShort) {
