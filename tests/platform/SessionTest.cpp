@@ -1015,7 +1015,10 @@ class AuthenticatedSessionTest : public SessionTest {
                              answer = Authenticated(network.sent.back().datagram);
                            }}};
   }
-  ~AuthenticatedSessionTest() override { isAnyProofRight = false; }
+  ~AuthenticatedSessionTest() override {
+    client.reset();  // Its session is closed as long as the keys are there.
+    isAnyProofRight = false;
+  }
 
   void ComputeKeys() {
     const Bytes drawn = Part(network.sent.at(2).datagram, kPayloadAt + 8, 16);
