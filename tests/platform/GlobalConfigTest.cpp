@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <limits>
+#include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -71,6 +74,39 @@ TEST(GlobalConfig, MalformedTextIsReportedOncePerKey) {
     EXPECT_EQ(GetGlobalConfigValue("PLATFORM_TEST_ONCE_B", 2), 2);
   }
   EXPECT_THAT(capture.lines, SizeIs(2));
+}
+
+TEST(GlobalConfig, MalformedTextIsReportedOnceHoweverManyThreadsAsk) {
+  constexpr int threadCount = 4;
+  constexpr int keyCount = 600;
+  const LogCapture capture;
+  std::vector<std::unique_ptr<ScopedEnvironment>> variables;
+  const auto keyOf = [](int number) { return "PLATFORM_TEST_ASKED_" + std::to_string(number); };
+  for (int number = 0; number < keyCount; ++number) {
+    variables.push_back(std::make_unique<ScopedEnvironment>(keyOf(number), "no"));
+  }
+  std::atomic<int> asking{0};
+  std::vector<std::thread> threads;
+  for (int index = 0; index < threadCount; ++index) {
+    threads.emplace_back([&] {
+      for (int number = 0; number < keyCount; ++number) {
+        ++asking;
+        while (asking < threadCount * (number + 1)) {  // So that all ask for it at the same time.
+          std::this_thread::yield();
+        }
+        GetGlobalConfigValue(keyOf(number), 1);
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  std::set<std::string> texts;
+  for (const Standalone::LogLine& line : capture.lines) {
+    texts.insert(line.text);
+  }
+  EXPECT_THAT(texts, SizeIs(keyCount));
+  EXPECT_THAT(capture.lines, SizeIs(keyCount));
 }
 
 TEST(GlobalConfig, NothingIsReportedWithTheLogOff) {

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace Tavrin::Standalone {
 namespace {
@@ -35,6 +36,40 @@ TEST(SessionKeys, AreWipedAtTheirEnd) {
   EXPECT_LT(
       std::count_if(memory.begin(), memory.end(), [](unsigned char byte) { return byte != 0; }),
       4);  // The lengths.
+}
+
+/// The bytes that count of a key.
+std::vector<std::uint8_t> Value(const SessionKeys::Key& key) {
+  return {key.bytes.begin(), key.bytes.begin() + key.length};
+}
+
+/// Of the last key the cipher takes the first 16 bytes.
+TEST(SessionKeys, AreThoseThatAnotherImplementationComputes) {
+  ASSERT_EQ(ipmi_rmcpplus_init(), 0);
+  const std::string userName = "admin";
+  const std::string password = "sesame";
+  Login login(userName, password);
+  login.privilegeLevel = 4;
+  login.algorithms = {IPMI_AUTHENTICATION_ALGORITHM_RAKP_HMAC_SHA1,
+                      IPMI_INTEGRITY_ALGORITHM_HMAC_SHA1_96,
+                      IPMI_CONFIDENTIALITY_ALGORITHM_AES_CBC_128};
+  Handshake handshake;
+  handshake.remoteConsoleRandomNumber.fill(0x5A);
+  handshake.managedSystemRandomNumber.fill(0xA5);
+  SessionKeys keys;
+  ASSERT_TRUE(keys.Compute(login, handshake));
+  EXPECT_EQ(
+      Value(keys.SessionIntegrity()),
+      (std::vector<std::uint8_t>{0xB0, 0x7E, 0x3F, 0x63, 0x0D, 0x7C, 0x35, 0xB2, 0xEA, 0x33,
+                                 0x3E, 0xEC, 0x23, 0x02, 0xA7, 0x61, 0xDB, 0x33, 0xCA, 0xFC}));
+  EXPECT_EQ(
+      Value(keys.Integrity()),
+      (std::vector<std::uint8_t>{0x6E, 0x26, 0xE1, 0x55, 0x25, 0x97, 0x40, 0x85, 0x11, 0xAB,
+                                 0xCD, 0xAF, 0x77, 0xE5, 0xA4, 0x3D, 0x6E, 0xA0, 0x49, 0x90}));
+  EXPECT_EQ(
+      Value(keys.Confidentiality()),
+      (std::vector<std::uint8_t>{0x83, 0x7A, 0x15, 0x20, 0xC2, 0x47, 0x58, 0x8B, 0x37, 0x5C,
+                                 0xCE, 0xE8, 0x55, 0x66, 0x4F, 0x21, 0x48, 0x87, 0xF8, 0x61}));
 }
 
 TEST(SessionKeys, KeyThatTheSuiteDoesNotHaveIsNull) {

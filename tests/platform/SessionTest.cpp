@@ -5,6 +5,7 @@
 
 #include <dlfcn.h>
 #include <freeipmi/freeipmi.h>
+#include <netdb.h>
 #include <pthread.h>
 
 #include <algorithm>
@@ -187,6 +188,9 @@ bool canComputeKeys = true;
 
 /// Whether FreeIPMI takes any proof of the password for right.
 bool isAnyProofRight = false;
+
+/// The addresses that the host name "smm" stands for.
+std::vector<std::string> addressesOfTheName;
 
 /// Whether another thread holds whatever is only tried for.
 bool areMutexesHeld = false;
@@ -852,6 +856,53 @@ TEST_F(SessionTest, IntervalIsLearntForTheAddressThatANameStandsFor) {
   LearnInterval("127.0.0.1", 623, milliseconds(0));
 }
 
+TEST_F(SessionTest, SlowControllerIsLearntByItsAddress) {
+  addressesOfTheName = {"192.0.2.7"};
+  client.emplace("smm", "operator", "swordfish", "623", 0);
+  controller.delay = milliseconds(1200);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(LearnedInterval("192.0.2.7", 623), milliseconds(2400));
+  EXPECT_EQ(LearnedInterval("smm", 623), milliseconds(0));
+}
+
+TEST_F(SessionTest, AddressesOfANameAreTriedInTurn) {
+  addressesOfTheName = {"192.0.2.8", "192.0.2.9"};
+  client.emplace("smm", "operator", "swordfish", "623", 0);
+  controller.changes = {{kCapabilities, Lose}};
+  const LogCapture capture(2);
+  for (const char* address : {"192.0.2.8", "192.0.2.9", "192.0.2.8"}) {
+    Connect();
+    EXPECT_THAT(capture.lines.back().text,
+                testing::HasSubstr("host smm (" + std::string(address) + "), port 623"));
+  }
+  EXPECT_EQ(network.sockets, 3);
+}
+
+TEST_F(SessionTest, FailureBeforeTheAddressIsKnownNamesNoEarlierOne) {
+  addressesOfTheName = {"192.0.2.8"};
+  client.emplace("smm", "operator", "swordfish", "623", 0);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  config.Set("IPMI_PRIVILEGE_LEVEL", 9);
+  const LogCapture capture(2);
+  Connect();
+  EXPECT_THAT(capture.lines.at(0).text, testing::HasSubstr("host smm, port 623"));
+}
+
+TEST_F(SessionTest, AttemptsAtTheOneAddressOfANameShareASocket) {
+  addressesOfTheName = {"192.0.2.8"};
+  client.emplace("smm", "operator", "swordfish", "623", 0);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  EXPECT_EQ(network.sockets, 1);
+}
+
+TEST_F(SessionTest, CipherSuiteIsAskedForByItsAlgorithms) {
+  config.Set("IPMI_CIPHER_SUITE", 17);
+  Connect();
+  EXPECT_EQ(Part(network.sent.at(1).datagram, 24, 24),
+            (Bytes{0, 0, 0, 8, 3, 0, 0, 0, 1, 0, 0, 8, 4, 0, 0, 0, 2, 0, 0, 8, 1, 0, 0, 0}));
+}
+
 TEST_F(SessionTest, MemoryThatIsThereAgainIsOfUseWhereverItWasShort) {
   int enough = 0;
   for (int result = ConnectResult::Failed; result != ConnectResult::Connected; ++enough) {
@@ -937,23 +988,100 @@ TEST(Rakp4, AnyCheckValueIsTakenWithoutAuthenticationAlone) {
   EXPECT_EQ(status, 0);
 }
 
-TEST_F(SessionTest, RefusalThatComesTooLateForItsStepEndsTheNextAtOnce) {
-  constexpr auto authenticated = static_cast<Step>(0x40);
-  config.Set("IPMI_CIPHER_SUITE", 2);
-  isAnyProofRight = true;
-  controller.changes = {{kRakp1,
-                         [](Bytes& answer) {
-                           answer.insert(answer.end(), 20, 0x5A);
-                           answer.at(14) = static_cast<std::uint8_t>(answer.at(14) + 20);
-                         }},
-                        {kRakp3, Lose},
-                        {authenticated, [](Bytes& answer) {
-                           constexpr std::uint8_t tagOfRakp3 = 4;
-                           answer = Packet(0x15, Bytes(4), {tagOfRakp3, 0x01});
-                         }}};
-  ExpectFailure(Trouble::NoFreeSession);
+/// Within a session of cipher suite 2.
+constexpr auto kAuthenticated = static_cast<Step>(0x40);
+
+/// A proof of the password, though no right one.
+void AddProof(Bytes& rakp2) {
+  rakp2.insert(rakp2.end(), 20, 0x5A);
+  rakp2.at(14) = static_cast<std::uint8_t>(rakp2.at(14) + 20);
+}
+
+/// A controller at the other end of a session of cipher suite 2, whose RAKP messages 4 get lost.
+class AuthenticatedSessionTest : public SessionTest {
+ protected:
+  AuthenticatedSessionTest() {
+    ipmi_rmcpplus_init();
+    config.Set("IPMI_CIPHER_SUITE", 2);
+    isAnyProofRight = true;
+    login.privilegeLevel = 4;
+    login.algorithms = {IPMI_AUTHENTICATION_ALGORITHM_RAKP_HMAC_SHA1,
+                        IPMI_INTEGRITY_ALGORITHM_HMAC_SHA1_96, IPMI_CONFIDENTIALITY_ALGORITHM_NONE};
+    controller.changes = {{kRakp1, AddProof},
+                          {kRakp3,
+                           [this](Bytes& answer) {
+                             ComputeKeys();
+                             Lose(answer);
+                           }},
+                          {kAuthenticated, [this](Bytes& answer) {
+                             answer = Authenticated(network.sent.back().datagram);
+                           }}};
+  }
+  ~AuthenticatedSessionTest() override {
+    client.reset();  // Its session is closed as long as the keys are there.
+    isAnyProofRight = false;
+  }
+
+  void ComputeKeys() {
+    const Bytes drawn = Part(network.sent.at(2).datagram, kPayloadAt + 8, 16);
+    Handshake handshake;
+    std::copy(drawn.begin(), drawn.end(), handshake.remoteConsoleRandomNumber.begin());
+    handshake.managedSystemRandomNumber.fill(0xA5);
+    EXPECT_TRUE(keys.emplace().Compute(login, handshake));
+  }
+
+  /// The answer to a request. It has the layout of one.
+  Bytes Authenticated(const Bytes& request) {
+    const Bytes& session = controller.consolesSession;
+    const auto id = static_cast<std::uint32_t>(session.at(0) | session.at(1) << 8 |
+                                               session.at(2) << 16 | session.at(3) << 24);
+    const auto networkFunction = static_cast<std::uint8_t>((request.at(kPayloadAt + 1) >> 2U) + 1U);
+    const auto number = static_cast<std::uint8_t>(request.at(kPayloadAt + 4) >> 2U);
+    return MakeRequest({IPMI_PAYLOAD_TYPE_IPMI, id, sequenceNumber, networkFunction, number},
+                       {login.algorithms, *keys, login.password, login.passwordLength},
+                       {request.at(kCommandAt), Controller::Body(request), networkFunction});
+  }
+
+  const std::string userName = "operator";
+  const std::string password = "swordfish";
+  Login login{userName, password};
+  std::optional<SessionKeys> keys;
+  std::uint32_t sequenceNumber = 1;
+};
+
+TEST_F(AuthenticatedSessionTest, WrongProofOfThePasswordEndsTheOpening) {
   isAnyProofRight = false;
+  ExpectFailure(Trouble::PasswordRefused);
+}
+
+TEST_F(AuthenticatedSessionTest, SecondCopyOfAnAnswerIsNoneToTheNextRequest) {
+  ASSERT_EQ(Connect(), ConnectResult::Connected);
+  for (sequenceNumber = 2; sequenceNumber < 4; ++sequenceNumber) {
+    EXPECT_EQ(Send(), 0);
+    EXPECT_EQ(Send(), ConnectResult::WorthRetrying);
+    EXPECT_EQ(GetLastExchange().words, FailureOf(Trouble::OtherAnswer).words);
+  }
+}
+
+TEST_F(AuthenticatedSessionTest, RefusalThatComesTooLateForItsStepEndsTheNextAtOnce) {
+  controller.changes[kAuthenticated] = [](Bytes& answer) {
+    constexpr std::uint8_t tagOfRakp3 = 4;
+    answer = Packet(0x15, Bytes(4), {tagOfRakp3, 0x01});
+  };
+  ExpectFailure(Trouble::NoFreeSession);
   EXPECT_EQ(took, 4500 + 2000);  // The session is asked to close, which is not answered either.
+}
+
+TEST_F(AuthenticatedSessionTest, DamageThatComesBehindTheProofIsNoAnswerToTheNextStep) {
+  controller.changes[kAuthenticated] = [](Bytes& answer) { answer = {0x01, 0x02, 0x03}; };
+  ExpectFailure(Trouble::DamagedAnswer);
+}
+
+TEST_F(SessionTest, RefusalOfThePrivilegeLevelNamesItsCommand) {
+  controller.changes = {{kInSession, Complete(0xCC)}};
+  EXPECT_EQ(Connect(), ConnectResult::Failed);
+  EXPECT_EQ(GetLastExchange().words,
+            "the controller refuses Set Session Privilege Level, with completion code 0xcc");
 }
 
 TEST_F(SessionTest, ClosingIsTriedOnceMoreWhereMemoryIsShort) {
@@ -1135,6 +1263,23 @@ extern "C" int ipmi_rmcpplus_check_rakp_2_key_exchange_authentication_code(
              : check(authentication, password, passwordLength, consolesSession, systemsSession,
                      consolesNumber, consolesNumberLength, systemsNumber, systemsNumberLength, guid,
                      guidLength, nameOnlyLookup, privilegeLevel, userName, userNameLength, rakp2);
+}
+
+extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo* hints,
+                           addrinfo** list) {
+  static auto* const resolve =
+      reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+  const bool isTheName = std::string("smm") == node && (hints->ai_flags & AI_NUMERICHOST) == 0;
+  if (!isTheName) {
+    return resolve(node, service, hints, list);
+  }
+  addrinfo numeric = *hints;
+  numeric.ai_flags = AI_NUMERICHOST;
+  for (const std::string& address : Tavrin::Standalone::addressesOfTheName) {
+    resolve(address.c_str(), service, &numeric, list);
+    list = &(*list)->ai_next;
+  }
+  return 0;
 }
 
 extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {

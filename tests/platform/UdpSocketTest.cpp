@@ -117,6 +117,27 @@ TEST(UdpSocket, AddressThatCannotBeReachedIsAnError) {
   EXPECT_EQ(UdpSocket("255.255.255.255", 623).OpenError(), EACCES);
 }
 
+TEST(UdpSocket, ThatWasNotOpenedClosesNothing) {
+  { const UdpSocket socket("no address", 623); }
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    EXPECT_NE(fcntl(descriptor, F_GETFD), -1) << descriptor;
+  }
+}
+
+TEST(UdpSocket, DatagramOfUsualLengthNeedsNoMemory) {
+  const UdpPort port;
+  UdpSocket socket("127.0.0.1", port.Number());
+  const auto receive = [&](std::size_t length) {
+    const Datagram datagram(length, 0xEE);
+    socket.Send(kDatagram);
+    SendBack(port, datagram);
+    const Datagram* const received = socket.Receive(Clock::now() + kGrace).datagram;
+    EXPECT_THAT(received, Pointee(datagram));
+    return received == nullptr ? nullptr : received->data();
+  };
+  EXPECT_EQ(receive(1), receive(1024));
+}
+
 TEST(UdpSocket, LeavesNoDescriptorOpen) {
   const int before = dup(STDERR_FILENO);
   { const UdpSocket socket("127.0.0.1", 623); }
@@ -128,6 +149,7 @@ TEST(UdpSocket, LeavesNoDescriptorOpen) {
 }
 
 TEST(UdpSocket, WithoutADescriptorThatIsTheError) {
+  EXPECT_EQ(UdpSocket("127.0.0.1", 623).OpenError(), 0);
   rlimit limit = {};
   getrlimit(RLIMIT_NOFILE, &limit);
   const rlimit none = {0, limit.rlim_max};

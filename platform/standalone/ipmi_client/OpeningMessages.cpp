@@ -170,19 +170,18 @@ Verdict ReadCapabilities(const Datagram& datagram, std::uint8_t tag, const Login
     return Verdict::Foreign;
   }
   const UnpackedIpmi15 packet;
-  const bool isWhole = packet.Unpack(datagram);
-  const auto completionCode = packet.message.Number("comp_code");
-  if (!isWhole || !completionCode || (checksChecksums && !packet.HasRightChecksums())) {
+  if (!packet.Unpack(datagram) || (checksChecksums && !packet.HasRightChecksums())) {
     return Verdict::Damaged;
   }
   if (!packet.IsCapabilities()) {
     return Verdict::Foreign;
   }
-  if (*completionCode == 0 && fiid_obj_packet_valid(packet.message.Get()) != 1) {
+  const auto completionCode = packet.message.NumberAs<std::uint8_t>("comp_code");
+  if (completionCode == 0 && fiid_obj_packet_valid(packet.message.Get()) != 1) {
     return Verdict::Damaged;
   }
-  capabilities.completionCode = static_cast<std::uint8_t>(*completionCode);
-  if (*completionCode == 0) {
+  capabilities.completionCode = completionCode;
+  if (completionCode == 0) {
     FillCapabilities(packet.message, login, capabilities);
   }
   return Verdict::Answer;

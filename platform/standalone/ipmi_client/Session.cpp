@@ -162,7 +162,7 @@ Failure Session::RaisePrivilege() {
   if (lateStatus_ != 0) {
     return StatusFailure(lateStatus_);
   }
-  if (failure || answer.completionCode == 0) {
+  if (answer.completionCode == 0) {  // As it is without an answer.
     return failure;
   }
   return CompletionCodeFailure("Set Session Privilege Level", answer.completionCode);
@@ -177,8 +177,8 @@ Verdict Session::JudgeWhileRaising(const Datagram& datagram, const Judge& judgeI
   }
   std::uint8_t status{};
   // Refusals alone are of interest here, and these have no check value to be lenient about.
-  const Verdict verdict = ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_, false, status);
-  if (verdict == Verdict::Answer && status != 0) {
+  ReadRakp4(datagram, rakpTag_, login_, handshake_, keys_, false, status);
+  if (status != 0) {
     lateStatus_ = status;
     return Verdict::Answer;
   }

@@ -71,9 +71,9 @@ class Session {
   SessionKeys keys_;
   std::uint32_t sequenceNumber_ = 0;  ///< Of the last request sent.
   std::optional<std::uint32_t> lastAnswer_;
-  std::uint8_t rakpTag_ = 0;     ///< Of RAKP messages 3 and 4.
+  std::uint8_t rakpTag_{};       ///< Of RAKP messages 3 and 4.
   std::uint8_t lateStatus_ = 0;  ///< Of a RAKP message 4 that came after its step.
-  bool isProven_ = false;        ///< A RAKP message 4 came whose check value is right.
+  bool isProven_{};              ///< A RAKP message 4 came whose check value is right.
   Stage stage_ = Stage::Over;
   std::optional<CountedSession> counted_;  ///< While it is not over.
 };

@@ -52,7 +52,7 @@ class UdpSocket {
   void Wait(Clock::time_point deadline) const;
   int TakePeerError(int error);
 
-  int openError_ = 0;
+  int openError_{};
   FileDescriptor descriptor_;
   int peerError_ = 0;
   Datagram buffer_;
