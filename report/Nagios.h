@@ -14,7 +14,7 @@ namespace Tavrin {
 /// What has to be read for the line, beside the detection: what health is judged by, and the power
 /// readings; in the order of Part. Power that was not read leaves out its numbers and nothing else.
 inline constexpr std::array kNagiosParts = {Part::ChassisPower, Part::NodeStatus, Part::NodePower,
-                                     Part::PsuFans, Part::PsuStatus};
+                                            Part::PsuFans, Part::PsuStatus};
 
 /// 0 OK, 1 WARNING, 2 CRITICAL, 3 UNKNOWN.
 int NagiosExitCode(Severity severity);
