@@ -124,6 +124,8 @@ TEST(RefusedLogin, InTheMiddleOfARunIsTheLast) {
   while (relay.SessionsAskedFor() < 2) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
+  // Which is over long before the library's pause of three seconds is.
+  std::this_thread::sleep_for(std::chrono::seconds(1));
   simulator.reset();
   const std::size_t before = relay.SessionsAskedFor();
   simulator =
