@@ -14,11 +14,12 @@ void FleetMailbox::Post(FleetMail mail) {
 }
 
 void FleetMailbox::Post(std::size_t index, Part part, const Reading& soFar) {
-  auto copy = std::make_unique<Reading>(soFar);
+  const auto copy = std::make_shared<const Reading>(soFar);
+  PassEvent event = [copy, part](Observer& observer) { observer.PartRead(*copy, part); };
   const std::lock_guard<std::mutex> lock(mutex_);
   if (!places_.at(index).isClosed) {
-    std::swap(places_.at(index).soFar, copy);
-    mail_.push_back({index, part});
+    places_.at(index).soFar = copy;
+    mail_.push_back({index, std::move(event)});
     arrival_.notify_one();
   }
 }
@@ -30,8 +31,8 @@ Reading FleetMailbox::Close(std::size_t index) {
   mail_.erase(std::remove_if(mail_.begin(), mail_.end(),
                              [index](const FleetMail& mail) { return mail.index == index; }),
               mail_.end());
-  const std::unique_ptr<Reading> soFar = std::move(place.soFar);
-  return soFar ? std::move(*soFar) : Reading();
+  const std::shared_ptr<const Reading> soFar = std::move(place.soFar);
+  return soFar ? *soFar : Reading();
 }
 
 std::vector<FleetMail> FleetMailbox::Take(std::chrono::steady_clock::time_point deadline) {

@@ -3,23 +3,27 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <variant>
 #include <vector>
 
 #include "fleet/FleetObserver.h"
-#include "platform/standalone/logger/LogControl.h"
+#include "reading/Observer.h"
 #include "reading/Query.h"
 #include "reading/Reading.h"
 
 namespace Tavrin {
 
-/// What the thread of an enclosure tells the one that reads the fleet: a part that is read, a line
-/// of the log, how it ended, or what ended it before it had a reading to give.
+/// How a pass goes on: makes the call that its observer is told so by.
+using PassEvent = std::function<void(Observer&)>;
+
+/// What the thread of an enclosure tells the one that reads the fleet: how its pass goes on, how it
+/// ended, or what ended it before it had a reading to give.
 struct FleetMail {
   std::size_t index = 0;
-  std::variant<Part, Standalone::LogLine, FleetResult, QueryOutcome> content;
+  std::variant<PassEvent, FleetResult, QueryOutcome> content;
 };
 
 /// Where the threads of a fleet leave what they have to tell, and what each has read so far. Owned
@@ -33,7 +37,7 @@ class FleetMailbox {
   /// closed, so that a thread that was given up says nothing more.
   void Post(FleetMail mail);
 
-  /// Leaves that a part was read, and keeps the reading so far; the same.
+  /// Leaves that a part was read, and keeps a copy of the reading so far; the same.
   void Post(std::size_t index, Part part, const Reading& soFar);
 
   /// Closes an enclosure's place: nothing is left there any more, and what was left before and not
@@ -45,7 +49,7 @@ class FleetMailbox {
 
  private:
   struct Place {
-    std::unique_ptr<Reading> soFar;  ///< Null as long as nothing was read.
+    std::shared_ptr<const Reading> soFar;  ///< Null as long as nothing was read.
     bool isClosed = false;
   };
 

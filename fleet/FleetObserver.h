@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "platform/standalone/logger/LogControl.h"
+#include "reading/Observer.h"
 #include "reading/Reading.h"
 
 namespace Tavrin {
@@ -28,10 +28,10 @@ struct FleetResult {
   Reading reading;
 };
 
-/// Is told how the reading of many enclosures goes on: one call at a time, all on the thread that
-/// reads the fleet, which looks at nothing else meanwhile. The reading of the enclosures goes on
-/// during a call, but a slow one delays what comes behind it, time-outs included. Each call does
-/// nothing unless it is overridden. What a call throws ends FleetReader::Read().
+/// Is told how the reading of enclosures goes on: one call at a time, all on the thread that reads
+/// the fleet, which looks at nothing else meanwhile. The reading of the enclosures goes on during a
+/// call, but a slow one delays what comes behind it, time-outs included. Each call does nothing
+/// unless it is overridden. What a call throws ends FleetReader::Read().
 class FleetObserver {
  public:
   FleetObserver() = default;
@@ -46,12 +46,11 @@ class FleetObserver {
   /// The reading of that enclosure begins now.
   virtual void EnclosureBegins(std::size_t /*index*/) {}
 
-  /// That part of it is read. Parts come in the order of Part; failed ones count as read.
-  virtual void PartRead(std::size_t /*index*/, Part /*part*/) {}
-
-  /// A line of the library's or the platform's log about that enclosure, with its bytes as they
-  /// came: see support/EscapeControlBytes.h. Only up to FleetSettings::logLevel.
-  virtual void LineWritten(std::size_t /*index*/, const Standalone::LogLine& /*line*/) {}
+  /// Who is told how the pass over that enclosure goes on, all of it as Enclosure tells it but a
+  /// little later, and for as long as FleetReader::Read() does not return; null where nobody is. Is
+  /// asked anew for each call. Its calls are like those of this class: they may throw, and are made
+  /// on the thread that reads the fleet. FleetSettings::logLevel counts, not its LogLevel().
+  virtual Observer* ObserverOf(std::size_t /*index*/) { return nullptr; }
 
   /// The reading of one enclosure ended, in whichever order they do. Is told exactly once for each,
   /// also for one that never began, and is the last that is told of it. `result` is the observer's

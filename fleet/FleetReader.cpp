@@ -15,6 +15,7 @@
 #include "reading/Stopwatch.h"
 #include "reading/Unread.h"
 #include "support/HostAndPort.h"
+#include "support/UsageError.h"
 
 namespace Tavrin {
 namespace {
@@ -171,10 +172,10 @@ FleetRun::Place FleetRun::Find(std::size_t index) {
 
 void FleetRun::Take(FleetMail& mail) {
   const std::size_t index = mail.index;
-  if (const auto* const part = std::get_if<Part>(&mail.content)) {
-    observer_.PartRead(index, *part);
-  } else if (const auto* const line = std::get_if<Standalone::LogLine>(&mail.content)) {
-    observer_.LineWritten(index, *line);
+  if (const auto* const tell = std::get_if<PassEvent>(&mail.content)) {
+    if (Observer* const observer = observer_.ObserverOf(index)) {
+      (*tell)(*observer);
+    }
   } else if (auto* const result = std::get_if<FleetResult>(&mail.content)) {
     mailbox_->Close(index);
     End(Find(index), std::move(*result));
@@ -202,7 +203,11 @@ void FleetRun::GiveUp(Place place, FleetEnding ending, const QueryOutcome& why) 
   result.reading.address = AddressText(enclosure.host, enclosure.port);
   result.reading.readAt = place->stopwatch.Begin();
   result.reading.duration = place->stopwatch.Duration();
-  FillUnread(settings_->parts, why, result.reading);
+  if (settings_->psu == 0) {
+    FillUnread(settings_->parts, why, result.reading);
+  } else {
+    FillUnselected(settings_->psu, why, result.reading);
+  }
   End(place, std::move(result));
 }
 
@@ -270,7 +275,7 @@ void FleetReader::Read(const std::vector<EnclosureSettings>& enclosures,
         fmt::format("the limit of open files is \"{}\"; expected at least {} to read {} at once",
                     room.limit, room.needed, atOnce);
     if (room.enclosures == 0) {
-      throw std::runtime_error(lack);
+      throw UsageError(lack);
     }
     observer.Noted(fmt::format("{}; {} are", lack, room.enclosures));
     run.Lower(room.enclosures);

@@ -14,10 +14,13 @@ namespace Tavrin {
 /// The most enclosures that are read at once.
 constexpr std::size_t kMaxFanout = 1000;
 
-/// How many enclosures are read.
+/// How enclosures are read.
 struct FleetSettings {
   /// What is asked of each, as of Enclosure::Read().
   std::vector<Part> parts;
+
+  /// The PSU, 1 to 9, that is selected instead, as of Enclosure::SelectPsu(); 0 for none.
+  int psu = 0;
 
   /// So many enclosures are read at once, 1 to kMaxFanout; the next one begins when one ends.
   std::size_t fanout = kMaxFanout;
@@ -34,7 +37,7 @@ struct FleetSettings {
   /// Over so much time the first datagrams to all that begin at once are spread evenly.
   std::chrono::milliseconds spread{500};
 
-  /// Up to which level FleetObserver::LineWritten() is called: 0 for no line, 4 for every one.
+  /// Up to which level lines of the log are told: 0 for no line, 4 for every one.
   unsigned int logLevel = 0;
 };
 
@@ -68,8 +71,8 @@ class FleetReader {
   /// waits for half a second at most until no session is open.
   ///
   /// Raises the process's limit of open files as far as needed and possible. Throws
-  /// std::runtime_error when not even one enclosure can be read for want of them; when fewer fit
-  /// than the fan-out, that many are read at once, which the observer is told.
+  /// UsageError when not even one enclosure can be read for want of them; when fewer fit than the
+  /// fan-out, that many are read at once, which the observer is told.
   ///
   /// The settings are copied for each enclosure that is being read, and each copy of the password
   /// is wiped with it. After an exception of the observer, which passes, the threads go on for

@@ -34,13 +34,31 @@ class Messenger : public Observer {
 
   [[nodiscard]] unsigned int LogLevel() const override { return errand_.settings->logLevel; }
   void LineWritten(const Standalone::LogLine& line) override {
-    errand_.mailbox->Post({errand_.index, line});
+    Post([line](Observer& observer) { observer.LineWritten(line); });
+  }
+  void WaitBegins(const std::string& name) override {
+    Post([name](Observer& observer) { observer.WaitBegins(name); });
+  }
+  void AttemptBegins(int number, int attempts) override {
+    Post([number, attempts](Observer& observer) { observer.AttemptBegins(number, attempts); });
+  }
+  void WaitEnds() override {
+    try {
+      Post([](Observer& observer) { observer.WaitEnds(); });
+    } catch (const std::bad_alloc&) {
+      // Must not pass from here. The wait is over at the latest when the pass is.
+    }
+  }
+  void AttemptFailed(const Cause& cause) override {
+    Post([cause](Observer& observer) { observer.AttemptFailed(cause); });
   }
   void PartRead(const Reading& soFar, Part part) override {
     errand_.mailbox->Post(errand_.index, part, soFar);
   }
 
  private:
+  void Post(PassEvent event) { errand_.mailbox->Post({errand_.index, std::move(event)}); }
+
   const FleetErrand& errand_;
 };
 
@@ -62,11 +80,18 @@ bool IsPresent(const FleetErrand& errand, Messenger& messenger, Reading& reading
   return false;
 }
 
+Reading MakePass(const FleetErrand& errand, Messenger& messenger) {
+  Enclosure enclosure(errand.enclosure);
+  const FleetSettings& settings = *errand.settings;
+  return settings.psu == 0 ? enclosure.Read(settings.parts, messenger)
+                           : enclosure.SelectPsu(settings.psu, messenger);
+}
+
 Reading ReadPresent(const FleetErrand& errand, Messenger& messenger) {
   const Stopwatch stopwatch;
   Reading reading;
   if (!errand.settings->asksPresence || IsPresent(errand, messenger, reading)) {
-    reading = Enclosure(errand.enclosure).Read(errand.settings->parts, messenger);
+    reading = MakePass(errand, messenger);
   }
   reading.address = AddressText(errand.enclosure.host, errand.enclosure.port);
   reading.readAt = stopwatch.Begin();

@@ -137,7 +137,7 @@ std::string HeadingOf(const std::string& content) {
 }
 
 HostsLine LineOf(const std::vector<std::string>& words, const std::string& group) {
-  HostsLine line = {ExpandHosts(words.front()), group, {}};
+  HostsLine line = {ExpandHosts(words.front()), group, {}, {}};
   std::vector<const Key*> given;
   for (auto word = words.begin() + 1; word != words.end(); ++word) {
     const std::size_t equals = word->find('=');
@@ -151,6 +151,9 @@ HostsLine LineOf(const std::vector<std::string>& words, const std::string& group
     }
     given.push_back(&key);
     key.set(line, word->substr(equals + 1));
+    if (key.set != SetPort) {
+      line.writtenSettings += (line.writtenSettings.empty() ? "" : " ") + *word;
+    }
   }
   return line;
 }

@@ -16,6 +16,7 @@ struct HostsLine {
 
   std::string group;  ///< The heading above it, without brackets; empty without one.
   TargetSettings settings;
+  std::string writtenSettings;  ///< As they stand there, but for `port=`; a blank between them.
 };
 
 /// What a hosts file says.

@@ -46,6 +46,10 @@ struct Target {
 
   /// Its line's, and nothing where it has no line, until Complete() adds the command line's.
   TargetSettings settings;
+
+  /// What stands behind the range of its line, as it stands there but for a `port=`; empty where it
+  /// has no line.
+  std::string writtenSettings;
 };
 
 /// Puts what `defaults` say in place of what `settings` leave open.

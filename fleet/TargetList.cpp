@@ -181,7 +181,9 @@ class TargetCollector {
 
   void AddAll(const std::vector<FileHost>& hosts) {
     for (const FileHost& host : hosts) {
-      AddTarget({host.place->host, PortOf(*host.place), host.line->group, host.line->settings});
+      const HostsLine& line = *host.line;
+      AddTarget(
+          {host.place->host, PortOf(*host.place), line.group, line.settings, line.writtenSettings});
     }
   }
 
@@ -195,7 +197,7 @@ class TargetCollector {
     };
     known.erase(std::remove_if(known.begin(), known.end(), isOther), known.end());
     if (known.empty()) {
-      AddTarget({place.host, PortOf(place), "", {}});
+      AddTarget({place.host, PortOf(place), "", {}, ""});
     }
     AddAll(known);
   }

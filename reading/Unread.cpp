@@ -79,16 +79,28 @@ void Filler::Fill(Part part) {
   }
 }
 
+void FillFailure(const QueryOutcome& why, Reading& reading) {
+  reading.failure = reading.failure ? reading.failure : why;
+}
+
 }  // namespace
 
 void FillUnread(const std::vector<Part>& parts, const QueryOutcome& why, Reading& reading) {
   if (!reading.detection) {
-    reading.failure = reading.failure ? reading.failure : why;
+    FillFailure(why, reading);
     return;
   }
   Filler filler(why, reading);
   for (const Part part : parts) {
     filler.Fill(part);
+  }
+}
+
+void FillUnselected(int psu, const QueryOutcome& why, Reading& reading) {
+  if (!reading.detection) {
+    FillFailure(why, reading);
+  } else if (!reading.psuSelection) {
+    reading.psuSelection = {why, {psu, false, {}, "not known to have been sent"}};
   }
 }
 

@@ -16,4 +16,8 @@ namespace Tavrin {
 /// is added: `failure` says why, unless it does already.
 void FillUnread(const std::vector<Part>& parts, const QueryOutcome& why, Reading& reading);
 
+/// The same for a pass that was to select PSU `psu`, 1 to 9. Whether the request was sent is then
+/// not known, and counts as no.
+void FillUnselected(int psu, const QueryOutcome& why, Reading& reading);
+
 }  // namespace Tavrin

@@ -70,36 +70,43 @@ std::string Lines(const std::string& address, const Answer& answer) {
   return lines;
 }
 
-std::string Header(const std::string& /*address*/) { return kHeader; }
-
-std::string LinesOfPart(const Reading& soFar, Part part) {
+std::string LinesOfPart(const Reading& reading, Part part) {
   std::string lines;
-  if (const std::optional<Section> section = Describe(soFar, part)) {
+  if (const std::optional<Section> section = Describe(reading, part)) {
     for (const Answer& answer : section->answers) {
-      lines += Lines(soFar.address, answer);
+      lines += Lines(reading.address, answer);
     }
   }
   return lines;
 }
 
-std::string LineOfFailure(const Reading& reading, const ReportContext& /*context*/) {
+std::string LineOfFailure(const Reading& reading) {
   return reading.failure ? Line({reading.address, "", "", "", "", "",
                                  FailureReason(reading.failure->status, reading.failure->cause)})
                          : "";
 }
 
-std::string HeaderOfSeveral() { return kHeader; }
+std::string Header() { return kHeader; }
 
-std::string LinesOfEnclosure(const EnclosureReading& enclosure, const ReportContext& context) {
-  return EachPart(enclosure.reading, LinesOfPart) + LineOfFailure(enclosure.reading, context);
+std::string LinesOfReading(const Reading& reading) {
+  return EachPart(reading, LinesOfPart) + LineOfFailure(reading);
+}
+
+std::string LinesOfEnclosure(const EnclosureReading& enclosure, const ReportContext& /*context*/) {
+  return LinesOfReading(enclosure.reading);
+}
+
+std::string HeaderAndLines(const Reading& reading, const ReportContext& /*context*/) {
+  return Header() + LinesOfReading(reading);
 }
 
 }  // namespace
 
 Format CsvFormat() {
-  return {"csv",         "One row a value, for spreadsheets",
-          Header,        LinesOfPart,
-          LineOfFailure, {Order::AsAsked, HeaderOfSeveral, LinesOfEnclosure, NoEndOfSeveral}};
+  return {"csv",
+          "One row a value, for spreadsheets",
+          HeaderAndLines,
+          {Order::AsAsked, Header, LinesOfEnclosure, NoEndOfSeveral}};
 }
 
 }  // namespace Tavrin

@@ -60,6 +60,11 @@ std::string RefusalText(std::uint8_t completionCode) {
                      words == kRefusalWords.end() ? "" : words->meaning);
 }
 
+/// What ended on this side says nothing of connections and answers.
+bool WasGivenUp(const Cause& cause) {
+  return cause.kind == FailureCause::TimeOver || cause.kind == FailureCause::Stopped;
+}
+
 /// The status tells where a query failed, the cause more exactly why.
 std::string MeaningOf(int status, const Cause& cause) {
   if (cause.completionCode != 0) {
@@ -76,11 +81,14 @@ std::string MeaningOf(int status, const Cause& cause) {
 std::string StatusName(int status) { return WordsOf(status).name; }
 
 std::string FailureReason(int status, const Cause& cause) {
+  const std::string start =
+      cause.missing.empty() ? "" : fmt::format("the SMM's {} is not known, since ", cause.missing);
+  if (WasGivenUp(cause)) {
+    return start + cause.words;
+  }
   const std::string text =
       cause.completionCode == 0 ? cause.words : RefusalText(cause.completionCode);
-  return (cause.missing.empty() ? ""
-                                : fmt::format("the SMM's {} is not known, since ", cause.missing)) +
-         MeaningOf(status, cause) + (text.empty() ? "" : fmt::format(" ({})", text));
+  return start + MeaningOf(status, cause) + (text.empty() ? "" : fmt::format(" ({})", text));
 }
 
 }  // namespace Tavrin

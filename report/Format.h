@@ -46,9 +46,7 @@ struct FormatOfSeveral {
   std::string (*end)(const std::vector<EnclosureReading>& enclosures, const ReportContext& context);
 };
 
-/// One way to write a reading down. A pass is written in pieces, of which each may be empty: one
-/// before anything is read, one for each part as soon as it is read, and one at the end. Every
-/// piece comes out the same however often it is made.
+/// One way to write readings down. Every piece comes out the same however often it is made.
 struct Format {
   /// In lower case, as --format takes it.
   std::string_view name;
@@ -56,17 +54,9 @@ struct Format {
   /// One line for the help, without a full stop.
   std::string_view summary;
 
-  /// What stands before everything. `address` is that of the reading to come.
-  std::string (*begin)(const std::string& address);
+  /// The reading of one enclosure alone, also one that came to no query.
+  std::string (*document)(const Reading& reading, const ReportContext& context);
 
-  /// What stands for one part. Empty for a part that `soFar` does not have; parts that come later
-  /// are not looked at.
-  std::string (*part)(const Reading& soFar, Part part);
-
-  /// For a whole reading, also one that came to no query.
-  std::string (*end)(const Reading& reading, const ReportContext& context);
-
-  /// For several enclosures in place of the three above.
   FormatOfSeveral several;
 };
 

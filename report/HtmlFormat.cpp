@@ -85,9 +85,10 @@ std::string PageOfSeveral(const std::vector<EnclosureReading>& enclosures,
 }  // namespace
 
 Format HtmlFormat() {
-  return {"html",      "One page to look at, also on a phone and on paper",
-          NoBeginning, NoPart,
-          PageOfOne,   {Order::AllTogether, NoBeginningOfSeveral, NoEnclosure, PageOfSeveral}};
+  return {"html",
+          "One page to look at, also on a phone and on paper",
+          PageOfOne,
+          {Order::AllTogether, NoBeginningOfSeveral, NoEnclosure, PageOfSeveral}};
 }
 
 }  // namespace Tavrin

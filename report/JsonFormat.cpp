@@ -164,13 +164,11 @@ constexpr FormatOfSeveral kLines = {Order::AsEnded, NoBeginningOfSeveral, Docume
 }  // namespace
 
 Format JsonFormat() {
-  return {"json", "One JSON document, for programs", NoBeginning, NoPart, IndentedDocument, kLines};
+  return {"json", "One JSON document, for programs", IndentedDocument, kLines};
 }
 
 Format JsonLinesFormat() {
-  return {
-      "jsonl", "One JSON line an enclosure as it ends", NoBeginning, NoPart, LineOfOnlyEnclosure,
-      kLines};
+  return {"jsonl", "One JSON line an enclosure as it ends", LineOfOnlyEnclosure, kLines};
 }
 
 }  // namespace Tavrin

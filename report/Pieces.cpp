@@ -2,10 +2,6 @@
 
 namespace Tavrin {
 
-std::string NoBeginning(const std::string& /*address*/) { return ""; }
-
-std::string NoPart(const Reading& /*soFar*/, Part /*part*/) { return ""; }
-
 std::string NoBeginningOfSeveral() { return ""; }
 
 std::string NoEnclosure(const EnclosureReading& /*enclosure*/, const ReportContext& /*context*/) {
@@ -17,7 +13,8 @@ std::string NoEndOfSeveral(const std::vector<EnclosureReading>& /*enclosures*/,
   return "";
 }
 
-std::string EachPart(const Reading& reading, std::string (*part)(const Reading& soFar, Part part)) {
+std::string EachPart(const Reading& reading,
+                     std::string (*part)(const Reading& reading, Part part)) {
   std::string pieces;
   for (const Part each : kEveryPart) {
     pieces += part(reading, each);

@@ -64,30 +64,28 @@ std::string SectionText(const Section& section) {
   return text;
 }
 
-std::string Begin(const std::string& address) { return address + '\n'; }
-
-std::string PartText(const Reading& soFar, Part part) {
-  const std::optional<Section> section = Describe(soFar, part);
+std::string PartText(const Reading& reading, Part part) {
+  const std::optional<Section> section = Describe(reading, part);
   return section ? SectionText(*section) : "";
 }
 
-std::string End(const Reading& reading, const ReportContext& /*context*/) {
-  return reading.failure ? "\nnothing read\n" : "";
+std::string ReadingText(const Reading& reading, const ReportContext& /*context*/) {
+  return reading.address + '\n' + EachPart(reading, PartText) +
+         (reading.failure ? "\nnothing read\n" : "");
 }
 
 /// A blank line stands between enclosures.
 std::string BlockText(const EnclosureReading& enclosure, const ReportContext& context) {
-  const Reading& reading = enclosure.reading;
-  return (enclosure.index == 0 ? "" : "\n") + Begin(reading.address) + EachPart(reading, PartText) +
-         End(reading, context);
+  return (enclosure.index == 0 ? "" : "\n") + ReadingText(enclosure.reading, context);
 }
 
 }  // namespace
 
 Format TextFormat() {
-  return {"text", "Tables for people",
-          Begin,  PartText,
-          End,    {Order::AsAsked, NoBeginningOfSeveral, BlockText, NoEndOfSeveral}};
+  return {"text",
+          "Tables for people",
+          ReadingText,
+          {Order::AsAsked, NoBeginningOfSeveral, BlockText, NoEndOfSeveral}};
 }
 
 }  // namespace Tavrin

@@ -8,6 +8,7 @@
 #include "tests/cli/Tool.h"
 #include "tests/support/Relay.h"
 #include "tests/support/SimulatedSmm.h"
+#include "tests/support/UdpPort.h"
 
 // How runs end that come to no query, or are refused on their way.
 
@@ -17,6 +18,7 @@ namespace {
 using nlohmann::json;
 using namespace nlohmann::literals;
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -28,13 +30,7 @@ constexpr const char* kNothingRead = "\n\nnothing read\n";
 /// Another second is for a busy machine.
 constexpr std::chrono::seconds kSoon{3};
 
-long SentenceCount(const std::string& text) {
-  long count = 0;
-  for (std::size_t at = 0; (at = text.find("smm-inventory: ", at)) != std::string::npos; ++at) {
-    ++count;
-  }
-  return count;
-}
+int SentenceCount(const std::string& text) { return CountOf("smm-inventory: ", text); }
 
 struct Timed {
   Finished finished;
@@ -143,23 +139,42 @@ TEST(RefusedLogin, InTheMiddleOfARunIsTheLast) {
   EXPECT_EQ(SentenceCount(finished.error), 1);
 }
 
-TEST(DeadHost, EndsTheRunAfterOneRoundOfAttempts) {
-  const Timed run = RunTimed(CallArguments(kDeadHost, {}), {}, "sesame");
-  EXPECT_EQ(run.finished.exitCode, 4);
-  EXPECT_LT(run.time, std::chrono::seconds(16));
-  EXPECT_EQ(run.finished.output, kDeadHost + std::string(kNothingRead));
-  EXPECT_EQ(SentenceCount(run.finished.error), 1);
-  EXPECT_THAT(run.finished.error,
-              AllOf(StartsWith("connecting to 127.0.0.1:9\nsmm-inventory: nothing read from "
-                               "127.0.0.1:9: no IPMI connection could be opened ("),
+void ExpectNothingReadFrom(const std::string& address, const Finished& finished) {
+  EXPECT_EQ(finished.exitCode, 4);
+  EXPECT_THAT(finished.output, EndsWith("\n\n" + address + kNothingRead));
+  EXPECT_EQ(SentenceCount(finished.error), 1);
+  EXPECT_THAT(finished.error,
+              AllOf(StartsWith("smm-inventory: nothing read from " + address +
+                               ": no IPMI connection could be opened ("),
                     Not(HasSubstr("-L ")), Not(HasSubstr("-C ")), Not(HasSubstr("sesame"))));
+}
+
+TEST(DeadHost, WhereNobodyListensEndsTheRunAtOnce) {
+  const Timed run = RunTimed(CallArguments(kDeadHost, {}), {}, "sesame");
+  EXPECT_LT(run.time, kSoon);
+  ExpectNothingReadFrom(kDeadHost, run.finished);
+}
+
+TEST(DeadHost, ThatIsSilentEndsTheRunAfterThreeSeconds) {
+  const UdpPort silent;
+  const std::string address = "127.0.0.1:" + silent.Text();
+  const Timed run = RunTimed(CallArguments(address, {}), {}, "sesame");
+  EXPECT_GT(run.time, std::chrono::seconds(3));
+  EXPECT_LT(run.time, std::chrono::seconds(3) + kSoon);
+  ExpectNothingReadFrom(address, run.finished);
+}
+
+TEST(DeadHost, EndsTheRunAfterOneRoundOfAttemptsWhereItsPresenceIsNotAsked) {
+  const Timed run = RunTimed(CallArguments(kDeadHost, {"--no-ping"}), {}, "sesame");
+  EXPECT_LT(run.time, std::chrono::seconds(16));
+  ExpectNothingReadFrom(kDeadHost, run.finished);
 }
 
 TEST(DeadHost, OptionsBoundAttemptsAndTime) {
   for (const Texts& environment : {Texts{}, Texts{"SMM_TYPE=1"}}) {
-    const Timed run =
-        RunTimed(CallArguments(kDeadHost, {"--attempts", "2", "--session-timeout", "0.5", "-v"}),
-                 environment, "sesame");
+    const Timed run = RunTimed(CallArguments(kDeadHost, {"--no-ping", "--attempts", "2",
+                                                         "--session-timeout", "0.5", "-v"}),
+                               environment, "sesame");
     EXPECT_EQ(run.finished.exitCode, 4);
     EXPECT_GT(run.time, std::chrono::milliseconds(700));
     EXPECT_LT(run.time, kSoon);
@@ -207,7 +222,7 @@ TEST(DeadHost, RowsHoldTheReasonAlone) {
 TEST(DeadHost, ForbiddenAttemptIsNamedAsTheCause) {
   for (const Texts& environment :
        {Texts{"IPMI_CONNECT_RETRY_TIMES=0"}, Texts{"IPMI_CONNECT_RETRY_TIMES=0", "SMM_TYPE=0"}}) {
-    const Timed run = RunTimed(CallArguments(kDeadHost, {}), environment, "sesame");
+    const Timed run = RunTimed(CallArguments(kDeadHost, {"--no-ping"}), environment, "sesame");
     EXPECT_EQ(run.finished.exitCode, 1);
     EXPECT_LT(run.time, kSoon);
     EXPECT_THAT(
@@ -275,7 +290,7 @@ TEST(Environment, SettingsAreNotShownWithoutV) {
 
 TEST(Environment, SettingOutOfRangeIsNamedAsTheCause) {
   const Finished finished =
-      RunTool(CallArguments(kDeadHost, {}), {"IPMI_PRIVILEGE_LEVEL=7"}, "sesame\n");
+      RunTool(CallArguments(kDeadHost, {"--no-ping"}), {"IPMI_PRIVILEGE_LEVEL=7"}, "sesame\n");
   EXPECT_EQ(finished.exitCode, 1);
   EXPECT_THAT(finished.error, HasSubstr("(IPMI_PRIVILEGE_LEVEL is \"7\"; expected a whole number "
                                         "from 2 to 4); next: correct that setting\n"));

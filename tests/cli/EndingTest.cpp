@@ -58,6 +58,12 @@ TEST(Ending, ReadingThatCameToNothingEndsByItsCause) {
   }
 }
 
+TEST(Ending, ExceptionOutsideTheQueriesIsAnUnexpectedError) {
+  Reading reading = ThatCameToNothing(FailureCause::None);
+  reading.failure->status = kExceptionStatus;
+  EXPECT_EQ(EndingOf(reading), Ending::UnexpectedError);
+}
+
 TEST(Ending, FailedQueryLeavesAReadingInPart) {
   for (const FailureCause kind : {FailureCause::None, FailureCause::Silence, FailureCause::Other}) {
     EXPECT_EQ(EndingOf(WithAFailedName(kind)), Ending::PartlyRead) << static_cast<int>(kind);
@@ -79,9 +85,14 @@ TEST(ExitCode, IsOneWhereSomethingWasNotRead) {
                                              {Ending::NotRead},
                                              {Ending::TimedOut},
                                              {Ending::Read, Ending::NotReached},
+                                             {Ending::Read, Ending::UnexpectedError},
                                              {Ending::NotReached, Ending::PasswordRefused}}) {
     EXPECT_EQ(ExitCodeOf(endings), 1);
   }
+}
+
+TEST(ExitCode, IsThreeWhereEachEndedWithAnUnexpectedError) {
+  EXPECT_EQ(ExitCodeOf({Ending::UnexpectedError, Ending::UnexpectedError}), 3);
 }
 
 TEST(ExitCode, IsFourWhereNobodyWasReached) {
@@ -101,9 +112,11 @@ TEST(SummaryLine, FoldsThoseThatFailedAndCountsWhy) {
   }
   endings[2] = endings[16] = Ending::NotReached;
   endings[17] = Ending::PasswordRefused;
+  targets[16].writtenSettings = "user=ann cipher-suite=17";
   EXPECT_EQ(SummaryLine(targets, endings),
-            "smm-inventory: failed 3 of 20: rack[03,17-18] (not reached 2, password 1)\n");
-  EXPECT_EQ(FailedHosts(targets, endings), "rack03:623\nrack17:623\nrack18:623\n");
+            "failed 3 of 20: rack[03,17-18] (not reached 2, password 1)\n");
+  EXPECT_EQ(FailedHosts(targets, endings),
+            "rack03:623\nrack17:623 user=ann cipher-suite=17\nrack18:623\n");
 }
 
 TEST(SummaryLine, NamesThePortWhereItIsNotTheUsualOne) {
@@ -111,7 +124,7 @@ TEST(SummaryLine, NamesThePortWhereItIsNotTheUsualOne) {
   targets[0].host = "2001:db8::1";
   targets[0].port = 6230;
   EXPECT_EQ(SummaryLine(targets, {Ending::TimedOut}),
-            "smm-inventory: failed 1 of 1: [2001:db8::1]:6230 (timed out 1)\n");
+            "failed 1 of 1: [2001:db8::1]:6230 (timed out 1)\n");
 }
 
 TEST(SummaryLine, IsEmptyWhereAllWereRead) {

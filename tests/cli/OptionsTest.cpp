@@ -52,13 +52,14 @@ std::string Refusal(const Arguments& arguments) {
 TEST(Options, HostAndUserAloneLeaveTheDefaults) {
   const Options options = ParseOptions({"-H", "smm1", "-U", "admin"});
   EXPECT_THAT(PlacesOf(options), ElementsAre("smm1:623"));
-  EXPECT_EQ(options.userName, "admin");
-  EXPECT_EQ(options.passwordFile, std::nullopt);
-  EXPECT_EQ(options.cipherSuite, std::nullopt);
-  EXPECT_EQ(options.privilegeLevel, std::nullopt);
-  EXPECT_EQ(options.workaroundFlags, std::nullopt);
-  EXPECT_EQ(options.attempts, std::nullopt);
-  EXPECT_EQ(options.sessionTimeoutMs, std::nullopt);
+  const TargetSettings& settings = options.targets.front().settings;
+  EXPECT_EQ(settings.userName, "admin");
+  EXPECT_EQ(settings.passwordFile, std::nullopt);
+  EXPECT_EQ(settings.cipherSuite, std::nullopt);
+  EXPECT_EQ(settings.privilegeLevel, std::nullopt);
+  EXPECT_EQ(settings.workaroundFlags, std::nullopt);
+  EXPECT_EQ(settings.attempts, std::nullopt);
+  EXPECT_EQ(settings.sessionTimeoutMs, std::nullopt);
   EXPECT_EQ(options.verbosity, 0U);
   EXPECT_EQ(options.task.command, FindCommand("all"));
   EXPECT_EQ(options.format, &Formats().front());
@@ -70,10 +71,11 @@ TEST(Options, LongFormsAreTaken) {
                     "--cipher-suite", "17", "--privilege", "operator", "--workaround",
                     "open-session-privilege", "--workaround", "no-checksum-check", "--verbose"});
   EXPECT_THAT(PlacesOf(options), ElementsAre("smm1:6230"));
-  EXPECT_EQ(options.passwordFile, "-");
-  EXPECT_EQ(options.cipherSuite, 17);
-  EXPECT_EQ(options.privilegeLevel, 3);
-  EXPECT_EQ(options.workaroundFlags, 0x50);
+  const TargetSettings& settings = options.targets.front().settings;
+  EXPECT_EQ(settings.passwordFile, "-");
+  EXPECT_EQ(settings.cipherSuite, 17);
+  EXPECT_EQ(settings.privilegeLevel, 3);
+  EXPECT_EQ(settings.workaroundFlags, 0x50);
   EXPECT_EQ(options.verbosity, 1U);
 }
 
@@ -102,7 +104,7 @@ TEST(Options, CommandIsTakenBeforeAndAfterTheOptions) {
       const Options options = ParseOptions(arguments);
       EXPECT_EQ(options.task.command, FindCommand(row.name));
       EXPECT_EQ(options.task.psu, row.psu);
-      EXPECT_EQ(options.workaroundFlags, 0x40);
+      EXPECT_EQ(options.targets.front().settings.workaroundFlags, 0x40);
       EXPECT_EQ(options.format, FindFormat("json"));
     }
   }
@@ -126,8 +128,9 @@ TEST(Options, NumberOfThePsuIsReadStrictlyAndWithinTheSlots) {
 TEST(Options, AttemptsAndSessionTimeoutAreTaken) {
   const Options options =
       ParseOptions({"-H", "a", "-U", "u", "--attempts", "1", "--session-timeout=2.5"});
-  EXPECT_EQ(options.attempts, 1);
-  EXPECT_EQ(options.sessionTimeoutMs, 2500);
+  const TargetSettings& settings = options.targets.front().settings;
+  EXPECT_EQ(settings.attempts, 1);
+  EXPECT_EQ(settings.sessionTimeoutMs, 2500);
 }
 
 TEST(Options, WordLikeACommandGetsASuggestion) {
@@ -293,7 +296,6 @@ TEST(Options, SelectPsuTakesExactlyOneHostAndNeitherRangeNorGroup) {
       {{"-H", "a", "-H", "a"}, "a,a"},
       {{"-H", "n1", "-H", "n2"}, "n1,n2"},
       {{"-H", "n2"}, "n2"},
-      {{}, ""},
   };
   for (const auto& [hosts, shown] : table) {
     Arguments arguments = {"-U", "u", "--hosts-file", path.c_str(), "select-psu", "1"};
@@ -303,6 +305,9 @@ TEST(Options, SelectPsuTakesExactlyOneHostAndNeitherRangeNorGroup) {
                   "\"; expected exactly one for a command that changes something, and neither a "
                   "range nor a group");
   }
+  EXPECT_EQ(Refusal({"-U", "u", "--hosts-file", path.c_str(), "select-psu", "1"}),
+            "no host is named with --host; expected exactly one for a command that changes "
+            "something, and neither a range nor a group");
   EXPECT_THAT(PlacesOf(ParseOptions(
                   {"-H", "n1", "-U", "u", "--hosts-file", path.c_str(), "select-psu", "1"})),
               ElementsAre("n1:623"));
@@ -321,7 +326,8 @@ TEST(Options, ContradictingPortsAreRefused) {
 }
 
 TEST(Options, UserNameOfSixteenBytesIsTheLongest) {
-  EXPECT_EQ(ParseOptions({"-H", "a", "-U", "0123456789abcdef"}).userName, "0123456789abcdef");
+  EXPECT_EQ(ParseOptions({"-H", "a", "-U", "0123456789abcdef"}).targets.front().settings.userName,
+            "0123456789abcdef");
   EXPECT_EQ(Refusal({"-H", "a", "-U", "0123456789abcdefg"}),
             "user name is \"0123456789abcdefg\", 17 bytes long; expected at most 16 bytes");
 }

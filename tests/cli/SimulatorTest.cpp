@@ -107,7 +107,8 @@ TEST(ToolOnSimulator, FirstGenerationIsShownWhole) {
   const SimulatedSmm simulator({"--generation", "1"});
   const Finished finished = Read(simulator);
   EXPECT_EQ(finished.exitCode, 0) << finished.error;
-  const Texts expected = Joined({simulator.Address() + "\n"}, kSectionsOfTheFirst);
+  const Texts expected =
+      Joined({simulator.Address() + "  OK\n", simulator.Address() + "\n"}, kSectionsOfTheFirst);
   Texts sections = SectionsOf(finished.output);
   EXPECT_EQ(HeadingsOf(sections).size(), sections.size()) << finished.output;
   const auto others = std::stable_partition(
@@ -116,8 +117,7 @@ TEST(ToolOnSimulator, FirstGenerationIsShownWhole) {
       });
   EXPECT_EQ(Texts(sections.begin(), others), expected);
   EXPECT_THAT(Texts(others, sections.end()), Each(MatchesRegex("[A-Za-z ]+\n(  [^\n]+\n)+")));
-  EXPECT_THAT(finished.error, HasSubstr("attempt 2 of 6"));
-  EXPECT_THAT(finished.error, Not(HasSubstr("still trying")));
+  EXPECT_EQ(finished.error, "");
 }
 
 struct Kind {
@@ -266,9 +266,9 @@ TEST(ToolOnSimulator, RefusedSelectionIsTriedSixTimesAndTold) {
   const SimulatedSmm simulator(
       {"--generation", "2", "--platform", "254"},
       R"({"overrides": [{"command": "0xF4", "data": "00", "completionCode": "0xC1"}]})");
-  const Finished finished = Read(simulator, "sesame", {"--json", "select-psu", "3"});
+  const Finished finished = Read(simulator, "sesame", {"--json", "-vvv", "select-psu", "3"});
   EXPECT_EQ(finished.exitCode, 1) << finished.error;
-  EXPECT_THAT(finished.error, HasSubstr("selecting the PSU: attempt 6 of 6"));
+  EXPECT_EQ(CountOf("cmd=0xf4 data=", finished.error), 6);
   EXPECT_THAT(
       finished.error,
       HasSubstr("smm-inventory: acknowledgement of the PSU selection not read: the SMM refused "

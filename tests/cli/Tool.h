@@ -29,6 +29,15 @@ inline std::vector<std::string> CallArguments(const std::string& address,
       options);
 }
 
+/// How often `piece` stands in the text.
+inline int CountOf(const std::string& piece, const std::string& text) {
+  int count = 0;
+  for (std::size_t at = 0; (at = text.find(piece, at)) != std::string::npos; ++at) {
+    ++count;
+  }
+  return count;
+}
+
 /// The document that a run with --json printed, after it was found to keep to the schema.
 inline nlohmann::json DocumentOf(const Finished& finished) {
   EXPECT_EQ(SchemaErrors({finished.output}).front(), "") << finished.error;

@@ -31,14 +31,15 @@ const std::vector<std::string> kFirst = {"--generation", "1"};
 /// What a busy machine may add.
 constexpr milliseconds kGrace{1000};
 
-class Collector : public FleetObserver {
+class Collector : public FleetObserver, public Observer {
  public:
   void EnclosureEnded(FleetResult&& result) override {
     order.push_back(result.index);
     at[result.index] = Clock::now();
     results.emplace(result.index, std::move(result));
   }
-  void PartRead(std::size_t index, Part part) override { onPart(index, part); }
+  Observer* ObserverOf(std::size_t index) override { return index == 0 ? this : nullptr; }
+  void PartRead(const Reading& /*soFar*/, Part part) override { onPart(part); }
 
   FailureCause FailureOf(std::size_t index) const {
     const auto& failure = results.at(index).reading.failure;
@@ -48,7 +49,7 @@ class Collector : public FleetObserver {
   std::map<std::size_t, FleetResult> results;
   std::map<std::size_t, Clock::time_point> at;
   std::vector<std::size_t> order;
-  std::function<void(std::size_t, Part)> onPart = [](std::size_t, Part) {};
+  std::function<void(Part)> onPart = [](Part) {};  ///< Told of the first enclosure alone.
 };
 
 class SimulatedFleet : public testing::Test {
@@ -155,8 +156,8 @@ TEST_F(SimulatedFleet, TimeoutBoundsTheReadingOfOneThatFellSilent) {
   Add(relay.Port());
   Add(simulator_.Port());
   settings_.timeout = milliseconds(1500);
-  collector_.onPart = [&](std::size_t index, Part part) {
-    if (index == 0 && part == Part::Detection) {
+  collector_.onPart = [&](Part part) {
+    if (part == Part::Detection) {
       relay.Break(Silence());
     }
   };
@@ -175,7 +176,7 @@ Fault SilentWithinSession() { return At(Answer::WithinSession, Silence()); }
 TEST_F(SimulatedFleet, StopClosesTheOpenSessionWithinTwoSeconds) {
   Relay relay(simulator_.Port());
   Add(relay.Port());
-  collector_.onPart = [&](std::size_t /*index*/, Part part) {
+  collector_.onPart = [&](Part part) {
     if (part == Part::Detection) {
       relay.Break(SilentWithinSession());
     }

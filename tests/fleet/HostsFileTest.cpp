@@ -89,6 +89,9 @@ TEST(HostsFile, SettingsAreThoseOfTheOptionsOfTheirName) {
   EXPECT_EQ(line.settings.workaroundFlags, 0x50);
   EXPECT_EQ(line.settings.sessionTimeoutMs, 2500);
   EXPECT_EQ(line.settings.attempts, 2);
+  EXPECT_EQ(line.writtenSettings,
+            "user=admin password-file=/etc/smm cipher-suite=17 privilege=operator "
+            "workaround=open-session-privilege,no-checksum-check session-timeout=2.5 attempts=2");
 }
 
 TEST(HostsFile, ValueMayHoldAnEqualsSign) {

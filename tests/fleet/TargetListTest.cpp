@@ -94,6 +94,7 @@ TEST(TargetList, TargetHasGroupAndSettingsOfItsLine) {
   EXPECT_EQ(list.targets[1].settings.userName, "ann");
   EXPECT_EQ(list.targets[2].settings.userName, "bob");
   EXPECT_EQ(list.targets[2].settings.cipherSuite, 17);
+  EXPECT_EQ(list.targets[2].writtenSettings, "user=bob cipher-suite=17");
   EXPECT_EQ(list.targets[3].group, "");
   EXPECT_EQ(list.targets[3].settings.userName, std::nullopt);
 }

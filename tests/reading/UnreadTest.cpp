@@ -103,5 +103,28 @@ TEST(FillUnread, WhatIsThereAndWhatWasNotAskedForStays) {
   EXPECT_FALSE(reading.psuFans);
 }
 
+TEST(FillUnselected, WithoutADetectionTheFailureSaysWhy) {
+  Reading reading;
+  FillUnselected(2, Why(), reading);
+  EXPECT_EQ(reading.failure.value().cause.words, Why().cause.words);
+  EXPECT_FALSE(reading.psuSelection);
+}
+
+TEST(FillUnselected, SelectionIsNotKnownToHaveBeenSent) {
+  Reading reading = Detected();
+  FillUnselected(2, Why(), reading);
+  ExpectFailed(reading.psuSelection.value());
+  EXPECT_EQ(reading.psuSelection->value.asked, 2);
+  EXPECT_FALSE(reading.psuSelection->value.isSent);
+  EXPECT_EQ(reading.psuSelection->value.remark, "not known to have been sent");
+}
+
+TEST(FillUnselected, SelectionThatCameAboutStays) {
+  Reading reading = Detected();
+  reading.psuSelection.emplace();
+  FillUnselected(2, Why(), reading);
+  EXPECT_TRUE(reading.psuSelection->Succeeded());
+}
+
 }  // namespace
 }  // namespace Tavrin

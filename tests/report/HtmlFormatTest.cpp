@@ -20,7 +20,7 @@ using testing::IsEmpty;
 using testing::Not;
 
 std::string PageOf(const Reading& reading, const ReportContext& context = {"0.1.0"}) {
-  return HtmlFormat().end(reading, context);
+  return HtmlFormat().document(reading, context);
 }
 
 std::string WallOf(const std::vector<EnclosureReading>& enclosures) {

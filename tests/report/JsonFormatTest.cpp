@@ -18,7 +18,7 @@ using nlohmann::json;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-std::string Document(const Reading& reading) { return JsonFormat().end(reading, {"0.1.0"}); }
+std::string Document(const Reading& reading) { return JsonFormat().document(reading, {"0.1.0"}); }
 
 /// JSON without blanks and with sorted members, so that like documents are like texts.
 std::string Normal(const std::string& text) { return json::parse(text).dump(); }
@@ -128,8 +128,7 @@ TEST_F(JsonFormatTest, MembersOfAFieldComeInOneOrder) {
                                   R"("reason": "not reported by the SMM"})"));
 }
 
-TEST_F(JsonFormatTest, DocumentIsWrittenAtTheEndAlone) {
-  EXPECT_EQ(JsonFormat().part(ExampleReading(), Part::Detection), "");
+TEST_F(JsonFormatTest, DocumentEndsWithItsLine) {
   EXPECT_THAT(Document(ExampleReading()), testing::EndsWith("\n}\n"));
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "report/Describe.h"
 #include "tests/report/ExampleReading.h"
 
 namespace Tavrin {
@@ -14,7 +15,12 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
-std::string Printed(const Reading& reading, Part part) { return TextFormat().part(reading, part); }
+/// What stands for a part, from the blank line above its title on.
+std::string Printed(const Reading& reading, Part part) {
+  const std::string text = TextFormat().document(reading, {"0.1.0"});
+  const std::size_t begin = text.find("\n\n" + Describe(reading, part)->title + '\n') + 1;
+  return text.substr(begin, text.find("\n\n", begin) - begin + 1);
+}
 
 TEST(TextFormat, SummarySaysThatItIsForPeople) {
   EXPECT_EQ(TextFormat().summary, "Tables for people");

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "reading/Query.h"
 #include "report/Describe.h"
 #include "support/HostAndPort.h"
 #include "support/HostRange.h"
@@ -18,7 +19,7 @@ namespace {
 
 using Standalone::FailureCause;
 
-constexpr std::array<std::pair<Ending, std::string_view>, 8> kWords = {
+constexpr std::array<std::pair<Ending, std::string_view>, 9> kWords = {
     {{Ending::NotReached, "not reached"},
      {Ending::UserRefused, "user"},
      {Ending::PasswordRefused, "password"},
@@ -26,6 +27,7 @@ constexpr std::array<std::pair<Ending, std::string_view>, 8> kWords = {
      {Ending::TimedOut, "timed out"},
      {Ending::Stopped, "stopped"},
      {Ending::PartlyRead, "partly read"},
+     {Ending::UnexpectedError, "unexpected error"},
      {Ending::NotRead, "not read"}}};
 
 /// That of a reading which came to nothing.
@@ -56,17 +58,24 @@ bool IsOneOf(Ending ending, std::initializer_list<Ending> some) {
   return std::find(some.begin(), some.end(), ending) != some.end();
 }
 
-std::vector<HostAndPort> HostsThatFailed(const std::vector<Target>& targets,
-                                         const std::vector<Ending>& endings) {
-  std::vector<HostAndPort> failed;
+std::vector<Target> TargetsThatFailed(const std::vector<Target>& targets,
+                                      const std::vector<Ending>& endings) {
+  std::vector<Target> failed;
   for (std::size_t index = 0; index < targets.size(); ++index) {
     if (endings[index] != Ending::Read) {
-      const Target& target = targets[index];
-      const bool isUsual = target.port == kDefaultPort;
-      failed.push_back({target.host, isUsual ? std::nullopt : std::optional(target.port)});
+      failed.push_back(targets[index]);
     }
   }
   return failed;
+}
+
+std::string Folded(const std::vector<Target>& targets) {
+  std::vector<HostAndPort> hosts;
+  for (const Target& target : targets) {
+    const bool isUsual = target.port == kDefaultPort;
+    hosts.push_back({target.host, isUsual ? std::nullopt : std::optional(target.port)});
+  }
+  return FoldHosts(hosts);
 }
 
 std::string CountsByWord(const std::vector<Ending>& endings) {
@@ -84,7 +93,8 @@ std::string CountsByWord(const std::vector<Ending>& endings) {
 
 Ending EndingOf(const Reading& reading) {
   if (reading.failure) {
-    return EndingBy(reading.failure->cause.kind);
+    return reading.failure->status == kExceptionStatus ? Ending::UnexpectedError
+                                                       : EndingBy(reading.failure->cause.kind);
   }
   const std::vector<Answer> answers = AllAnswers(reading);
   const auto failed = std::find_if(answers.begin(), answers.end(), [](const Answer& answer) {
@@ -111,24 +121,28 @@ int ExitCodeOf(const std::vector<Ending>& endings) {
   if (each({Ending::NotReached})) {
     return ExitCode::NobodyReached;
   }
+  if (each({Ending::UnexpectedError})) {
+    return ExitCode::Exception;
+  }
   return each({Ending::UserRefused, Ending::PasswordRefused, Ending::PrivilegeRefused})
              ? ExitCode::LoginRefused
              : ExitCode::QueryFailed;
 }
 
 std::string SummaryLine(const std::vector<Target>& targets, const std::vector<Ending>& endings) {
-  const std::vector<HostAndPort> failed = HostsThatFailed(targets, endings);
+  const std::vector<Target> failed = TargetsThatFailed(targets, endings);
   if (failed.empty()) {
     return "";
   }
-  return fmt::format("smm-inventory: failed {} of {}: {} ({})\n", failed.size(), targets.size(),
-                     FoldHosts(failed), CountsByWord(endings));
+  return fmt::format("failed {} of {}: {} ({})\n", failed.size(), targets.size(), Folded(failed),
+                     CountsByWord(endings));
 }
 
 std::string FailedHosts(const std::vector<Target>& targets, const std::vector<Ending>& endings) {
   std::string lines;
-  for (const HostAndPort& place : HostsThatFailed(targets, endings)) {
-    lines += AddressText(place.host, place.port.value_or(kDefaultPort)) + '\n';
+  for (const Target& target : TargetsThatFailed(targets, endings)) {
+    lines += AddressText(target.host, target.port) + (target.writtenSettings.empty() ? "" : " ") +
+             target.writtenSettings + '\n';
   }
   return lines;
 }

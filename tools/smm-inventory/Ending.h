@@ -19,7 +19,8 @@ enum class Ending {
   TimedOut,
   Stopped,
   PartlyRead,
-  NotRead  ///< Nothing, for any other reason.
+  UnexpectedError,  ///< An exception outside the queries.
+  NotRead           ///< Nothing, for any other reason.
 };
 
 /// The ending of a reading, by its failure, or by the first query that failed.
@@ -29,11 +30,11 @@ Ending EndingOf(const Reading& reading);
 int ExitCodeOf(const std::vector<Ending>& endings);
 
 /// One line about those that were not read whole, with its line break:
-/// "smm-inventory: failed 3 of 500: rack[03,17-18] (not reached 2, password 1)". Empty without any.
+/// "failed 3 of 500: rack[03,17-18] (not reached 2, password 1)". Empty without any.
 /// The targets stand in the order of the endings.
 std::string SummaryLine(const std::vector<Target>& targets, const std::vector<Ending>& endings);
 
-/// The same enclosures as a hosts file, one a line.
+/// The same enclosures as a hosts file, one a line, with the settings that their own lines have.
 std::string FailedHosts(const std::vector<Target>& targets, const std::vector<Ending>& endings);
 
 }  // namespace Tavrin

@@ -11,7 +11,7 @@
 #include "platform/standalone/logger/LogControl.h"
 #include "platform/standalone/logger/ThreadLog.h"
 #include "tools/smm-inventory/Options.h"
-#include "tools/smm-inventory/terminal/Progress.h"
+#include "tools/smm-inventory/terminal/LogLines.h"
 
 namespace Tavrin {
 namespace {
@@ -46,22 +46,23 @@ void ShowEnvironment(const Options& options, Console& console) {
   }
 }
 
-void CheckLogLevel(Progress& progress) {
+void CheckLogLevel(LogLines& lines) {
   const Standalone::ThreadLog log(
-      progress.LogLevel(),
-      [&progress](const Standalone::LogLine& line) { progress.LineWritten(line); });
-  Standalone::SetMinLogLevel(progress.LogLevel());
+      lines.LogLevel(), [&lines](const Standalone::LogLine& line) { lines.LineWritten(line); });
+  Standalone::SetMinLogLevel(lines.LogLevel());
 }
 
 }  // namespace
 
+bool IsTerminal() { return isatty(STDERR_FILENO) == 1; }
+
 bool CanMoveCursor() {
   const char* const terminal = std::getenv("TERM");
-  return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
+  return IsTerminal() && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
 void CheckEnvironment(const Options& options, Console& console) {
-  Progress lines(console, options.ShownLogLevel());
+  LogLines lines(console, options.ShownLogLevel());
   CheckLogLevel(lines);
   if (options.verbosity > 0) {
     ShowEnvironment(options, console);

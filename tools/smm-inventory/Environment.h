@@ -6,7 +6,8 @@ namespace Tavrin {
 
 struct Options;
 
-/// Whether a status on standard error can change in place.
+/// Whether standard error is a terminal, and whether a status there can change in place.
+bool IsTerminal();
 bool CanMoveCursor();
 
 /// Complains of what is malformed about the logger's own environment variable, as of all of the

@@ -10,7 +10,7 @@
 #include "report/HealthLines.h"
 #include "report/Nagios.h"
 #include "support/HostAndPort.h"
-#include "tools/smm-inventory/Ending.h"
+#include "tools/smm-inventory/Environment.h"
 #include "tools/smm-inventory/ExitCode.h"
 #include "tools/smm-inventory/FailureLines.h"
 #include "tools/smm-inventory/GroupLines.h"
@@ -30,6 +30,12 @@ std::vector<std::string> NamesOf(const std::vector<Target>& targets) {
   return names;
 }
 
+/// A terminal that cannot move its cursor would show a line for each look at many enclosures.
+bool ShowsProgress(const Options& options) {
+  const bool isFit = options.targets.size() == 1 ? IsTerminal() : CanMoveCursor();
+  return isFit && !options.isQuiet;
+}
+
 /// Whether what is printed says something about all enclosures together before it shows any.
 bool WaitsForAll(const Options& options) {
   return options.IsAboutHealth() || options.ShowsHealthFirst() || !options.groupField.empty() ||
@@ -44,15 +50,6 @@ void WriteFailedHosts(const Options& options, const std::vector<Ending>& endings
       throw std::runtime_error("the file of --failed-to cannot be written");
     }
   }
-}
-
-/// As it is written where it is the only one.
-std::string TextOfOne(const Format& format, const Reading& reading, const ReportContext& context) {
-  std::string text = format.begin(reading.address);
-  for (const Part part : kEveryPart) {
-    text += format.part(reading, part);
-  }
-  return text + format.end(reading, context);
 }
 
 Severity WorstOfAll(const std::vector<EnclosureReading>& all, const Options& options) {
@@ -87,12 +84,13 @@ int CodeOf(const std::vector<EnclosureReading>& all, const std::vector<Ending>& 
 
 }  // namespace
 
-FleetPrinter::FleetPrinter(const Options& options, Console& console, bool isTerminal)
+FleetPrinter::FleetPrinter(const Options& options, Console& console)
     : options_(options),
       console_(console),
       lines_(console, options.ShownLogLevel()),
-      progress_(console, NamesOf(options.targets)),
-      showsProgress_(isTerminal && !options.isQuiet),
+      showsProgress_(ShowsProgress(options)),
+      progressOfOne_(console, options.ShownLogLevel(), showsProgress_),
+      progressOfSeveral_(console, NamesOf(options.targets)),
       waitsForAll_(WaitsForAll(options)),
       ended_(options.targets.size()) {
   if (!waitsForAll_) {
@@ -102,8 +100,16 @@ FleetPrinter::FleetPrinter(const Options& options, Console& console, bool isTerm
 
 void FleetPrinter::Noted(const std::string& text) { console_.ShowLine("smm-inventory: " + text); }
 
-void FleetPrinter::LineWritten(std::size_t /*index*/, const Standalone::LogLine& line) {
-  lines_.LineWritten(line);
+void FleetPrinter::EnclosureBegins(std::size_t index) {
+  progressOfSeveral_.Begins(index);
+  if (showsProgress_ && IsForOne()) {
+    const Target& target = options_.targets[index];
+    console_.ShowStatus("connecting to " + AddressText(target.host, target.port) + " ...");
+  }
+}
+
+Observer* FleetPrinter::ObserverOf(std::size_t /*index*/) {
+  return IsForOne() && !options_.isForNagios ? &progressOfOne_ : &lines_;
 }
 
 void FleetPrinter::EnclosureEnded(FleetResult&& result) {
@@ -111,9 +117,9 @@ void FleetPrinter::EnclosureEnded(FleetResult&& result) {
   const Target& target = options_.targets[index];
   ended_[index] = {std::move(result.reading), index, NameOf(target), target.group};
   const Ending ending = EndingOf(ended_[index]->reading);
-  progress_.Ended(index, ending == Ending::Read);
+  progressOfSeveral_.Ended(index, ending == Ending::Read);
   const bool isTold = ending != Ending::Read && ending != Ending::Stopped;
-  if (isTold && !options_.isForNagios) {
+  if (isTold && !IsForOne()) {
     console_.ShowLine(NamedFailureLines(ended_[index]->reading));
   }
   if (!waitsForAll_) {
@@ -134,8 +140,8 @@ void FleetPrinter::PrintWhatIsDue(std::size_t index) {
 }
 
 void FleetPrinter::TimePasses() {
-  if (showsProgress_) {
-    progress_.Show();
+  if (showsProgress_ && !IsForOne()) {
+    progressOfSeveral_.Show();
   }
 }
 
@@ -149,10 +155,18 @@ int FleetPrinter::Finish() {
   }
   PrintReport(all);
   if (!options_.isForNagios) {
-    std::cerr << SummaryLine(options_.targets, endings) << std::flush;
+    ShowFailures(all, endings);
   }
   WriteFailedHosts(options_, endings);
   return CodeOf(all, endings, options_);
+}
+
+/// Those of several have been told as each of them ended.
+void FleetPrinter::ShowFailures(const std::vector<EnclosureReading>& all,
+                                const std::vector<Ending>& endings) const {
+  std::cerr << (IsForOne() ? FailureLines(all.front().reading)
+                           : SummaryLine(options_.targets, endings))
+            << std::flush;
 }
 
 void FleetPrinter::PrintReport(const std::vector<EnclosureReading>& all) const {
@@ -181,8 +195,8 @@ void FleetPrinter::PrintHealthAndTables(const std::vector<EnclosureReading>& all
 }
 
 void FleetPrinter::PrintTables(const std::vector<EnclosureReading>& all) const {
-  if (all.size() == 1) {
-    std::cout << TextOfOne(*options_.format, all.front().reading, Context());
+  if (IsForOne()) {
+    std::cout << options_.format->document(all.front().reading, Context());
     return;
   }
   const FormatOfSeveral& format = options_.format->several;

@@ -25,6 +25,7 @@ namespace {
 FleetSettings SettingsOf(const Options& options) {
   FleetSettings settings;
   settings.parts = options.Parts();
+  settings.psu = options.task.psu;
   settings.fanout = options.fanout;
   settings.timeout = options.timeout;
   settings.asksPresence = options.asksPresence;
@@ -45,10 +46,9 @@ void RequireWritable(const std::optional<std::string>& path) {
 int RunFleet(const Options& options) {
   RequireWritable(options.failedTo);
   const std::vector<EnclosureSettings> enclosures = SettingsWithPasswords(options.targets);
-  const bool isTerminal = CanMoveCursor();
-  Console console(std::cerr, isTerminal, STDERR_FILENO);
+  Console console(std::cerr, CanMoveCursor(), STDERR_FILENO);
   CheckEnvironment(options, console);
-  FleetPrinter printer(options, console, isTerminal);
+  FleetPrinter printer(options, console);
   const Interrupt interrupt;
   FleetReader(SettingsOf(options)).Read(enclosures, printer);
   const int exitCode = printer.Finish();

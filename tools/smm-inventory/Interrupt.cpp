@@ -47,11 +47,13 @@ void Take(int signal, struct sigaction& former) {
 Interrupt::Interrupt() {
   Take(SIGINT, formerInterrupt_);
   Take(SIGTERM, formerTermination_);
+  Take(SIGHUP, formerHangup_);
 }
 
 Interrupt::~Interrupt() {
   sigaction(SIGINT, &formerInterrupt_, nullptr);
   sigaction(SIGTERM, &formerTermination_, nullptr);
+  sigaction(SIGHUP, &formerHangup_, nullptr);
 }
 
 bool Interrupt::Happened() { return firstSignal != 0; }

@@ -150,40 +150,14 @@ Options Interpret(const RawOptions& raw, const Task& task) {
   RequireHosts(raw);
   Options options;
   options.task = task;
-  options.userName = raw.userName.empty() ? "" : ParseUserName(raw.userName);
-  options.passwordFile = raw.passwordFile;
   options.format = ChooseFormat(raw);
   options.verbosity = static_cast<unsigned int>(raw.verbosity);
-  if (raw.cipherSuite) {
-    options.cipherSuite = ParseCipherSuite(*raw.cipherSuite);
-  }
-  if (raw.privilegeLevel) {
-    options.privilegeLevel = ParsePrivilege(*raw.privilegeLevel);
-  }
-  if (!raw.workarounds.empty()) {
-    options.workaroundFlags = ParseWorkarounds(raw.workarounds);
-  }
-  if (raw.attempts) {
-    options.attempts = ParseAttempts(*raw.attempts);
-  }
-  if (raw.sessionTimeout) {
-    options.sessionTimeoutMs = ParseSessionTimeout(*raw.sessionTimeout);
-  }
   TakeFleetSettings(raw, options);
   TakeHealthSettings(raw, options);
   RefuseWhatDoesNotGoTogether(raw, options);
   TakeTargets(raw, options);
   RequireOneForNagios(options);
   return options;
-}
-
-int ParsePsu(const std::string& text) {
-  const std::optional<int> psu = Standalone::ParseStrictly(text);
-  if (!psu || *psu < kLowestPsu || *psu > kHighestPsu) {
-    throw UsageError(fmt::format("PSU is \"{}\"; expected a whole number from {} to {}",
-                                 EscapeControlBytes(text), kLowestPsu, kHighestPsu));
-  }
-  return *psu;
 }
 
 [[noreturn]] void RefuseArgument(const std::string& argument, const std::string& suggestion) {
@@ -209,7 +183,7 @@ Task ParseTask(const std::vector<std::string>& words) {
       throw UsageError(fmt::format("no PSU given; expected select-psu with a number from {} to {}",
                                    kLowestPsu, kHighestPsu));
     }
-    task.psu = ParsePsu(words[known]);
+    task.psu = ParseWholeNumber("PSU", words[known], kLowestPsu, kHighestPsu);
     ++known;
   }
   if (words.size() > known) {
@@ -237,14 +211,7 @@ bool Options::IsText() const { return format == &Formats().front(); }
 
 bool Options::IsAboutHealth() const { return task.command->name == kHealthCommand; }
 
-bool Options::ShowsHealthFirst() const {
-  return IsText() && targets.size() > 1 && task.command == &Commands().front();
-}
-
-bool Options::IsForFleet() const {
-  return targets.size() > 1 || IsAboutHealth() || isForNagios || !groupField.empty() || timeout ||
-         failedTo;
-}
+bool Options::ShowsHealthFirst() const { return IsText() && task.command == &Commands().front(); }
 
 std::vector<Part> Options::Parts() const {
   if (isForNagios) {

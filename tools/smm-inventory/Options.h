@@ -22,26 +22,19 @@ struct Task {
   int psu = 0;  ///< The PSU that is to be selected, from 1 to 9; 0 where the command reads.
 };
 
-/// What the command line asks for. An empty setting leaves the IPMI client's own default, or what
-/// the environment says.
+/// What the command line asks for. A setting that a target does not have leaves the IPMI client's
+/// own default, or what the environment says.
 struct Options {
   Task task;
   const Format* format = nullptr;  ///< One of Formats(); the first of them unless asked for.
 
   /// The enclosures, at least one, in the order in which they are named; each with its settings,
-  /// for which those below already stand where the hosts file says nothing.
+  /// which are the command line's where the hosts file says nothing.
   std::vector<Target> targets;
 
   std::vector<std::string> notes;  ///< What the user should know about them, a sentence each.
-  std::string userName;            ///< Empty where only the hosts file names users.
-  std::optional<std::string> passwordFile;
-  std::optional<int> cipherSuite;
-  std::optional<int> privilegeLevel;
-  std::optional<int> workaroundFlags;
-  std::optional<int> attempts;          ///< To connect, for each request; at least 1.
-  std::optional<int> sessionTimeoutMs;  ///< From 100 to 600,000.
-  unsigned int verbosity = 0;           ///< How often -v was given.
-  bool isQuiet = false;                 ///< Whether progress is to stay away.
+  unsigned int verbosity = 0;      ///< How often -v was given.
+  bool isQuiet = false;            ///< Whether progress is to stay away.
 
   std::size_t fanout = kMaxFanout;                   ///< So many are read at once.
   std::optional<std::chrono::milliseconds> timeout;  ///< For the whole of one enclosure.
@@ -59,9 +52,6 @@ struct Options {
 
   /// Whether the health of all enclosures stands in front of their tables.
   [[nodiscard]] bool ShowsHealthFirst() const;
-
-  /// Whether what is wanted takes a whole reading, or several, rather than one as it goes on.
-  [[nodiscard]] bool IsForFleet() const;
 
   /// What is read of each enclosure.
   [[nodiscard]] std::vector<Part> Parts() const;

@@ -37,12 +37,16 @@ struct Users {
   }
 };
 
-std::map<Source, Users> UsersBySource(const std::vector<Target>& targets) {
-  std::map<Source, Users> all;
+/// In the order in which the sources come up among the targets.
+std::vector<std::pair<Source, Users>> UsersBySource(const std::vector<Target>& targets) {
+  std::vector<std::pair<Source, Users>> all;
+  std::map<Source, std::size_t> places;
   for (const Target& target : targets) {
-    Users& users = all[SourceOf(target)];
-    users.first = users.count == 0 ? &target : users.first;
-    ++users.count;
+    const auto [place, isNew] = places.emplace(SourceOf(target), all.size());
+    if (isNew) {
+      all.push_back({place->first, {&target, 0}});
+    }
+    ++all[place->second].second.count;
   }
   return all;
 }

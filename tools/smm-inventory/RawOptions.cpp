@@ -112,11 +112,11 @@ void DeclareReading(CLI::App& app, RawOptions& raw) {
       ->option_text("N [1000]");
   app.add_option(
          "--timeout", raw.timeout,
-         "How long one enclosure may take in all, from 1 to 86400;\nby default as long as it "
-         "takes")
+         "How long one enclosure may take in all, from 1 to 86400;\nless than 20 is too little "
+         "to read anything [no limit]")
       ->option_text("SECONDS");
   app.add_flag("--no-ping", raw.leavesPresenceOut,
-               "Do not ask first whether anybody is there, where several\nare read");
+               "Do not ask first, for 3 seconds, whether anybody is there");
 }
 
 void DeclareShowing(CLI::App& app, RawOptions& raw) {

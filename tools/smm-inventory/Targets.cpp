@@ -20,17 +20,27 @@
 namespace Tavrin {
 namespace {
 
-TargetSettings SettingsOf(const Options& options) {
+TargetSettings SettingsOf(const RawOptions& raw) {
   TargetSettings settings;
-  if (!options.userName.empty()) {
-    settings.userName = options.userName;
+  if (!raw.userName.empty()) {
+    settings.userName = ParseUserName(raw.userName);
   }
-  settings.passwordFile = options.passwordFile;
-  settings.cipherSuite = options.cipherSuite;
-  settings.privilegeLevel = options.privilegeLevel;
-  settings.workaroundFlags = options.workaroundFlags;
-  settings.attempts = options.attempts;
-  settings.sessionTimeoutMs = options.sessionTimeoutMs;
+  settings.passwordFile = raw.passwordFile;
+  if (raw.cipherSuite) {
+    settings.cipherSuite = ParseCipherSuite(*raw.cipherSuite);
+  }
+  if (raw.privilegeLevel) {
+    settings.privilegeLevel = ParsePrivilege(*raw.privilegeLevel);
+  }
+  if (!raw.workarounds.empty()) {
+    settings.workaroundFlags = ParseWorkarounds(raw.workarounds);
+  }
+  if (raw.attempts) {
+    settings.attempts = ParseAttempts(*raw.attempts);
+  }
+  if (raw.sessionTimeout) {
+    settings.sessionTimeoutMs = ParseSessionTimeout(*raw.sessionTimeout);
+  }
   return settings;
 }
 
@@ -56,10 +66,14 @@ void RequireOneUseOfStandardInput(const RawOptions& raw) {
 }
 
 [[noreturn]] void RefuseAllButOne(const RawOptions& raw) {
-  throw UsageError(
-      fmt::format("host is \"{}\"; expected exactly one for a command that changes something, and "
-                  "neither a range nor a group",
-                  EscapeControlBytes(fmt::format("{}", fmt::join(raw.hosts, ",")))));
+  constexpr const char* expected =
+      "expected exactly one for a command that changes something, and neither a range nor a group";
+  if (raw.hosts.empty()) {
+    throw UsageError(fmt::format("no host is named with --host; {}", expected));
+  }
+  throw UsageError(fmt::format("host is \"{}\"; {}",
+                               EscapeControlBytes(fmt::format("{}", fmt::join(raw.hosts, ","))),
+                               expected));
 }
 
 /// What changes something is for an enclosure that is named by itself: a range or a group could
@@ -76,8 +90,7 @@ void RequireUser(const Target& target) {
   if (!target.settings.userName) {
     throw UsageError(
         fmt::format("no user name given for {}; expected --user with an IPMI user name, or user= "
-                    "on its line of "
-                    "a hosts file",
+                    "on its line of a hosts file",
                     AddressText(target.host, target.port)));
   }
 }
@@ -95,6 +108,7 @@ void RequireHosts(const RawOptions& raw) {
 
 void TakeTargets(const RawOptions& raw, Options& options) {
   const Command& command = *options.task.command;
+  const TargetSettings settings = SettingsOf(raw);
   RequireOneUseOfStandardInput(raw);
   if (command.isForOne) {
     RequireOneHost(raw);
@@ -104,7 +118,7 @@ void TakeTargets(const RawOptions& raw, Options& options) {
     RefuseAllButOne(raw);
   }
   for (Target& target : list.targets) {
-    Complete(target.settings, SettingsOf(options));
+    Complete(target.settings, settings);
     if (!command.AsksNobody()) {
       RequireUser(target);
     }

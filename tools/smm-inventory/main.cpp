@@ -1,5 +1,3 @@
-#include <fmt/format.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <exception>
@@ -8,82 +6,18 @@
 #include <variant>
 
 #include "fleet/FleetReader.h"
-#include "reading/Enclosure.h"
-#include "report/Format.h"
 #include "report/Nagios.h"
 #include "support/EscapeControlBytes.h"
 #include "support/HostAndPort.h"
 #include "support/UsageError.h"
-#include "tools/smm-inventory/Ending.h"
-#include "tools/smm-inventory/Environment.h"
 #include "tools/smm-inventory/ExitCode.h"
-#include "tools/smm-inventory/FailureLines.h"
 #include "tools/smm-inventory/FleetRun.h"
 #include "tools/smm-inventory/MemoryImage.h"
 #include "tools/smm-inventory/Options.h"
 #include "tools/smm-inventory/Output.h"
-#include "tools/smm-inventory/Password.h"
-#include "tools/smm-inventory/terminal/Console.h"
-#include "tools/smm-inventory/terminal/Progress.h"
 
 namespace Tavrin {
 namespace {
-
-/// The enclosure, with the password that the user gives for it.
-Enclosure EnclosureOf(const Target& target, const std::string& address) {
-  EnclosureSettings settings;
-  Apply(target, settings);
-  const std::string prompt =
-      fmt::format("Password of {} at {}: ", EscapeControlBytes(settings.userName), address);
-  ObtainPassword(target.settings.passwordFile, prompt, settings.password);
-  return Enclosure(settings);
-}
-
-/// Prints each part as soon as it is read, and shows progress meanwhile.
-class Printer : public Progress {
- public:
-  Printer(const Format& format, Console& console, unsigned int shownLevel)
-      : Progress(console, shownLevel), format_(format) {}
-
-  void PartRead(const Reading& soFar, Part part) override {
-    Begin(soFar);
-    std::cout << format_.part(soFar, part) << std::flush;
-  }
-
-  void End(const Reading& reading) {
-    Begin(reading);
-    std::cout << format_.end(reading, {SMM_INVENTORY_VERSION}) << std::flush;
-  }
-
- private:
-  void Begin(const Reading& soFar) {
-    if (!hasBegun_) {
-      std::cout << format_.begin(soFar.address);
-      hasBegun_ = true;
-    }
-  }
-
-  const Format& format_;
-  bool hasBegun_ = false;
-};
-
-int Run(const Options& options) {
-  const Target& target = options.targets.front();
-  const std::string address = AddressText(target.host, target.port);
-  Enclosure enclosure = EnclosureOf(target, address);
-
-  Console console(std::cerr, CanMoveCursor(), STDERR_FILENO);
-  Printer printer(*options.format, console, options.ShownLogLevel());
-  CheckEnvironment(options, console);
-  console.ShowLine("connecting to " + address);
-  const Task& task = options.task;
-  const Reading reading = task.psu == 0 ? enclosure.Read(task.command->parts.Parts(), printer)
-                                        : enclosure.SelectPsu(task.psu, printer);
-  printer.End(reading);
-  std::cerr << FailureLines(reading) << std::flush;
-  RequireWholeOutput();
-  return ExitCodeOf({EndingOf(reading)});
-}
 
 void ShowNotes(const Options& options) {
   for (const std::string& note : options.notes) {
@@ -112,7 +46,7 @@ int RunCommandLine(int argc, const char* const* argv) {
   if (options.task.command->AsksNobody()) {
     return PrintHosts(options);
   }
-  return options.IsForFleet() ? RunFleet(options) : Run(options);
+  return RunFleet(options);
 }
 
 /// A monitoring system shows what stands on standard output, and takes every code but its own for a

@@ -14,6 +14,9 @@ void Console::ShowStatus(const std::string& text) {
     ShowLine(text);
     return;
   }
+  if (text == status_) {
+    return;
+  }
   Erase();
   status_ = text;
   out_ << VisibleStatus() << std::flush;

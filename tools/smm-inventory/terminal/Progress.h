@@ -2,24 +2,17 @@
 
 #include <string>
 
-#include "reading/Observer.h"
-#include "tools/smm-inventory/terminal/Console.h"
+#include "tools/smm-inventory/terminal/LogLines.h"
 
 namespace Tavrin {
 
-/// Tells a person how a pass goes on: how far a wait is, that something fails, and as much of the
-/// log as was asked for.
-class Progress : public Observer {
+/// Tells a person how the pass over one enclosure goes on: how far a wait is, that something fails,
+/// and as much of the log as was asked for.
+class Progress : public LogLines {
  public:
-  /// Log lines up to this level are shown as they are, as -v asks: 0 shows none, else it is at
-  /// least
-  /// 2. `console` outlives the progress.
-  Progress(Console& console, unsigned int shownLevel)
-      : console_(console), shownLevel_(shownLevel) {}
-
-  /// At least errors: those of the environment are always shown.
-  [[nodiscard]] unsigned int LogLevel() const override;
-  void LineWritten(const Standalone::LogLine& line) override;
+  /// `console` outlives the progress. Without `showsAttempts` it tells of nothing that goes well.
+  Progress(Console& console, unsigned int shownLevel, bool showsAttempts)
+      : LogLines(console, shownLevel), console_(console), showsAttempts_(showsAttempts) {}
 
   // The attempts of a wait are shown under its name, and its failures at once.
   void WaitBegins(const std::string& name) override;
@@ -29,7 +22,7 @@ class Progress : public Observer {
 
  private:
   Console& console_;
-  unsigned int shownLevel_;
+  bool showsAttempts_;
   std::string waitName_;
   std::string shownFailure_;
 };
