@@ -189,7 +189,7 @@ TEST(Target, WhatItSaysIsAppliedAndNothingElse) {
   EnclosureSettings enclosure;
   enclosure.password = "sesame";
   enclosure.attempts = 7;
-  Apply({"n1", 6230, "a", {"ann", "file", 17, 2, 0x10, {}, 100}}, enclosure);
+  Apply({"n1", 6230, "a", {"ann", "file", 17, 2, 0x10, {}, 100}, ""}, enclosure);
   EXPECT_EQ(enclosure.host, "n1");
   EXPECT_EQ(enclosure.port, 6230);
   EXPECT_EQ(enclosure.userName, "ann");

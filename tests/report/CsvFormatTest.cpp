@@ -17,8 +17,9 @@ using testing::HasSubstr;
 
 /// The rows of a part.
 std::string Rows(const Reading& reading, Part part) {
+  const Section section = Describe(reading, part).value();
   std::set<std::string> keys;
-  for (const Answer& answer : Describe(reading, part)->answers) {
+  for (const Answer& answer : section.answers) {
     keys.insert(answer.key);
   }
   std::istringstream lines(CsvFormat().document(reading, {"0.1.0"}));
