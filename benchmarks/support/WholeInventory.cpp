@@ -7,9 +7,9 @@
 #include <thread>
 #include <variant>
 
-#include "benchmarks/support/Gate.h"
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "tests/doubles/Operations.h"
+#include "tests/support/Gate.h"
 
 namespace Tavrin {
 namespace {
