@@ -59,7 +59,7 @@ double ProcessorSecondsOfSimulators() {
 
 /// What reading the first `count` enclosures at once takes: them, and the simulators.
 struct Sample {
-  Reading reading;
+  ReadingCost reading;
   double simulatorsSeconds = 0;
 };
 
@@ -69,7 +69,7 @@ Sample ReadFirst(const Simulators& simulators, std::size_t count) {
     enclosures.push_back(SettingsFor(simulators[i].Port()));
   }
   const double simulatorsBefore = ProcessorSecondsOfSimulators();
-  const Reading reading = ReadAtOnce(enclosures);
+  const ReadingCost reading = ReadAtOnce(enclosures);
   return {reading, ProcessorSecondsOfSimulators() - simulatorsBefore};
 }
 
