@@ -12,41 +12,24 @@
 //
 // usage: fleet_double [PAUSE_MS [ROUNDS]]
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <exception>
 #include <fstream>
 #include <iostream>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
-#include "benchmarks/support/Growth.h"
-#include "benchmarks/support/Median.h"
-#include "benchmarks/support/Process.h"
+#include "benchmarks/support/LateAnswers.h"
+#include "benchmarks/support/RunsApart.h"
 #include "fleet/FleetReader.h"
-#include "tests/doubles/Operations.h"
 #include "tests/doubles/Pauses.h"
-#include "tests/doubles/PlatformDouble.h"
 
 namespace Tavrin {
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-constexpr std::chrono::milliseconds kAnswerTime{5};
-
-/// What one run found out. It travels through a pipe as it is.
-struct Run {
-  Cost cost;
-  long memoryKib = 0;
-};
 
 /// Keeps all readings, and sees that each is whole.
 class Keeper : public FleetObserver {
@@ -94,63 +77,15 @@ Run ReadEnclosures(std::size_t count) {
   return {meter.Read(), PeakKib() - before};
 }
 
-/// In a process of its own, so that no run finds memory that an earlier one left behind.
-Run ReadEnclosuresApart(std::size_t count) {
-  std::array<int, 2> ends{};
-  if (pipe(ends.data()) != 0) {
-    throw std::runtime_error("cannot make a pipe");
-  }
-  const pid_t child = fork();
-  if (child < 0) {
-    throw std::runtime_error("cannot start a process");
-  }
-  if (child == 0) {
-    const Run run = ReadEnclosures(count);
-    _exit(write(ends[1], &run, sizeof(run)) == sizeof(run) ? 0 : 1);
-  }
-  close(ends[1]);
-  Run run;
-  const ssize_t length = read(ends[0], &run, sizeof(run));
-  close(ends[0]);
-  waitpid(child, nullptr, 0);
-  if (length != sizeof(run)) {
-    throw std::runtime_error("no figures came of " + std::to_string(count) + " enclosures");
-  }
-  return run;
-}
-
-/// All runs with one number of enclosures.
-struct Runs {
-  Growth growth;
-  std::vector<double> memoryKib = {};  ///< An enclosure's, a value a round.
-};
-
 void Measure(std::chrono::milliseconds pause, int rounds) {
-  Double::ThePlatform().answerTo = [answerTo = Double::SampleAnswersOf(SMM_SECOND_GENERATION)](
-                                       const IPMICOMMAND& request) -> const Double::Bytes& {
-    std::this_thread::sleep_for(kAnswerTime);
-    return answerTo(request);
-  };
+  AnswerLate();
   Double::onPause = [pause](unsigned int /*seconds*/) {
     std::this_thread::sleep_for(pause);
     return 0U;
   };
 
-  std::array all = {Runs{Growth(1)}, Runs{Growth(100)}, Runs{Growth(500)}, Runs{Growth(1000)}};
-  for (int round = 0; round < rounds; ++round) {
-    for (Runs& runs : all) {
-      const std::size_t count = runs.growth.Enclosures();
-      const Run run = ReadEnclosuresApart(count);
-      runs.growth.Add(run.cost, all.front().growth);
-      runs.memoryKib.push_back(static_cast<double>(run.memoryKib) / static_cast<double>(count));
-    }
-  }
-  Json entries = Json::array();
-  for (const Runs& runs : all) {
-    entries.push_back(runs.growth.ToJson());
-    entries.back()["memory_kib_per_enclosure"] = Median(runs.memoryKib);
-  }
-  std::cout << Json{{"pause_ms", pause.count()}, {"runs", entries}}.dump(2) << "\n";
+  const nlohmann::ordered_json runs = RunsApart({1, 100, 500, 1000}, rounds, ReadEnclosures);
+  std::cout << nlohmann::ordered_json{{"pause_ms", pause.count()}, {"runs", runs}}.dump(2) << "\n";
 }
 
 }  // namespace

@@ -7,9 +7,9 @@
 #include <thread>
 #include <variant>
 
-#include "benchmarks/support/Gate.h"
 #include "module/smm/smm_inventory/SMMInventory.h"
 #include "tests/doubles/Operations.h"
+#include "tests/support/Gate.h"
 
 namespace Tavrin {
 namespace {
@@ -59,7 +59,7 @@ void ReadWholeInventory(const TavrinConnection::ConnectionInfo& settings) {
   QueryAll(inventory);
 }
 
-Reading ReadAtOnce(const std::vector<TavrinConnection::ConnectionInfo>& enclosures) {
+ReadingCost ReadAtOnce(const std::vector<TavrinConnection::ConnectionInfo>& enclosures) {
   const std::size_t count = enclosures.size();
   Gate start;
   Gate end;
@@ -82,7 +82,7 @@ Reading ReadAtOnce(const std::vector<TavrinConnection::ConnectionInfo>& enclosur
   const Meter meter;
   start.Open();
   end.WaitFor(count);
-  const Reading reading = {meter.Read(), ResidentKib()};
+  const ReadingCost reading = {meter.Read(), ResidentKib()};
   end.Open();
   for (std::thread& thread : threads) {
     thread.join();

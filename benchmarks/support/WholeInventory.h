@@ -12,13 +12,13 @@ namespace Tavrin {
 /// nodes and 9 PSUs.
 void ReadWholeInventory(const TavrinConnection::ConnectionInfo& settings);
 
-struct Reading {
+struct ReadingCost {
   Cost cost;
   long residentKib = 0;  ///< With all objects and threads still there.
 };
 
 /// Reads the whole inventory of every enclosure at once, with an object and a thread for each.
 /// Throws as ReadWholeInventory() does.
-Reading ReadAtOnce(const std::vector<TavrinConnection::ConnectionInfo>& enclosures);
+ReadingCost ReadAtOnce(const std::vector<TavrinConnection::ConnectionInfo>& enclosures);
 
 }  // namespace Tavrin

@@ -8,12 +8,15 @@
 
 #include "platform/standalone/HexByte.h"
 #include "platform/standalone/ipmi_client/ConnectSettings.h"
+#include "tests/support/Child.h"
 
 namespace Tavrin {
 namespace {
 
 /// What the library passes to its client.
 constexpr unsigned long kCipherSuite = 3;
+/// The controller's logical unit, which ipmi-raw wants in front of each request.
+constexpr const char* kLun = "0";
 
 using Context = std::unique_ptr<ipmi_ctx, decltype(&ipmi_ctx_destroy)>;
 using Standalone::ConnectSettings;
@@ -45,12 +48,14 @@ std::string IpmiRawConfiguration(const TavrinConnection::ConnectionInfo& info,
          std::to_string(patience.retransmissionTimeout.count()) + "\n";
 }
 
-void AppendBytes(std::vector<std::string>& arguments, const IPMICOMMAND& request) {
-  arguments.push_back(Standalone::HexByte(request.netFn));
-  arguments.push_back(Standalone::HexByte(request.cmd));
+/// A request as both tools take it.
+std::vector<std::string> BytesOf(const IPMICOMMAND& request) {
+  std::vector<std::string> bytes = {Standalone::HexByte(request.netFn),
+                                    Standalone::HexByte(request.cmd)};
   for (const std::uint8_t byte : request.data) {
-    arguments.push_back(Standalone::HexByte(byte));
+    bytes.push_back(Standalone::HexByte(byte));
   }
+  return bytes;
 }
 
 }  // namespace
@@ -74,6 +79,18 @@ void BareExchange(const TavrinConnection::ConnectionInfo& info, const IPMICOMMAN
   }
 }
 
+std::string IpmiRawFile(const std::vector<IPMICOMMAND>& requests) {
+  std::string content;
+  for (const IPMICOMMAND& request : requests) {
+    content += kLun;
+    for (const std::string& byte : BytesOf(request)) {
+      content += " " + byte;
+    }
+    content += "\n";
+  }
+  return content;
+}
+
 Patience PatienceOfTheClient(const TavrinConnection::ConnectionInfo& info) {
   const ConnectSettings settings = ClientSettings(info);
   return {std::chrono::milliseconds(settings.sessionTimeoutMs),
@@ -87,32 +104,23 @@ CommandLines::CommandLines(const TavrinConnection::ConnectionInfo& settings,
       ipmitoolPassword_(settings.password + "\n") {}
 
 std::vector<std::string> CommandLines::IpmiRaw(const IPMICOMMAND& request) const {
-  std::vector<std::string> arguments = {
-      "ipmi-raw", "--config-file", ipmiRawConfiguration_.Path(), "-h", HostAndPort(settings_), "0"};
-  AppendBytes(arguments, request);
-  return arguments;
+  return Joined({"ipmi-raw", "--config-file", ipmiRawConfiguration_.Path(), "-h",
+                 HostAndPort(settings_), kLun},
+                BytesOf(request));
+}
+
+std::vector<std::string> CommandLines::IpmiRaw(const TemporaryFile& requests) const {
+  return {"ipmi-raw", "--config-file",        ipmiRawConfiguration_.Path(),
+          "-h",       HostAndPort(settings_), "--file=" + requests.Path()};
 }
 
 // Without a cipher suite on its command line ipmitool would ask for those that the controller has.
 std::vector<std::string> CommandLines::Ipmitool(const IPMICOMMAND& request) const {
-  std::vector<std::string> arguments = {"ipmitool",
-                                        "-I",
-                                        "lanplus",
-                                        "-H",
-                                        settings_.address,
-                                        "-p",
-                                        std::to_string(settings_.port),
-                                        "-U",
-                                        settings_.userName,
-                                        "-f",
-                                        ipmitoolPassword_.Path(),
-                                        "-C",
-                                        std::to_string(kCipherSuite),
-                                        "-L",
-                                        "ADMINISTRATOR",
-                                        "raw"};
-  AppendBytes(arguments, request);
-  return arguments;
+  return Joined(
+      {"ipmitool", "-I", "lanplus", "-H", settings_.address, "-p", std::to_string(settings_.port),
+       "-U", settings_.userName, "-f", ipmitoolPassword_.Path(), "-C", std::to_string(kCipherSuite),
+       "-L", "ADMINISTRATOR", "raw"},
+      BytesOf(request));
 }
 
 }  // namespace Tavrin

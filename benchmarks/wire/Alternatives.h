@@ -24,8 +24,12 @@ struct Patience {
 /// As long as the library's client does at first.
 Patience PatienceOfTheClient(const TavrinConnection::ConnectionInfo& info);
 
+/// The content of a file from which ipmi-raw takes its requests.
+std::string IpmiRawFile(const std::vector<IPMICOMMAND>& requests);
+
 /// The command lines of FreeIPMI's ipmi-raw and of ipmitool that send one request each. The
-/// password is in files.
+/// password is in files. ipmi-raw takes a range of hosts as an address, too, and asks up to 64 of
+/// them at once.
 class CommandLines {
  public:
   explicit CommandLines(const TavrinConnection::ConnectionInfo& settings)
@@ -35,6 +39,8 @@ class CommandLines {
   CommandLines(const TavrinConnection::ConnectionInfo& settings, const Patience& patience);
 
   std::vector<std::string> IpmiRaw(const IPMICOMMAND& request) const;
+  /// All requests of a file, to each host in one session.
+  std::vector<std::string> IpmiRaw(const TemporaryFile& requests) const;
   std::vector<std::string> Ipmitool(const IPMICOMMAND& request) const;
 
  private:

@@ -4,16 +4,11 @@
 //
 // usage: many_enclosures_simulated
 
-#include <sys/types.h>
-#include <unistd.h>
-
 #include <cstdlib>
-#include <ctime>
 #include <deque>
 #include <exception>
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -32,34 +27,9 @@ using Simulators = std::deque<LargestEnclosure>;
 constexpr std::size_t kMostEnclosures = 32;
 constexpr int kRounds = 7;
 
-double ProcessorSecondsOf(pid_t process) {
-  clockid_t clock{};
-  timespec time{};
-  if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0) {
-    throw std::runtime_error("a simulator is gone");
-  }
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
-/// What the simulators, each a launcher and the `ipmi_sim` that it started, have taken until now.
-double ProcessorSecondsOfSimulators() {
-  const std::vector<pid_t> launchers = ChildrenOf(getpid());
-  if (launchers.size() != kMostEnclosures) {
-    throw std::runtime_error("not all simulators are found among this process's children");
-  }
-  double sum = 0;
-  for (const pid_t launcher : launchers) {
-    sum += ProcessorSecondsOf(launcher);
-    for (const pid_t simulator : ChildrenOf(launcher)) {
-      sum += ProcessorSecondsOf(simulator);
-    }
-  }
-  return sum;
-}
-
 /// What reading the first `count` enclosures at once takes: them, and the simulators.
 struct Sample {
-  Reading reading;
+  ReadingCost reading;
   double simulatorsSeconds = 0;
 };
 
@@ -68,9 +38,9 @@ Sample ReadFirst(const Simulators& simulators, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     enclosures.push_back(SettingsFor(simulators[i].Port()));
   }
-  const double simulatorsBefore = ProcessorSecondsOfSimulators();
-  const Reading reading = ReadAtOnce(enclosures);
-  return {reading, ProcessorSecondsOfSimulators() - simulatorsBefore};
+  const double simulatorsBefore = ProcessorSecondsOfSimulators(kMostEnclosures);
+  const ReadingCost reading = ReadAtOnce(enclosures);
+  return {reading, ProcessorSecondsOfSimulators(kMostEnclosures) - simulatorsBefore};
 }
 
 /// All that was read with one number of enclosures.

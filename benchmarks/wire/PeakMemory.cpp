@@ -1,7 +1,8 @@
-// Runs a program, whose output is dropped, and prints the most memory that it had resident, in KiB.
+// Runs a program and prints, behind its output, a line with the most memory that it had resident,
+// in KiB. Ends with the program's exit code, or with 1 when a signal ended it.
+//
 // usage: peak_memory PROGRAM ARGUMENT...
 
-#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,16 +16,15 @@ int main(int argc, char** argv) {
   }
   const pid_t process = fork();
   if (process == 0) {
-    dup2(open("/dev/null", O_WRONLY), STDOUT_FILENO);
     execvp(argv[1], argv + 1);
     _exit(127);
   }
   int status = 0;
   rusage usage{};
-  if (wait4(process, &status, 0, &usage) != process || status != 0) {
+  if (wait4(process, &status, 0, &usage) != process || !WIFEXITED(status)) {
     static_cast<void>(std::fprintf(stderr, "peak_memory: %s failed\n", argv[1]));
     return 1;
   }
   std::printf("%ld\n", usage.ru_maxrss);
-  return 0;
+  return WEXITSTATUS(status);
 }

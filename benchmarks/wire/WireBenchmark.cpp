@@ -159,12 +159,11 @@ Json CountRoundTrips(Relay& relay, SMMInventory& inventory,
 
 long PeakMemory(Arguments arguments) {
   arguments.insert(arguments.begin(), PEAK_MEMORY);
-  Child child(arguments, {"PATH=/usr/bin:/bin:/usr/sbin"});
-  const std::string line = child.ReadLine();
-  if (line.empty()) {
-    throw std::runtime_error("no memory was measured: " + child.Wait().error);
+  const Listened listened = Listen(arguments);
+  if (listened.exitCode != 0) {
+    throw std::runtime_error("no memory was measured: " + arguments.at(1) + " failed");
   }
-  return std::stol(line);
+  return std::stol(listened.lines.back().text);
 }
 
 long PeakMemoryOfBiggest(const std::vector<Arguments>& lines) {

@@ -5,11 +5,9 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <csignal>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -17,6 +15,7 @@
 
 #include "platform/standalone/ipmi_client/ConnectControl.h"
 #include "tests/reading/ScriptedEnclosure.h"
+#include "tests/support/Gate.h"
 
 namespace Tavrin {
 namespace {
@@ -34,26 +33,6 @@ using Clock = std::chrono::steady_clock;
 
 /// What a busy machine may add.
 constexpr milliseconds kGrace{700};
-
-/// Where threads wait until it is opened.
-class Barrier {
- public:
-  ~Barrier() { Open(); }
-  void Wait() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    opening_.wait(lock, [this] { return isOpen_; });
-  }
-  void Open() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    isOpen_ = true;
-    opening_.notify_all();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable opening_;
-  bool isOpen_ = false;
-};
 
 /// Keeps what is told of each enclosure and of its pass, and that it comes on one thread.
 class Witness : public FleetObserver {
@@ -141,7 +120,7 @@ class Fleet : public testing::Test {
     settings_.spread = milliseconds(0);
   }
   ~Fleet() override {
-    barrier_->Open();
+    gate_->Open();
     EXPECT_TRUE(HasNoThreadLeft());
     Standalone::AllowExchanges();
     Double::platformOfHost = nullptr;
@@ -169,9 +148,9 @@ class Fleet : public testing::Test {
     return std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
   }
 
-  /// Stays in the middle of an answer until the test opens its barrier.
+  /// Stays in the middle of an answer until the test opens the gate.
   Answering Sticks() const {
-    return [barrier = barrier_](Double::Exchange&) { barrier->Wait(); };
+    return [gate = gate_](Double::Exchange&) { gate->Pass(); };
   }
 
   static bool HasNoThreadLeft() {
@@ -182,7 +161,7 @@ class Fleet : public testing::Test {
     return CountFleetThreads() == 0;
   }
 
-  const std::shared_ptr<Barrier> barrier_ = std::make_shared<Barrier>();
+  const std::shared_ptr<Gate> gate_ = std::make_shared<Gate>();
   std::map<std::string, std::unique_ptr<ScriptedSmm>> smms_;
   std::vector<EnclosureSettings> enclosures_;
   FleetSettings settings_;
@@ -310,7 +289,7 @@ TEST_F(Fleet, LateThreadTouchesNothingThatIsGone) {
     EXPECT_THAT(witness.order, ElementsAre(0));
   }
   EXPECT_EQ(CountFleetThreads(), 1U);
-  barrier_->Open();
+  gate_->Open();
   EXPECT_TRUE(HasNoThreadLeft());
   EXPECT_TRUE(isOver);
 }

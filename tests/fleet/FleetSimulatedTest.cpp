@@ -11,6 +11,7 @@
 #include "tests/faults/LeftBehind.h"
 #include "tests/support/Faults.h"
 #include "tests/support/Relay.h"
+#include "tests/support/SimulatedSettings.h"
 #include "tests/support/SimulatedSmm.h"
 #include "tests/support/UdpPort.h"
 #include "tests/support/UdpResponder.h"
@@ -60,16 +61,7 @@ class SimulatedFleet : public testing::Test {
   }
   ~SimulatedFleet() override { Standalone::AllowExchanges(); }
 
-  void Add(std::uint16_t port) {
-    constexpr int kOpenSessionPrivilege = 16;
-    EnclosureSettings enclosure;
-    enclosure.host = "127.0.0.1";
-    enclosure.port = port;
-    enclosure.userName = "admin";
-    enclosure.password = "sesame";
-    enclosure.workaroundFlags = kOpenSessionPrivilege;
-    enclosures_.push_back(enclosure);
-  }
+  void Add(std::uint16_t port) { enclosures_.push_back(SimulatedAt(port)); }
 
   milliseconds Read() {
     begin_ = Clock::now();

@@ -9,6 +9,7 @@
 #include "platform/GlobalConfig.h"
 #include "reading/Enclosure.h"
 #include "tests/support/Relay.h"
+#include "tests/support/SimulatedSettings.h"
 #include "tests/support/SimulatedSmm.h"
 #include "tests/support/UdpPort.h"
 
@@ -25,15 +26,9 @@ const std::vector<std::string> kSecond253 = {"--generation", "2", "--platform", 
 const std::vector<Part> kParts = {Part::Identity, Part::ChassisPower, Part::PsuFans,
                                   Part::PsuStatus};
 
-/// How an SMM on loopback is reached, by a client that notices silence after a second.
+/// For a client that notices silence after a second.
 EnclosureSettings SettingsAt(std::uint16_t port) {
-  constexpr int kOpenSessionPrivilege = 16;
-  EnclosureSettings settings;
-  settings.host = "127.0.0.1";
-  settings.port = port;
-  settings.userName = "admin";
-  settings.password = "sesame";
-  settings.workaroundFlags = kOpenSessionPrivilege;
+  EnclosureSettings settings = SimulatedAt(port);
   settings.sessionTimeoutMs = 1000;
   return settings;
 }
