@@ -100,7 +100,7 @@ class Switching:
         """Every source is read with the headers that it includes."""
         found: dict[str, list[Mutant]] = {}
         for source in self._compiled():
-            unit = self._parse(source, {}, TranslationUnit.PARSE_DETAILED_PROCESSING_RECORD)
+            unit = self._parse(source, {}, TranslationUnit.PARSE_DETAILED_PROCESSING_RECORD, [])
             included = {str(include.include) for include in unit.get_includes()} | {str(self.tree / source)}
             for path in set(self.texts) - set(found):
                 if str(self.tree / path) in included:
@@ -115,7 +115,7 @@ class Switching:
         for source in self._compiled():
             while True:
                 texts = {path: text for path, (text, _) in self._switched.items()}
-                unit = self._parse(source, texts, 0)
+                unit = self._parse(source, texts, 0, ["-include", str(self.switch)])
                 errors = [each for each in unit.diagnostics if each.severity >= Diagnostic.Error]
                 if not errors:
                     break
@@ -142,9 +142,9 @@ class Switching:
         for path in {self.mutants.pop(number).path for number in numbers}:
             self._switched[path] = self._switch(path)
 
-    def _parse(self, source: str, texts: dict[str, str], options: int) -> TranslationUnit:
+    def _parse(self, source: str, texts: dict[str, str], options: int, include: list[str]) -> TranslationUnit:
         unsaved = [(str(self.tree / path), text.encode("latin-1")) for path, text in {**self.texts, **texts}.items()]
-        arguments = [*self.arguments(source), "-include", str(self.switch), "-ferror-limit=0", "-Werror=vla"]
+        arguments = [*self.arguments(source), *include, "-ferror-limit=0", "-Werror=vla"]
         return Index.create().parse(str(self.tree / source), args=arguments, unsaved_files=unsaved, options=options)
 
     def _culprits(self, error: Diagnostic) -> set[int]:

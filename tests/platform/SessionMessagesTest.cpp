@@ -15,8 +15,8 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-const std::string kUserName = "admin";
-const std::string kPassword = "sesame";
+const std::string kSessionUser = "admin";
+const std::string kSessionPassword = "sesame";
 constexpr std::uint32_t kSessionId = 0x11223344;
 
 /// A controller at the other end of a session, with the same keys.
@@ -24,7 +24,7 @@ class SessionMessages : public testing::TestWithParam<int> {
  protected:
   static void SetUpTestSuite() { ipmi_rmcpplus_init(); }
 
-  SessionMessages() : login(kUserName, kPassword) {
+  SessionMessages() : login(kSessionUser, kSessionPassword) {
     login.privilegeLevel = 4;
     ipmi_cipher_suite_id_to_algorithms(
         static_cast<std::uint8_t>(GetParam()), &login.algorithms.authentication,

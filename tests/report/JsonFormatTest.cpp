@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -33,7 +32,12 @@ std::string At(const std::string& document, const std::string& pointer) {
 
 /// The document without what breaks its lines.
 std::string OneLine(const Reading& reading) {
-  return std::regex_replace(Document(reading), std::regex("\n *"), "");
+  std::string text = Document(reading);
+  std::size_t lineBreak = 0;
+  while ((lineBreak = text.find('\n', lineBreak)) != std::string::npos) {
+    text.erase(lineBreak, text.find_first_not_of(' ', lineBreak + 1) - lineBreak);
+  }
+  return text;
 }
 
 /// Holds every document that a test looked into against the schema, all at once at the end.

@@ -1,11 +1,13 @@
 #include "tests/secrets/Traces.h"
 
 #include <cstdint>
-#include <regex>
 #include <string_view>
 
 namespace Tavrin {
 namespace {
+
+constexpr std::string_view kBase64Digits =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 /// The digits that the bytes have at so many bits a digit, whole ones alone.
 std::string Encoded(const std::string& bytes, std::string_view digits, std::size_t bitsEach) {
@@ -25,16 +27,22 @@ std::string Encoded(const std::string& bytes, std::string_view digits, std::size
 /// The characters of a base64 text that `bytes` alone decide, when `offset` other bytes come before
 /// them in their group of three.
 std::string Base64Core(const std::string& bytes, std::size_t offset) {
-  constexpr std::string_view digits =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   const std::size_t foreignCharacters = offset == 0 ? 0 : offset + 1;
-  return Encoded(std::string(offset, '\0') + bytes, digits, 6).substr(foreignCharacters);
+  return Encoded(std::string(offset, '\0') + bytes, kBase64Digits, 6).substr(foreignCharacters);
 }
 
 /// The text without anything that programs put between or before bytes when they show them.
 std::string Joined(const std::string& text) {
-  static const std::regex between(R"(0[xX]|\\x|[^0-9A-Za-z+/])");
-  return std::regex_replace(text, between, "");
+  std::string joined;
+  for (std::size_t index = 0; index < text.size(); ++index) {
+    const std::string_view pair = std::string_view(text).substr(index, 2);
+    if (pair == "0x" || pair == "0X" || pair == "\\x") {
+      ++index;
+    } else if (kBase64Digits.find(text[index]) != std::string_view::npos) {
+      joined += text[index];
+    }
+  }
+  return joined;
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ static_assert(std::atomic<Clock::rep>::is_always_lock_free);
 
 std::atomic<int> openSessions{0};
 
-thread_local Clock::time_point deadline = Clock::time_point::max();
+thread_local Clock::time_point deadlineOfThread = Clock::time_point::max();
 
 }  // namespace
 
@@ -34,11 +34,11 @@ bool AreExchangesStopped() noexcept { return stoppedAt != kNotStopped; }
 
 int CountOpenSessions() noexcept { return openSessions; }
 
-ThreadDeadline::ThreadDeadline(Clock::time_point end) : before_(deadline) {
-  deadline = std::min(end, before_);
+ThreadDeadline::ThreadDeadline(Clock::time_point end) : before_(deadlineOfThread) {
+  deadlineOfThread = std::min(end, before_);
 }
 
-ThreadDeadline::~ThreadDeadline() { deadline = before_; }
+ThreadDeadline::~ThreadDeadline() { deadlineOfThread = before_; }
 
 CountedSession::CountedSession() { ++openSessions; }
 
@@ -46,13 +46,14 @@ CountedSession::~CountedSession() { --openSessions; }
 
 Clock::time_point EndOfExchanges() {
   const Clock::rep stop = stoppedAt;
-  return stop == kNotStopped ? deadline
-                             : std::min(deadline, Clock::time_point(Clock::duration(stop)));
+  return stop == kNotStopped ? deadlineOfThread
+                             : std::min(deadlineOfThread, Clock::time_point(Clock::duration(stop)));
 }
 
 /// Exchanges may have been allowed again meanwhile, which does not revive the one that failed.
 Failure InterruptionFailure() {
-  const bool isDeadline = deadline != Clock::time_point::max() && EndOfExchanges() == deadline;
+  const bool isDeadline =
+      deadlineOfThread != Clock::time_point::max() && EndOfExchanges() == deadlineOfThread;
   return FailureOf(isDeadline ? Trouble::TimeOver : Trouble::Stopped);
 }
 
