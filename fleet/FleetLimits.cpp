@@ -12,8 +12,9 @@ namespace {
 /// For what the program opens meanwhile, such as a file to write to.
 constexpr std::size_t kSpare = 16;
 
-/// Where the system does not tell, as many as a small program has.
-std::size_t OpenDescriptors() {
+/// A few more than there are, since the folder itself is among its entries; where the system does
+/// not tell, as many as a small program has.
+std::size_t AtMostOpenDescriptors() {
   constexpr std::size_t kGuess = 16;
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir("/proc/self/fd"), closedir);
   if (!directory) {
@@ -41,7 +42,7 @@ std::size_t RaiseLimit(std::size_t needed) {
 }  // namespace
 
 DescriptorLimit MakeRoomForDescriptors(std::size_t enclosures) {
-  const std::size_t others = OpenDescriptors() + kSpare;
+  const std::size_t others = AtMostOpenDescriptors() + kSpare;
   DescriptorLimit room;
   room.needed = others + enclosures * kDescriptorsOfEnclosure;
   room.limit = RaiseLimit(room.needed);

@@ -7,7 +7,7 @@ namespace Tavrin {
 
 void FleetMailbox::Post(FleetMail mail) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  if (!places_.at(mail.index).isClosed) {
+  if (!slots_.at(mail.index).isClosed) {
     mail_.push_back(std::move(mail));
     arrival_.notify_one();
   }
@@ -17,8 +17,8 @@ void FleetMailbox::Post(std::size_t index, Part part, const Reading& soFar) {
   const auto copy = std::make_shared<const Reading>(soFar);
   PassEvent event = [copy, part](Observer& observer) { observer.PartRead(*copy, part); };
   const std::lock_guard<std::mutex> lock(mutex_);
-  if (!places_.at(index).isClosed) {
-    places_.at(index).soFar = copy;
+  if (!slots_.at(index).isClosed) {
+    slots_.at(index).soFar = copy;
     mail_.push_back({index, std::move(event)});
     arrival_.notify_one();
   }
@@ -26,12 +26,12 @@ void FleetMailbox::Post(std::size_t index, Part part, const Reading& soFar) {
 
 Reading FleetMailbox::Close(std::size_t index) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  Place& place = places_.at(index);
-  place.isClosed = true;
+  Slot& slot = slots_.at(index);
+  slot.isClosed = true;
   mail_.erase(std::remove_if(mail_.begin(), mail_.end(),
                              [index](const FleetMail& mail) { return mail.index == index; }),
               mail_.end());
-  const std::shared_ptr<const Reading> soFar = std::move(place.soFar);
+  const std::shared_ptr<const Reading> soFar = std::move(slot.soFar);
   return soFar ? *soFar : Reading();
 }
 

@@ -8,26 +8,6 @@
 
 namespace Tavrin {
 
-/// How the reading of one enclosure ended.
-enum class FleetEnding {
-  Complete,  ///< By itself, whatever it gave: nobody may have been there, or the user refused.
-  TimedOut,  ///< The time for one enclosure was over before.
-  Stopped    ///< Exchanges were stopped before (ConnectControl.h), or before it could begin.
-};
-
-/// What the reading of one enclosure gave.
-struct FleetResult {
-  /// The enclosure's place among those that were asked for, counted from 0.
-  std::size_t index = 0;
-
-  FleetEnding ending = FleetEnding::Complete;
-
-  /// Everything that was asked for is in it, also what failed or could not be asked any more, each
-  /// with its cause: of what a time-out or a stop kept from being read, FailureCause::TimeOver or
-  /// Stopped. Where not even the detection came about, `failure` says why, and it is all there is.
-  Reading reading;
-};
-
 /// Is told how the reading of enclosures goes on: one call at a time, all on the thread that reads
 /// the fleet, which looks at nothing else meanwhile. The reading of the enclosures goes on during a
 /// call, but a slow one delays what comes behind it, time-outs included. Each call does nothing
@@ -46,16 +26,18 @@ class FleetObserver {
   /// The reading of that enclosure begins now.
   virtual void EnclosureBegins(std::size_t /*index*/) {}
 
-  /// Who is told how the pass over that enclosure goes on, all of it as Enclosure tells it but a
-  /// little later, and for as long as FleetReader::Read() does not return; null where nobody is. Is
-  /// asked anew for each call. Its calls are like those of this class: they may throw, and are made
-  /// on the thread that reads the fleet. FleetSettings::logLevel counts, not its LogLevel().
+  /// The observer that is told how the pass over that enclosure goes on, or null for none. Is asked
+  /// before each call, so that it may change, and lives until FleetReader::Read() returns. Its
+  /// calls come a little later than Enclosure makes them, on the thread of this class, and may
+  /// throw. Its LogLevel() is not asked: FleetSettings::logLevel decides.
   virtual Observer* ObserverOf(std::size_t /*index*/) { return nullptr; }
 
   /// The reading of one enclosure ended, in whichever order they do. Is told exactly once for each,
-  /// also for one that never began, and is the last that is told of it. `result` is the observer's
-  /// to take.
-  virtual void EnclosureEnded(FleetResult&& /*result*/) {}
+  /// also for one that never began, and is the last that is told of it. Everything that was asked
+  /// for is in the reading, also what failed or could not be asked any more, each with its cause:
+  /// of what a time-out or a stop kept from being read, FailureCause::TimeOver or Stopped. Where
+  /// not even the detection came about, `failure` says why, and it is all there is.
+  virtual void EnclosureEnded(std::size_t /*index*/, Reading&& /*reading*/) {}
 
   /// Is told about 20 times a second, also while nothing else happens: for whoever shows the time.
   virtual void TimePasses() {}

@@ -34,7 +34,7 @@ constexpr milliseconds kUntilSessionsAreClosed{1900};
 /// How long the session of an abandoned thread may take to be closed.
 constexpr milliseconds kUntilAbandonedAreClosed{500};
 
-QueryOutcome Unread(FailureCause kind, const char* words) {
+QueryOutcome NotAsked(FailureCause kind, const char* words) {
   QueryOutcome outcome;
   outcome.status = StatusCode::NotConnected;
   outcome.cause.kind = kind;
@@ -45,17 +45,15 @@ QueryOutcome Unread(FailureCause kind, const char* words) {
 /// The enclosures of one call, as far as they have come.
 class FleetRun {
  public:
+  /// `fanout` is how many are read at once, at least 1.
   FleetRun(const std::vector<EnclosureSettings>& enclosures, const FleetSettings& settings,
-           FleetObserver& observer)
+           std::size_t fanout, FleetObserver& observer)
       : enclosures_(enclosures),
         settings_(std::make_shared<const FleetSettings>(settings)),
         observer_(observer),
         mailbox_(std::make_shared<FleetMailbox>(enclosures.size())),
-        fanout_(std::min(settings.fanout, enclosures.size())),
-        gap_(settings.spread / std::max<std::size_t>(fanout_, 1)) {}
-
-  /// Reads at most so many at once.
-  void Lower(std::size_t fanout) { fanout_ = std::min(fanout_, fanout); }
+        fanout_(fanout),
+        gap_(settings.spread / fanout) {}
 
   void Go();
 
@@ -66,20 +64,20 @@ class FleetRun {
     Stopwatch stopwatch;
     std::optional<Clock::time_point> deadline;
   };
-  using Place = std::list<Begun>::iterator;
+  using Running = std::list<Begun>::iterator;
 
   void BeginDue();
   bool Begin();
   void TakeMail(Clock::time_point deadline);
   void Take(FleetMail& mail);
   void GiveUpOverdue();
-  void GiveUp(Place place, FleetEnding ending, const QueryOutcome& why);
-  void End(Place place, FleetResult result);
+  void GiveUp(Running running, const QueryOutcome& why);
+  void End(Running running, Reading reading);
   void Stop();
   void HandOverUnbegun();
-  void AwaitClosedSessions(milliseconds time);
+  void AwaitSessionsOfAbandoned();
   [[nodiscard]] Clock::time_point NextTick() const;
-  Place Find(std::size_t index);
+  Running Find(std::size_t index);
 
   const std::vector<EnclosureSettings>& enclosures_;
   const std::shared_ptr<const FleetSettings> settings_;
@@ -105,7 +103,7 @@ void FleetRun::Go() {
     GiveUpOverdue();
   }
   if (isAnyAbandoned_) {
-    AwaitClosedSessions(kUntilAbandonedAreClosed);
+    AwaitSessionsOfAbandoned();
   }
 }
 
@@ -149,11 +147,10 @@ bool FleetRun::Begin() {
         "this machine has no thread left for another enclosure; {} are read at once", fanout_));
     return false;
   }
-  const auto place = begun_.insert(begun_.end(), {next_++, stopwatch, deadline});
-  observer_.EnclosureBegins(place->index);
+  const auto running = begun_.insert(begun_.end(), {next_++, stopwatch, deadline});
+  observer_.EnclosureBegins(running->index);
   if (error != 0) {
-    GiveUp(place, FleetEnding::Complete,
-           Unread(FailureCause::Memory, "this machine has no thread left"));
+    GiveUp(running, NotAsked(FailureCause::Memory, "this machine has no thread left"));
   }
   return true;
 }
@@ -165,7 +162,7 @@ void FleetRun::TakeMail(Clock::time_point deadline) {
   observer_.TimePasses();
 }
 
-FleetRun::Place FleetRun::Find(std::size_t index) {
+FleetRun::Running FleetRun::Find(std::size_t index) {
   return std::find_if(begun_.begin(), begun_.end(),
                       [index](const Begun& one) { return one.index == index; });
 }
@@ -176,11 +173,11 @@ void FleetRun::Take(FleetMail& mail) {
     if (Observer* const observer = observer_.ObserverOf(index)) {
       (*tell)(*observer);
     }
-  } else if (auto* const result = std::get_if<FleetResult>(&mail.content)) {
+  } else if (auto* const reading = std::get_if<Reading>(&mail.content)) {
     mailbox_->Close(index);
-    End(Find(index), std::move(*result));
+    End(Find(index), std::move(*reading));
   } else {
-    GiveUp(Find(index), FleetEnding::Complete, std::get<QueryOutcome>(mail.content));
+    GiveUp(Find(index), std::get<QueryOutcome>(mail.content));
   }
 }
 
@@ -190,30 +187,28 @@ void FleetRun::GiveUpOverdue() {
     const auto one = place++;
     if (one->deadline && *one->deadline <= now) {
       isAnyAbandoned_ = true;
-      GiveUp(one, FleetEnding::TimedOut,
-             Unread(FailureCause::TimeOver, "the time given for this enclosure is over"));
+      GiveUp(one, NotAsked(FailureCause::TimeOver, "the time given for this enclosure is over"));
     }
   }
 }
 
 /// Hands over what was read so far; `why` there is not more.
-void FleetRun::GiveUp(Place place, FleetEnding ending, const QueryOutcome& why) {
-  const EnclosureSettings& enclosure = enclosures_[place->index];
-  FleetResult result{place->index, ending, mailbox_->Close(place->index)};
-  result.reading.address = AddressText(enclosure.host, enclosure.port);
-  result.reading.readAt = place->stopwatch.Begin();
-  result.reading.duration = place->stopwatch.Duration();
+void FleetRun::GiveUp(Running running, const QueryOutcome& why) {
+  const EnclosureSettings& enclosure = enclosures_[running->index];
+  Reading reading = mailbox_->Close(running->index);
+  Stamp(reading, enclosure, running->stopwatch);
   if (settings_->psu == 0) {
-    FillUnread(settings_->parts, why, result.reading);
+    FillUnread(settings_->parts, why, reading);
   } else {
-    FillUnselected(settings_->psu, why, result.reading);
+    FillUnselected(settings_->psu, why, reading);
   }
-  End(place, std::move(result));
+  End(running, std::move(reading));
 }
 
-void FleetRun::End(Place place, FleetResult result) {
-  begun_.erase(place);
-  observer_.EnclosureEnded(std::move(result));
+void FleetRun::End(Running running, Reading reading) {
+  const std::size_t index = running->index;
+  begun_.erase(running);
+  observer_.EnclosureEnded(index, std::move(reading));
 }
 
 /// Takes what comes while sessions are closed, and gives up the rest.
@@ -229,20 +224,20 @@ void FleetRun::Stop() {
     TakeMail(now + kTick);
   }
   while (!begun_.empty()) {
-    GiveUp(begun_.begin(), FleetEnding::Stopped, Unread(FailureCause::Stopped, "stopped"));
+    GiveUp(begun_.begin(), NotAsked(FailureCause::Stopped, "stopped"));
   }
   HandOverUnbegun();
 }
 
 void FleetRun::HandOverUnbegun() {
   for (; next_ < enclosures_.size(); ++next_) {
-    GiveUp(begun_.insert(begun_.end(), {next_, {}, {}}), FleetEnding::Stopped,
-           Unread(FailureCause::Stopped, "stopped before it began"));
+    GiveUp(begun_.insert(begun_.end(), {next_, {}, {}}),
+           NotAsked(FailureCause::Stopped, "stopped before it began"));
   }
 }
 
-void FleetRun::AwaitClosedSessions(milliseconds time) {
-  const auto end = Clock::now() + time;
+void FleetRun::AwaitSessionsOfAbandoned() {
+  const auto end = Clock::now() + kUntilAbandonedAreClosed;
   while (Standalone::CountOpenSessions() > 0 && Clock::now() < end) {
     TakeMail(std::min(end, Clock::now() + kTick));
   }
@@ -267,7 +262,6 @@ FleetReader::FleetReader(FleetSettings settings) : settings_(std::move(settings)
 
 void FleetReader::Read(const std::vector<EnclosureSettings>& enclosures,
                        FleetObserver& observer) const {
-  FleetRun run(enclosures, settings_, observer);
   const std::size_t atOnce = std::min(settings_.fanout, enclosures.size());
   const DescriptorLimit room = MakeRoomForDescriptors(atOnce);
   if (room.enclosures < atOnce) {
@@ -278,9 +272,8 @@ void FleetReader::Read(const std::vector<EnclosureSettings>& enclosures,
       throw UsageError(lack);
     }
     observer.Noted(fmt::format("{}; {} are", lack, room.enclosures));
-    run.Lower(room.enclosures);
   }
-  run.Go();
+  FleetRun(enclosures, settings_, std::max<std::size_t>(room.enclosures, 1), observer).Go();
 }
 
 }  // namespace Tavrin

@@ -62,13 +62,13 @@ class FleetReader {
   /// When the time for one is over, its result is handed over at once with what was read so far,
   /// and its thread is abandoned: the pauses of the library cannot be cut short. An abandoned
   /// thread sends nothing more, but what closes its session, and ends by itself within 18 seconds;
-  /// it keeps to itself what it still needs. A program may end before.
+  /// it keeps to itself what it still needs. A program may end before. This returns once no session
+  /// is open any more, and waits half a second for that at most.
   ///
   /// When exchanges are stopped (StopExchanges() of ConnectControl.h, on any thread or in the
   /// handler of a signal), what was read so far is handed over, for those that did not begin that
   /// they did not, and this returns: within 0.3 s when no session is open in the process, otherwise
-  /// when all are closed, and within 2 s at the latest. Before it returns behind a time-out, it
-  /// waits for half a second at most until no session is open.
+  /// when all are closed, and within 2 s at the latest.
   ///
   /// Raises the process's limit of open files as far as needed and possible. Throws
   /// UsageError when not even one enclosure can be read for want of them; when fewer fit than the

@@ -28,9 +28,9 @@ namespace {
 constexpr std::size_t kStackSize = std::size_t{FLEET_STACK_KIB} * 1024;
 
 /// Leaves what the observer of a pass is told.
-class Messenger : public Observer {
+class ForwardingObserver : public Observer {
  public:
-  explicit Messenger(const FleetErrand& errand) : errand_(errand) {}
+  explicit ForwardingObserver(const FleetErrand& errand) : errand_(errand) {}
 
   [[nodiscard]] unsigned int LogLevel() const override { return errand_.settings->logLevel; }
   void LineWritten(const Standalone::LogLine& line) override {
@@ -62,8 +62,8 @@ class Messenger : public Observer {
   const FleetErrand& errand_;
 };
 
-/// Asks whether anybody is there, and says in `reading` when nobody is.
-bool IsPresent(const FleetErrand& errand, Messenger& messenger, Reading& reading) {
+/// Why nobody can be read there, where nobody is.
+std::optional<QueryOutcome> FindAbsence(const FleetErrand& errand, ForwardingObserver& messenger) {
   const Standalone::ThreadLog log(
       messenger.LogLevel(),
       [&messenger](const Standalone::LogLine& line) { messenger.LineWritten(line); });
@@ -71,39 +71,33 @@ bool IsPresent(const FleetErrand& errand, Messenger& messenger, Reading& reading
   const Standalone::LastExchange exchange =
       Standalone::AskPresence(errand.enclosure.host, errand.enclosure.port);
   if (exchange.cause == Standalone::FailureCause::None) {
-    return true;
+    return std::nullopt;
   }
-  reading.failure.emplace();
-  reading.failure->status = StatusCode::NotConnected;
-  reading.failure->cause = CauseOf(exchange);
-  stopwatch.Stamp(*reading.failure);
-  return false;
+  QueryOutcome absence;
+  absence.status = StatusCode::NotConnected;
+  absence.cause = CauseOf(exchange);
+  stopwatch.Stamp(absence);
+  return absence;
 }
 
-Reading MakePass(const FleetErrand& errand, Messenger& messenger) {
+Reading MakePass(const FleetErrand& errand, ForwardingObserver& messenger) {
   Enclosure enclosure(errand.enclosure);
   const FleetSettings& settings = *errand.settings;
   return settings.psu == 0 ? enclosure.Read(settings.parts, messenger)
                            : enclosure.SelectPsu(settings.psu, messenger);
 }
 
-Reading ReadPresent(const FleetErrand& errand, Messenger& messenger) {
+Reading ReadPresent(const FleetErrand& errand, ForwardingObserver& messenger) {
   const Stopwatch stopwatch;
   Reading reading;
-  if (!errand.settings->asksPresence || IsPresent(errand, messenger, reading)) {
+  if (errand.settings->asksPresence) {
+    reading.failure = FindAbsence(errand, messenger);
+  }
+  if (!reading.failure) {
     reading = MakePass(errand, messenger);
   }
-  reading.address = AddressText(errand.enclosure.host, errand.enclosure.port);
-  reading.readAt = stopwatch.Begin();
-  reading.duration = stopwatch.Duration();
+  Stamp(reading, errand.enclosure, stopwatch);
   return reading;
-}
-
-FleetEnding EndingOf(const FleetErrand& errand) {
-  if (errand.deadline && std::chrono::steady_clock::now() >= *errand.deadline) {
-    return FleetEnding::TimedOut;
-  }
-  return Standalone::AreExchangesStopped() ? FleetEnding::Stopped : FleetEnding::Complete;
 }
 
 void ReadEnclosure(const FleetErrand& errand) {
@@ -111,10 +105,8 @@ void ReadEnclosure(const FleetErrand& errand) {
   if (errand.deadline) {
     deadline.emplace(*errand.deadline);
   }
-  Messenger messenger(errand);
-  Reading reading = ReadPresent(errand, messenger);
-  FleetResult result{errand.index, EndingOf(errand), std::move(reading)};
-  errand.mailbox->Post({errand.index, std::move(result)});
+  ForwardingObserver messenger(errand);
+  errand.mailbox->Post({errand.index, ReadPresent(errand, messenger)});
 }
 
 QueryOutcome OutcomeOf(const std::exception& exception) {
@@ -187,6 +179,12 @@ class SignalsBlocked {
 };
 
 }  // namespace
+
+void Stamp(Reading& reading, const EnclosureSettings& enclosure, const Stopwatch& stopwatch) {
+  reading.address = AddressText(enclosure.host, enclosure.port);
+  reading.readAt = stopwatch.Begin();
+  reading.duration = stopwatch.Duration();
+}
 
 int BeginFleetThread(std::unique_ptr<FleetErrand> errand) {
   const ThreadAttributes attributes;

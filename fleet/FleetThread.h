@@ -8,6 +8,8 @@
 #include "fleet/FleetMailbox.h"
 #include "fleet/FleetReader.h"
 #include "reading/EnclosureSettings.h"
+#include "reading/Reading.h"
+#include "reading/Stopwatch.h"
 
 namespace Tavrin {
 
@@ -22,6 +24,9 @@ struct FleetErrand {
   /// When its time is over.
   std::optional<std::chrono::steady_clock::time_point> deadline;
 };
+
+/// Says in the reading whose it is, when it began and how long it took until now.
+void Stamp(Reading& reading, const EnclosureSettings& enclosure, const Stopwatch& stopwatch);
 
 /// Begins a thread that reads one enclosure, leaves everything in the mailbox and ends by itself.
 /// Returns 0, or the error, as of errno, that keeps a thread from being made; nothing happens then.

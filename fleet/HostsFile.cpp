@@ -193,11 +193,17 @@ class LineReader {
   std::size_t count_ = 0;
 };
 
+/// Editors on other systems put one in front of UTF-8.
+std::string WithoutByteOrderMark(const std::string& text) {
+  const std::string_view mark = "\xEF\xBB\xBF";
+  return text.substr(text.compare(0, mark.size(), mark) == 0 ? mark.size() : 0);
+}
+
 }  // namespace
 
 HostsFile ParseHostsFile(const std::string& text, const std::string& source) {
   LineReader reader;
-  std::istringstream lines(text);
+  std::istringstream lines(WithoutByteOrderMark(text));
   std::size_t number = 0;
   for (std::string line; std::getline(lines, line);) {
     ++number;

@@ -21,6 +21,11 @@ void ApplyValue(const std::optional<Value>& value, Setting& setting) {
 
 }  // namespace
 
+HostAndPort PlaceOf(const Target& target) {
+  const bool goesWithoutSaying = target.port == kDefaultPort && target.isPortPlain;
+  return {target.host, goesWithoutSaying ? std::nullopt : std::optional(target.port)};
+}
+
 void Complete(TargetSettings& settings, const TargetSettings& defaults) {
   CompleteValue(settings.userName, defaults.userName);
   CompleteValue(settings.passwordFile, defaults.passwordFile);

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "support/HostAndPort.h"
+
 namespace Tavrin {
 
 struct EnclosureSettings;
@@ -50,7 +52,14 @@ struct Target {
   /// What stands behind the range of its line, as it stands there but for a `port=`; empty where it
   /// has no line.
   std::string writtenSettings;
+
+  /// Whether the host alone, written where this one was found, stands for this port.
+  bool isPortPlain = true;
 };
+
+/// What people write for it: the port stands beside it unless it is kDefaultPort and goes without
+/// saying.
+HostAndPort PlaceOf(const Target& target);
 
 /// Puts what `defaults` say in place of what `settings` leave open.
 void Complete(TargetSettings& settings, const TargetSettings& defaults);

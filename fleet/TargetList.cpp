@@ -188,9 +188,6 @@ class TargetCollector {
   }
 
   void AddNamed(const HostAndPort& place) {
-    if (port_) {
-      RequireOnePort(place, *port_);
-    }
     std::vector<FileHost> known = directory_.Find(place.host);
     const auto isOther = [&](const FileHost& host) {
       return place.port && PortOf(*host.place) != *place.port;
@@ -202,7 +199,17 @@ class TargetCollector {
     AddAll(known);
   }
 
+  /// Whether that host, written alone, would stand for that port.
+  [[nodiscard]] bool IsPortPlain(const std::string& host, std::uint16_t port) const {
+    const std::vector<FileHost> known = directory_.Find(host);
+    return known.empty() ? PortOf({host, std::nullopt}) == port
+                         : std::all_of(known.begin(), known.end(), [&](const FileHost& each) {
+                             return PortOf(*each.place) == port;
+                           });
+  }
+
   void AddTarget(Target target) {
+    target.isPortPlain = IsPortPlain(target.host, target.port);
     const Place place = {KeyOf(target.host), target.port};
     if (exclusion_.Holds(place)) {
       return;

@@ -86,18 +86,12 @@ std::string LineOfFailure(const Reading& reading) {
                          : "";
 }
 
-std::string Header() { return kHeader; }
-
-std::string LinesOfReading(const Reading& reading) {
-  return EachPart(reading, LinesOfPart) + LineOfFailure(reading);
-}
-
 std::string LinesOfEnclosure(const EnclosureReading& enclosure, const ReportContext& /*context*/) {
-  return LinesOfReading(enclosure.reading);
+  return EachPart(enclosure.reading, LinesOfPart) + LineOfFailure(enclosure.reading);
 }
 
-std::string HeaderAndLines(const Reading& reading, const ReportContext& /*context*/) {
-  return Header() + LinesOfReading(reading);
+std::string HeaderAndLines(const EnclosureReading& enclosure, const ReportContext& context) {
+  return kHeader + LinesOfEnclosure(enclosure, context);
 }
 
 }  // namespace
@@ -106,7 +100,7 @@ Format CsvFormat() {
   return {"csv",
           "One row a value, for spreadsheets",
           HeaderAndLines,
-          {Order::AsAsked, Header, LinesOfEnclosure, NoEndOfSeveral}};
+          {Order::AsAsked, kHeader, LinesOfEnclosure, NoEndOfSeveral}};
 }
 
 }  // namespace Tavrin

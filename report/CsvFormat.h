@@ -4,8 +4,8 @@
 
 namespace Tavrin {
 
-/// For spreadsheets and scripts: RFC 4180 with a header line, then the rows of a part as soon as it
-/// is read, one row a value. A value that is not there has a reason in its place, so that a query
+/// For spreadsheets and scripts: RFC 4180 with a header line, then the rows of each part, one row
+/// a value. A value that is not there has a reason in its place, so that a query
 /// that failed has one in each of its rows; it has one row without a field where its slots could
 /// not be counted. A pass that came to no query is one row. Whatever bytes the SMM gave, the rows
 /// are printable ASCII: a text with others is escaped as in the JSON document. A text that begins

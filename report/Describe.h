@@ -12,9 +12,8 @@ namespace Tavrin {
 constexpr const char* kGenerationKey = "generation";
 
 /// The section that one part of the reading makes; nothing where the reading has no such part,
-/// because nobody asked for it, it is not read yet, or no query came about. A part that was asked
-/// for and failed makes a section that says so. Parts that come later need not be there, so that a
-/// section can be shown while the pass goes on.
+/// because nobody asked for it or no query came about. A part that was asked for and failed makes a
+/// section that says so.
 std::optional<Section> Describe(const Reading& reading, Part part);
 
 /// What every query of the reading gave, in the order of Part, and within a part in that of nodes;

@@ -17,6 +17,9 @@ struct ReportContext {
 
   /// What is left out of the health of a report that shows it.
   std::vector<IgnoredFinding> ignored = {};
+
+  /// Whether what was read is to be judged by formats that show health only when asked to.
+  bool isHealthAsked = false;
 };
 
 /// When the readings of several enclosures are written down.
@@ -31,12 +34,12 @@ enum class Order {
   AllTogether,
 };
 
-/// How the readings of several enclosures are written down: one piece before anything is read, one
-/// for each enclosure in the order stated, and one at the end, of which each may be empty.
+/// How the readings of several enclosures are written down: a text before anything is read, one for
+/// each enclosure in the order stated, and one at the end, of which each may be empty.
 struct FormatOfSeveral {
   Order order;
 
-  std::string (*begin)();
+  std::string_view begin;
 
   /// For a whole reading, also one that came to no query.
   std::string (*enclosure)(const EnclosureReading& enclosure, const ReportContext& context);
@@ -55,7 +58,7 @@ struct Format {
   std::string_view summary;
 
   /// The reading of one enclosure alone, also one that came to no query.
-  std::string (*document)(const Reading& reading, const ReportContext& context);
+  std::string (*document)(const EnclosureReading& enclosure, const ReportContext& context);
 
   FormatOfSeveral several;
 };

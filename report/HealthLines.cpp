@@ -74,12 +74,4 @@ std::vector<HealthLine> HealthLines(const std::vector<EnclosureReading>& enclosu
   return lines;
 }
 
-std::string HealthText(const std::vector<HealthLine>& lines) {
-  std::string text;
-  for (const HealthLine& line : lines) {
-    text += line.before + line.word + line.after + '\n';
-  }
-  return text;
-}
-
 }  // namespace Tavrin

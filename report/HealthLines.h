@@ -45,7 +45,4 @@ struct HealthLine {
 std::vector<HealthLine> HealthLines(const std::vector<EnclosureReading>& enclosures,
                                     const std::vector<IgnoredFinding>& ignored);
 
-/// The lines without colour, each with its line break.
-std::string HealthText(const std::vector<HealthLine>& lines);
-
 }  // namespace Tavrin

@@ -63,16 +63,8 @@ std::string PageOfEnclosure(const EnclosureReading& enclosure, const ReportConte
                   HtmlEnclosure(enclosure, context, "h1"), context);
 }
 
-std::string PageOfOne(const Reading& reading, const ReportContext& context) {
-  return PageOfEnclosure({reading, 0, "", ""}, context);
-}
-
-/// One enclosure needs no wall, also where several could have been asked.
 std::string PageOfSeveral(const std::vector<EnclosureReading>& enclosures,
                           const ReportContext& context) {
-  if (enclosures.size() == 1) {
-    return PageOfEnclosure(enclosures.front(), context);
-  }
   const std::string title = fmt::format("{} enclosures", enclosures.size());
   std::string content =
       HtmlElement("h1", title) + HtmlWall(WorstFirst(enclosures, context.ignored));
@@ -87,8 +79,8 @@ std::string PageOfSeveral(const std::vector<EnclosureReading>& enclosures,
 Format HtmlFormat() {
   return {"html",
           "One page to look at, also on a phone and on paper",
-          PageOfOne,
-          {Order::AllTogether, NoBeginningOfSeveral, NoEnclosure, PageOfSeveral}};
+          PageOfEnclosure,
+          {Order::AllTogether, "", NoEnclosure, PageOfSeveral}};
 }
 
 }  // namespace Tavrin

@@ -4,7 +4,7 @@
 
 namespace Tavrin {
 
-/// For people who look: one page at the end, for a phone, a screen and paper, in light and dark. It
+/// For people who look: one page, for a phone, a screen and paper, in light and dark. It
 /// holds what it shows, runs nothing and loads nothing: no script, no image, no reference to
 /// anything outside the file. It is made of printable ASCII, and well-formed as XML, too.
 ///

@@ -11,6 +11,8 @@
 #include "report/Describe.h"
 #include "report/Escape.h"
 #include "report/FailureWords.h"
+#include "report/Health.h"
+#include "report/HealthRules.h"
 #include "report/Pieces.h"
 #include "report/SharedFailure.h"
 #include "report/UtcTime.h"
@@ -125,6 +127,17 @@ Json ToJson(const std::vector<Answer>& answers, bool isToldAtTop) {
   return queries;
 }
 
+Json ToJson(const std::vector<Finding>& findings) {
+  Json health = {{"severity", SeverityWord(WorstOf(findings))},
+                 {"text", FindingsText(findings)},
+                 {"findings", Json::array()}};
+  for (const Finding& finding : findings) {
+    health["findings"].push_back(
+        {{"rule", NameOf(finding)}, {"severity", SeverityWord(finding.rule->severity)}});
+  }
+  return health;
+}
+
 /// Adds to what the document says of the enclosure's place already.
 void AddDocument(Json& document, const Reading& reading, const ReportContext& context) {
   const std::vector<Answer> answers = AllAnswers(reading);
@@ -137,12 +150,15 @@ void AddDocument(Json& document, const Reading& reading, const ReportContext& co
   if (failure) {
     AddOutcome(document["failure"], *failure);
   }
+  if (context.isHealthAsked) {
+    document["health"] = ToJson(FindingsOf(reading, context.ignored));
+  }
   document["queries"] = ToJson(answers, failure.has_value());
 }
 
-std::string IndentedDocument(const Reading& reading, const ReportContext& context) {
+std::string IndentedDocument(const EnclosureReading& enclosure, const ReportContext& context) {
   Json document;
-  AddDocument(document, reading, context);
+  AddDocument(document, enclosure.reading, context);
   return document.dump(kIndent) + '\n';
 }
 
@@ -154,12 +170,7 @@ std::string DocumentLine(const EnclosureReading& enclosure, const ReportContext&
   return document.dump() + '\n';
 }
 
-std::string LineOfOnlyEnclosure(const Reading& reading, const ReportContext& context) {
-  return DocumentLine({reading, 0, "", ""}, context);
-}
-
-constexpr FormatOfSeveral kLines = {Order::AsEnded, NoBeginningOfSeveral, DocumentLine,
-                                    NoEndOfSeveral};
+constexpr FormatOfSeveral kLines = {Order::AsEnded, "", DocumentLine, NoEndOfSeveral};
 
 }  // namespace
 
@@ -168,7 +179,7 @@ Format JsonFormat() {
 }
 
 Format JsonLinesFormat() {
-  return {"jsonl", "One JSON line an enclosure as it ends", LineOfOnlyEnclosure, kLines};
+  return {"jsonl", "One JSON line an enclosure as it ends", DocumentLine, kLines};
 }
 
 }  // namespace Tavrin

@@ -2,8 +2,6 @@
 
 namespace Tavrin {
 
-std::string NoBeginningOfSeveral() { return ""; }
-
 std::string NoEnclosure(const EnclosureReading& /*enclosure*/, const ReportContext& /*context*/) {
   return "";
 }

@@ -9,7 +9,6 @@ namespace Tavrin {
 
 // Pieces that formats share. Those of nothing stand in the places where a format has no piece.
 
-std::string NoBeginningOfSeveral();
 std::string NoEnclosure(const EnclosureReading& enclosure, const ReportContext& context);
 std::string NoEndOfSeveral(const std::vector<EnclosureReading>& enclosures,
                            const ReportContext& context);

@@ -69,23 +69,22 @@ std::string PartText(const Reading& reading, Part part) {
   return section ? SectionText(*section) : "";
 }
 
-std::string ReadingText(const Reading& reading, const ReportContext& /*context*/) {
+std::string EnclosureText(const EnclosureReading& enclosure, const ReportContext& /*context*/) {
+  const Reading& reading = enclosure.reading;
   return reading.address + '\n' + EachPart(reading, PartText) +
          (reading.failure ? "\nnothing read\n" : "");
 }
 
 /// A blank line stands between enclosures.
 std::string BlockText(const EnclosureReading& enclosure, const ReportContext& context) {
-  return (enclosure.index == 0 ? "" : "\n") + ReadingText(enclosure.reading, context);
+  return (enclosure.index == 0 ? "" : "\n") + EnclosureText(enclosure, context);
 }
 
 }  // namespace
 
 Format TextFormat() {
-  return {"text",
-          "Tables for people",
-          ReadingText,
-          {Order::AsAsked, NoBeginningOfSeveral, BlockText, NoEndOfSeveral}};
+  return {
+      "text", "Tables for people", EnclosureText, {Order::AsAsked, "", BlockText, NoEndOfSeveral}};
 }
 
 }  // namespace Tavrin

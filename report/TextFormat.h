@@ -4,7 +4,7 @@
 
 namespace Tavrin {
 
-/// For people: the address, then a section a part as soon as it is read, in aligned columns: one
+/// For people: the address, then a section a part, in aligned columns: one
 /// line a field, or a table where the records are numbered. "not read" stands for what failed, "-"
 /// for what there is not, "(empty)" for an empty text. Bytes that could drive a terminal, and the
 /// backslash, are escaped. Why something failed is not said here: that is for standard error.

@@ -34,18 +34,17 @@ namespace {
 /// Keeps all readings, and sees that each is whole.
 class Keeper : public FleetObserver {
  public:
-  void EnclosureEnded(FleetResult&& result) override {
-    const Reading& reading = result.reading;
+  void EnclosureEnded(std::size_t /*index*/, Reading&& reading) override {
     const bool isWhole = !reading.failure && reading.nodeStatus.value().size() == 12 &&
                          reading.psuStatus.value().value.size() == 9 &&
                          reading.psuFans->Succeeded() && reading.powerCaps->Succeeded();
     if (!isWhole) {
       throw std::runtime_error("an enclosure could not be read");
     }
-    results.push_back(std::move(result));
+    readings.push_back(std::move(reading));
   }
 
-  std::vector<FleetResult> results;
+  std::vector<Reading> readings;
 };
 
 /// The most memory that this process had resident.

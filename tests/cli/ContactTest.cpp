@@ -190,7 +190,7 @@ TEST(DeadHost, SettingsOfTheHostsFileWinOverOptionsAndEnvironment) {
   const TemporaryFile password("sesame\n");
   const TemporaryFile hosts(std::string(kDeadHost) + " user=admin attempts=1 session-timeout=0.2 " +
                             "password-file=" + password.Path() + "\n");
-  const Timed run = RunTimed({"--hosts-file", hosts.Path(), "-v", "--attempts", "9",
+  const Timed run = RunTimed({"--hosts-file", hosts.Path(), "--no-ping", "-v", "--attempts", "9",
                               "--session-timeout", "60", "--password-file", "/nowhere"},
                              {"IPMI_CONNECT_RETRY_TIMES=7", "IPMI_PRIVILEGE_LEVEL=2"}, "");
   EXPECT_EQ(run.finished.exitCode, 4);
@@ -280,6 +280,15 @@ TEST(Environment, SettingThatReplacesADefaultIsShownByV) {
                     HasSubstr("SMM_TYPE is 1, from the environment\n"),
                     Not(HasSubstr("IPMI_CIPHER_SUITE is x, from")),
                     Not(HasSubstr("IPMI_CONNECT_RETRY_TIMES is"))));
+}
+
+TEST(Environment, MalformedSettingIsToldWithoutV) {
+  const Finished finished =
+      RunTool(CallArguments(kDeadHost, {"--no-ping", "--attempts", "1"}),
+              {"IPMI_PRIVILEGE_LEVEL=abc", "IPMI_SESSION_TIMEOUT_MS=150"}, "sesame\n");
+  EXPECT_THAT(
+      finished.error,
+      StartsWith("smm-inventory: IPMI_PRIVILEGE_LEVEL is \"abc\"; expected a whole number"));
 }
 
 TEST(Environment, SettingsAreNotShownWithoutV) {

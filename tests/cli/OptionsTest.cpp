@@ -320,9 +320,9 @@ TEST(Options, StandardInputIsForOneOfHostsAndPassword) {
       "them");
 }
 
-TEST(Options, ContradictingPortsAreRefused) {
-  EXPECT_EQ(Refusal({"-H", "a:1", "-p", "2", "-U", "u"}),
-            "port is \"2\" and host is \"a:1\"; expected the port in one place");
+TEST(Options, PortIsForHostsWithoutOne) {
+  EXPECT_THAT(PlacesOf(ParseOptions({"-H", "a:1,b", "-p", "2", "-U", "u"})),
+              ElementsAre("a:1", "b:2"));
 }
 
 TEST(Options, UserNameOfSixteenBytesIsTheLongest) {

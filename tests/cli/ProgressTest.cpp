@@ -14,7 +14,7 @@ constexpr const char* kConfig = "platform/standalone/globalconfig/GlobalConfig";
 
 struct Shown {
   explicit Shown(unsigned int shownLevel = 0, bool isTerminal = false)
-      : console(out, isTerminal), progress(console, shownLevel, true) {}
+      : console(out, isTerminal), progress(console, shownLevel) {}
 
   void Log(unsigned int level, const std::string& source, const std::string& text) {
     progress.LineWritten({level, source, 7, text});

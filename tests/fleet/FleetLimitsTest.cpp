@@ -64,7 +64,7 @@ TEST_F(LowLimitDeathTest, HardOneBoundsHowManyFit) {
 class Notes : public FleetObserver {
  public:
   void Noted(const std::string& text) override { notes.push_back(text); }
-  void EnclosureEnded(FleetResult&& /*result*/) override { ++ended; }
+  void EnclosureEnded(std::size_t /*index*/, Reading&& /*reading*/) override { ++ended; }
 
   std::vector<std::string> notes;
   int ended = 0;

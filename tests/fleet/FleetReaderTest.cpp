@@ -47,30 +47,32 @@ class Witness : public FleetObserver {
     witness = witness ? std::move(witness) : std::make_unique<PassWitness>(*this, index);
     return witness.get();
   }
-  void EnclosureEnded(FleetResult&& result) override {
-    Tell(result.index, "ended");
-    order.push_back(result.index);
-    onEnd(result);
-    results.emplace(result.index, std::move(result));
+  void EnclosureEnded(std::size_t index, Reading&& reading) override {
+    Tell(index, "ended");
+    order.push_back(index);
+    onEnd(index);
+    readings.emplace(index, std::move(reading));
   }
   void TimePasses() override { ++ticks; }
 
-  std::vector<FleetEnding> Endings() const {
-    std::vector<FleetEnding> endings;
-    for (const auto& [index, result] : results) {
-      endings.push_back(result.ending);
+  /// Why the last part of each was not read.
+  std::vector<FailureCause> Causes() const {
+    std::vector<FailureCause> causes;
+    for (const auto& [index, reading] : readings) {
+      causes.push_back(reading.failure ? reading.failure->cause.kind
+                                       : reading.chassisPower.value().cause.kind);
     }
-    return endings;
+    return causes;
   }
 
   std::map<std::size_t, std::vector<std::string>> told;
   std::map<std::size_t, std::vector<std::string>> lines;
-  std::map<std::size_t, FleetResult> results;
+  std::map<std::size_t, Reading> readings;
   std::vector<std::size_t> order;
   std::vector<Clock::time_point> begun;
   std::vector<std::string> notes;
   int ticks = 0;
-  std::function<void(const FleetResult&)> onEnd = [](const FleetResult&) {};
+  std::function<void(std::size_t)> onEnd = [](std::size_t) {};
 
  private:
   class PassWitness : public Observer {
@@ -176,10 +178,10 @@ TEST_F(Fleet, EachIsReadAsIfItWereAlone) {
   Add("one");
   Add("other").Change("GetSmmName", Gives({'o', 't', 'h', 'e', 'r'}));
   Read();
-  ASSERT_THAT(witness_.results, SizeIs(2));
-  EXPECT_THAT(witness_.Endings(), Each(FleetEnding::Complete));
-  const Reading& one = witness_.results.at(0).reading;
-  const Reading& other = witness_.results.at(1).reading;
+  ASSERT_THAT(witness_.readings, SizeIs(2));
+  EXPECT_THAT(witness_.Causes(), Each(FailureCause::None));
+  const Reading& one = witness_.readings.at(0);
+  const Reading& other = witness_.readings.at(1);
   EXPECT_EQ(one.address, "one:623");
   EXPECT_EQ(other.address, "other:623");
   EXPECT_FALSE(one.failure);
@@ -194,7 +196,7 @@ TEST_F(Fleet, EachIsReadAsIfItWereAlone) {
 
 TEST_F(Fleet, NoneAtAllIsReadAtOnce) {
   EXPECT_LT(Read(), kGrace);
-  EXPECT_THAT(witness_.results, IsEmpty());
+  EXPECT_THAT(witness_.readings, IsEmpty());
 }
 
 TEST_F(Fleet, ProgressIsToldInItsOrder) {
@@ -216,14 +218,14 @@ TEST_F(Fleet, SlowOneDelaysNobodyElse) {
   Add("slow").Change("GetSmmName", Waits(milliseconds(1500)));
   AddSound(20);
   Clock::time_point lastOfOthers;
-  witness_.onEnd = [&](const FleetResult& result) {
-    lastOfOthers = result.index == 0 ? lastOfOthers : Clock::now();
+  witness_.onEnd = [&](std::size_t index) {
+    lastOfOthers = index == 0 ? lastOfOthers : Clock::now();
   };
   const auto begin = Clock::now();
   Read();
   EXPECT_LT(lastOfOthers - begin, milliseconds(1400));
   EXPECT_EQ(witness_.order.back(), 0U);
-  EXPECT_THAT(witness_.results, SizeIs(21));
+  EXPECT_THAT(witness_.readings, SizeIs(21));
 }
 
 TEST_F(Fleet, NoMoreAreReadAtOnceThanTheFanout) {
@@ -243,7 +245,7 @@ TEST_F(Fleet, NoMoreAreReadAtOnceThanTheFanout) {
   Read();
   EXPECT_LE(most, 3);
   EXPECT_GT(most, 1);
-  EXPECT_THAT(witness_.results, SizeIs(12));
+  EXPECT_THAT(witness_.readings, SizeIs(12));
 }
 
 TEST_F(Fleet, BeginningsAreSpreadEvenly) {
@@ -266,8 +268,8 @@ TEST_F(Fleet, AfterTheTimeoutWhatWasReadSoFarIsHandedOverAtOnce) {
   EXPECT_GE(took, milliseconds(590));
   EXPECT_LT(took, milliseconds(600) + kGrace);
   EXPECT_THAT(witness_.order, ElementsAre(1, 0));
-  EXPECT_THAT(witness_.Endings(), ElementsAre(FleetEnding::TimedOut, FleetEnding::Complete));
-  const Reading& reading = witness_.results.at(0).reading;
+  EXPECT_THAT(witness_.Causes(), ElementsAre(FailureCause::TimeOver, FailureCause::None));
+  const Reading& reading = witness_.readings.at(0);
   EXPECT_EQ(reading.address, "stuck:623");
   EXPECT_FALSE(reading.failure);
   EXPECT_TRUE(reading.identity.value().name.Succeeded());
@@ -300,7 +302,7 @@ TEST_F(Fleet, LateThreadSaysNothingMoreWhileOthersAreRead) {
   settings_.fanout = 1;
   settings_.timeout = milliseconds(600);
   Read();
-  EXPECT_THAT(witness_.Endings(), ElementsAre(FleetEnding::TimedOut, FleetEnding::Complete));
+  EXPECT_THAT(witness_.Causes(), ElementsAre(FailureCause::TimeOver, FailureCause::None));
   EXPECT_EQ(witness_.told[0].back(), "ended");
   EXPECT_THAT(witness_.told[0],
               Not(Contains("part " + std::to_string(static_cast<int>(Part::Identity)))));
@@ -328,7 +330,7 @@ TEST_F(Fleet, TimeoutBeforeAnythingIsReadIsAFailure) {
   Add("stuck").Change(kStatus, Sticks());
   settings_.timeout = milliseconds(100);
   Read();
-  const Reading& reading = witness_.results.at(0).reading;
+  const Reading& reading = witness_.readings.at(0);
   EXPECT_EQ(reading.failure.value().status, StatusCode::NotConnected);
   EXPECT_EQ(reading.failure->cause.kind, FailureCause::TimeOver);
   EXPECT_EQ(reading.address, "stuck:623");
@@ -342,18 +344,17 @@ TEST_F(Fleet, TimeIsCountedForEachFromItsOwnBeginning) {
   settings_.fanout = 1;
   settings_.timeout = milliseconds(500);
   EXPECT_GE(Read(), milliseconds(600));
-  EXPECT_THAT(witness_.Endings(), Each(FleetEnding::Complete));
+  EXPECT_THAT(witness_.Causes(), Each(FailureCause::None));
 }
 
 TEST_F(Fleet, DeadOneTellsItsOwnCause) {
   Add("dead").Lose(0, FailureCause::Silence, "no answer at all");
   AddSound(1);
   Read();
-  const Reading& dead = witness_.results.at(0).reading;
+  const Reading& dead = witness_.readings.at(0);
   EXPECT_EQ(dead.failure.value().cause.kind, FailureCause::Silence);
   EXPECT_EQ(dead.failure->cause.words, "no answer at all");
-  EXPECT_EQ(witness_.results.at(0).ending, FleetEnding::Complete);
-  EXPECT_FALSE(witness_.results.at(1).reading.failure);
+  EXPECT_FALSE(witness_.readings.at(1).failure);
 }
 
 TEST_F(Fleet, WrongPasswordIsTriedOnceAHost) {
@@ -364,23 +365,21 @@ TEST_F(Fleet, WrongPasswordIsTriedOnceAHost) {
   for (const auto& [host, smm] : smms_) {
     EXPECT_THAT(smm->platform.exchanges, SizeIs(1)) << host;
   }
-  EXPECT_EQ(witness_.results.at(1).reading.failure.value().cause.kind,
-            FailureCause::PasswordRefused);
+  EXPECT_EQ(witness_.readings.at(1).failure.value().cause.kind, FailureCause::PasswordRefused);
 }
 
 TEST_F(Fleet, ExceptionEndsOneEnclosureAlone) {
   Add("throws").ChangeConstruction(Throws(std::runtime_error("went \x1B wrong")));
   AddSound(1);
   Read();
-  const Reading& reading = witness_.results.at(0).reading;
-  EXPECT_EQ(witness_.results.at(0).ending, FleetEnding::Complete);
+  const Reading& reading = witness_.readings.at(0);
   EXPECT_EQ(reading.failure.value().status, kExceptionStatus);
   EXPECT_EQ(reading.failure->cause.words, "went \\x1b wrong");
   EXPECT_EQ(reading.address, "throws:623");
-  EXPECT_FALSE(witness_.results.at(1).reading.failure);
+  EXPECT_FALSE(witness_.readings.at(1).failure);
 }
 
-TEST_F(Fleet, LinesOfTheLogAreToldUpToTheLevelOfEach) {
+TEST_F(Fleet, LinesOfTheLogAreToldUpToTheLevelAskedFor) {
   Add("dead").Lose(0, FailureCause::Silence, "no answer at all");
   AddSound(1);
   settings_.logLevel = 2;
@@ -404,12 +403,12 @@ TEST_F(Fleet, StopHandsOverWhatIsReadAndWhatNeverBegan) {
   stopper.join();
   EXPECT_GE(ended, stopped);
   EXPECT_LT(ended - stopped, milliseconds(300));
-  EXPECT_THAT(witness_.Endings(), Each(FleetEnding::Stopped));
+  EXPECT_THAT(witness_.Causes(), Each(FailureCause::Stopped));
   EXPECT_THAT(witness_.order, ElementsAre(0, 1, 2));
-  const Reading& stuck = witness_.results.at(0).reading;
+  const Reading& stuck = witness_.readings.at(0);
   EXPECT_TRUE(stuck.identity.value().name.Succeeded());
   EXPECT_EQ(stuck.chassisPower.value().cause.kind, FailureCause::Stopped);
-  const Reading& unbegun = witness_.results.at(1).reading;
+  const Reading& unbegun = witness_.readings.at(1);
   EXPECT_EQ(unbegun.failure.value().cause.kind, FailureCause::Stopped);
   EXPECT_EQ(unbegun.failure->cause.words, "stopped before it began");
   EXPECT_EQ(unbegun.address, "sound1:623");
@@ -420,33 +419,33 @@ TEST_F(Fleet, StoppedBeforeItBeginsAsksNobody) {
   AddSound(2);
   Standalone::StopExchanges();
   EXPECT_LT(Read(), milliseconds(300));
-  EXPECT_THAT(witness_.Endings(), Each(FleetEnding::Stopped));
+  EXPECT_THAT(witness_.Causes(), Each(FailureCause::Stopped));
   EXPECT_THAT(smms_.at("sound0")->platform.exchanges, IsEmpty());
 }
 
 TEST_F(Fleet, ObserverMayStopFromWithinACall) {
   AddSound(3);
   settings_.fanout = 1;
-  witness_.onEnd = [](const FleetResult&) { Standalone::StopExchanges(); };
+  witness_.onEnd = [](std::size_t) { Standalone::StopExchanges(); };
   Read();
-  EXPECT_THAT(witness_.Endings(),
-              ElementsAre(FleetEnding::Complete, FleetEnding::Stopped, FleetEnding::Stopped));
+  EXPECT_THAT(witness_.Causes(),
+              ElementsAre(FailureCause::None, FailureCause::Stopped, FailureCause::Stopped));
 }
 
 TEST_F(Fleet, ExceptionOfTheObserverPasses) {
   AddSound(1);
-  witness_.onEnd = [](const FleetResult&) { throw std::runtime_error("no more room"); };
+  witness_.onEnd = [](std::size_t) { throw std::runtime_error("no more room"); };
   EXPECT_THROW(Read(), std::runtime_error);
 }
 
 TEST_F(Fleet, HundredsAtOnceAreEachToldOnce) {
   AddSound(300);
   Read();
-  EXPECT_THAT(witness_.results, SizeIs(300));
+  EXPECT_THAT(witness_.readings, SizeIs(300));
   EXPECT_THAT(witness_.order, SizeIs(300));
-  for (const auto& [index, result] : witness_.results) {
-    EXPECT_EQ(result.reading.address, "sound" + std::to_string(index) + ":623");
-    EXPECT_TRUE(result.reading.chassisPower.value().Succeeded());
+  for (const auto& [index, reading] : witness_.readings) {
+    EXPECT_EQ(reading.address, "sound" + std::to_string(index) + ":623");
+    EXPECT_TRUE(reading.chassisPower.value().Succeeded());
   }
 }
 

@@ -34,20 +34,20 @@ constexpr milliseconds kGrace{1000};
 
 class Collector : public FleetObserver, public Observer {
  public:
-  void EnclosureEnded(FleetResult&& result) override {
-    order.push_back(result.index);
-    at[result.index] = Clock::now();
-    results.emplace(result.index, std::move(result));
+  void EnclosureEnded(std::size_t index, Reading&& reading) override {
+    order.push_back(index);
+    at[index] = Clock::now();
+    readings.emplace(index, std::move(reading));
   }
   Observer* ObserverOf(std::size_t index) override { return index == 0 ? this : nullptr; }
   void PartRead(const Reading& /*soFar*/, Part part) override { onPart(part); }
 
   FailureCause FailureOf(std::size_t index) const {
-    const auto& failure = results.at(index).reading.failure;
+    const auto& failure = readings.at(index).failure;
     return failure ? failure->cause.kind : FailureCause::None;
   }
 
-  std::map<std::size_t, FleetResult> results;
+  std::map<std::size_t, Reading> readings;
   std::map<std::size_t, Clock::time_point> at;
   std::vector<std::size_t> order;
   std::function<void(Part)> onPart = [](Part) {};  ///< Told of the first enclosure alone.
@@ -84,11 +84,11 @@ TEST_F(SimulatedFleet, DeadBesideAliveIsToldAfterThreeSecondsAndDelaysNobody) {
   EXPECT_THAT(collector_.order, ElementsAre(1, 0));
   EXPECT_LT(collector_.at[1] - begin_, milliseconds(2500));
   EXPECT_EQ(collector_.FailureOf(0), FailureCause::Silence);
-  EXPECT_EQ(collector_.results.at(0).reading.failure->cause.words,
+  EXPECT_EQ(collector_.readings.at(0).failure->cause.words,
             "no answer within 3 seconds, neither to a ping nor to a request");
-  EXPECT_EQ(collector_.results.at(0).reading.address, "127.0.0.1:" + std::to_string(dead.Number()));
-  EXPECT_FALSE(collector_.results.at(1).reading.failure);
-  EXPECT_EQ(collector_.results.at(1).reading.identity->name.value.value, "simulated-first");
+  EXPECT_EQ(collector_.readings.at(0).address, "127.0.0.1:" + std::to_string(dead.Number()));
+  EXPECT_FALSE(collector_.readings.at(1).failure);
+  EXPECT_EQ(collector_.readings.at(1).identity->name.value.value, "simulated-first");
 }
 
 TEST_F(SimulatedFleet, ManyDeadAloneEndWithinFourSeconds) {
@@ -98,7 +98,7 @@ TEST_F(SimulatedFleet, ManyDeadAloneEndWithinFourSeconds) {
   }
   settings_.spread = milliseconds(500);
   EXPECT_LT(Read(), milliseconds(4000));
-  EXPECT_EQ(collector_.results.size(), dead.size());
+  EXPECT_EQ(collector_.readings.size(), dead.size());
 }
 
 TEST_F(SimulatedFleet, SlowBesideFastDelaysNobody) {
@@ -110,7 +110,7 @@ TEST_F(SimulatedFleet, SlowBesideFastDelaysNobody) {
   Read();
   EXPECT_THAT(collector_.order, ElementsAre(1, 0));
   for (const std::size_t index : {0U, 1U}) {
-    EXPECT_TRUE(collector_.results.at(index).reading.chassisPower.value().Succeeded());
+    EXPECT_TRUE(collector_.readings.at(index).chassisPower.value().Succeeded());
   }
 }
 
@@ -125,8 +125,7 @@ TEST_F(SimulatedFleet, PresenceIsKnownByEitherAnswer) {
   }
   Read();
   // Neither opens a session, but each is asked for one.
-  EXPECT_THAT(collector_.results.at(0).reading.failure.value().cause.words,
-              HasSubstr("session time-out"));
+  EXPECT_THAT(collector_.readings.at(0).failure.value().cause.words, HasSubstr("session time-out"));
   EXPECT_EQ(collector_.FailureOf(1), FailureCause::Ipmi20Missing);
 }
 
@@ -139,8 +138,7 @@ TEST_F(SimulatedFleet, WithoutPresenceTheClientFindsOutByItself) {
   const milliseconds took = Read();
   EXPECT_GE(took, milliseconds(400));
   EXPECT_LT(took, milliseconds(400) + kGrace);
-  EXPECT_THAT(collector_.results.at(0).reading.failure.value().cause.words,
-              HasSubstr("session time-out"));
+  EXPECT_THAT(collector_.readings.at(0).failure.value().cause.words, HasSubstr("session time-out"));
 }
 
 TEST_F(SimulatedFleet, TimeoutBoundsTheReadingOfOneThatFellSilent) {
@@ -154,9 +152,8 @@ TEST_F(SimulatedFleet, TimeoutBoundsTheReadingOfOneThatFellSilent) {
     }
   };
   EXPECT_LT(Read(), milliseconds(2000) + kGrace);
-  EXPECT_EQ(collector_.results.at(0).ending, FleetEnding::TimedOut);
-  EXPECT_EQ(collector_.results.at(1).ending, FleetEnding::Complete);
-  const Reading& reading = collector_.results.at(0).reading;
+  EXPECT_TRUE(collector_.readings.at(1).chassisPower.value().Succeeded());
+  const Reading& reading = collector_.readings.at(0);
   EXPECT_TRUE(reading.detection.value().psuSlotCount.Succeeded());
   EXPECT_EQ(reading.chassisPower.value().cause.kind, FailureCause::TimeOver);
   EXPECT_EQ(Standalone::CountOpenSessions(), 0);
@@ -190,10 +187,8 @@ TEST_F(SimulatedFleet, StopClosesTheOpenSessionWithinTwoSeconds) {
   EXPECT_LT(ended - stopped, milliseconds(2000));
   EXPECT_EQ(Standalone::CountOpenSessions(), 0);
   EXPECT_EQ(OpenSessions(simulator_), 0);
-  EXPECT_EQ(collector_.results.at(0).ending, FleetEnding::Stopped);
-  EXPECT_TRUE(collector_.results.at(0).reading.detection);
-  EXPECT_EQ(collector_.results.at(0).reading.chassisPower.value().cause.kind,
-            FailureCause::Stopped);
+  EXPECT_TRUE(collector_.readings.at(0).detection);
+  EXPECT_EQ(collector_.readings.at(0).chassisPower.value().cause.kind, FailureCause::Stopped);
 }
 
 TEST_F(SimulatedFleet, StopWithoutASessionIsOverAtOnce) {
@@ -218,7 +213,7 @@ TEST_F(SimulatedFleet, NothingIsLeftBehind) {
   Add(simulator_.Port());
   Read();
   const std::size_t descriptors = OpenDescriptors();
-  collector_.results.clear();
+  collector_.readings.clear();
   Read();
   EXPECT_EQ(OpenDescriptors(), descriptors);
   EXPECT_EQ(OpenSessions(simulator_), 0);

@@ -77,6 +77,10 @@ TEST(HostsFile, LineMayEndAsOnWindows) {
   EXPECT_EQ(file.lines.at(0).settings.userName, "u");
 }
 
+TEST(HostsFile, ByteOrderMarkInFrontSaysNothing) {
+  EXPECT_THAT(HostsOf(OnlyLine("\xEF\xBB\xBFn1\n")), ElementsAre("n1:0"));
+}
+
 TEST(HostsFile, SettingsAreThoseOfTheOptionsOfTheirName) {
   const HostsLine line = OnlyLine(
       "n[1-2]\tuser=admin  password-file=/etc/smm port=6230 cipher-suite=17 privilege=operator "

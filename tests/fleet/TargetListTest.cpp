@@ -6,6 +6,7 @@
 
 #include "reading/EnclosureSettings.h"
 #include "support/HostAndPort.h"
+#include "support/HostRange.h"
 #include "support/UsageError.h"
 
 namespace Tavrin {
@@ -53,10 +54,33 @@ TEST(TargetList, HostsAreAskedInTheOrderNamed) {
   EXPECT_THAT(list.notes, IsEmpty());
 }
 
+/// What a run of the request would say of all its hosts, to be pasted behind -H.
+std::string Written(const TargetRequest& request) {
+  std::vector<HostAndPort> places;
+  for (const Target& target : MakeTargetList(request).targets) {
+    places.push_back(PlaceOf(target));
+  }
+  return FoldHosts(places);
+}
+
+TEST(TargetList, UsualPortIsLeftOutOnlyWhereTheHostAloneMeansIt) {
+  EXPECT_EQ(Written({{"a,b:7"}, {}, {}, {}}), "a,b:7");
+  EXPECT_EQ(Written({{"a:623,b"}, {}, {}, 7}), "a:623,b:7");
+  const HostsFile file = ParseHostsFile("n1\nn2 port=6230\nn2:623\nn3:623\nn3:7\n", "file");
+  EXPECT_EQ(Written({{}, {}, file, {}}), "n1,n2:[6230,623],n3:[623,7]");
+  EXPECT_EQ(Written({{"n2:623"}, {}, file, {}}), "n2:623");
+}
+
+TEST(TargetList, WhatIsWrittenOfThemNamesThemAgain) {
+  const HostsFile file = ParseHostsFile("n1\nn2 port=6230\nn2:623\nn3:623\nn3:7\n", "file");
+  for (const std::optional<std::uint16_t>& port : {std::optional<std::uint16_t>(), {7}}) {
+    const std::vector<std::string> all = PlacesOf({{}, {}, file, port});
+    EXPECT_EQ(PlacesOf({{Written({{}, {}, file, port})}, {}, file, port}), all);
+  }
+}
+
 TEST(TargetList, PortIsForHostsWithoutOne) {
-  EXPECT_THAT(PlacesOf({{"a,b:7"}, {}, {}, 7}), ElementsAre("a:7", "b:7"));
-  EXPECT_EQ(RequestRefusal({{"a,b:7"}, {}, {}, 8}),
-            "port is \"8\" and host is \"b:7\"; expected the port in one place");
+  EXPECT_THAT(PlacesOf({{"a,b:7"}, {}, {}, 8}), ElementsAre("a:8", "b:7"));
   EXPECT_THAT(PlacesOf({{}, {}, File(), 7}), ElementsAre("spare:7", "n1:7", "n2:7", "n3:6230",
                                                          "n4:6231", "n5:6231", "[2001:db8::1]:7"));
 }

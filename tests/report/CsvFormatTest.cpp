@@ -22,7 +22,7 @@ std::string Rows(const Reading& reading, Part part) {
   for (const Answer& answer : section.answers) {
     keys.insert(answer.key);
   }
-  std::istringstream lines(CsvFormat().document(reading, {"0.1.0"}));
+  std::istringstream lines(CsvFormat().document({reading, 0, "", ""}, {"0.1.0"}));
   std::string rows;
   for (std::string line; std::getline(lines, line);) {
     const std::size_t key = line.find(',') + 1;

@@ -43,7 +43,7 @@ TEST(Formats, NameIsTakenInItsSpellingOnly) {
 }
 
 std::string Whole(const Format& format, const Reading& reading) {
-  return format.document(reading, {"0.1.0"});
+  return format.document({reading, 0, "", ""}, {"0.1.0"});
 }
 
 TEST(Formats, PassThatCameToNoQueryIsAFrameThatTellsSo) {
@@ -62,7 +62,7 @@ TEST(Formats, PassWithQueriesIsNoFailure) {
 
 /// As several enclosures are written that end one after the other, in the order given.
 std::string WholeOfSeveral(const Format& format, const std::vector<EnclosureReading>& enclosures) {
-  std::string pieces = format.several.begin();
+  std::string pieces(format.several.begin);
   for (const EnclosureReading& enclosure : enclosures) {
     pieces += format.several.enclosure(enclosure, {"0.1.0"});
   }
@@ -101,7 +101,7 @@ TEST(Formats, TextOfSeveralIsThatOfEachWithABlankLineBetween) {
 
 TEST(Formats, CsvOfSeveralHasOneHeader) {
   const Format& csv = *FindFormat("csv");
-  const std::string header = csv.several.begin();
+  const std::string_view header = csv.several.begin;
   EXPECT_EQ(WholeOfSeveral(csv, {{ExampleReading(), 0, "", ""}, {FailedReading(), 1, "", ""}}),
             Whole(csv, ExampleReading()) + Whole(csv, FailedReading()).substr(header.size()));
 }

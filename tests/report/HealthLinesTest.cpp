@@ -24,8 +24,13 @@ Reading WarningReading() {
   return reading;
 }
 
-std::string LinesText(const std::vector<EnclosureReading>& enclosures) {
-  return HealthText(HealthLines(enclosures, {}));
+std::string LinesText(const std::vector<EnclosureReading>& enclosures,
+                      const std::vector<IgnoredFinding>& ignored = {}) {
+  std::string text;
+  for (const HealthLine& line : HealthLines(enclosures, ignored)) {
+    text += line.before + line.word + line.after + '\n';
+  }
+  return text;
 }
 
 TEST(HealthLines, EnclosuresComeWorstFirstAndOtherwiseAsGiven) {
@@ -59,9 +64,9 @@ TEST(HealthLines, WordStandsApartSoThatItCanBeColoured) {
 }
 
 TEST(HealthLines, WhatASiteIgnoresMakesNoLineWorse) {
-  EXPECT_EQ(HealthText(HealthLines({{WarningReading(), 0, "rack07", ""}},
-                                   {ParseIgnoredFinding("psu:3:presence")})),
-            "rack07  OK\n");
+  EXPECT_EQ(
+      LinesText({{WarningReading(), 0, "rack07", ""}}, {ParseIgnoredFinding("psu:3:presence")}),
+      "rack07  OK\n");
 }
 
 TEST(HealthLines, NoEnclosureIsNoLine) { EXPECT_EQ(LinesText({}), ""); }

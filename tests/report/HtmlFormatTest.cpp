@@ -23,7 +23,7 @@ using testing::IsEmpty;
 using testing::Not;
 
 std::string PageOf(const Reading& reading, const ReportContext& context = {"0.1.0"}) {
-  return HtmlFormat().document(reading, context);
+  return HtmlFormat().document({reading, 0, "", ""}, context);
 }
 
 std::string WallOf(const std::vector<EnclosureReading>& enclosures) {
@@ -354,8 +354,8 @@ TEST(HtmlWall, WhatThereIsNoneOfHasNoColour) {
 
 TEST(HtmlWall, OneEnclosureNeedsNone) {
   EXPECT_THAT(PageOf(ExampleReading()), Not(HasSubstr("<nav>")));
-  EXPECT_THAT(WallOf({Fleet().front()}), Not(HasSubstr("<nav>")));
-  EXPECT_THAT(WallOf({Fleet().front()}), HasSubstr("<title>Enclosure rack01</title>"));
+  EXPECT_THAT(HtmlFormat().document(Fleet().front(), {"0.1.0"}),
+              HasSubstr("<title>Enclosure rack01</title>"));
   EXPECT_THAT(WallOf(Fleet()), HasSubstr("<title>6 enclosures</title>"));
   EXPECT_THAT(WallOf(Fleet()), HasSubstr("<h2>rack01</h2>"));
   EXPECT_THAT(WallOf(Fleet()), HasSubstr("<p>smm1:623, read at 2026-11-21T18:24:05.678Z in "));

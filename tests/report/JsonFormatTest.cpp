@@ -17,7 +17,9 @@ using nlohmann::json;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-std::string Document(const Reading& reading) { return JsonFormat().document(reading, {"0.1.0"}); }
+std::string Document(const Reading& reading) {
+  return JsonFormat().document({reading, 0, "", ""}, {"0.1.0"});
+}
 
 /// JSON without blanks and with sorted members, so that like documents are like texts.
 std::string Normal(const std::string& text) { return json::parse(text).dump(); }

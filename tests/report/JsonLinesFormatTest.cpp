@@ -33,12 +33,14 @@ TEST(JsonLinesFormat, LineIsTheDocumentOfOneEnclosureWithoutLineBreaks) {
     nlohmann::json document = nlohmann::json::parse(line);
     document.erase("host");
     document.erase("index");
-    EXPECT_EQ(document, nlohmann::json::parse(JsonFormat().document(reading, {"0.1.0"})));
+    EXPECT_EQ(document,
+              nlohmann::json::parse(JsonFormat().document({reading, 0, "", ""}, {"0.1.0"})));
   }
 }
 
 TEST(JsonLinesFormat, OnlyEnclosureIsALineToo) {
-  EXPECT_EQ(JsonLinesFormat().document(ExampleReading(), {"0.1.0"}), LineOf(ExampleReading(), 0));
+  EXPECT_EQ(JsonLinesFormat().document({ExampleReading(), 0, "", ""}, {"0.1.0"}),
+            LineOf(ExampleReading(), 0));
 }
 
 TEST(JsonLinesFormat, LinesFollowTheSchemaOfTheDocument) {

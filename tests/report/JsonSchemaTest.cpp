@@ -16,7 +16,7 @@ using nlohmann::json;
 using testing::HasSubstr;
 
 json ParsedDocument(const Reading& reading) {
-  return json::parse(JsonFormat().document(reading, {"0.1.0"}));
+  return json::parse(JsonFormat().document({reading, 0, "", ""}, {"0.1.0"}));
 }
 
 struct BadDocument {

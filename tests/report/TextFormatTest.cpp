@@ -17,7 +17,7 @@ using testing::Not;
 
 /// What stands for a part, from the blank line above its title on.
 std::string Printed(const Reading& reading, Part part) {
-  const std::string text = TextFormat().document(reading, {"0.1.0"});
+  const std::string text = TextFormat().document({reading, 0, "", ""}, {"0.1.0"});
   const std::size_t begin = text.find("\n\n" + Describe(reading, part)->title + '\n') + 1;
   return text.substr(begin, text.find("\n\n", begin) - begin + 1);
 }

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "report/Health.h"
+
 namespace Tavrin {
 namespace {
 
@@ -50,8 +52,7 @@ told by the SMM.)",
         R"(Prints one line an enclosure, worst first: CRITICAL, WARNING, UNKNOWN or OK, and what is wrong and
 where. Only what the SMM states is judged; what could not be read is UNKNOWN. --ignore leaves out
 what a site knows of. The exit code is 0 when all are well, and 6 when a fault was found.)",
-        "-H 'rack[01-40]' -U admin health",
-        PartList(Part::NodeStatus, Part::PsuFans, Part::PsuStatus)},
+        "-H 'rack[01-40]' -U admin health", PartList(kHealthParts)},
     Command{
         "select-psu", " N",
         R"(Selects PSU N, from 1 to 9; says what was sent for N, and
@@ -73,7 +74,7 @@ constexpr const char* kCommandHelp = R"(Usage: smm-inventory [OPTIONS] {}{}
 
 {}
 
-{}Options: -H RANGE or --hosts-file FILE {}.
+{}Options: {}.
 smm-inventory --help lists all options; they are the same for every command.
 
 Example:
@@ -86,8 +87,12 @@ PSU slots and nodes.
 
 )";
 
-constexpr const char* kNeedsUser = "is required, and -U NAME unless that file says user=";
-constexpr const char* kNeedsNoUser = "is required; neither user nor password is";
+constexpr const char* kNeedsUser =
+    "-H RANGE or --hosts-file FILE is required, and -U NAME unless that file says user=";
+constexpr const char* kNeedsNoUser =
+    "-H RANGE or --hosts-file FILE is required; neither user nor password is";
+constexpr const char* kNeedsOneHost =
+    "-H HOST is required, and -U NAME unless a --hosts-file says user= for that host";
 
 /// How far apart a word and a command's name may be to count as one meant for the other.
 constexpr std::size_t kMostTypingErrors = 2;
@@ -105,6 +110,13 @@ std::size_t Distance(std::string_view from, std::string_view to) {
     }
   }
   return row.back();
+}
+
+const char* NeedsOf(const Command& command) {
+  if (command.isForOne) {
+    return kNeedsOneHost;
+  }
+  return command.AsksNobody() ? kNeedsNoUser : kNeedsUser;
 }
 
 }  // namespace
@@ -148,8 +160,7 @@ std::string CommandList() {
 
 std::string CommandHelp(const Command& command) {
   return fmt::format(kCommandHelp, command.name, command.argument, command.details,
-                     command.AsksNobody() ? "" : kReadsFirst,
-                     command.AsksNobody() ? kNeedsNoUser : kNeedsUser, command.example);
+                     command.AsksNobody() ? "" : kReadsFirst, NeedsOf(command), command.example);
 }
 
 }  // namespace Tavrin

@@ -15,8 +15,12 @@ class PartList {
  public:
   template <typename... Parts>
   constexpr explicit PartList(Parts... those) : parts_{those...}, count_(sizeof...(those)) {}
-  constexpr explicit PartList(const decltype(kPartsToAskFor)& all)
-      : parts_(all), count_(all.size()) {}
+  template <std::size_t count>
+  constexpr explicit PartList(const std::array<Part, count>& those) : parts_{}, count_(count) {
+    for (std::size_t index = 0; index < count; ++index) {
+      parts_[index] = those[index];
+    }
+  }
 
   [[nodiscard]] std::vector<Part> Parts() const {
     return {parts_.begin(), parts_.begin() + count_};

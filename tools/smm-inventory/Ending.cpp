@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -54,6 +56,15 @@ Ending EndingBy(FailureCause kind) {
   }
 }
 
+Ending EndingOf(const QueryOutcome& failure) {
+  constexpr std::uint8_t insufficientPrivilege = 0xD4;
+  if (failure.status == kExceptionStatus) {
+    return Ending::UnexpectedError;
+  }
+  return failure.cause.completionCode == insufficientPrivilege ? Ending::PrivilegeRefused
+                                                               : EndingBy(failure.cause.kind);
+}
+
 bool IsOneOf(Ending ending, std::initializer_list<Ending> some) {
   return std::find(some.begin(), some.end(), ending) != some.end();
 }
@@ -71,10 +82,7 @@ std::vector<Target> TargetsThatFailed(const std::vector<Target>& targets,
 
 std::string Folded(const std::vector<Target>& targets) {
   std::vector<HostAndPort> hosts;
-  for (const Target& target : targets) {
-    const bool isUsual = target.port == kDefaultPort;
-    hosts.push_back({target.host, isUsual ? std::nullopt : std::optional(target.port)});
-  }
+  std::transform(targets.begin(), targets.end(), std::back_inserter(hosts), PlaceOf);
   return FoldHosts(hosts);
 }
 
@@ -93,8 +101,7 @@ std::string CountsByWord(const std::vector<Ending>& endings) {
 
 Ending EndingOf(const Reading& reading) {
   if (reading.failure) {
-    return reading.failure->status == kExceptionStatus ? Ending::UnexpectedError
-                                                       : EndingBy(reading.failure->cause.kind);
+    return EndingOf(*reading.failure);
   }
   const std::vector<Answer> answers = AllAnswers(reading);
   const auto failed = std::find_if(answers.begin(), answers.end(), [](const Answer& answer) {

@@ -1,7 +1,6 @@
 #include "tools/smm-inventory/FleetPrinter.h"
 
 #include <algorithm>
-#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <utility>
@@ -10,8 +9,10 @@
 #include "report/HealthLines.h"
 #include "report/Nagios.h"
 #include "support/HostAndPort.h"
+#include "support/UsageError.h"
 #include "tools/smm-inventory/Environment.h"
 #include "tools/smm-inventory/ExitCode.h"
+#include "tools/smm-inventory/FailedHostsFile.h"
 #include "tools/smm-inventory/FailureLines.h"
 #include "tools/smm-inventory/GroupLines.h"
 #include "tools/smm-inventory/Interrupt.h"
@@ -21,7 +22,8 @@ namespace Tavrin {
 namespace {
 
 std::string NameOf(const Target& target) {
-  return target.port == kDefaultPort ? target.host : AddressText(target.host, target.port);
+  const HostAndPort place = PlaceOf(target);
+  return place.port ? AddressText(place.host, *place.port) : place.host;
 }
 
 std::vector<std::string> NamesOf(const std::vector<Target>& targets) {
@@ -36,20 +38,10 @@ bool ShowsProgress(const Options& options) {
   return isFit && !options.isQuiet;
 }
 
-/// Whether what is printed says something about all enclosures together before it shows any.
+/// Whether nothing is printed before the last enclosure has ended.
 bool WaitsForAll(const Options& options) {
-  return options.IsAboutHealth() || options.ShowsHealthFirst() || !options.groupField.empty() ||
-         options.targets.size() == 1 || options.format->several.order == Order::AllTogether;
-}
-
-void WriteFailedHosts(const Options& options, const std::vector<Ending>& endings) {
-  if (options.failedTo) {
-    std::ofstream file(*options.failedTo);
-    file << FailedHosts(options.targets, endings) << std::flush;
-    if (!file) {
-      throw std::runtime_error("the file of --failed-to cannot be written");
-    }
-  }
+  return options.ShowsHealthFirst() || !options.groupField.empty() || options.targets.size() == 1 ||
+         options.format->several.order == Order::AllTogether;
 }
 
 Severity WorstOfAll(const std::vector<EnclosureReading>& all, const Options& options) {
@@ -89,12 +81,12 @@ FleetPrinter::FleetPrinter(const Options& options, Console& console)
       console_(console),
       lines_(console, options.ShownLogLevel()),
       showsProgress_(ShowsProgress(options)),
-      progressOfOne_(console, options.ShownLogLevel(), showsProgress_),
+      progressOfOne_(console, options.ShownLogLevel()),
       progressOfSeveral_(console, NamesOf(options.targets)),
       waitsForAll_(WaitsForAll(options)),
       ended_(options.targets.size()) {
   if (!waitsForAll_) {
-    std::cout << options.format->several.begin() << std::flush;
+    std::cout << options.format->several.begin << std::flush;
   }
 }
 
@@ -108,14 +100,17 @@ void FleetPrinter::EnclosureBegins(std::size_t index) {
   }
 }
 
-Observer* FleetPrinter::ObserverOf(std::size_t /*index*/) {
-  return IsForOne() && !options_.isForNagios ? &progressOfOne_ : &lines_;
+Observer* FleetPrinter::ObserverOf(std::size_t index) {
+  if (IsForOne()) {
+    return showsProgress_ ? &progressOfOne_ : &lines_;
+  }
+  lines_.TellAbout(NameOf(options_.targets[index]));
+  return &lines_;
 }
 
-void FleetPrinter::EnclosureEnded(FleetResult&& result) {
-  const std::size_t index = result.index;
+void FleetPrinter::EnclosureEnded(std::size_t index, Reading&& reading) {
   const Target& target = options_.targets[index];
-  ended_[index] = {std::move(result.reading), index, NameOf(target), target.group};
+  ended_[index] = {std::move(reading), index, NameOf(target), target.group};
   const Ending ending = EndingOf(ended_[index]->reading);
   progressOfSeveral_.Ended(index, ending == Ending::Read);
   const bool isTold = ending != Ending::Read && ending != Ending::Stopped;
@@ -157,8 +152,22 @@ int FleetPrinter::Finish() {
   if (!options_.isForNagios) {
     ShowFailures(all, endings);
   }
-  WriteFailedHosts(options_, endings);
-  return CodeOf(all, endings, options_);
+  const bool isWritten = IsFailedHostsFileWritten(endings);
+  const int exitCode = CodeOf(all, endings, options_);
+  return isWritten || exitCode != ExitCode::Success ? exitCode : ExitCode::Exception;
+}
+
+/// What was found counts for more than that a file cannot be written, which is told.
+bool FleetPrinter::IsFailedHostsFileWritten(const std::vector<Ending>& endings) const {
+  try {
+    if (options_.failedTo) {
+      WriteFailedHostsFile(*options_.failedTo, FailedHosts(options_.targets, endings));
+    }
+    return true;
+  } catch (const UsageError& error) {
+    std::cerr << "smm-inventory: " << error.what() << '\n';
+    return false;
+  }
 }
 
 /// Those of several have been told as each of them ended.
@@ -184,29 +193,30 @@ void FleetPrinter::PrintReport(const std::vector<EnclosureReading>& all) const {
 }
 
 void FleetPrinter::PrintHealthAndTables(const std::vector<EnclosureReading>& all) const {
-  const bool isHealthFirst = options_.IsAboutHealth() || options_.ShowsHealthFirst();
-  if (options_.IsText() && isHealthFirst) {
+  if (options_.ShowsHealthFirst()) {
     std::cout << HealthOnTerminal(HealthLines(all, options_.ignored), HasColours());
   }
   if (!options_.IsText() || !options_.IsAboutHealth()) {
-    std::cout << (options_.IsText() && isHealthFirst ? "\n" : "");
+    std::cout << (options_.ShowsHealthFirst() ? "\n" : "");
     PrintTables(all);
   }
 }
 
 void FleetPrinter::PrintTables(const std::vector<EnclosureReading>& all) const {
   if (IsForOne()) {
-    std::cout << options_.format->document(all.front().reading, Context());
+    std::cout << options_.format->document(all.front(), Context());
     return;
   }
   const FormatOfSeveral& format = options_.format->several;
-  std::cout << format.begin();
+  std::cout << format.begin;
   for (const EnclosureReading& each : all) {
     std::cout << format.enclosure(each, Context());
   }
   std::cout << format.end(all, Context());
 }
 
-ReportContext FleetPrinter::Context() const { return {SMM_INVENTORY_VERSION, options_.ignored}; }
+ReportContext FleetPrinter::Context() const {
+  return {SMM_INVENTORY_VERSION, options_.ignored, options_.IsAboutHealth()};
+}
 
 }  // namespace Tavrin

@@ -15,8 +15,8 @@
 
 namespace Tavrin {
 
-/// Prints the readings of enclosures as they end, in the order of the format, and tells meanwhile
-/// on standard error what fails and, to a person at a terminal, how it goes on.
+/// Prints the readings of enclosures in the order of the format, as they end or all at the end, and
+/// tells meanwhile on standard error what fails and, to a person at a terminal, how it goes on.
 class FleetPrinter : public FleetObserver {
  public:
   /// Both outlive the printer. `console` is that of standard error.
@@ -25,7 +25,7 @@ class FleetPrinter : public FleetObserver {
   void Noted(const std::string& text) override;
   void EnclosureBegins(std::size_t index) override;
   Observer* ObserverOf(std::size_t index) override;
-  void EnclosureEnded(FleetResult&& result) override;
+  void EnclosureEnded(std::size_t index, Reading&& reading) override;
   void TimePasses() override;
 
   /// Prints what comes behind the last enclosure. Returns the run's exit code.
@@ -37,6 +37,7 @@ class FleetPrinter : public FleetObserver {
   void PrintReport(const std::vector<EnclosureReading>& all) const;
   void PrintHealthAndTables(const std::vector<EnclosureReading>& all) const;
   void PrintTables(const std::vector<EnclosureReading>& all) const;
+  [[nodiscard]] bool IsFailedHostsFileWritten(const std::vector<Ending>& endings) const;
   void ShowFailures(const std::vector<EnclosureReading>& all,
                     const std::vector<Ending>& endings) const;
   [[nodiscard]] ReportContext Context() const;

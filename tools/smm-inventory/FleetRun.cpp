@@ -1,18 +1,15 @@
 #include "tools/smm-inventory/FleetRun.h"
 
-#include <fmt/format.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <algorithm>
 #include <iostream>
-#include <optional>
-#include <string>
 #include <vector>
 
 #include "fleet/FleetReader.h"
-#include "support/EscapeControlBytes.h"
-#include "support/UsageError.h"
+#include "platform/standalone/logger/LogControl.h"
 #include "tools/smm-inventory/Environment.h"
+#include "tools/smm-inventory/FailedHostsFile.h"
 #include "tools/smm-inventory/FleetPrinter.h"
 #include "tools/smm-inventory/Interrupt.h"
 #include "tools/smm-inventory/Options.h"
@@ -29,23 +26,16 @@ FleetSettings SettingsOf(const Options& options) {
   settings.fanout = options.fanout;
   settings.timeout = options.timeout;
   settings.asksPresence = options.asksPresence;
-  settings.logLevel = options.ShownLogLevel();
+  // What is wrong with the environment is an error, and told to everybody.
+  settings.logLevel = std::max(options.ShownLogLevel(), Standalone::LogLevel::Error);
   return settings;
-}
-
-/// Leaves what is in the file until there is something to put in its place.
-void RequireWritable(const std::optional<std::string>& path) {
-  if (path && !std::ofstream(*path, std::ios::app)) {
-    throw UsageError(fmt::format("--failed-to is \"{}\", which cannot be written; expected a file",
-                                 EscapeControlBytes(*path)));
-  }
 }
 
 }  // namespace
 
 int RunFleet(const Options& options) {
-  RequireWritable(options.failedTo);
   const std::vector<EnclosureSettings> enclosures = SettingsWithPasswords(options.targets);
+  RequireFailedHostsFile(options);
   Console console(std::cerr, CanMoveCursor(), STDERR_FILENO);
   CheckEnvironment(options, console);
   FleetPrinter printer(options, console);

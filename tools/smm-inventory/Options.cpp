@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -96,6 +97,7 @@ void TakeFleetSettings(const RawOptions& raw, Options& options) {
     options.timeout = std::chrono::seconds(ParseWholeNumber("time-out", *raw.timeout, 1, longest));
   }
   options.failedTo = raw.failedTo;
+  options.hostsFile = raw.hostsFile;
 }
 
 IgnoredFinding ParseIgnored(const std::string& text) {
@@ -118,24 +120,49 @@ void TakeHealthSettings(const RawOptions& raw, Options& options) {
   options.groupField = raw.groupBy.value_or("");
 }
 
+/// An option, and whether it is given.
+using GivenOption = std::pair<const char*, bool>;
+
 /// What an option would have to change, and cannot, is refused rather than left out.
+void RefuseOptionsOfReading(const RawOptions& raw, const Command& command) {
+  std::vector<GivenOption> options = {{"fanout", raw.fanout.has_value()},
+                                      {"timeout", raw.timeout.has_value()},
+                                      {"failed-to", raw.failedTo.has_value()},
+                                      {"ignore", !raw.ignored.empty()}};
+  if (command.AsksNobody()) {
+    options.insert(options.end(), {{"format", raw.format.has_value()},
+                                   {"json", raw.isJson},
+                                   {"no-ping", raw.leavesPresenceOut}});
+  }
+  for (const auto& [name, isGiven] : options) {
+    if (isGiven) {
+      throw UsageError(
+          fmt::format("--{} is given with the command {}; expected it with one that reads", name,
+                      command.name));
+    }
+  }
+}
+
 void RefuseWhatDoesNotGoTogether(const RawOptions& raw, const Options& options) {
   const Command& command = *options.task.command;
   const bool isForAll = &command == &Commands().front();
-  if (raw.groupBy && (!isForAll || !options.IsText())) {
-    throw UsageError("--group-by is given with a command or a format; expected it alone");
+  if (raw.groupBy && (!isForAll || !options.IsText() || raw.isForNagios)) {
+    throw UsageError("--group-by is given with a command, a format or --nagios; expected it alone");
   }
   if (raw.isForNagios && !(isForAll || options.IsAboutHealth())) {
     throw UsageError(
         fmt::format("--nagios is given with the command {}; expected it alone", command.name));
   }
-  if (raw.isForNagios && (!options.IsText() || raw.groupBy)) {
+  if (raw.isForNagios && !options.IsText()) {
     throw UsageError("--nagios is given with a format; expected it alone");
   }
-  if ((command.isForOne || command.AsksNobody()) && (raw.timeout || raw.failedTo)) {
+  if (options.IsAboutHealth() && options.format->name == "csv") {
     throw UsageError(
-        fmt::format("--{} is given with the command {}; expected it with one that reads",
-                    raw.timeout ? "timeout" : "failed-to", command.name));
+        "format is \"csv\" with the command health; expected one that holds health: text, json, "
+        "jsonl or html");
+  }
+  if (command.isForOne || command.AsksNobody()) {
+    RefuseOptionsOfReading(raw, command);
   }
 }
 
@@ -211,7 +238,9 @@ bool Options::IsText() const { return format == &Formats().front(); }
 
 bool Options::IsAboutHealth() const { return task.command->name == kHealthCommand; }
 
-bool Options::ShowsHealthFirst() const { return IsText() && task.command == &Commands().front(); }
+bool Options::ShowsHealthFirst() const {
+  return IsText() && (IsAboutHealth() || task.command == &Commands().front());
+}
 
 std::vector<Part> Options::Parts() const {
   if (isForNagios) {

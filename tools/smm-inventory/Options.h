@@ -39,8 +39,9 @@ struct Options {
   std::size_t fanout = kMaxFanout;                   ///< So many are read at once.
   std::optional<std::chrono::milliseconds> timeout;  ///< For the whole of one enclosure.
   bool asksPresence = true;
-  std::optional<std::string> failedTo;  ///< Path of a hosts file to be written.
-  std::string groupField;               ///< One of GroupFields(); empty for the readings.
+  std::optional<std::string> failedTo;   ///< Path of a hosts file to be written.
+  std::optional<std::string> hostsFile;  ///< Path of the one that was read; `-` is no path.
+  std::string groupField;                ///< One of GroupFields(); empty for the readings.
   std::vector<IgnoredFinding> ignored;
   bool isForNagios = false;
 
@@ -50,7 +51,7 @@ struct Options {
   [[nodiscard]] bool IsText() const;
   [[nodiscard]] bool IsAboutHealth() const;
 
-  /// Whether the health of all enclosures stands in front of their tables.
+  /// Whether the health of all enclosures stands in front of their tables, or in place of them.
   [[nodiscard]] bool ShowsHealthFirst() const;
 
   /// What is read of each enclosure.

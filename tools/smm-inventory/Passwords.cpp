@@ -1,6 +1,7 @@
 #include "tools/smm-inventory/Passwords.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <map>
 #include <optional>
@@ -15,12 +16,13 @@
 namespace Tavrin {
 namespace {
 
-/// What a password is for: a file has the same one for every user, the prompt one for each.
+/// What a password is for: a file or a pipe has the same one for every user, the prompt one for
+/// each.
 using Source = std::pair<std::optional<std::string>, std::string>;
 
 Source SourceOf(const Target& target) {
   const std::optional<std::string>& file = target.settings.passwordFile;
-  const bool isAsked = !file || *file == "-";
+  const bool isAsked = !file || (*file == "-" && isatty(STDIN_FILENO) == 1);
   return {file, isAsked ? target.settings.userName.value_or("") : ""};
 }
 

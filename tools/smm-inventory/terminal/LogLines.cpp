@@ -37,7 +37,7 @@ unsigned int LogLines::LogLevel() const {
 
 void LogLines::LineWritten(const Standalone::LogLine& line) {
   if (Shows(line.level)) {
-    console_.ShowLine(LogText(line));
+    console_.ShowLine(start_ + LogText(line));
   } else if (IsAboutEnvironment(line.source)) {
     console_.ShowLine("smm-inventory: " + EscapeControlBytes(line.text));
   }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "reading/Observer.h"
 #include "tools/smm-inventory/terminal/Console.h"
 
@@ -13,6 +15,9 @@ class LogLines : public Observer {
   LogLines(Console& console, unsigned int shownLevel)
       : console_(console), shownLevel_(shownLevel) {}
 
+  /// Begins each line from now on with what people call the enclosure that it is about.
+  void TellAbout(const std::string& enclosure) { start_ = enclosure + ": "; }
+
   /// At least errors: those of the environment are always shown.
   [[nodiscard]] unsigned int LogLevel() const override;
   void LineWritten(const Standalone::LogLine& line) override;
@@ -23,6 +28,7 @@ class LogLines : public Observer {
  private:
   Console& console_;
   unsigned int shownLevel_;
+  std::string start_;
 };
 
 }  // namespace Tavrin

@@ -6,16 +6,23 @@
 
 namespace Tavrin {
 
+namespace {
+
+bool IsTriedAgain(Standalone::FailureCause kind) {
+  return !IsLoginRefused(kind) && kind != Standalone::FailureCause::TimeOver &&
+         kind != Standalone::FailureCause::Stopped;
+}
+
+}  // namespace
+
 void Progress::WaitBegins(const std::string& name) {
   waitName_ = name;
   shownFailure_.clear();
 }
 
 void Progress::AttemptBegins(int number, int attempts) {
-  if (showsAttempts_) {
-    console_.ShowStatus(
-        fmt::format("{}: attempt {} of {}, 3 seconds apart ...", waitName_, number, attempts));
-  }
+  console_.ShowStatus(
+      fmt::format("{}: attempt {} of {}, 3 seconds apart ...", waitName_, number, attempts));
 }
 
 void Progress::WaitEnds() {
@@ -25,7 +32,7 @@ void Progress::WaitEnds() {
 
 void Progress::AttemptFailed(const Cause& cause) {
   const bool isShownAsALine = Shows(Standalone::LogLevel::Warning);
-  if (waitName_.empty() || isShownAsALine || IsLoginRefused(cause.kind)) {
+  if (waitName_.empty() || isShownAsALine || !IsTriedAgain(cause.kind)) {
     return;
   }
   // Attempts mostly fail alike: the same words are said once.

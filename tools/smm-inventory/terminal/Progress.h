@@ -10,9 +10,9 @@ namespace Tavrin {
 /// and as much of the log as was asked for.
 class Progress : public LogLines {
  public:
-  /// `console` outlives the progress. Without `showsAttempts` it tells of nothing that goes well.
-  Progress(Console& console, unsigned int shownLevel, bool showsAttempts)
-      : LogLines(console, shownLevel), console_(console), showsAttempts_(showsAttempts) {}
+  /// `console` outlives the progress.
+  Progress(Console& console, unsigned int shownLevel)
+      : LogLines(console, shownLevel), console_(console) {}
 
   // The attempts of a wait are shown under its name, and its failures at once.
   void WaitBegins(const std::string& name) override;
@@ -22,7 +22,6 @@ class Progress : public LogLines {
 
  private:
   Console& console_;
-  bool showsAttempts_;
   std::string waitName_;
   std::string shownFailure_;
 };
