@@ -108,14 +108,17 @@ int ParseWorkarounds(const std::vector<std::string>& names) {
   return static_cast<int>(flags);
 }
 
-int ParseAttempts(const std::string& text) {
-  const std::optional<int> attempts = Standalone::ParseStrictly(text);
-  if (!attempts || *attempts < 1) {
-    throw UsageError(
-        fmt::format("number of attempts is \"{}\"; expected a whole number from 1 to {}",
-                    EscapeControlBytes(text), std::numeric_limits<int>::max()));
+int ParseWholeNumber(const char* name, const std::string& text, int lowest, int highest) {
+  const std::optional<int> number = Standalone::ParseStrictly(text);
+  if (!number || *number < lowest || *number > highest) {
+    throw UsageError(fmt::format("{} is \"{}\"; expected a whole number from {} to {}", name,
+                                 EscapeControlBytes(text), lowest, highest));
   }
-  return *attempts;
+  return *number;
+}
+
+int ParseAttempts(const std::string& text) {
+  return ParseWholeNumber("number of attempts", text, 1, std::numeric_limits<int>::max());
 }
 
 int ParseSessionTimeout(const std::string& text) {

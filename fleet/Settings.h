@@ -22,6 +22,10 @@ int ParseCipherSuite(const std::string& text);
 /// The flags of the workarounds named, joined. Throws UsageError for a name that is not known.
 int ParseWorkarounds(const std::vector<std::string>& names);
 
+/// Reads a whole number of that range. Throws UsageError, which calls it `name`, for any other
+/// text.
+int ParseWholeNumber(const char* name, const std::string& text, int lowest, int highest);
+
 /// Reads how often to connect, a whole number of at least 1. Throws UsageError for any other text.
 int ParseAttempts(const std::string& text);
 

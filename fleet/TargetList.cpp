@@ -7,7 +7,6 @@
 #include <array>
 #include <map>
 #include <set>
-#include <string_view>
 #include <utility>
 
 #include "fleet/Settings.h"

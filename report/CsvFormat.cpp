@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <variant>
-#include <vector>
 
 #include "report/Describe.h"
 #include "report/Escape.h"

@@ -1,5 +1,6 @@
 #include "report/JsonFormat.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>

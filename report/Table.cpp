@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <utility>
-
 #include "support/EscapeControlBytes.h"
 
 namespace Tavrin {

@@ -1,10 +1,9 @@
 #include "tools/smm-inventory/Environment.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
-#include <string_view>
 #include <vector>
 
 #include "platform/standalone/StrictNumber.h"
@@ -53,13 +52,6 @@ void CheckLogLevel(LogLines& lines) {
 }
 
 }  // namespace
-
-bool IsTerminal() { return isatty(STDERR_FILENO) == 1; }
-
-bool CanMoveCursor() {
-  const char* const terminal = std::getenv("TERM");
-  return IsTerminal() && terminal != nullptr && std::string_view(terminal) != "dumb";
-}
 
 void CheckEnvironment(const Options& options, Console& console) {
   LogLines lines(console, options.ShownLogLevel());

@@ -1,5 +1,7 @@
 #include "tools/smm-inventory/FleetPrinter.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <iostream>
 #include <iterator>
@@ -10,12 +12,12 @@
 #include "report/Nagios.h"
 #include "support/HostAndPort.h"
 #include "support/UsageError.h"
-#include "tools/smm-inventory/Environment.h"
 #include "tools/smm-inventory/ExitCode.h"
 #include "tools/smm-inventory/FailedHostsFile.h"
 #include "tools/smm-inventory/FailureLines.h"
 #include "tools/smm-inventory/GroupLines.h"
 #include "tools/smm-inventory/Interrupt.h"
+#include "tools/smm-inventory/terminal/Capabilities.h"
 #include "tools/smm-inventory/terminal/HealthColours.h"
 
 namespace Tavrin {
@@ -34,7 +36,8 @@ std::vector<std::string> NamesOf(const std::vector<Target>& targets) {
 
 /// A terminal that cannot move its cursor would show a line for each look at many enclosures.
 bool ShowsProgress(const Options& options) {
-  const bool isFit = options.targets.size() == 1 ? IsTerminal() : CanMoveCursor();
+  const bool isFit =
+      options.targets.size() == 1 ? IsTerminal(STDERR_FILENO) : CanMoveCursor(STDERR_FILENO);
   return isFit && !options.isQuiet;
 }
 
@@ -185,7 +188,7 @@ void FleetPrinter::PrintReport(const std::vector<EnclosureReading>& all) const {
   } else if (options_.isForNagios) {
     std::cout << NagiosLine(all.front().reading, options_.ignored);
   } else if (!options_.groupField.empty()) {
-    std::cout << GroupLines(options_.groupField, all);
+    std::cout << GroupLines(options_.groupField, all, options_.targets);
   } else {
     PrintHealthAndTables(all);
   }

@@ -31,11 +31,11 @@ std::string ValueOf(std::string_view field, const Reading& reading) {
   return "";
 }
 
-std::vector<Group> GroupsOf(std::string_view field,
-                            const std::vector<EnclosureReading>& enclosures) {
+std::vector<Group> GroupsOf(std::string_view field, const std::vector<EnclosureReading>& enclosures,
+                            const std::vector<Target>& targets) {
   std::map<std::string, std::vector<HostAndPort>> hosts;
   for (const EnclosureReading& enclosure : enclosures) {
-    hosts[ValueOf(field, enclosure.reading)].push_back(ParseHost(enclosure.name));
+    hosts[ValueOf(field, enclosure.reading)].push_back(PlaceOf(targets[enclosure.index]));
   }
   std::vector<Group> groups;
   groups.reserve(hosts.size());
@@ -58,8 +58,9 @@ const std::vector<std::string_view>& GroupFields() {
   return fields;
 }
 
-std::string GroupLines(std::string_view field, const std::vector<EnclosureReading>& enclosures) {
-  const std::vector<Group> groups = GroupsOf(field, enclosures);
+std::string GroupLines(std::string_view field, const std::vector<EnclosureReading>& enclosures,
+                       const std::vector<Target>& targets) {
+  const std::vector<Group> groups = GroupsOf(field, enclosures, targets);
   std::size_t width = 0;
   for (const Group& group : groups) {
     width = std::max(width, group.value.size());

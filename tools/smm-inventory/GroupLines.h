@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "fleet/Target.h"
 #include "report/EnclosureReading.h"
 
 namespace Tavrin {
@@ -14,7 +15,8 @@ const std::vector<std::string_view>& GroupFields();
 
 /// One line for each value of that field among the enclosures, the most frequent first:
 /// "SGEN3-2.1a  498: rack[01-40]". Enclosures without a value come last, under "not read".
-/// Printable.
-std::string GroupLines(std::string_view field, const std::vector<EnclosureReading>& enclosures);
+/// Printable. The targets are those that were asked, which the enclosures' indices count.
+std::string GroupLines(std::string_view field, const std::vector<EnclosureReading>& enclosures,
+                       const std::vector<Target>& targets);
 
 }  // namespace Tavrin

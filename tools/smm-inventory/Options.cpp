@@ -8,6 +8,7 @@
 #include <exception>
 #include <iterator>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -74,15 +75,6 @@ const Format* ChooseFormat(const RawOptions& raw) {
         fmt::format("--format is \"{}\" and --json is given; expected only one of them", name));
   }
   return format;
-}
-
-int ParseWholeNumber(const char* name, const std::string& text, int lowest, int highest) {
-  const std::optional<int> number = Standalone::ParseStrictly(text);
-  if (!number || *number < lowest || *number > highest) {
-    throw UsageError(fmt::format("{} is \"{}\"; expected a whole number from {} to {}", name,
-                                 EscapeControlBytes(text), lowest, highest));
-  }
-  return *number;
 }
 
 void TakeFleetSettings(const RawOptions& raw, Options& options) {

@@ -17,6 +17,7 @@
 #include "support/EscapeControlBytes.h"
 #include "support/FileDescriptor.h"
 #include "support/UsageError.h"
+#include "tools/smm-inventory/terminal/Capabilities.h"
 #include "tools/smm-inventory/terminal/Prompt.h"
 
 namespace Tavrin {
@@ -138,7 +139,7 @@ void TakeEnvironmentPassword(const char* value, std::string& password) {
 void ObtainPassword(const std::optional<std::string>& file, const std::string& prompt,
                     std::string& password) {
   // Typed there, it would be shown.
-  if (file == "-" && isatty(STDIN_FILENO) == 1) {
+  if (file == "-" && IsTerminal(STDIN_FILENO)) {
     PromptForPassword(prompt, password);
     return;
   }

@@ -12,6 +12,7 @@
 #include "support/EscapeControlBytes.h"
 #include "support/HostAndPort.h"
 #include "tools/smm-inventory/Password.h"
+#include "tools/smm-inventory/terminal/Capabilities.h"
 
 namespace Tavrin {
 namespace {
@@ -22,7 +23,7 @@ using Source = std::pair<std::optional<std::string>, std::string>;
 
 Source SourceOf(const Target& target) {
   const std::optional<std::string>& file = target.settings.passwordFile;
-  const bool isAsked = !file || (*file == "-" && isatty(STDIN_FILENO) == 1);
+  const bool isAsked = !file || (*file == "-" && IsTerminal(STDIN_FILENO));
   return {file, isAsked ? target.settings.userName.value_or("") : ""};
 }
 

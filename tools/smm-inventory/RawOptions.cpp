@@ -107,14 +107,40 @@ void DeclareNaming(CLI::App& app, RawOptions& raw) {
       ->option_text(fmt::format("PORT [{}]", kDefaultPort));
 }
 
+void DeclareLogin(CLI::App& app, RawOptions& raw) {
+  app.add_option(
+         "-U,--user", raw.userName,
+         "IPMI user name, at most 16 bytes; required unless the hosts\nfile says one for each host")
+      ->option_text("NAME");
+  app.add_option("--password-file", raw.passwordFile,
+                 "File with the password on one line, readable by its\nowner alone; - for standard "
+                 "input")
+      ->option_text("FILE");
+  app.add_option("-C,--cipher-suite", raw.cipherSuite, "One of " + CipherSuiteIds())
+      ->option_text("ID [3]");
+  app.add_option("-L,--privilege", raw.privilegeLevel, "One of " + PrivilegeNames())
+      ->option_text("LEVEL [administrator]");
+  app.add_option("-W,--workaround", raw.workarounds,
+                 "For controllers that deviate from IPMI 2.0, repeatable; of\n" + WorkaroundNames())
+      ->option_text("NAME")
+      ->allow_extra_args(false);
+  app.add_option("--attempts", raw.attempts, "Attempts to connect for each request, in all")
+      ->option_text("N [3]");
+  app.add_option("--session-timeout", raw.sessionTimeout,
+                 "How long the SMM may stay silent before an attempt fails,\n"
+                 "from 0.1 to 600; more for one that answers late")
+      ->option_text("SECONDS [4.5]");
+}
+
 void DeclareReading(CLI::App& app, RawOptions& raw) {
-  app.add_option("--fanout", raw.fanout, "Enclosures that are read at once, from 1 to 1000")
-      ->option_text("N [1000]");
+  app.add_option("--fanout", raw.fanout,
+                 fmt::format("Enclosures that are read at once, from 1 to {}", kMaxFanout))
+      ->option_text(fmt::format("N [{}]", kMaxFanout));
   app.add_option(
          "--timeout", raw.timeout,
          "How long one enclosure may take in all, from 1 to 86400;\nless than 20 is too little "
-         "to read anything [no limit]")
-      ->option_text("SECONDS");
+         "to read anything")
+      ->option_text("SECONDS [none]");
   app.add_flag("--no-ping", raw.leavesPresenceOut,
                "Do not ask first, for 3 seconds, whether anybody is there");
 }
@@ -149,28 +175,7 @@ void Declare(CLI::App& app, RawOptions& raw) {
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)
       ->group("");
   DeclareNaming(app, raw);
-  app.add_option(
-         "-U,--user", raw.userName,
-         "IPMI user name, at most 16 bytes; required unless the hosts\nfile says one for each host")
-      ->option_text("NAME");
-  app.add_option("--password-file", raw.passwordFile,
-                 "File with the password on one line, readable by its\nowner alone; - for standard "
-                 "input")
-      ->option_text("FILE");
-  app.add_option("-C,--cipher-suite", raw.cipherSuite, "One of " + CipherSuiteIds())
-      ->option_text("ID [3]");
-  app.add_option("-L,--privilege", raw.privilegeLevel, "One of " + PrivilegeNames())
-      ->option_text("LEVEL [administrator]");
-  app.add_option("-W,--workaround", raw.workarounds,
-                 "For controllers that deviate from IPMI 2.0, repeatable; of\n" + WorkaroundNames())
-      ->option_text("NAME")
-      ->allow_extra_args(false);
-  app.add_option("--attempts", raw.attempts, "Attempts to connect for each request, in all")
-      ->option_text("N [3]");
-  app.add_option("--session-timeout", raw.sessionTimeout,
-                 "How long the SMM may stay silent before an attempt fails,\n"
-                 "from 0.1 to 600; more for one that answers late")
-      ->option_text("SECONDS [4.5]");
+  DeclareLogin(app, raw);
   DeclareReading(app, raw);
   app.add_option("--format", raw.format, "What to print, one of" + FormatList())
       ->option_text(fmt::format("NAME [{}]", Formats().front().name));

@@ -1,4 +1,3 @@
-
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -11,10 +10,10 @@
 #include "support/HostAndPort.h"
 #include "support/UsageError.h"
 #include "tools/smm-inventory/ExitCode.h"
-#include "tools/smm-inventory/FleetRun.h"
 #include "tools/smm-inventory/MemoryImage.h"
 #include "tools/smm-inventory/Options.h"
 #include "tools/smm-inventory/Output.h"
+#include "tools/smm-inventory/RunFleet.h"
 
 namespace Tavrin {
 namespace {

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "tools/smm-inventory/terminal/Capabilities.h"
+
 namespace Tavrin {
 namespace {
 
@@ -25,11 +27,9 @@ std::string_view ColourOf(Severity severity) {
 }  // namespace
 
 bool HasColours() {
-  const char* const terminal = std::getenv("TERM");
   const char* const noColour = std::getenv("NO_COLOR");
   const bool isUnwanted = noColour != nullptr && *noColour != '\0';
-  return isatty(STDOUT_FILENO) == 1 && !isUnwanted && terminal != nullptr &&
-         std::string_view(terminal) != "dumb";
+  return CanMoveCursor(STDOUT_FILENO) && !isUnwanted;
 }
 
 std::string HealthOnTerminal(const std::vector<HealthLine>& lines, bool hasColours) {

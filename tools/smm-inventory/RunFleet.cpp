@@ -1,4 +1,4 @@
-#include "tools/smm-inventory/FleetRun.h"
+#include "tools/smm-inventory/RunFleet.h"
 
 #include <unistd.h>
 
@@ -15,6 +15,7 @@
 #include "tools/smm-inventory/Options.h"
 #include "tools/smm-inventory/Output.h"
 #include "tools/smm-inventory/Passwords.h"
+#include "tools/smm-inventory/terminal/Capabilities.h"
 
 namespace Tavrin {
 namespace {
@@ -36,7 +37,7 @@ FleetSettings SettingsOf(const Options& options) {
 int RunFleet(const Options& options) {
   const std::vector<EnclosureSettings> enclosures = SettingsWithPasswords(options.targets);
   RequireFailedHostsFile(options);
-  Console console(std::cerr, CanMoveCursor(), STDERR_FILENO);
+  Console console(std::cerr, CanMoveCursor(STDERR_FILENO), STDERR_FILENO);
   CheckEnvironment(options, console);
   FleetPrinter printer(options, console);
   const Interrupt interrupt;
