@@ -74,10 +74,10 @@ class UsageFormatter : public CLI::Formatter {
       "FILE (- for standard input), the environment variable IPMI_PASSWORD, or the prompt");
 }
 
-std::string GroupNames() {
-  const std::vector<std::string_view>& names = GroupFields();
-  return fmt::format("{},\n{}", fmt::join(names.begin(), names.begin() + 4, ", "),
-                     fmt::join(names.begin() + 4, names.end(), ", "));
+/// The list, broken behind a comma of its second half, since a terminal shows 80 to 100 columns.
+std::string InTwoLines(std::string list) {
+  list.replace(list.find(", ", list.size() / 2 - 1) + 1, 1, "\n");
+  return list;
 }
 
 /// One line a format, for the help.
@@ -121,7 +121,8 @@ void DeclareLogin(CLI::App& app, RawOptions& raw) {
   app.add_option("-L,--privilege", raw.privilegeLevel, "One of " + PrivilegeNames())
       ->option_text("LEVEL [administrator]");
   app.add_option("-W,--workaround", raw.workarounds,
-                 "For controllers that deviate from IPMI 2.0, repeatable; of\n" + WorkaroundNames())
+                 "For controllers that deviate from IPMI 2.0, repeatable; of\n" +
+                     InTwoLines(WorkaroundNames()))
       ->option_text("NAME")
       ->allow_extra_args(false);
   app.add_option("--attempts", raw.attempts, "Attempts to connect for each request, in all")
@@ -147,7 +148,8 @@ void DeclareReading(CLI::App& app, RawOptions& raw) {
 
 void DeclareShowing(CLI::App& app, RawOptions& raw) {
   app.add_option("--group-by", raw.groupBy,
-                 "Fold enclosures of like value; one of\n" + GroupNames())
+                 "Fold enclosures of like value; one of\n" +
+                     InTwoLines(fmt::format("{}", fmt::join(GroupFields(), ", "))))
       ->option_text("FIELD");
   app.add_option("--failed-to", raw.failedTo, "Hosts file for those that were not read whole")
       ->option_text("FILE");
