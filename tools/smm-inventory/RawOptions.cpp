@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "fleet/FleetReader.h"
 #include "fleet/Settings.h"
 #include "fleet/Target.h"
 #include "report/Format.h"
