@@ -25,6 +25,17 @@ void GoOn(ScriptedNetwork::Time time) {
   network.now = std::max(network.now, time);
 }
 
+/// What the network has said of an earlier datagram, which comes in the place of the next.
+int TakeRefusal() {
+  const auto next = network.arrivals.begin();
+  const bool isThere = next != network.arrivals.end() && next->first <= network.now;
+  const int error = isThere ? next->second.error : 0;
+  if (error != 0) {
+    network.arrivals.erase(next);
+  }
+  return error;
+}
+
 int Fail(int error) {
   errno = error;
   return -1;
@@ -74,6 +85,10 @@ extern "C" int connect(int /*descriptor*/, const sockaddr* /*address*/, socklen_
 
 extern "C" ssize_t send(int /*descriptor*/, const void* data, std::size_t length, int /*flags*/) {
   const auto* const bytes = static_cast<const std::uint8_t*>(data);
+  const int refusal = Tavrin::TakeRefusal();
+  if (refusal != 0) {
+    return Fail(refusal);
+  }
   network.sent.push_back({network.now, {bytes, bytes + length}});
   if (network.sendError != 0) {
     return Fail(network.sendError);
@@ -85,7 +100,10 @@ extern "C" ssize_t send(int /*descriptor*/, const void* data, std::size_t length
 }
 
 extern "C" int poll(pollfd* sources, nfds_t count, int timeout) {
-  if (count != 1 || sources->events != POLLIN || sources->revents != 0 || timeout < 0) {
+  const bool isAsExpected = std::all_of(sources, sources + count, [](const pollfd& source) {
+    return source.fd >= 0 && source.events == POLLIN && source.revents == 0;
+  });
+  if (count == 0 || !isAsExpected || timeout < 0) {
     std::abort();
   }
   const auto end = network.now + std::chrono::milliseconds(timeout);
