@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <set>
 #include <utility>
 
 namespace Tavrin {
@@ -19,6 +20,8 @@ constexpr std::chrono::seconds kStart{1000};
 /// Who asks more often without ever waiting does so for ever.
 constexpr int kMostLooks = 100000;
 int looksSinceTimeWentOn = 0;
+/// Whatever was a socket once.
+std::set<int> descriptors;
 
 void GoOn(ScriptedNetwork::Time time) {
   looksSinceTimeWentOn = time > network.now ? 0 : looksSinceTimeWentOn;
@@ -76,7 +79,9 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
 
 extern "C" int socket(int /*domain*/, int /*type*/, int /*protocol*/) noexcept {
   ++network.sockets;
-  return open("/dev/null", O_RDWR | O_CLOEXEC);
+  const int descriptor = open("/dev/null", O_RDWR | O_CLOEXEC);
+  Tavrin::descriptors.insert(descriptor);
+  return descriptor;
 }
 
 extern "C" int connect(int /*descriptor*/, const sockaddr* /*address*/, socklen_t /*length*/) {
@@ -101,7 +106,8 @@ extern "C" ssize_t send(int /*descriptor*/, const void* data, std::size_t length
 
 extern "C" int poll(pollfd* sources, nfds_t count, int timeout) {
   const bool isAsExpected = std::all_of(sources, sources + count, [](const pollfd& source) {
-    return source.fd >= 0 && source.events == POLLIN && source.revents == 0;
+    return Tavrin::descriptors.count(source.fd) == 1 && source.events == POLLIN &&
+           source.revents == 0;
   });
   if (count == 0 || !isAsExpected || timeout < 0) {
     std::abort();
