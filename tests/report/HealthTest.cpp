@@ -68,6 +68,16 @@ TEST(Health, EveryStateOfANodeIsJudgedByWhatItSays) {
   }
 }
 
+TEST(Health, FirstAndLastNodeAreJudgedLikeTheOthers) {
+  Reading reading = HealthyReading();
+  for (const std::size_t place : {0U, 3U}) {
+    reading.nodeStatus->at(place) = Good(DecodeNode({"Power Fault", "Half", "1", 0}));
+  }
+  EXPECT_THAT(Found(reading),
+              ElementsAre("node:1:power-fault CRITICAL", "node:4:power-fault CRITICAL"));
+  EXPECT_EQ(Words(reading), "nodes 1, 4 power fault");
+}
+
 TEST(Health, FlagsOfAPsuAreJudgedEach) {
   Reading reading = HealthyReading();
   FlagsOf(reading, 1).epow = ThatIs(true);
