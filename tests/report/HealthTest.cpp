@@ -146,6 +146,8 @@ TEST(Health, NinthPsuWithoutAFanIsToldOnce) {
   FansOf(reading, 9).status = ThatIs(PsuFanState::NotPresent);
   reading.psuFirmware->value.at(8).version = Unread<std::string>(Absence::SlotUnanswered);
   EXPECT_THAT(Found(reading), ElementsAre("psu:9:fan-presence WARNING"));
+  EXPECT_THAT(Found(reading, {ParseIgnoredFinding("psu:9:fan")}),
+              ElementsAre("psu:9:fan-presence WARNING"));
   FansOf(reading, 9).status = ThatIs(PsuFanState::Normal);
   EXPECT_THAT(Found(reading), ElementsAre("psu:9:firmware UNKNOWN"));
 }

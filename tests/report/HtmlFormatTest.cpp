@@ -310,6 +310,8 @@ TEST(HtmlFormat, PageIsBuiltAsHtmlWantsIt) {
   EXPECT_THAT(page, HasSubstr("</h3>\n<div class=\"scroll\"><table>\n<tr><th scope=\"row\">"));
   EXPECT_THAT(page, HasSubstr("</table>\n</div>\n</section>\n<section"));
   EXPECT_THAT(page, Not(HasSubstr("<p></p>")));
+  EXPECT_THAT(page, HasSubstr("<article id=\"enclosure-0\">"));
+  EXPECT_EQ(EnclosureReading().index, 0U);
   EXPECT_EQ(HtmlTables(FailedReading()), "");
 }
 
