@@ -145,6 +145,8 @@ TEST_P(Memory, MalformedSettingIsReportedOrNotAndTheQueryGoesOn) {
 
 TEST(MemoryOfSettings, KeyThatAnotherThreadAddsWhileThereIsRoomMadeForItIsOne) {
   const std::string key = "MEMORY_TEST_ONE";
+  // What is made on the first use is there then.
+  Standalone::SetGlobalConfigValue("MEMORY_TEST_FIRST", 0);
   onNextAllocation = [] {
     Standalone::SetGlobalConfigValue("MEMORY_TEST_ONE", 1);
     Standalone::SetGlobalConfigValue("MEMORY_TEST_TWO", 2);
