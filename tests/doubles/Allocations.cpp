@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace Tavrin {
 namespace {
@@ -16,6 +17,9 @@ thread_local AllocationCount soFar;
 void* Allocate(std::size_t size) noexcept {
   ++soFar.allocations;
   soFar.bytes += size;
+  if (onNextAllocation != nullptr) {
+    std::exchange(onNextAllocation, nullptr)();
+  }
   const bool fails = allocationsUntilFailure > 0 && --allocationsUntilFailure == 0;
   void* const block = fails ? nullptr : std::malloc(size);
   return block == nullptr ? nullptr : std::memset(block, 0, malloc_usable_size(block));

@@ -19,6 +19,10 @@ AllocationCount AllocationsSoFar();
 /// fails when it is 0.
 inline thread_local std::size_t allocationsUntilFailure = 0;
 
+/// Where set, happens once in the middle of the calling thread's next allocation, as what another
+/// thread does meanwhile would.
+inline thread_local void (*onNextAllocation)() = nullptr;
+
 /// Where set, gets every block of memory that the program and its libraries give back through
 /// operator delete, before the block is gone. For programs of one thread.
 inline void (*onFree)(const void* block, std::size_t size) = nullptr;

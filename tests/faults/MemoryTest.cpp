@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "module/smm/smm_inventory/SMMInventory.h"
+#include "platform/GlobalConfig.h"
 #include "platform/standalone/globalconfig/ConfigControl.h"
 #include "platform/standalone/logger/LogControl.h"
 #include "tests/doubles/Allocations.h"
@@ -140,6 +141,19 @@ TEST_P(Memory, MalformedSettingIsReportedOrNotAndTheQueryGoesOn) {
     std::string name;
     return inventory.GetSmmName(name);
   });
+}
+
+TEST(MemoryOfSettings, KeyThatAnotherThreadAddsWhileThereIsRoomMadeForItIsOne) {
+  const std::string key = "MEMORY_TEST_ONE";
+  // What is made on the first use is there then.
+  Standalone::SetGlobalConfigValue("MEMORY_TEST_FIRST", 0);
+  onNextAllocation = [] {
+    Standalone::SetGlobalConfigValue("MEMORY_TEST_ONE", 1);
+    Standalone::SetGlobalConfigValue("MEMORY_TEST_TWO", 2);
+  };
+  Standalone::SetGlobalConfigValue(key, 3);
+  EXPECT_EQ(GetGlobalConfigValue("MEMORY_TEST_ONE", 0), 3);
+  EXPECT_EQ(GetGlobalConfigValue("MEMORY_TEST_TWO", 0), 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(Log, Memory, ::testing::Values(0U, 4U), [](const auto& level) {

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "platform/standalone/ipmi_client/ConnectControl.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
@@ -19,7 +18,6 @@ namespace Tavrin::Standalone {
 namespace {
 
 using std::chrono::milliseconds;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -66,27 +64,6 @@ TEST_F(ConnectPresence, AnswerToTheCapabilitiesAloneIsEnoughWhateverItSays) {
   ExpectTook(milliseconds(0));
 }
 
-TEST_F(ConnectPresence, BothAreSentAtOnceAndAgainEachSecondUntilThreeAreOver) {
-  const UdpResponder nobody([](const UdpResponder::Bytes&) { return UdpResponder::Bytes(); });
-  const LastExchange exchange = Ask(nobody.Port());
-  ExpectFailure(exchange, FailureCause::Silence,
-                "no answer within 3 seconds, neither to a ping nor to a request");
-  EXPECT_EQ(exchange.host, "127.0.0.1");
-  EXPECT_EQ(exchange.port, std::to_string(nobody.Port()));
-  EXPECT_FALSE(exchange.isAnswered);
-  ExpectTook(milliseconds(3000));
-  std::vector<std::uint8_t> classes;
-  std::vector<long> seconds;
-  const auto arrivals = nobody.Arrivals();
-  for (const UdpResponder::Arrival& arrival : arrivals) {
-    classes.push_back(arrival.datagram.at(3));
-    seconds.push_back(
-        std::chrono::round<std::chrono::seconds>(arrival.at - arrivals.front().at).count());
-  }
-  EXPECT_THAT(classes, ElementsAre(6, 7, 6, 7, 6, 7));
-  EXPECT_THAT(seconds, ElementsAre(0, 0, 1, 1, 2, 2));
-}
-
 TEST_F(ConnectPresence, AnswerToTheSecondTryIsTaken) {
   const UdpResponder responder([](const UdpResponder::Bytes& datagram) {
     constexpr std::size_t tagAt = 9;
@@ -117,6 +94,15 @@ TEST_F(ConnectPresence, FailureIsALineThatNamesHostPortAndCause) {
   EXPECT_EQ(log.lines[0].text,
             "asking for presence failed: host , port 623: the host name does not resolve (it is "
             "empty); check it, or give the address");
+}
+
+TEST_F(ConnectPresence, FailureIsALineFromWarningsOn) {
+  SetMinLogLevel(LogLevel::Error);
+  Ask(623, "");
+  EXPECT_THAT(log.lines, IsEmpty());
+  SetMinLogLevel(LogLevel::Warning);
+  Ask(623, "");
+  EXPECT_THAT(log.lines, SizeIs(1));
 }
 
 TEST_F(ConnectPresence, EndsAtTheDeadlineOfTheThread) {

@@ -184,6 +184,29 @@ TEST(Fork, ThreadsHandlerMayForkAndBothSidesGoOn) {
   EXPECT_TRUE(Ends(process));
 }
 
+TEST(Fork, WaitsForTheHandlerOfAnotherThread) {
+  std::atomic<bool> isCalled{false};
+  std::atomic<bool> isDone{false};
+  Standalone::SetLogLineHandler([&](const Standalone::LogLine& /*line*/) {
+    isCalled = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    isDone = true;
+  });
+  std::thread logging(LogOneLine);
+  while (!isCalled) {
+    std::this_thread::yield();
+  }
+  const pid_t process = fork();
+  const bool hasWaited = isDone;
+  if (process == 0) {
+    _exit(hasWaited ? 0 : 1);
+  }
+  logging.join();
+  Standalone::SetLogLineHandler({});
+  EXPECT_TRUE(hasWaited);
+  EXPECT_TRUE(Ends(process));
+}
+
 TEST(Fork, HandlerMayForkAndBothSidesGoOn) {
   int lines = 0;
   pid_t process = -1;

@@ -133,6 +133,10 @@ TEST_F(InterruptionTest, FirstOfStopAndDeadlineSaysWhy) {
   ExpectEnd(Trouble::TimeOver, 20);
 }
 
+TEST_F(InterruptionTest, StopThatWasTakenBackMeanwhileIsStillWhatEndedTheExchange) {
+  EXPECT_EQ(InterruptionFailure().words, FailureOf(Trouble::Stopped).words);
+}
+
 TEST_F(InterruptionTest, QuestionWithGraceIsAskedBehindTheEndAndWaitedForAsLong) {
   StopExchanges();
   network.now += milliseconds(5000);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <set>
 #include <utility>
 
 namespace Tavrin {
@@ -19,10 +20,23 @@ constexpr std::chrono::seconds kStart{1000};
 /// Who asks more often without ever waiting does so for ever.
 constexpr int kMostLooks = 100000;
 int looksSinceTimeWentOn = 0;
+/// Whatever was a socket once.
+std::set<int> descriptors;
 
 void GoOn(ScriptedNetwork::Time time) {
   looksSinceTimeWentOn = time > network.now ? 0 : looksSinceTimeWentOn;
   network.now = std::max(network.now, time);
+}
+
+/// What the network has said of an earlier datagram, which comes in the place of the next.
+int TakeRefusal() {
+  const auto next = network.arrivals.begin();
+  const bool isThere = next != network.arrivals.end() && next->first <= network.now;
+  const int error = isThere ? next->second.error : 0;
+  if (error != 0) {
+    network.arrivals.erase(next);
+  }
+  return error;
 }
 
 int Fail(int error) {
@@ -65,7 +79,9 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
 
 extern "C" int socket(int /*domain*/, int /*type*/, int /*protocol*/) noexcept {
   ++network.sockets;
-  return open("/dev/null", O_RDWR | O_CLOEXEC);
+  const int descriptor = open("/dev/null", O_RDWR | O_CLOEXEC);
+  Tavrin::descriptors.insert(descriptor);
+  return descriptor;
 }
 
 extern "C" int connect(int /*descriptor*/, const sockaddr* /*address*/, socklen_t /*length*/) {
@@ -74,6 +90,10 @@ extern "C" int connect(int /*descriptor*/, const sockaddr* /*address*/, socklen_
 
 extern "C" ssize_t send(int /*descriptor*/, const void* data, std::size_t length, int /*flags*/) {
   const auto* const bytes = static_cast<const std::uint8_t*>(data);
+  const int refusal = Tavrin::TakeRefusal();
+  if (refusal != 0) {
+    return Fail(refusal);
+  }
   network.sent.push_back({network.now, {bytes, bytes + length}});
   if (network.sendError != 0) {
     return Fail(network.sendError);
@@ -85,7 +105,11 @@ extern "C" ssize_t send(int /*descriptor*/, const void* data, std::size_t length
 }
 
 extern "C" int poll(pollfd* sources, nfds_t count, int timeout) {
-  if (count != 1 || sources->events != POLLIN || sources->revents != 0 || timeout < 0) {
+  const bool isAsExpected = std::all_of(sources, sources + count, [](const pollfd& source) {
+    return Tavrin::descriptors.count(source.fd) == 1 && source.events == POLLIN &&
+           source.revents == 0;
+  });
+  if (count == 0 || !isAsExpected || timeout < 0) {
     std::abort();
   }
   const auto end = network.now + std::chrono::milliseconds(timeout);

@@ -22,7 +22,9 @@
 #include "platform/ConnectionInfo.h"
 #include "platform/standalone/globalconfig/ThreadConfig.h"
 #include "platform/standalone/ipmi_client/ConnectControl.h"
+#include "platform/standalone/ipmi_client/ConnectPresence.h"
 #include "platform/standalone/ipmi_client/ConnectResult.h"
+#include "platform/standalone/ipmi_client/Interruption.h"
 #include "platform/standalone/ipmi_client/LastExchange.h"
 #include "platform/standalone/ipmi_client/LearnedIntervals.h"
 #include "platform/standalone/ipmi_client/OpeningMessages.h"
@@ -1206,6 +1208,125 @@ TEST_F(SessionTest, WithoutMemoryForItsNumberThereIsNothingToClose) {
   EXPECT_THROW(Connect(), std::bad_alloc);
   EXPECT_THAT(Steps(), ElementsAre(kCapabilities, kOpenSession));
   EXPECT_EQ(CountOpenSessions(), 0);
+}
+
+/// Asks for presence from time 0 on.
+class PresenceOverTime : public testing::Test {
+ protected:
+  PresenceOverTime() { ScriptedNetwork::Reset(); }
+
+  void ExpectFailure(Trouble trouble, int end, const std::string& host = "192.0.2.1") {
+    const LastExchange exchange = AskPresence(host, 623);
+    EXPECT_EQ(exchange.words, FailureOf(trouble).words);
+    EXPECT_EQ(exchange.cause, FailureOf(trouble).cause);
+    EXPECT_EQ(network.now, milliseconds(end));
+  }
+
+  static std::vector<long> Sendings() {
+    std::vector<long> times;
+    for (const ScriptedNetwork::Sent& sent : network.sent) {
+      times.push_back(sent.at.count());
+    }
+    return times;
+  }
+
+  LogCapture log;
+};
+
+TEST_F(PresenceOverTime, BothAreSentAtOnceAndAgainEachSecondUntilThreeAreOver) {
+  const LastExchange exchange = AskPresence("192.0.2.1", 623);
+  EXPECT_EQ(exchange.words, FailureOf(Trouble::NotPresent).words);
+  EXPECT_EQ(exchange.host, "192.0.2.1");
+  EXPECT_EQ(exchange.port, "623");
+  EXPECT_FALSE(exchange.isAnswered);
+  EXPECT_EQ(network.now, milliseconds(3000));
+  EXPECT_THAT(Sendings(), ElementsAre(0, 0, 1000, 1000, 2000, 2000));
+  EXPECT_EQ(network.sent.at(0).datagram,
+            (Bytes{0x06, 0x00, 0xFF, 0x06, 0x00, 0x00, 0x11, 0xBE, 0x80, 1, 0x00, 0x00}));
+  EXPECT_EQ(network.sent.at(1).datagram,
+            (Bytes{0x06, 0x00, 0xFF, 0x07, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+                   0x00, 0x09, 0x20, 0x18, 0xC8, 0x81, 0x04, 0x38, 0x8E, 0x04, 0xB1}));
+  EXPECT_EQ(network.sent.at(4).datagram.at(9), 3);
+  EXPECT_EQ(network.sent.at(5).datagram.at(kCapabilitiesNumberAt), 3 << 2);
+}
+
+TEST_F(PresenceOverTime, NetworksWordOnTheFirstTryIsForgotten) {
+  network.Deliver(milliseconds(10), {}, ECONNREFUSED);
+  ExpectFailure(Trouble::NotPresent, 3000);
+}
+
+TEST_F(PresenceOverTime, NetworksWordOnTheSecondTryEndsTheWaiting) {
+  network.onSent = [](const Datagram&) { network.Deliver(milliseconds(5), {}, ECONNREFUSED); };
+  ExpectFailure(Trouble::NotListening, 1005);
+  EXPECT_THAT(Sendings(), ElementsAre(0, 0, 1000, 1000));
+}
+
+TEST_F(PresenceOverTime, NetworksWordOnThePingCountsWhereItComesBeforeTheRequestIsSent) {
+  network.onSent = [](const Datagram& datagram) {
+    if (datagram.at(3) == 0x06) {
+      network.Deliver(milliseconds(0), {}, EHOSTUNREACH);
+    }
+  };
+  ExpectFailure(Trouble::NoRoute, 1000);
+  EXPECT_THAT(Sendings(), ElementsAre(0, 0, 1000, 1000));
+}
+
+TEST_F(PresenceOverTime, WithoutAWayThereNothingIsSent) {
+  network.connectError = ENETUNREACH;
+  ExpectFailure(Trouble::NoRoute, 0);
+  EXPECT_THAT(Sendings(), IsEmpty());
+}
+
+TEST_F(PresenceOverTime, ErrorOfThisMachineEndsTheWaiting) {
+  network.Deliver(milliseconds(10), {}, ENOBUFS);
+  ExpectFailure(Trouble::ResourcesShort, 10);
+}
+
+TEST_F(PresenceOverTime, WithoutMemoryForTheRequestThePingIsSentAlone) {
+  objectsLeft = 0;
+  ExpectFailure(Trouble::NotPresent, 3000);
+  objectsLeft = kAnyNumber;
+  EXPECT_THAT(Sendings(), ElementsAre(0, 1000, 2000));
+}
+
+TEST_F(PresenceOverTime, NoMoreAddressesAreAskedThanTheLibraryTries) {
+  addressesOfTheName = {"192.0.2.1", "192.0.2.2", "192.0.2.3", "192.0.2.4"};
+  ExpectFailure(Trouble::NotPresent, 3000, "smm");
+  EXPECT_EQ(network.sockets, 3);
+}
+
+TEST_F(PresenceOverTime, DeadlineEndsTheWaitingAndTheTries) {
+  for (const int end : {450, 1000}) {
+    ScriptedNetwork::Reset();
+    const ThreadDeadline deadline(Clock::now() + milliseconds(end));
+    ExpectFailure(Trouble::TimeOver, end);
+    EXPECT_THAT(Sendings(), ElementsAre(0, 0)) << end;
+  }
+  EXPECT_EQ(log.lines.back().text,
+            "asking for presence failed: host 192.0.2.1, port 623: the time given for this "
+            "enclosure is over");
+}
+
+TEST_F(PresenceOverTime, BehindTheDeadlineNothingIsSent) {
+  const ThreadDeadline deadline(Clock::now());
+  ExpectFailure(Trouble::TimeOver, 0);
+  EXPECT_THAT(Sendings(), IsEmpty());
+}
+
+TEST_F(PresenceOverTime, StopIsNoticedWithinFiftyMilliseconds) {
+  network.whileWaiting = [](ScriptedNetwork::Time until) {
+    if (until >= milliseconds(120)) {
+      StopExchanges();
+    }
+  };
+  ExpectFailure(Trouble::Stopped, 150);
+  AllowExchanges();
+}
+
+TEST_F(PresenceOverTime, MachineThatPausesDoesNotWaitForWhatIsOver) {
+  network.perLook = 2 * kLongestUnwatchedWait;
+  network.whileWaiting = [](ScriptedNetwork::Time until) { EXPECT_EQ(until, network.now); };
+  EXPECT_EQ(AskPresence("192.0.2.1", 623).cause, FailureCause::Silence);
 }
 
 }  // namespace

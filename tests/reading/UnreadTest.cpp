@@ -77,6 +77,7 @@ TEST(FillUnread, NodesAndSlotsAreAsManyAsTheDetectionTells) {
   EXPECT_EQ(reading.psuFans->value.at(8).slot, 9U);
   EXPECT_EQ(reading.psuFans->value.at(8).speedA.absence, Absence::QueryFailed);
   EXPECT_EQ(reading.psuFirmware.value().value.size(), 9U);
+  EXPECT_EQ(reading.psuFirmware->value.at(8).version.absence, Absence::QueryFailed);
   EXPECT_EQ(reading.psuStatus.value().value.size(), 9U);
   EXPECT_EQ(reading.psuStatus->value.at(8).present.absence, Absence::QueryFailed);
 }
@@ -103,6 +104,7 @@ TEST(FillUnread, WhatIsThereAndWhatWasNotAskedForStays) {
   EXPECT_FALSE(reading.psuFans);
 }
 
+<<<<<<< HEAD
 TEST(FillUnselected, WithoutADetectionTheFailureSaysWhy) {
   Reading reading;
   FillUnselected(2, Why(), reading);
@@ -124,6 +126,20 @@ TEST(FillUnselected, SelectionThatCameAboutStays) {
   reading.psuSelection.emplace();
   FillUnselected(2, Why(), reading);
   EXPECT_TRUE(reading.psuSelection->Succeeded());
+=======
+TEST(FillUnread, EachPartIsFilledWithoutTheOthers) {
+  for (const Part part : {Part::Identity, Part::ChassisPower, Part::PowerCaps, Part::NodeStatus,
+                          Part::NodePower, Part::PsuFans, Part::PsuFirmware, Part::PsuStatus}) {
+    Reading reading = Detected();
+    FillUnread({part}, Why(), reading);
+    const std::vector<bool> filled = {
+        reading.identity.has_value(),    reading.chassisPower.has_value(),
+        reading.powerCaps.has_value(),   reading.nodeStatus.has_value(),
+        reading.nodePower.has_value(),   reading.psuFans.has_value(),
+        reading.psuFirmware.has_value(), reading.psuStatus.has_value()};
+    EXPECT_EQ(std::count(filled.begin(), filled.end(), true), 1) << static_cast<int>(part);
+  }
+>>>>>>> mutants
 }
 
 }  // namespace

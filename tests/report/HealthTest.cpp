@@ -68,6 +68,16 @@ TEST(Health, EveryStateOfANodeIsJudgedByWhatItSays) {
   }
 }
 
+TEST(Health, FirstAndLastNodeAreJudgedLikeTheOthers) {
+  Reading reading = HealthyReading();
+  for (const std::size_t place : {0U, 3U}) {
+    reading.nodeStatus->at(place) = Good(DecodeNode({"Power Fault", "Half", "1", 0}));
+  }
+  EXPECT_THAT(Found(reading),
+              ElementsAre("node:1:power-fault CRITICAL", "node:4:power-fault CRITICAL"));
+  EXPECT_EQ(Words(reading), "nodes 1, 4 power fault");
+}
+
 TEST(Health, FlagsOfAPsuAreJudgedEach) {
   Reading reading = HealthyReading();
   FlagsOf(reading, 1).epow = ThatIs(true);
@@ -136,6 +146,8 @@ TEST(Health, NinthPsuWithoutAFanIsToldOnce) {
   FansOf(reading, 9).status = ThatIs(PsuFanState::NotPresent);
   reading.psuFirmware->value.at(8).version = Unread<std::string>(Absence::SlotUnanswered);
   EXPECT_THAT(Found(reading), ElementsAre("psu:9:fan-presence WARNING"));
+  EXPECT_THAT(Found(reading, {ParseIgnoredFinding("psu:9:fan")}),
+              ElementsAre("psu:9:fan-presence WARNING"));
   FansOf(reading, 9).status = ThatIs(PsuFanState::Normal);
   EXPECT_THAT(Found(reading), ElementsAre("psu:9:firmware UNKNOWN"));
 }

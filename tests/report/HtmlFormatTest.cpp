@@ -5,11 +5,15 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "report/HtmlSchematic.h"
+#include "report/HtmlTables.h"
+#include "report/HtmlText.h"
 #include "tests/report/ExampleReading.h"
 #include "tests/report/HealthyReading.h"
 #include "tests/report/XmlErrors.h"
@@ -209,12 +213,51 @@ TEST(HtmlSchematic, TitleOfEachHasAllThatWasReadOfIt) {
                               "power good power good</title>"));
 }
 
+/// A node that takes both columns, two beside each other below it, of which the second has a fault,
+/// and three PSUs, of which the last is missing.
+std::string DrawingOfFaults() {
+  Reading reading = PsuMissingReading();
+  reading.nodeStatus->resize(3);
+  reading.nodePower->resize(3);
+  reading.nodeStatus->at(0) = Good(DecodeNode({"Power ON", "Full", "1", 0}));
+  reading.nodeStatus->at(2) = Good(DecodeNode({"Power Fault", "Half", "1", 0}));
+  reading.psuStatus->value.at(2).present.text = "not present";
+  return HtmlSchematic(reading, FindingsOf(reading));
+}
+
+TEST(HtmlSchematic, NodeHasNameStateAndMarkWithinItsBox) {
+  const std::string drawn = DrawingOfFaults();
+  EXPECT_THAT(drawn, HasSubstr("<g class=\"ok\">\n<title>node 1. "));
+  EXPECT_THAT(drawn, HasSubstr("<rect x=\"1\" y=\"1\" width=\"428\" height=\"48\" rx=\"5\"/>\n"
+                               "<text x=\"9\" y=\"20\" class=\"name\">node 1</text>\n"
+                               "<text x=\"9\" y=\"39\">Power ON</text>\n</g>\n"));
+  EXPECT_THAT(drawn, HasSubstr("<g class=\"critical\">\n<title>node 3. "));
+  EXPECT_THAT(drawn, HasSubstr("<rect x=\"219\" y=\"57\" width=\"210\" height=\"48\" rx=\"5\"/>\n"
+                               "<text x=\"227\" y=\"76\" class=\"name\">node 3</text>\n"
+                               "<text x=\"421\" y=\"76\" class=\"mark\">&#10005; CRITICAL</text>\n"
+                               "<text x=\"227\" y=\"95\">Power Fault</text>\n</g>\n"));
+}
+
+TEST(HtmlSchematic, PsuHasNameStateAndMarkInADrawingOfItsOwn) {
+  const std::string drawn = DrawingOfFaults();
+  EXPECT_THAT(drawn, HasSubstr("</svg>\n<div class=\"psus\">\n"
+                               "<svg class=\"psu\" width=\"104\" height=\"66\" "
+                               "viewBox=\"0 0 104 66\">\n<g class=\"ok\">\n<title>PSU 1. "));
+  EXPECT_THAT(drawn, HasSubstr("<text x=\"8\" y=\"38\">present</text>\n</g>\n</svg>\n"));
+  EXPECT_THAT(drawn, HasSubstr("<g class=\"warning\">\n<title>PSU 3. "));
+  EXPECT_THAT(drawn, HasSubstr("<rect x=\"1\" y=\"1\" width=\"102\" height=\"64\" rx=\"5\"/>\n"
+                               "<text x=\"8\" y=\"19\" class=\"name\">PSU 3</text>\n"
+                               "<text x=\"8\" y=\"38\">not present</text>\n"
+                               "<text x=\"8\" y=\"57\">! WARNING</text>\n</g>\n</svg>\n"));
+}
+
 TEST(HtmlSchematic, SaysThatPositionsAreNotStated) {
   EXPECT_THAT(PageOf(ExampleReading()),
               HasSubstr("<figcaption>Schematic: the SMM does not state positions.</figcaption>"));
 }
 
 TEST(HtmlSchematic, EnclosureOfWhichNothingCanBeDrawnHasNone) {
+  EXPECT_EQ(HtmlSchematic(FailedReading(), {}), "");
   EXPECT_THAT(BodyOf(PageOf(FailedReading())), Not(HasSubstr("<figure")));
   Reading reading = HealthyReading();
   reading.psuFans.reset();
@@ -267,6 +310,39 @@ TEST(HtmlFormat, TablesHaveHeadingsAndRows) {
               HasSubstr("<tr><th scope=\"col\">node</th><th scope=\"col\">minimum</th>"
                         "<th scope=\"col\">average</th><th scope=\"col\">maximum</th></tr>\n"
                         "<tr><th scope=\"row\">1</th><td>120</td><td>130</td><td>140</td></tr>"));
+}
+
+TEST(HtmlFormat, PageIsBuiltAsHtmlWantsIt) {
+  const std::string page = PageOf(ExampleReading());
+  EXPECT_THAT(page, HasSubstr("<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\"/>\n<meta "));
+  EXPECT_THAT(page, HasSubstr("</title>\n<style>"));
+  EXPECT_THAT(page, HasSubstr("<div class=\"parts\">\n<section class=\"part\">\n<h3>"));
+  EXPECT_THAT(page, HasSubstr("</h3>\n<div class=\"scroll\"><table>\n<tr><th scope=\"row\">"));
+  EXPECT_THAT(page, HasSubstr("</table>\n</div>\n</section>\n<section"));
+  EXPECT_THAT(page, Not(HasSubstr("<p></p>")));
+  EXPECT_THAT(page, HasSubstr("<article id=\"enclosure-0\">"));
+  EXPECT_EQ(EnclosureReading().index, 0U);
+  EXPECT_EQ(HtmlTables(FailedReading()), "");
+}
+
+TEST(HtmlFormat, WhatHtmlTakesForItsOwnIsEscaped) {
+  EXPECT_EQ(HtmlShown("a&b<c>d\"e'f"), "a&amp;b&lt;c&gt;d&quot;e&#39;f");
+}
+
+TEST(HtmlFormat, SecondsAreThoseThatTheReadingTook) {
+  Reading reading = ExampleReading();
+  reading.duration = std::chrono::milliseconds(5000000);
+  EXPECT_THAT(PageOf(reading), HasSubstr(" in 5000.0 s</p>"));
+}
+
+TEST(HtmlFormat, QueriesThatFailedInAnotherWayAreToldApart) {
+  Reading reading = ExampleReading();
+  reading.nodeStatus->at(1) = Refused<NodeState>();
+  reading.nodeStatus->at(2) = Disconnected<NodeState>();
+  EXPECT_THAT(PageOf(reading), HasSubstr("<p>node status of node 2 not read: "));
+  EXPECT_THAT(PageOf(reading), HasSubstr("<p>node status of node 3 not read: "));
+  reading.chassisPower = Refused<PowerReadings>();
+  EXPECT_THAT(PageOf(reading), HasSubstr("<p>chassis power not read: "));
 }
 
 TEST(HtmlFormat, WhyAQueryFailedStandsBelowItsTable) {
@@ -342,6 +418,34 @@ TEST(HtmlWall, SeverityAndFirmwareAreCounted) {
   EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">ABC-1a.05</th><td>4</td></tr>\n"
                               "<tr><th scope=\"row\">ABC-1a.06</th><td>1</td></tr>\n"
                               "<tr><th scope=\"row\">not read</th><td>1</td></tr>"));
+}
+
+TEST(HtmlWall, StandsBelowTheNumberOfEnclosuresWithWhatIsCounted) {
+  const std::string page = WallOf(Fleet());
+  EXPECT_THAT(page, HasSubstr("<h1>6 enclosures</h1>\n<nav>\n<p class=\"counts\">"));
+  EXPECT_THAT(page, HasSubstr("<table>\n<tr><th scope=\"col\">firmware version</th>"));
+  EXPECT_THAT(page, HasSubstr("</table>\n<h2>row 2</h2>\n<div class=\"wall\">\n"));
+  EXPECT_THAT(page, HasSubstr("</a>\n</div>\n<div class=\"wall\">\n"));
+}
+
+TEST(HtmlWall, FirmwareOfMostEnclosuresComesFirst) {
+  Reading other = HealthyReading();
+  other.identity->firmwareVersion = Good(TextOf("AAA-1a.01"));
+  Reading unread = HealthyReading();
+  unread.identity->firmwareVersion = Refused<Text>();
+  const std::string page = WallOf({{other, 0, "a", ""},
+                                   {unread, 1, "b", ""},
+                                   {HealthyReading(), 2, "c", ""},
+                                   {HealthyReading(), 3, "d", ""}});
+  EXPECT_THAT(Matches(page, "<tr><th scope=\"row\">([^<]*)</th><td>[12]</td></tr>"),
+              testing::IsSupersetOf({"ABC-1a.05", "AAA-1a.01", "not read"}));
+  EXPECT_LT(page.find("ABC-1a.05</th><td>2"), page.find("AAA-1a.01</th><td>1"));
+}
+
+TEST(HtmlWall, EachEnclosureWithANameSaysWhereItWasRead) {
+  const std::string page =
+      WallOf({{HealthyReading(), 0, "a", ""}, {HealthyReading(), 1, "b", "row 1"}});
+  EXPECT_EQ(Matches(page, "<p>(smm1:623), read at").size(), 2);
 }
 
 TEST(HtmlWall, WhatThereIsNoneOfHasNoColour) {

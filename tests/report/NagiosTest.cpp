@@ -89,5 +89,11 @@ TEST(Nagios, PartsAreThoseOfHealthAndPower) {
   EXPECT_TRUE(std::is_sorted(kHealthParts.begin(), kHealthParts.end()));
 }
 
+TEST(Nagios, PowerOfTheLastNodeIsANumberToo) {
+  Reading reading = HealthyReading();
+  reading.nodePower->back() = reading.nodePower->front();
+  EXPECT_THAT(NagiosLine(reading, {}), HasSubstr("'node4_power'=130;;;0"));
+}
+
 }  // namespace
 }  // namespace Tavrin

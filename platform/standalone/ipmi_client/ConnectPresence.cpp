@@ -69,7 +69,7 @@ class Door {
 
  private:
   UdpSocket socket_;
-  int error_ = 0;
+  int error_{};
 };
 
 /// All addresses of one host.
