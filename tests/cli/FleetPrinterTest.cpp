@@ -127,14 +127,14 @@ TEST_F(FleetPrinterTest, UnwritableFileOfFailuresLeavesTheCodeOfWhatWasFound) {
                                                       {HealthyReading(), ExitCode::Exception}};
   for (const auto& [reading, exitCode] : table) {
     Options options = OptionsOf({"rack01"}, "nodes", "text");
-    options.failedTo = "/dev/full";
+    options.failedTo = "/nowhere/failed";
     Begin(options);
     End(0, reading);
     const RunEnd end = Finish();
     EXPECT_EQ(end.exitCode, exitCode);
-    EXPECT_THAT(end.error,
-                testing::EndsWith("smm-inventory: --failed-to is \"/dev/full\", which cannot be "
-                                  "written; expected a file of its own\n"));
+    EXPECT_THAT(end.error, testing::EndsWith(
+                               "smm-inventory: --failed-to is \"/nowhere/failed\", which cannot be "
+                               "written; expected a file of its own\n"));
   }
 }
 
