@@ -76,6 +76,7 @@ TEST(Commands, EachReadsItsParts) {
       {"nodes", {Part::NodeStatus, Part::NodePower}},
       {"fans", {Part::PsuFans}},
       {"psus", {Part::PsuFirmware, Part::PsuStatus}},
+      {"health", {Part::NodeStatus, Part::PsuFans, Part::PsuStatus}},
       {"select-psu", {Part::PsuSelection}},
       {"hosts", {}},
   };

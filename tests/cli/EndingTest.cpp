@@ -64,6 +64,14 @@ TEST(Ending, ExceptionOutsideTheQueriesIsAnUnexpectedError) {
   EXPECT_EQ(EndingOf(reading), Ending::UnexpectedError);
 }
 
+TEST(Ending, DetectionThatThePrivilegeDoesNotAllowIsARefusalOfIt) {
+  Reading reading = ThatCameToNothing(FailureCause::None);
+  reading.failure->cause.completionCode = 0xD4;
+  EXPECT_EQ(EndingOf(reading), Ending::PrivilegeRefused);
+  reading.failure->cause.completionCode = 0xD5;
+  EXPECT_EQ(EndingOf(reading), Ending::NotRead);
+}
+
 TEST(Ending, FailedQueryLeavesAReadingInPart) {
   for (const FailureCause kind : {FailureCause::None, FailureCause::Silence, FailureCause::Other}) {
     EXPECT_EQ(EndingOf(WithAFailedName(kind)), Ending::PartlyRead) << static_cast<int>(kind);

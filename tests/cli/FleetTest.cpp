@@ -2,15 +2,18 @@
 
 #include <chrono>
 #include <csignal>
-#include <fstream>
+#include <filesystem>
 #include <sstream>
 #include <thread>
 
+#include "support/TemporaryDirectory.h"
 #include "support/TemporaryFile.h"
 #include "tests/cli/Tool.h"
+#include "tests/support/Content.h"
 #include "tests/support/Faults.h"
 #include "tests/support/Relay.h"
 #include "tests/support/SimulatedSmm.h"
+#include "tests/support/UdpPort.h"
 
 namespace Tavrin {
 namespace {
@@ -25,10 +28,7 @@ using testing::StartsWith;
 using Texts = std::vector<std::string>;
 
 std::string ReadScenario(const std::string& name) {
-  std::ifstream file(std::string(SMM_SCENARIOS) + "/" + name + ".json");
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
+  return ContentOf(std::string(SMM_SCENARIOS) + "/" + name + ".json");
 }
 
 Texts LinesOf(const std::string& text) {
@@ -116,10 +116,7 @@ TEST(Fleet, EachThatRefusesThePasswordEndsWithFiveAndIsAHostsFile) {
       RunOn(smm.Address(), {"--failed-to", failed.Path(), "identity"}, "wrong");
   EXPECT_EQ(finished.exitCode, 5);
   EXPECT_THAT(finished.error, StartsWith("smm-inventory: nothing read from " + smm.Address()));
-  std::ifstream file(failed.Path());
-  std::string line;
-  std::getline(file, line);
-  EXPECT_EQ(line, smm.Address());
+  EXPECT_EQ(ContentOf(failed.Path()), smm.Address() + '\n');
 }
 
 TEST(Fleet, TimeOutEndsOneEnclosureAndTellsIt) {
@@ -133,7 +130,16 @@ TEST(Fleet, TimeOutEndsOneEnclosureAndTellsIt) {
                                 "time, such as --timeout 300\n");
 }
 
-TEST(Fleet, InterruptPrintsWhatIsReadAndEndsSoon) {
+struct EndingSignal {
+  const char* name;
+  int number;
+};
+
+void PrintTo(const EndingSignal& signal, std::ostream* out) { *out << signal.name; }
+
+class FleetInterruption : public testing::TestWithParam<EndingSignal> {};
+
+TEST_P(FleetInterruption, PrintsWhatIsReadAndEndsSoon) {
   const SimulatedSmm first({"--generation", "1"});
   const SimulatedSmm second({"--generation", "2"});
   Child tool(Joined({SMM_INVENTORY},
@@ -141,8 +147,8 @@ TEST(Fleet, InterruptPrintsWhatIsReadAndEndsSoon) {
                                   {"--json", "identity"})),
              {}, "sesame\n");
   EXPECT_THAT(tool.ReadLine(), HasSubstr(kDeadHost));
-  tool.Signal(SIGINT);
-  tool.Signal(SIGINT);  // As whoever signals a process and then its group.
+  tool.Signal(GetParam().number);
+  tool.Signal(GetParam().number);  // As whoever signals a process and then its group.
   const auto begin = std::chrono::steady_clock::now();
   const Finished finished = tool.Wait();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
@@ -150,6 +156,14 @@ TEST(Fleet, InterruptPrintsWhatIsReadAndEndsSoon) {
   EXPECT_EQ(LinesOf(finished.output).size(), 2U) << finished.output;
   EXPECT_THAT(finished.error, HasSubstr("stopped 2"));
 }
+
+INSTANTIATE_TEST_SUITE_P(Signals, FleetInterruption,
+                         testing::Values(EndingSignal{"Interrupt", SIGINT},
+                                         EndingSignal{"Termination", SIGTERM},
+                                         EndingSignal{"Hangup", SIGHUP}),
+                         [](const testing::TestParamInfo<EndingSignal>& row) {
+                           return std::string(row.param.name);
+                         });
 
 /// Runs on a simulated SMM whose answers within a session are lost once the first one has begun, so
 /// that the session waits for a third of a second to be closed; returns what it printed and how
@@ -214,21 +228,98 @@ TEST(Fleet, RefusedUseLeavesTheFileOfFailuresAsItIs) {
         Texts{"--failed-to", failed.Path(), "--exclude", kDeadHost, "identity"},
         Texts{"--failed-to", failed.Path(), "hosts"}}) {
     EXPECT_EQ(RunOn(kDeadHost, options).exitCode, 2);
-    std::ifstream file(failed.Path());
-    std::string line;
-    std::getline(file, line);
-    EXPECT_EQ(line, "rack01");
+    EXPECT_EQ(ContentOf(failed.Path()), "rack01\n");
   }
 }
 
 TEST(Fleet, OptionsThatWouldChangeNothingAreRefused) {
   for (const Texts& options :
-       {Texts{"--timeout", "40", "select-psu", "1"}, Texts{"--nagios", "select-psu", "1"},
-        Texts{"--group-by", "name", "select-psu", "1"}, Texts{"--group-by", "name", "fans"},
-        Texts{"--group-by", "name", "--json"}}) {
+       {Texts{"--timeout", "40", "select-psu", "1"}, Texts{"--group-by", "name", "select-psu", "1"},
+        Texts{"--group-by", "name", "fans"}, Texts{"--group-by", "name", "--json"}}) {
     const Finished finished = RunOn(kDeadHost, options);
-    EXPECT_THAT(finished.error + finished.output, HasSubstr("expected it ")) << options.back();
+    EXPECT_EQ(finished.exitCode, 2);
+    EXPECT_EQ(finished.output, "");
+    EXPECT_THAT(finished.error,
+                AllOf(StartsWith("smm-inventory: " + options.front() + " is given with "),
+                      HasSubstr("; expected it ")));
   }
+}
+
+/// A hosts file and a password file that are in use, each by its own path and by another one.
+class FailedHostsFileInUse : public testing::Test {
+ protected:
+  FailedHostsFileInUse() { std::filesystem::create_symlink(hosts_.Path(), LinkToHosts()); }
+
+  std::string LinkToHosts() const { return folder_.Path() + "/link"; }
+  /// A run whose failures are to go there.
+  Finished RunInto(const std::string& path) const {
+    return RunTool({"--hosts-file", hosts_.Path(), "-U", "admin", "--failed-to", path, "identity"});
+  }
+  void ExpectRefusal(const std::string& path, const std::string& why) const {
+    const Finished finished = RunInto(path);
+    EXPECT_EQ(finished.exitCode, 2);
+    EXPECT_EQ(finished.output, "");
+    EXPECT_EQ(finished.error, "smm-inventory: --failed-to is \"" + path + "\", which " + why +
+                                  "; expected a file of its own\n");
+    EXPECT_EQ(ContentOf(hosts_.Path()), content_);
+    EXPECT_EQ(ContentOf(password_.Path()), "sesame\n");
+  }
+
+  const TemporaryFile password_{"sesame\n"};
+  const std::string content_ = std::string(kDeadHost) + " password-file=" + password_.Path() + '\n';
+  const TemporaryFile hosts_{content_};
+  const TemporaryDirectory folder_{"poveixme-"};
+};
+
+TEST_F(FailedHostsFileInUse, AsHostsFileIsRefused) {
+  ExpectRefusal(hosts_.Path(), "is the hosts file that is read");
+  ExpectRefusal(LinkToHosts(), "is the hosts file that is read");
+}
+
+TEST_F(FailedHostsFileInUse, AsPasswordFileIsRefused) {
+  ExpectRefusal(password_.Path(), "is a password file");
+}
+
+TEST_F(FailedHostsFileInUse, AsStandardOutputIsRefused) { ExpectRefusal("-", "is no file"); }
+
+TEST_F(FailedHostsFileInUse, InAFolderThatIsNotThereIsRefused) {
+  ExpectRefusal(folder_.Path() + "/none/failed", "cannot be written");
+}
+
+TEST(Fleet, FileOfFailuresThatTakesNothingIsToldAndLeavesTheExitCode) {
+  const Finished finished = RunOn(kDeadHost, {"--failed-to", "/dev/full", "identity"});
+  EXPECT_EQ(finished.exitCode, 4);
+  EXPECT_THAT(finished.error,
+              EndsWith("\nsmm-inventory: --failed-to is \"/dev/full\", which cannot be written; "
+                       "expected a file of its own\n"));
+}
+
+TEST(Fleet, HealthAsJsonOfEachIsPrintedAsItEnds) {
+  const UdpPort silent;
+  const std::string silentHost = "127.0.0.1:" + silent.Text();
+  const Finished finished = RunOn(silentHost + ',' + kDeadHost, {"--json", "health"});
+  EXPECT_EQ(finished.exitCode, 4);
+  const Texts lines = LinesOf(finished.output);
+  ASSERT_EQ(lines.size(), 2U) << finished.output;
+  EXPECT_EQ(json::parse(lines[0]).at("host"), kDeadHost);
+  EXPECT_EQ(json::parse(lines[1]).at("host"), silentHost);
+  for (const std::string& line : lines) {
+    EXPECT_EQ(SchemaErrors({line}).front(), "");
+    const json health = json::parse(line).at("health");
+    EXPECT_EQ(health.at("severity"), "UNKNOWN");
+    EXPECT_THAT(health.at("text").get<std::string>(), StartsWith("not read: "));
+    EXPECT_EQ(health.at("findings").size(), 1U);
+  }
+}
+
+TEST(Fleet, OnePasswordFromAPipeServesEveryUser) {
+  UdpPort dead;
+  dead.Refuse();
+  const TemporaryFile hosts(std::string(kDeadHost) + " user=ann\n127.0.0.1:" + dead.Text() +
+                            " user=bob\n");
+  const Finished finished =
+      RunTool({"--hosts-file", hosts.Path(), "--password-file", "-", "identity"}, {}, "sesame\n");
+  EXPECT_EQ(finished.exitCode, 4) << finished.error;
 }
 
 TEST(Nagios, OneLineTellsHealthWithNumbersAndItsOwnExitCodes) {
@@ -254,10 +345,15 @@ TEST(Nagios, DeadHostIsUnknown) {
 }
 
 TEST(Nagios, WrongUsageIsUnknownOnStandardOutput) {
-  for (const Texts& options : {Texts{"--nagios", "-C", "99"}, Texts{"--nagios", "-H", "b"}}) {
+  const std::vector<std::pair<Texts, std::string>> table = {
+      {{"--nagios", "-C", "99"}, "cipher suite is \"99\"; expected "},
+      {{"--nagios", "-H", "b"}, "2 hosts are named; expected "},
+      {{"--nagios", "select-psu", "1"}, "--nagios is given with the command select-psu; expected "},
+      {{"--nagios", "--json"}, "--nagios is given with a format; expected "}};
+  for (const auto& [options, refusal] : table) {
     const Finished finished = RunOn("a", options);
     EXPECT_EQ(finished.exitCode, 3);
-    EXPECT_THAT(finished.output, StartsWith("SMM UNKNOWN - "));
+    EXPECT_THAT(finished.output, StartsWith("SMM UNKNOWN - " + refusal));
     EXPECT_EQ(finished.error, "");
   }
 }

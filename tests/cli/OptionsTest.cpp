@@ -2,15 +2,16 @@
 
 #include <gmock/gmock.h>
 
-#include <fstream>
-#include <iterator>
+#include <chrono>
+#include <sstream>
 #include <utility>
 #include <vector>
 
 #include "report/Format.h"
 #include "support/HostAndPort.h"
 #include "support/TemporaryFile.h"
-#include "support/UsageError.h"
+#include "tests/support/Content.h"
+#include "tests/support/Refusal.h"
 
 namespace Tavrin {
 namespace {
@@ -25,11 +26,6 @@ std::variant<Options, Notice> Parse(Arguments arguments) {
   return ParseCommandLine(static_cast<int>(arguments.size()), arguments.data());
 }
 
-std::string ContentOf(const char* path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 Options ParseOptions(const Arguments& arguments) { return std::get<Options>(Parse(arguments)); }
 
 std::vector<std::string> PlacesOf(const Options& options) {
@@ -41,12 +37,7 @@ std::vector<std::string> PlacesOf(const Options& options) {
 }
 
 std::string Refusal(const Arguments& arguments) {
-  try {
-    Parse(arguments);
-  } catch (const UsageError& error) {
-    return error.what();
-  }
-  return {};
+  return RefusalOf([&] { Parse(arguments); });
 }
 
 TEST(Options, HostAndUserAloneLeaveTheDefaults) {
@@ -133,6 +124,39 @@ TEST(Options, AttemptsAndSessionTimeoutAreTaken) {
   EXPECT_EQ(settings.sessionTimeoutMs, 2500);
 }
 
+TEST(Options, FanoutTimeoutAndPresenceAreTaken) {
+  const Options few = ParseOptions({"-H", "a", "-U", "u", "--fanout", "2", "--timeout", "86400"});
+  EXPECT_EQ(few.fanout, 2U);
+  EXPECT_EQ(few.timeout, std::chrono::hours(24));
+  EXPECT_TRUE(few.asksPresence);
+  const Options many = ParseOptions({"-H", "a", "-U", "u", "--fanout=1000", "--no-ping"});
+  EXPECT_EQ(many.fanout, 1000U);
+  EXPECT_EQ(many.timeout, std::nullopt);
+  EXPECT_FALSE(many.asksPresence);
+}
+
+/// What is refused of an option beside a command that it would not change.
+void ExpectRefusalBeside(Arguments command, const std::vector<Arguments>& options) {
+  const std::string name = command.front();
+  for (const Arguments& option : options) {
+    Arguments arguments = {"-H", "a", "-U", "u"};
+    arguments.insert(arguments.end(), option.begin(), option.end());
+    arguments.insert(arguments.end(), command.begin(), command.end());
+    EXPECT_EQ(Refusal(arguments), option.front() + (" is given with the command " + name) +
+                                      "; expected it with one that reads");
+  }
+}
+
+TEST(Options, CommandThatReadsNothingTakesNothingOfReading) {
+  const std::vector<Arguments> ofReading = {{"--ignore", "psu:9:presence"},
+                                            {"--fanout", "2"},
+                                            {"--timeout", "40"},
+                                            {"--failed-to", "/nowhere/failed"}};
+  ExpectRefusalBeside({"select-psu", "1"}, ofReading);
+  ExpectRefusalBeside({"hosts"}, ofReading);
+  ExpectRefusalBeside({"hosts"}, {{"--format", "text"}, {"--json"}, {"--no-ping"}});
+}
+
 TEST(Options, WordLikeACommandGetsASuggestion) {
   const auto refusal = [](const char* word) { return Refusal({"-H", "a", "-U", "u", word}); };
   EXPECT_EQ(
@@ -206,6 +230,12 @@ TEST(Options, FlagWithAValueIsRefused) {
                            "--json=false",
                            "--json=true",
                            "--json=1",
+                           "--quiet=",
+                           "--quiet=true",
+                           "--nagios=",
+                           "--nagios=1",
+                           "--no-ping=",
+                           "--no-ping=false",
                            "--verbose=99999999999999999999"};
   for (const char* argument : table) {
     SCOPED_TRACE(argument);
@@ -355,6 +385,12 @@ TEST(Options, WrongUseIsRefusedByName) {
       {{"-H", "a", "-U", "u", "--format", "csv", "--format", "csv"}, "--format"},
       {{"-H", "a", "-U", "u", "--attempts", "0"}, "number of attempts is \"0\""},
       {{"-H", "a", "-U", "u", "--session-timeout", "0"}, "session time-out is \"0\""},
+      {{"-H", "a", "-U", "u", "--fanout", "0"}, "fan-out is \"0\""},
+      {{"-H", "a", "-U", "u", "--fanout", "1001"}, "fan-out is \"1001\""},
+      {{"-H", "a", "-U", "u", "--fanout", "x"}, "fan-out is \"x\""},
+      {{"-H", "a", "-U", "u", "--timeout", "0"}, "time-out is \"0\""},
+      {{"-H", "a", "-U", "u", "--timeout", "86401"}, "time-out is \"86401\""},
+      {{"-H", "a", "-U", "u", "--format", "csv", "health"}, "format is \"csv\" with the command"},
       {{"-H", "a", "-U", "u", "stray"}, "argument is \"stray\""},
       {{"-H", "a", "-U", "u", "-W", "no-checksum-check", "stray"}, "argument is \"stray\""},
       {{"-H", "a", "-U", "u", "--frob"}, "argument is \"--frob\""},
@@ -417,6 +453,13 @@ TEST(Options, HelpShowsCommandsExamplesAndExitCodes) {
   EXPECT_THAT(help, HasSubstr("Examples:"));
   EXPECT_THAT(help, HasSubstr("Exit codes:"));
   EXPECT_THAT(help, Not(HasSubstr("-P,")));
+}
+
+TEST(Options, HelpFitsATerminal) {
+  std::istringstream lines(std::get<Notice>(Parse({"--help"})).text);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(line.size(), 100U) << line;
+  }
 }
 
 TEST(Options, HelpAfterACommandIsAboutThatCommand) {

@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "support/UsageError.h"
+#include "tests/support/Refusal.h"
 
 namespace Tavrin {
 namespace {
@@ -35,12 +36,7 @@ class PasswordFile : public testing::Test {
     return password;
   }
   std::string Refusal() const {
-    try {
-      Read();
-    } catch (const UsageError& error) {
-      return error.what();
-    }
-    return {};
+    return RefusalOf([this] { Read(); });
   }
 
   std::string path_;

@@ -106,6 +106,14 @@ TEST(Progress, RefusedLoginIsNotTriedAgain) {
   EXPECT_EQ(shown.out.str(), "");
 }
 
+TEST(Progress, WhatWasStoppedOrHasNoTimeLeftIsNotTriedAgain) {
+  Shown shown;
+  shown.progress.WaitBegins("reading");
+  shown.Fail("stopped", FailureCause::Stopped);
+  shown.Fail("time is over", FailureCause::TimeOver);
+  EXPECT_EQ(shown.out.str(), "");
+}
+
 TEST(Progress, LogLinesUpToTheShownLevelAreShownEscaped) {
   Shown shown(3);
   shown.Log(1, kLibrary, "\x1b[2Jforged\nline");

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <list>
 #include <set>
 #include <sstream>
 
 #include "tests/cli/Tool.h"
+#include "tests/support/Content.h"
 #include "tests/support/SimulatedSmm.h"
 
 namespace Tavrin {
@@ -128,11 +127,6 @@ struct Kind {
   std::size_t nodes;
   json secondFanOfSlot2;
 };
-
-std::string ContentOf(const std::filesystem::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 std::set<std::string> MembersOf(const json& object) {
   std::set<std::string> names;

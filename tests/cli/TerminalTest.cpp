@@ -10,6 +10,7 @@
 
 #include "support/TemporaryFile.h"
 #include "tests/cli/Terminal.h"
+#include "tests/cli/Tool.h"
 #include "tests/support/SimulatedSmm.h"
 #include "tests/support/UdpPort.h"
 
@@ -336,6 +337,68 @@ TEST_F(TerminalTest, ProgressOfSeveralIsGoneWhereTheyArePrintedOnTheSameTerminal
   terminal_.ReadUntil("failed 2 of 2: 127.0.0.1:[9," + silent.Text() + "] (not reached 2)\r\n");
   EXPECT_EQ(shell.Wait().exitCode, 4);
   EXPECT_THAT(terminal_.Seen(), Not(ContainsRegex("longest: [^\r]*\r\n")));
+}
+
+/// A run on dead hosts that ends at once; what it prints can be sent to the terminal, too.
+class DeadHostsOnTerminal : public TerminalTest {
+ protected:
+  /// All that the terminal shows.
+  std::string SeenOf(const Texts& call, const Texts& environment) {
+    Child tool(call, Joined({"IPMI_PASSWORD=sesame"}, environment), {}, terminal_.Name());
+    terminal_.ReadToEnd();
+    EXPECT_EQ(tool.Wait().exitCode, 4);
+    return terminal_.Seen();
+  }
+  static Texts CallOf(const std::string& hosts, const Texts& options) {
+    return Joined({SMM_INVENTORY, "-H", hosts, "-U", "admin"}, options);
+  }
+};
+
+struct ColourCase {
+  const char* name;
+  Texts environment;
+  const char* word;
+};
+
+void PrintTo(const ColourCase& row, std::ostream* out) { *out << row.name; }
+
+class HealthOnATerminal : public DeadHostsOnTerminal,
+                          public testing::WithParamInterface<ColourCase> {};
+
+TEST_P(HealthOnATerminal, HasColoursWhereTheyAreWanted) {
+  EXPECT_THAT(
+      SeenOf(AsScript(R"("$0" "$@" >&2)", CallOf(kDeadHost, {"health"})), GetParam().environment),
+      HasSubstr(std::string(kDeadHost) + "  " + GetParam().word + "  not read: "));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Terminals, HealthOnATerminal,
+    testing::Values(ColourCase{"Colours", {"TERM=vt100"}, "\x1b[35mUNKNOWN\x1b[0m"},
+                    ColourCase{"EmptyWish", {"TERM=vt100", "NO_COLOR="}, "\x1b[35mUNKNOWN\x1b[0m"},
+                    ColourCase{"UnwantedColours", {"TERM=vt100", "NO_COLOR=1"}, "UNKNOWN"},
+                    ColourCase{"TerminalWithoutColours", {"TERM=dumb"}, "UNKNOWN"},
+                    ColourCase{"UnknownTerminal", {}, "UNKNOWN"}),
+    [](const testing::TestParamInfo<ColourCase>& row) { return row.param.name; });
+
+TEST_F(DeadHostsOnTerminal, HealthInAPipeHasNoColours) {
+  Child tool(CallOf(kDeadHost, {"health"}), {"IPMI_PASSWORD=sesame", "TERM=vt100"}, {},
+             terminal_.Name());
+  EXPECT_THAT(tool.Wait().output,
+              testing::StartsWith(std::string(kDeadHost) + "  UNKNOWN  not read: "));
+}
+
+TEST_F(DeadHostsOnTerminal, QuietRunOnOneShowsNoProgress) {
+  EXPECT_THAT(SeenOf(CallOf(kDeadHost, {"--quiet", "identity"}), {"TERM=vt100"}),
+              testing::StartsWith("smm-inventory: nothing read from "));
+}
+
+TEST_F(DeadHostsOnTerminal, QuietRunOnSeveralShowsNoProgress) {
+  const UdpPort silent;
+  const std::string hosts = std::string(kDeadHost) + ",127.0.0.1:" + silent.Text();
+  const std::string seen = SeenOf(CallOf(hosts, {"--quiet", "identity"}), {"TERM=vt100"});
+  EXPECT_THAT(seen, HasSubstr("failed 2 of 2: "));
+  EXPECT_THAT(seen, Not(HasSubstr("of 2 done")));
+  EXPECT_THAT(seen, Not(HasSubstr("\x1b")));
 }
 
 TEST_F(WaitOnTerminal, TerminalThatCannotMoveItsCursorGetsWholeLines) {

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+
 #include "support/TemporaryFile.h"
 #include "tests/cli/Tool.h"
 

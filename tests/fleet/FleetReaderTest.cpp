@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <pthread.h>
 
-#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <map>

@@ -7,7 +7,7 @@
 
 #include "support/FileDescriptor.h"
 #include "support/TemporaryFile.h"
-#include "support/UsageError.h"
+#include "tests/support/Refusal.h"
 
 namespace Tavrin {
 namespace {
@@ -36,12 +36,7 @@ std::vector<std::string> HostsOf(const HostsLine& line) {
 }
 
 std::string FileRefusal(const std::string& text) {
-  try {
-    Parse(text);
-  } catch (const UsageError& error) {
-    return error.what();
-  }
-  return "nothing refused";
+  return RefusalOf([&] { Parse(text); });
 }
 
 TEST(HostsFile, LineNamesHostsByARange) {

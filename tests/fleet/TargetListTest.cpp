@@ -7,7 +7,7 @@
 #include "reading/EnclosureSettings.h"
 #include "support/HostAndPort.h"
 #include "support/HostRange.h"
-#include "support/UsageError.h"
+#include "tests/support/Refusal.h"
 
 namespace Tavrin {
 namespace {
@@ -40,12 +40,7 @@ Texts PlacesOf(const TargetList& list) {
 Texts PlacesOf(const TargetRequest& request) { return PlacesOf(MakeTargetList(request)); }
 
 std::string RequestRefusal(const TargetRequest& request) {
-  try {
-    MakeTargetList(request);
-  } catch (const UsageError& error) {
-    return error.what();
-  }
-  return "nothing refused";
+  return RefusalOf([&] { MakeTargetList(request); });
 }
 
 TEST(TargetList, HostsAreAskedInTheOrderNamed) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/report/ExampleReading.h"
+#include "tests/report/HealthyReading.h"
 #include "tests/report/SchemaErrors.h"
 
 namespace Tavrin {
@@ -54,6 +55,11 @@ class JsonFormatTest : public testing::Test {
 
   static std::string ValidAt(const Reading& reading, const std::string& pointer) {
     Documents().push_back(Document(reading));
+    return At(Documents().back(), pointer);
+  }
+  static std::string ValidAtWithHealth(const Reading& reading, const std::string& pointer,
+                                       const std::vector<IgnoredFinding>& ignored = {}) {
+    Documents().push_back(JsonFormat().document({reading, 0, "", ""}, {"0.1.0", ignored, true}));
     return At(Documents().back(), pointer);
   }
 
@@ -362,6 +368,30 @@ TEST_F(JsonFormatTest, SelectionThatWasNotSentHasNullForIt) {
   EXPECT_EQ(ValidAt(SelectionReading({7, false, {}, "nothing was sent"}, RefusedOutcome()),
                     "/queries/psuSelection/fields/sent"),
             Normal(R"({"value": null, "text": "", "reason": "nothing was sent"})"));
+}
+
+TEST_F(JsonFormatTest, HealthIsAWordATextAndEachFinding) {
+  const std::string document = ValidAtWithHealth(HealthyReading(), "");
+  EXPECT_EQ(At(document, "/health"), Normal(R"({"severity": "OK", "text": "", "findings": []})"));
+  Reading reading = HealthyReading();
+  reading.nodeStatus->at(1) = Good(DecodeNode({"Power Fault", "Half", "1", 0}));
+  reading.psuStatus->value.at(2).present.value = false;
+  EXPECT_EQ(ValidAtWithHealth(reading, "/health"),
+            Normal(R"({"severity": "CRITICAL", "text": "node 2 power fault; PSU 3 missing",
+                       "findings": [{"rule": "node:2:power-fault", "severity": "CRITICAL"},
+                                    {"rule": "psu:3:presence", "severity": "WARNING"}]})"));
+}
+
+TEST_F(JsonFormatTest, HealthLeavesOutWhatIsIgnored) {
+  Reading reading = HealthyReading();
+  reading.psuStatus->value.at(2).present.value = false;
+  EXPECT_EQ(ValidAtWithHealth(reading, "/health/severity", {ParseIgnoredFinding("psu:3:presence")}),
+            "\"OK\"");
+}
+
+TEST_F(JsonFormatTest, HealthIsNotToldUnasked) {
+  EXPECT_EQ(ValidAt(HealthyReading(), "/health"), "");
+  EXPECT_EQ(ValidAt(FailedReading(), "/health"), "");
 }
 
 TEST_F(JsonFormatTest, PassWithoutQueriesHasOneFailure) {

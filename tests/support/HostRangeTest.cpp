@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "support/UsageError.h"
+#include "tests/support/Refusal.h"
 
 namespace Tavrin {
 
@@ -33,13 +33,8 @@ Texts Expanded(const std::string& text) {
   return hosts;
 }
 
-std::string RefusalOf(const std::string& text) {
-  try {
-    ExpandHosts(text);
-  } catch (const UsageError& error) {
-    return error.what();
-  }
-  return "nothing refused";
+std::string RangeRefusal(const std::string& text) {
+  return RefusalOf([&] { ExpandHosts(text); });
 }
 
 TEST(HostRange, HostWithoutBracketsIsItself) {
@@ -51,7 +46,7 @@ TEST(HostRange, HostWithoutBracketsIsItself) {
 TEST(HostRange, BracketAtTheStartIsAnAddress) {
   EXPECT_THAT(Expanded("[2001:db8::1]:623"), ElementsAre("[2001:db8::1]:623"));
   EXPECT_THAT(Expanded("[2001:db8::1]"), ElementsAre("2001:db8::1"));
-  EXPECT_THAT(RefusalOf("[1-3]n"), HasSubstr("host is \"[1-3]n\"; expected a host name"));
+  EXPECT_THAT(RangeRefusal("[1-3]n"), HasSubstr("host is \"[1-3]n\"; expected a host name"));
 }
 
 TEST(HostRange, NumbersAreExpandedInTheOrderWritten) {
@@ -150,23 +145,23 @@ TEST(HostRange, WhatIsNoRangeIsRefusedWithItsPosition) {
       {",a", list + R"(",a", wrong at character 1 (nothing stands there); expected a host)"},
   };
   for (const auto& [text, refusal] : table) {
-    EXPECT_EQ(RefusalOf(text), refusal);
+    EXPECT_EQ(RangeRefusal(text), refusal);
   }
 }
 
 TEST(HostRange, ExpandedHostThatIsNoneIsRefusedByName) {
-  EXPECT_THAT(RefusalOf("10.0.0.[254-256]"), HasSubstr("host is \"10.0.0.256\"; expected"));
-  EXPECT_THAT(RefusalOf("10.0.0.[01-02]"), HasSubstr("host is \"10.0.0.01\"; expected"));
-  EXPECT_THAT(RefusalOf("n[1-2] "), HasSubstr("host is \"n1 \"; expected"));
-  EXPECT_THAT(RefusalOf("n:[0-1]"), HasSubstr("port is \"0\"; expected"));
-  EXPECT_THAT(RefusalOf("a,b c"), HasSubstr("host is \"b c\"; expected"));
-  EXPECT_THAT(RefusalOf(std::string("n[1]\0", 5)), HasSubstr("host is \"n1\\x00\"; expected"));
+  EXPECT_THAT(RangeRefusal("10.0.0.[254-256]"), HasSubstr("host is \"10.0.0.256\"; expected"));
+  EXPECT_THAT(RangeRefusal("10.0.0.[01-02]"), HasSubstr("host is \"10.0.0.01\"; expected"));
+  EXPECT_THAT(RangeRefusal("n[1-2] "), HasSubstr("host is \"n1 \"; expected"));
+  EXPECT_THAT(RangeRefusal("n:[0-1]"), HasSubstr("port is \"0\"; expected"));
+  EXPECT_THAT(RangeRefusal("a,b c"), HasSubstr("host is \"b c\"; expected"));
+  EXPECT_THAT(RangeRefusal(std::string("n[1]\0", 5)), HasSubstr("host is \"n1\\x00\"; expected"));
 }
 
 TEST(HostRange, Ipv6AddressHoldsNoRanges) {
   for (const std::string text :
        {"2001:db8::[1-2]:623", "2001:db8::[1-2]", "[2001:db8::[1-2]]:623"}) {
-    EXPECT_THAT(RefusalOf(text), HasSubstr("host is \"" + text + "\"; expected a host name"));
+    EXPECT_THAT(RangeRefusal(text), HasSubstr("host is \"" + text + "\"; expected a host name"));
   }
 }
 
@@ -181,11 +176,11 @@ TEST(HostRange, MoreThanThereMayBeAreRefusedAtOnce) {
        {"n[1-4097]", "n[1-1000000000]", "n[0-999999999999999999]", "r[1-64]n[1-65]",
         "a[1-1000000000]b[1-1000000000]c[1-1000000000]", "n[1-2048,1-2049]",
         "n[0-999999999999999999,0-999999999999999999]"}) {
-    EXPECT_EQ(RefusalOf(item),
+    EXPECT_EQ(RangeRefusal(item),
               "host range is \"" + item +
                   "\", which names more than 4096 hosts; expected at most that many");
   }
-  EXPECT_EQ(RefusalOf("n[1-4096],m"),
+  EXPECT_EQ(RangeRefusal("n[1-4096],m"),
             "host list is \"n[1-4096],m\", which names more than 4096 hosts; expected at most that "
             "many");
 }

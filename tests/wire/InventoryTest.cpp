@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <ostream>
 #include <string>
 #include <tuple>
@@ -17,6 +16,7 @@
 #include "platform/IpmiClient.h"
 #include "tests/doubles/Operations.h"
 #include "tests/doubles/RecordText.h"
+#include "tests/support/Content.h"
 #include "tests/wire/WireTest.h"
 
 // Each value that the library returns, beside what inventories.expected says in plain text.
@@ -52,8 +52,7 @@ Texts ReadyScenarios() {
 }
 
 std::string ScenarioText(const std::string& name) {
-  std::ifstream file(std::string(SMM_SCENARIOS) + "/" + name + ".json");
-  return {std::istreambuf_iterator<char>(file), {}};
+  return ContentOf(std::string(SMM_SCENARIOS) + "/" + name + ".json");
 }
 
 /// The lines under the heading "[NAME]" of a file that says what every enclosure gives, down to the
