@@ -106,6 +106,9 @@ std::string TextOfRule(const Finding& finding, const std::vector<std::size_t>& n
 }  // namespace
 
 std::string NameOf(const Finding& finding) {
+  if (finding.rule->kind == HealthKind::Enclosure) {
+    return fmt::format("{}:{}", KindWord(finding.rule->kind), finding.rule->name);
+  }
   const std::string number = finding.number == 0 ? "*" : fmt::to_string(finding.number);
   return fmt::format("{}:{}:{}", KindWord(finding.rule->kind), number, finding.rule->name);
 }

@@ -50,7 +50,8 @@ struct IgnoredFinding {
 /// value and what was expected.
 IgnoredFinding ParseIgnoredFinding(const std::string& text);
 
-/// "psu:9:presence", as ParseIgnoredFinding() takes it; "psu:*:status" where it is of all together.
+/// "psu:9:presence", as ParseIgnoredFinding() takes it; "psu:*:status" where it is of all together,
+/// and "enclosure:unread", which it does not take.
 std::string NameOf(const Finding& finding);
 
 /// What is wrong with the enclosure, worst first, and alike by rule and number. Empty where all is

@@ -134,7 +134,7 @@ TEST_F(FleetPrinterTest, UnwritableFileOfFailuresLeavesTheCodeOfWhatWasFound) {
     EXPECT_EQ(end.exitCode, exitCode);
     EXPECT_THAT(end.error, testing::EndsWith(
                                "smm-inventory: --failed-to is \"/nowhere/failed\", which cannot be "
-                               "written; expected a file of its own\n"));
+                               "written; expected a file of its own that can be written\n"));
   }
 }
 

@@ -260,7 +260,7 @@ class FailedHostsFileInUse : public testing::Test {
     EXPECT_EQ(finished.exitCode, 2);
     EXPECT_EQ(finished.output, "");
     EXPECT_EQ(finished.error, "smm-inventory: --failed-to is \"" + path + "\", which " + why +
-                                  "; expected a file of its own\n");
+                                  "; expected a file of its own that can be written\n");
     EXPECT_EQ(ContentOf(hosts_.Path()), content_);
     EXPECT_EQ(ContentOf(password_.Path()), "sesame\n");
   }
@@ -291,7 +291,7 @@ TEST(Fleet, FileOfFailuresThatTakesNothingIsToldAndLeavesTheExitCode) {
   EXPECT_EQ(finished.exitCode, 4);
   EXPECT_THAT(finished.error,
               EndsWith("\nsmm-inventory: --failed-to is \"/dev/full\", which cannot be written; "
-                       "expected a file of its own\n"));
+                       "expected a file of its own that can be written\n"));
 }
 
 TEST(Fleet, HealthAsJsonOfEachIsPrintedAsItEnds) {

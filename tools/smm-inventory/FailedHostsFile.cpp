@@ -15,8 +15,9 @@ namespace Tavrin {
 namespace {
 
 [[noreturn]] void Refuse(const std::string& path, const char* why) {
-  throw UsageError(fmt::format("--failed-to is \"{}\", which {}; expected a file of its own",
-                               EscapeControlBytes(path), why));
+  throw UsageError(
+      fmt::format("--failed-to is \"{}\", which {}; expected a file of its own that can be written",
+                  EscapeControlBytes(path), why));
 }
 
 /// By whatever paths; one that is not there is nobody else's.
