@@ -36,9 +36,10 @@ std::string ReasonOf(const Reading& reading, const HealthRule& rule) {
   if (rule.name != kUnreadRule) {
     return "";
   }
-  const std::optional<QueryOutcome> failure =
-      reading.failure ? reading.failure : SharedFailure(reading, AllAnswers(reading));
-  return failure ? PlainText(FailureReason(failure->status, failure->cause)) : "";
+  // The rule holds where there is one of them.
+  const QueryOutcome failure =
+      reading.failure ? *reading.failure : SharedFailure(reading, AllAnswers(reading)).value();
+  return PlainText(FailureReason(failure.status, failure.cause));
 }
 
 /// Where nothing was read, what that is needs no list.

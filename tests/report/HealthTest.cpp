@@ -222,6 +222,16 @@ TEST(Health, WhatWasReadBeforeAFailureIsJudged) {
               ElementsAre("node:2:power-fault CRITICAL", "enclosure:unread UNKNOWN"));
 }
 
+TEST(Health, ReasonIsToldOfTheWholeAlone) {
+  Reading reading = HealthyReading();
+  reading.nodeStatus->at(1) = Good(DecodeNode({"Power Fault", "Half", "1", 0}));
+  reading.failure = DisconnectedOutcome();
+  const std::vector<Finding> findings = FindingsOf(reading);
+  ASSERT_EQ(findings.size(), 2U);
+  EXPECT_EQ(findings[0].reason, "");
+  EXPECT_EQ(findings[1].reason, "no IPMI connection could be opened (no answer)");
+}
+
 TEST(Health, EnclosureOfUnknownKindIsUnknownHoweverWellItLooks) {
   const std::vector<Query<Number> Detection::*> counts = {
       &Detection::platformId, &Detection::psuSlotCount, &Detection::nodeCount};
@@ -232,6 +242,8 @@ TEST(Health, EnclosureOfUnknownKindIsUnknownHoweverWellItLooks) {
   }
   Reading reading = HealthyReading();
   reading.detection->generation = Good(GenerationOf(static_cast<SMMIype>(7)));
+  EXPECT_THAT(Found(reading), ElementsAre("enclosure:kind UNKNOWN"));
+  reading.detection->generation = Disconnected<Value<SMMIype>>();
   EXPECT_THAT(Found(reading), ElementsAre("enclosure:kind UNKNOWN"));
   reading.detection->generation = Good(GenerationOf(SMM_FIRST_GENERATION));
   EXPECT_THAT(Found(reading), IsEmpty());
@@ -275,6 +287,16 @@ TEST(HealthIgnored, FindingThatASiteKnowsIsLeftOut) {
   for (const char* const other : {"psu:1:presence", "psu:*:epow", "node:*:fault"}) {
     EXPECT_EQ(Found(reading, {ParseIgnoredFinding(other)}).size(), 2) << other;
   }
+}
+
+TEST(HealthIgnored, RuleOfTheSameNameOfTheOtherKindStays) {
+  Reading reading = HealthyReading();
+  reading.nodeStatus->at(1) = Disconnected<NodeState>();
+  FlagsOf(reading, 1).epow = Unread<bool>();
+  EXPECT_THAT(Found(reading, {ParseIgnoredFinding("node:*:status")}),
+              ElementsAre("psu:1:status UNKNOWN"));
+  EXPECT_THAT(Found(reading, {ParseIgnoredFinding("psu:*:status")}),
+              ElementsAre("node:2:status UNKNOWN"));
 }
 
 TEST(HealthIgnored, PresenceStandsForWhatAnEmptySlotGives) {
