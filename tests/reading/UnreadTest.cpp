@@ -104,7 +104,6 @@ TEST(FillUnread, WhatIsThereAndWhatWasNotAskedForStays) {
   EXPECT_FALSE(reading.psuFans);
 }
 
-<<<<<<< HEAD
 TEST(FillUnselected, WithoutADetectionTheFailureSaysWhy) {
   Reading reading;
   FillUnselected(2, Why(), reading);
@@ -126,7 +125,8 @@ TEST(FillUnselected, SelectionThatCameAboutStays) {
   reading.psuSelection.emplace();
   FillUnselected(2, Why(), reading);
   EXPECT_TRUE(reading.psuSelection->Succeeded());
-=======
+}
+
 TEST(FillUnread, EachPartIsFilledWithoutTheOthers) {
   for (const Part part : {Part::Identity, Part::ChassisPower, Part::PowerCaps, Part::NodeStatus,
                           Part::NodePower, Part::PsuFans, Part::PsuFirmware, Part::PsuStatus}) {
@@ -139,7 +139,6 @@ TEST(FillUnread, EachPartIsFilledWithoutTheOthers) {
         reading.psuFirmware.has_value(), reading.psuStatus.has_value()};
     EXPECT_EQ(std::count(filled.begin(), filled.end(), true), 1) << static_cast<int>(part);
   }
->>>>>>> mutants
 }
 
 }  // namespace
