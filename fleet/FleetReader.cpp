@@ -255,6 +255,8 @@ FleetReader::FleetReader(FleetSettings settings) : settings_(std::move(settings)
   Require(settings_.fanout >= 1 && settings_.fanout <= kMaxFanout, "the fan-out",
           static_cast<long long>(settings_.fanout),
           fmt::format("a whole number from 1 to {}", kMaxFanout));
+  Require(settings_.psu >= 0 && settings_.psu <= 9, "the PSU to select", settings_.psu,
+          "1 to 9, or 0 for none");
   Require(!settings_.timeout || settings_.timeout->count() > 0,
           "the time-out of an enclosure, in milliseconds,",
           settings_.timeout.value_or(milliseconds(0)).count(), "more than 0");

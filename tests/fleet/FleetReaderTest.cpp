@@ -474,6 +474,12 @@ TEST(FleetSettings, AreRefusedOutOfTheirRange) {
             "the time-out of an enclosure, in milliseconds, is \"0\"; expected more than 0");
   settings.timeout = milliseconds(1);
   EXPECT_EQ(Complaint(settings), "");
+  for (const int psu : {-1, 10}) {
+    FleetSettings selection;
+    selection.psu = psu;
+    EXPECT_EQ(Complaint(selection), "the PSU to select is \"" + std::to_string(psu) +
+                                        "\"; expected 1 to 9, or 0 for none");
+  }
 }
 
 }  // namespace
